@@ -1,0 +1,51 @@
+# SPDX-License-Identifier: MIT
+# What every target of this project shares, and the functions that add one.
+
+add_library(kelvo-options INTERFACE)
+target_compile_definitions(kelvo-options INTERFACE
+    # GLib headers use the names "signals" and "slots".
+    QT_NO_KEYWORDS
+    # Impossible states end the program in every build type, with the condition, file and line.
+    QT_FORCE_ASSERTS
+    QT_DEPRECATED_WARNINGS)
+target_compile_options(kelvo-options INTERFACE
+    -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wnull-dereference
+    -Wimplicit-fallthrough -Wduplicated-cond -Wlogical-op
+    # Assertion texts name files relative to the repository.
+    -fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=)
+if(KELVO_WERROR)
+    target_compile_options(kelvo-options INTERFACE -Werror)
+endif()
+if(KELVO_SANITIZE)
+    target_compile_options(kelvo-options INTERFACE
+        -fsanitize=${KELVO_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    target_link_options(kelvo-options INTERFACE -fsanitize=${KELVO_SANITIZE})
+    # GCC's flow analysis sees null paths that only the sanitizers' own checks introduce.
+    target_compile_options(kelvo-options INTERFACE -Wno-null-dereference -Wno-maybe-uninitialized)
+endif()
+
+# kelvo_add_library(<name> SOURCES ... [PUBLIC libs...] [PRIVATE libs...])
+# A shared library of the boundary. Its headers are included by their plain names.
+function(kelvo_add_library name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC;PRIVATE" ${ARGN})
+    add_library(${name} SHARED ${ARG_SOURCES})
+    target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
+    target_link_libraries(${name} PUBLIC ${ARG_PUBLIC} PRIVATE kelvo-options ${ARG_PRIVATE})
+    string(REPLACE "-" "_" define ${name})
+    string(TOUPPER ${define} define)
+    target_compile_definitions(${name} PRIVATE ${define}_BUILD)
+    set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+    install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} NAMELINK_SKIP)
+endfunction()
+
+# kelvo_add_plugin(<name> SOURCES ... [LIBS foreign libs...])
+# A run-time loadable back end, named by its file: <name>.so in the plug-in folder.
+function(kelvo_add_plugin name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
+    add_library(${name} MODULE ${ARG_SOURCES})
+    target_link_libraries(${name} PRIVATE kelvo-options kelvo-core ${ARG_LIBS})
+    set_target_properties(${name} PROPERTIES
+        PREFIX "" LIBRARY_OUTPUT_DIRECTORY ${KELVO_PLUGIN_OUTPUT_DIR})
+    install(TARGETS ${name} LIBRARY DESTINATION ${KELVO_PLUGIN_INSTALL_DIR})
+    set_property(GLOBAL APPEND PROPERTY KELVO_PLUGINS ${name})
+endfunction()

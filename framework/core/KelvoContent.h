@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QMetaType>
+#include <QString>
+#include <QUrl>
+
+/// What a renderer's media change is about: the item that now plays.
+struct KelvoContent
+{
+    QString uuid; ///< item uuid within its playlist (KelvoMediaInfo::uuid()); empty for media without a playlist
+    QUrl url;
+    QString mimeType; ///< IANA media type, empty when not known
+};
+
+Q_DECLARE_METATYPE(KelvoContent)

@@ -1,0 +1,9 @@
+// SPDX-License-Identifier: MIT
+#include "KelvoPlaylistBase.h"
+
+KelvoPlaylistBase::KelvoPlaylistBase(QObject *parent)
+    : KelvoPlaylist(parent)
+{
+}
+
+KelvoPlaylistBase::~KelvoPlaylistBase() = default;

@@ -1,0 +1,315 @@
+// SPDX-License-Identifier: MIT
+#include "KelvoPluginLoader.h"
+
+#include "ElfCheck.h"
+#include "KelvoMessageHandler.h"
+#include "KelvoPlugin.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QHash>
+#include <QJsonArray>
+#include <QJsonObject>
+#include <QPluginLoader>
+#include <QPointer>
+#include <QThreadPool>
+
+#include <exception>
+
+namespace {
+const QLatin1String librarySuffix(".so");
+
+/// What a library's metadata says, and why it cannot be used (empty: it can).
+struct Inspection
+{
+    QJsonObject metaData;
+    QString defect;
+};
+
+/// Worker thread: reads the file without running its code.
+Inspection inspect(const QString &path)
+{
+    Inspection result;
+    result.defect = elfDefect(path);
+    if (!result.defect.isEmpty())
+        return result;
+    const QJsonObject qt = QPluginLoader(path).metaData();
+    result.metaData = qt.value(QLatin1String("MetaData")).toObject();
+    const QString interface = qt.value(QLatin1String("IID")).toString();
+    if (interface.isEmpty())
+        result.defect = QStringLiteral("not a plug-in");
+    else if (interface != QLatin1String(KelvoPlugin_iid))
+        result.defect = QStringLiteral("made for the interface %1, not for %2")
+                            .arg(interface, QLatin1String(KelvoPlugin_iid));
+    return result;
+}
+
+/// Worker thread: maps the library and everything it needs, which takes long for large foreign libraries.
+Inspection inspectAndLink(const QString &path)
+{
+    Inspection result = inspect(path);
+    if (!result.defect.isEmpty())
+        return result;
+    QPluginLoader loader(path);
+    // Libraries that registered types with GLib must never be unmapped.
+    loader.setLoadHints(QLibrary::PreventUnloadHint | QLibrary::ResolveAllSymbolsHint);
+    if (!loader.load())
+        result.defect = loader.errorString();
+    return result;
+}
+
+void describe(KelvoPluginStatus &status, const QJsonObject &metaData)
+{
+    status.name = metaData.value(QLatin1String("name")).toString(QFileInfo(status.fileName).completeBaseName());
+    status.description = metaData.value(QLatin1String("description")).toString();
+    status.version = metaData.value(QLatin1String("version")).toString();
+    status.startsByDefault = metaData.value(QLatin1String("startsByDefault")).toBool();
+    status.brings = metaData.value(QLatin1String("brings")).toVariant().toStringList();
+}
+
+/// Starts the plug-in; an empty text, or why it did not start.
+QString startGuarded(KelvoPlugin *plugin, KelvoRegistry *registry)
+{
+    QString reason;
+    try {
+        if (plugin->start(registry, &reason))
+            return {};
+    } catch (const std::exception &exception) {
+        return QStringLiteral("its start threw: %1").arg(QString::fromLocal8Bit(exception.what()));
+    } catch (...) {
+        return QStringLiteral("its start threw an exception");
+    }
+    return reason.isEmpty() ? QStringLiteral("it refused to start") : reason;
+}
+
+void stopGuarded(KelvoPlugin *plugin, const QString &fileName)
+{
+    try {
+        plugin->stop();
+    } catch (const std::exception &exception) {
+        qCWarning(lcKelvo) << "Plug-in" << fileName << "threw while it stopped:" << exception.what();
+    } catch (...) {
+        qCWarning(lcKelvo) << "Plug-in" << fileName << "threw while it stopped";
+    }
+}
+} // namespace
+
+struct KelvoPluginLoader::Private
+{
+    struct Entry
+    {
+        KelvoPluginStatus status;
+        QPointer<QObject> root;
+        KelvoPlugin *plugin = nullptr;
+        /// Counts the loads begun, so that the result of one that was called off is told from a later one's.
+        quint64 attempt = 0;
+    };
+
+    KelvoRegistry *registry = nullptr;
+    QHash<QString, Entry> entries; // by file name
+    QStringList running; // in the order of their starts
+    QThreadPool worker;
+
+    QString pathOf(const QString &fileName) const;
+};
+
+QString KelvoPluginLoader::Private::pathOf(const QString &fileName) const
+{
+    const auto known = entries.constFind(fileName);
+    if (known != entries.constEnd() && known->plugin)
+        return known->status.path;
+    for (const QString &folder : folders()) {
+        const QFileInfo file(QDir(folder), fileName);
+        if (file.isFile() && QLibrary::isLibrary(file.fileName()))
+            return file.absoluteFilePath();
+    }
+    return {};
+}
+
+KelvoPluginLoader::KelvoPluginLoader(KelvoRegistry *registry)
+    : d(std::make_unique<Private>())
+{
+    d->registry = registry;
+    d->worker.setMaxThreadCount(1); // one after the other, so that plug-ins start in the order asked for
+}
+
+KelvoPluginLoader::~KelvoPluginLoader()
+{
+    d->worker.clear();
+    d->worker.waitForDone();
+    unloadAll();
+}
+
+QStringList KelvoPluginLoader::folders()
+{
+    QStringList folders = qEnvironmentVariable("KELVO_PLUGIN_PATH").split(QLatin1Char(':'), Qt::SkipEmptyParts);
+    const QString program = QCoreApplication::applicationDirPath();
+    const QDir build(QStringLiteral(KELVO_BUILD_PLUGIN_DIR));
+    // A program that runs from its build folder uses that build's plug-ins, an installed one those installed.
+    const bool inBuild = program.startsWith(QDir::cleanPath(build.filePath(QStringLiteral("../../.."))));
+    folders.append(inBuild ? build.path()
+                           : QDir::cleanPath(program + QLatin1String("/../" KELVO_INSTALLED_PLUGIN_DIR)));
+    folders.removeDuplicates();
+    return folders;
+}
+
+QStringList KelvoPluginLoader::available() const
+{
+    QStringList names;
+    for (const QString &folder : folders()) {
+        const QStringList files = QDir(folder).entryList(QDir::Files);
+        for (const QString &file : files) {
+            if (QLibrary::isLibrary(file))
+                names.append(file);
+        }
+    }
+    names.removeDuplicates();
+    names.sort();
+    return names;
+}
+
+QStringList KelvoPluginLoader::loaded() const
+{
+    return d->running;
+}
+
+KelvoPluginStatus KelvoPluginLoader::status(const QString &fileName) const
+{
+    const auto known = d->entries.constFind(fileName);
+    if (known != d->entries.constEnd())
+        return known->status;
+    KelvoPluginStatus status;
+    status.fileName = fileName;
+    status.path = d->pathOf(fileName);
+    if (!status.path.isEmpty()) {
+        status.state = KelvoPluginStatus::Available;
+        describe(status, inspect(status.path).metaData);
+    }
+    return status;
+}
+
+void KelvoPluginLoader::load(const QString &fileName)
+{
+    Private::Entry &entry = d->entries[fileName];
+    if (entry.status.state == KelvoPluginStatus::Loading || entry.status.state == KelvoPluginStatus::Running)
+        return;
+    entry.status = {};
+    entry.status.fileName = fileName;
+    entry.status.path = d->pathOf(fileName);
+    if (entry.status.path.isEmpty()) {
+        fail(fileName, QStringLiteral("there is no such file"));
+        return;
+    }
+    entry.status.state = KelvoPluginStatus::Loading;
+    d->worker.start([this, fileName, path = entry.status.path, attempt = ++entry.attempt] {
+        const Inspection result = inspectAndLink(path);
+        QMetaObject::invokeMethod(
+            this, [=, this] { finishLoad(fileName, attempt, result.metaData, result.defect); }, Qt::QueuedConnection);
+    });
+}
+
+void KelvoPluginLoader::finishLoad(
+    const QString &fileName, quint64 attempt, const QJsonObject &metaData, const QString &defect)
+{
+    Private::Entry &entry = d->entries[fileName];
+    if (entry.status.state != KelvoPluginStatus::Loading || entry.attempt != attempt)
+        return; // called off by unload()
+    describe(entry.status, metaData);
+    if (!defect.isEmpty()) {
+        fail(fileName, defect);
+        return;
+    }
+    QPluginLoader loader(entry.status.path);
+    loader.setLoadHints(QLibrary::PreventUnloadHint | QLibrary::ResolveAllSymbolsHint);
+    const QPointer<QObject> root = loader.instance();
+    auto *plugin = qobject_cast<KelvoPlugin *>(root.data());
+    const QString reason = plugin ? startGuarded(plugin, d->registry) : QStringLiteral("it has no KelvoPlugin object");
+    if (!reason.isEmpty()) {
+        delete root.data();
+        fail(fileName, reason);
+        return;
+    }
+    // Looked up again: the start may have led to other loads, which move the entries.
+    Private::Entry &started = d->entries[fileName];
+    started.root = root;
+    started.plugin = plugin;
+    started.status.state = KelvoPluginStatus::Running;
+    d->running.append(fileName);
+    qCDebug(lcKelvo) << "Plug-in" << fileName << "is running";
+    Q_EMIT pluginLoaded(fileName);
+}
+
+void KelvoPluginLoader::fail(const QString &fileName, const QString &reason)
+{
+    KelvoPluginStatus &status = d->entries[fileName].status;
+    status.state = KelvoPluginStatus::Failed;
+    status.error = reason;
+    qCWarning(lcKelvo).noquote() << "Plug-in" << fileName << "cannot be used:" << reason;
+    Q_EMIT pluginFailed(fileName, reason);
+}
+
+void KelvoPluginLoader::unload(const QString &fileName)
+{
+    const auto found = d->entries.find(fileName);
+    if (found == d->entries.end())
+        return;
+    if (found->status.state == KelvoPluginStatus::Loading) {
+        found->status.state = KelvoPluginStatus::Available;
+        return;
+    }
+    if (found->status.state != KelvoPluginStatus::Running)
+        return;
+    found->status.state = KelvoPluginStatus::Available;
+    d->running.removeAll(fileName);
+    // Taken out of the entry first: what stop() sets off may load or unload others.
+    KelvoPlugin *plugin = std::exchange(found->plugin, nullptr);
+    const QPointer<QObject> root = std::exchange(found->root, nullptr);
+    stopGuarded(plugin, fileName);
+    delete root.data();
+    qCDebug(lcKelvo) << "Plug-in" << fileName << "is unloaded";
+    Q_EMIT pluginUnloaded(fileName);
+}
+
+void KelvoPluginLoader::loadDefaults()
+{
+    if (qEnvironmentVariableIsSet("KELVO_PLUGINS")) {
+        const QStringList names = qEnvironmentVariable("KELVO_PLUGINS").split(QLatin1Char(','), Qt::SkipEmptyParts);
+        for (const QString &name : names) {
+            const QString file = name.trimmed();
+            load(file.endsWith(librarySuffix) ? file : file + librarySuffix);
+        }
+        return;
+    }
+    d->worker.start([this, names = available(), folders = folders()] {
+        QStringList defaults;
+        for (const QString &name : names) {
+            for (const QString &folder : folders) {
+                const QFileInfo file(QDir(folder), name);
+                if (!file.isFile())
+                    continue;
+                const Inspection result = inspect(file.absoluteFilePath());
+                // One that cannot be used is tried too, so that the log says why it is missing.
+                if (!result.defect.isEmpty() || result.metaData.value(QLatin1String("startsByDefault")).toBool())
+                    defaults.append(name);
+                break;
+            }
+        }
+        const auto loadAll = [this, defaults] {
+            for (const QString &name : defaults)
+                load(name);
+        };
+        QMetaObject::invokeMethod(this, loadAll, Qt::QueuedConnection);
+    });
+}
+
+void KelvoPluginLoader::unloadAll()
+{
+    d->worker.clear();
+    for (auto &entry : d->entries) {
+        if (entry.status.state == KelvoPluginStatus::Loading)
+            entry.status.state = KelvoPluginStatus::Available;
+    }
+    while (!d->running.isEmpty())
+        unload(d->running.constLast());
+}

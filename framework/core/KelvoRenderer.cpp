@@ -1,0 +1,9 @@
+// SPDX-License-Identifier: MIT
+#include "KelvoRenderer.h"
+
+KelvoRenderer::KelvoRenderer(QObject *parent)
+    : QObject(parent)
+{
+}
+
+KelvoRenderer::~KelvoRenderer() = default;

@@ -1,0 +1,10 @@
+// SPDX-License-Identifier: MIT
+#include "KelvoTestCase.h"
+
+#include <QRegularExpression>
+#include <QTest>
+
+void KelvoTestCase::init()
+{
+    QTest::failOnWarning(QRegularExpression(QStringLiteral("No such (signal|slot)")));
+}

@@ -1,0 +1,26 @@
+#!/bin/sh
+# SPDX-License-Identifier: MIT
+# run-isolated.sh [--bus] program [arguments]
+# Runs a test program with a home, XDG folders and, with --bus, a session bus of its own, so that tests see
+# neither the user's files nor each other.
+set -u
+bus=""
+if [ "$1" = "--bus" ]; then
+    bus=1
+    shift
+fi
+folder=$(mktemp -d "${TMPDIR:-/tmp}/kelvo-test.XXXXXX") || exit 1
+trap 'rm -rf "$folder"' EXIT
+mkdir -p "$folder/home" "$folder/config" "$folder/data" "$folder/cache" "$folder/state"
+mkdir -m 700 "$folder/runtime"
+export HOME="$folder/home" XDG_CONFIG_HOME="$folder/config" XDG_DATA_HOME="$folder/data" \
+    XDG_CACHE_HOME="$folder/cache" XDG_STATE_HOME="$folder/state" XDG_RUNTIME_DIR="$folder/runtime" \
+    LC_ALL=C.UTF-8
+unset DISPLAY WAYLAND_DISPLAY DBUS_SESSION_BUS_ADDRESS
+if [ -n "$bus" ]; then
+    dbus-run-session -- "$@"
+else
+    # An address that nobody listens on: no test may reach the user's bus, nor start one.
+    export DBUS_SESSION_BUS_ADDRESS="unix:path=$folder/no-bus"
+    "$@"
+fi

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+#include "KelvoMessageHandler.h"
+#include "KelvoTestCase.h"
+#include "LogRecorder.h"
+
+#include <QTest>
+#include <QTextStream>
+
+class MessageHandlerTest : public KelvoTestCase
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void cleanup() { KelvoMessageHandler::initKelvoLogging(false, nullptr); }
+
+    void switchesDebugLines()
+    {
+        LogRecorder log;
+        KelvoMessageHandler::initKelvoLogging(true, nullptr);
+        qCDebug(lcKelvo) << "seen";
+        KelvoMessageHandler::initKelvoLogging(false, nullptr);
+        qCDebug(lcKelvo) << "not seen";
+        qCWarning(lcKelvo) << "always seen";
+        QCOMPARE(log.lines(), QStringList({"seen", "always seen"}));
+    }
+
+    void leavesTheProgramsOwnLinesAlone()
+    {
+        LogRecorder log;
+        KelvoMessageHandler::initKelvoLogging(false, nullptr);
+        qDebug() << "the console's line";
+        QCOMPARE(log.lines(), QStringList("the console's line"));
+    }
+
+    void copiesToTheStream()
+    {
+        QString text;
+        QTextStream stream(&text);
+        KelvoMessageHandler::initKelvoLogging(true, &stream);
+        qDebug() << "one";
+        qCWarning(lcKelvo) << "two";
+        KelvoMessageHandler::initKelvoLogging(true, nullptr);
+        qDebug() << "three";
+        QCOMPARE(text, "one\nkelvo: two\n");
+    }
+};
+
+QTEST_GUILESS_MAIN(MessageHandlerTest)
+#include "MessageHandlerTest.moc"
