@@ -13,6 +13,8 @@ target_compile_options(kelvo-options INTERFACE
     -Wimplicit-fallthrough -Wduplicated-cond -Wlogical-op
     # Assertion texts name files relative to the repository.
     -fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=)
+# Qt's link interface names libraries that most targets never call.
+target_link_options(kelvo-options INTERFACE -Wl,--as-needed)
 if(KELVO_WERROR)
     target_compile_options(kelvo-options INTERFACE -Werror)
 endif()

@@ -1,0 +1,144 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
+"""Holds the arrows of the architecture: who may include what, and what each binary links.
+
+    console -> {shared, tracker} -> core -> Qt Core and Gui
+    plug-ins -> core (tracker-source also tracker) + their one foreign library
+
+Exit status 1 and one line for each arrow that points the wrong way.
+"""
+import argparse
+import pathlib
+import re
+import subprocess
+import sys
+
+# Folder -> folders whose headers it may include besides its own. The longest matching folder counts.
+MAY_INCLUDE = {
+    "src": {"framework/core", "framework/shared", "framework/tracker"},
+    "framework/core": set(),
+    "framework/shared": {"framework/core"},
+    "framework/tracker": {"framework/core"},
+    "framework/plugins/gst-renderer": {"framework/core"},
+    "framework/plugins/simulator": {"framework/core"},
+    "framework/plugins/upnp": {"framework/core"},
+    "framework/plugins/mpris": {"framework/core"},
+    "framework/plugins/tracker-source": {"framework/core", "framework/tracker"},
+}
+
+# Headers of foreign libraries -> the folders that may know them.
+FOREIGN = {
+    r"gst/": {"framework/plugins/gst-renderer"},
+    r"totem-pl-parser": {"framework/plugins/gst-renderer", "framework/tracker"},
+    r"libtracker-sparql|tracker-sparql": {"framework/tracker"},
+    r"taglib/|fileref\.h": {"framework/tracker"},
+    r"libgupnp|libgssdp|libsoup": {"framework/plugins/upnp"},
+    r"xcb/": {"framework/plugins/gst-renderer"},
+    r"glib|gio/|gobject/": {
+        "framework/plugins/gst-renderer", "framework/tracker", "framework/plugins/upnp"},
+    r"QtWidgets/|Q(Widget|Dialog|MainWindow|Application|MessageBox)\b": {"src"},
+    r"QDBus": {"framework/shared", "framework/plugins/mpris"},
+}
+
+# Binary (relative to the build folder, as a pattern) -> libraries it may need besides the C and C++ runtime.
+QT_BASE = r"libQt6(Core|Gui)\.so"
+MAY_LINK = {
+    r"lib/libkelvo-core\.so": QT_BASE,
+    r"lib/libkelvo-shared\.so": QT_BASE + r"|libQt6DBus\.so|libkelvo-core\.so",
+    r"lib/libkelvo-tracker\.so": QT_BASE + r"|libQt6\w+\.so|libkelvo-core\.so|libtracker|libtag|libg\w+-2\.0|libgst|libtotem",
+    r"bin/kelvo-test-gui": r"libQt6(Core|Gui|Widgets|Network|DBus)\.so|libkelvo-(core|shared|tracker)\.so",
+    r"lib/kelvo/plugins/gst-renderer\.so":
+        QT_BASE + r"|libQt6Network\.so|libkelvo-core\.so|libgst\w+-1\.0|libg(lib|object|io)-2\.0|libtotem-plparser|libxcb",
+    r"lib/kelvo/plugins/simulator\.so": QT_BASE + r"|libkelvo-core\.so",
+    r"lib/kelvo/plugins/tracker-source\.so": QT_BASE + r"|libkelvo-(core|tracker)\.so",
+    r"lib/kelvo/plugins/upnp\.so": QT_BASE + r"|libkelvo-core\.so|libgupnp|libgssdp|libsoup|libg(lib|object|io)-2\.0|libxml2",
+    r"lib/kelvo/plugins/mpris\.so": QT_BASE + r"|libQt6DBus\.so|libkelvo-core\.so",
+}
+RUNTIME = re.compile(r"lib(stdc\+\+|m|gcc_s|c|pthread|dl|rt|asan|ubsan|tsan)\.so|ld-linux")
+
+INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.MULTILINE)
+
+
+def folder_of(path, folders):
+    """The longest of `folders` that `path` lies in, or None."""
+    inside = [folder for folder in folders if path.startswith(folder + "/")]
+    return max(inside, key=len, default=None)
+
+
+def include_faults(relative, text, owners):
+    """Faults of one file. `owners` maps a header's file name to the folders that hold one of that name."""
+    home = folder_of(relative, MAY_INCLUDE)
+    if home is None:
+        return []
+    faults = []
+    for _, name in INCLUDE.findall(text):
+        holders = owners.get(name.rsplit("/", 1)[-1], set())
+        if holders and home not in holders and not holders & MAY_INCLUDE[home]:
+            faults.append(f"{relative}: includes {name} of {', '.join(sorted(holders))}")
+        if holders:
+            continue
+        for pattern, allowed in FOREIGN.items():
+            if re.search(pattern, name) and home not in allowed:
+                faults.append(f"{relative}: includes {name}, which only {', '.join(sorted(allowed))} may know")
+    return faults
+
+
+def source_faults(source):
+    files = [path for folder in ("src", "framework", "tests", "benchmarks", "cmake", "scripts")
+             for path in (source / folder).rglob("*") if path.is_file()]
+    owners = {}
+    for path in files:
+        home = folder_of(path.relative_to(source).as_posix(), MAY_INCLUDE)
+        if home and path.suffix == ".h":
+            owners.setdefault(path.name, set()).add(home)
+    faults = []
+    for path in files:
+        if path.suffix not in (".h", ".cpp"):
+            continue
+        relative = path.relative_to(source).as_posix()
+        text = path.read_text(encoding="utf-8")
+        if not text.startswith("// SPDX-License-Identifier: MIT\n"):
+            faults.append(f"{relative}: does not begin with its licence line")
+        faults += include_faults(relative, text, owners)
+    if not owners:
+        faults.append(f"{source}: no headers found")
+    return faults
+
+
+def link_faults(binary, needed):
+    """Faults of one binary, given relative to the build folder, with the libraries it needs."""
+    for pattern, allowed in MAY_LINK.items():
+        if re.fullmatch(pattern, binary):
+            return [f"{binary}: links {library}" for library in needed
+                    if not RUNTIME.match(library) and not re.match(allowed, library)]
+    return [f"{binary}: no rule says what it may link"]
+
+
+def needed_libraries(path):
+    output = subprocess.run(["readelf", "-d", str(path)], check=True, capture_output=True, text=True).stdout
+    return re.findall(r"\(NEEDED\)\s+Shared library: \[(.+)\]", output)
+
+
+def binary_faults(build):
+    binaries = sorted(path for pattern in ("bin/*", "lib/libkelvo-*.so", "lib/kelvo/plugins/*.so")
+                      for path in build.glob(pattern) if path.is_file())
+    if not binaries:
+        return [f"{build}: nothing built"]
+    faults = []
+    for path in binaries:
+        faults += link_faults(path.relative_to(build).as_posix(), needed_libraries(path))
+    return faults
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--source", type=pathlib.Path, required=True)
+    parser.add_argument("--build", type=pathlib.Path, required=True)
+    arguments = parser.parse_args()
+    faults = source_faults(arguments.source) + binary_faults(arguments.build)
+    print("\n".join(faults) or "All arrows point the right way.")
+    return 1 if faults else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,49 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
+"""The architecture check must see the faults it exists for."""
+import unittest
+
+from check_architecture import include_faults, link_faults
+
+OWNERS = {"KelvoRegistry.h": {"framework/core"}, "KelvoGstRenderer.h": {"framework/plugins/gst-renderer"},
+          "KelvoMainWindow.h": {"src"}}
+
+
+class Includes(unittest.TestCase):
+    def faults(self, file, include):
+        return include_faults(file, f"#include {include}\n", OWNERS)
+
+    def test_downward_arrows_are_fine(self):
+        self.assertEqual(self.faults("src/main.cpp", '"KelvoRegistry.h"'), [])
+        self.assertEqual(self.faults("framework/plugins/gst-renderer/a.cpp", '"KelvoRegistry.h"'), [])
+        self.assertEqual(self.faults("framework/plugins/gst-renderer/a.cpp", "<gst/gst.h>"), [])
+
+    def test_the_console_knows_no_back_end(self):
+        self.assertTrue(self.faults("src/main.cpp", '"KelvoGstRenderer.h"'))
+        self.assertTrue(self.faults("src/main.cpp", '"../framework/plugins/gst-renderer/KelvoGstRenderer.h"'))
+        self.assertTrue(self.faults("src/main.cpp", "<gst/gst.h>"))
+        self.assertTrue(self.faults("src/main.cpp", "<glib.h>"))
+
+    def test_nothing_below_knows_the_console(self):
+        self.assertTrue(self.faults("framework/core/a.cpp", '"KelvoMainWindow.h"'))
+        self.assertTrue(self.faults("framework/core/a.cpp", "<QWidget>"))
+        self.assertTrue(self.faults("framework/plugins/simulator/a.cpp", "<QMessageBox>"))
+
+    def test_back_ends_do_not_know_each_other(self):
+        self.assertTrue(self.faults("framework/plugins/simulator/a.cpp", '"KelvoGstRenderer.h"'))
+        self.assertTrue(self.faults("framework/plugins/simulator/a.cpp", "<gst/gst.h>"))
+
+
+class Links(unittest.TestCase):
+    def test_rules(self):
+        self.assertEqual(link_faults("lib/libkelvo-core.so", ["libQt6Core.so.6", "libstdc++.so.6"]), [])
+        self.assertTrue(link_faults("lib/libkelvo-core.so", ["libQt6Widgets.so.6"]))
+        self.assertTrue(link_faults("bin/kelvo-test-gui", ["libgstreamer-1.0.so.0"]))
+        self.assertTrue(link_faults("lib/kelvo/plugins/simulator.so", ["libQt6Widgets.so.6"]))
+
+    def test_an_unknown_binary_is_a_fault(self):
+        self.assertTrue(link_faults("lib/kelvo/plugins/new.so", []))
+
+
+if __name__ == "__main__":
+    unittest.main()
