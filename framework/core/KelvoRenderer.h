@@ -72,6 +72,9 @@ public:
     static constexpr QLatin1String PropertyPlaybackSpeed{"playback-speed"};
     /// Set as int, reported as uint, 0..99: loudness on a cubic scale (a perceived, not a linear one).
     static constexpr QLatin1String PropertyVolume{"volume"};
+    /// Answered as double by kelvoProperty() only, where a renderer knows it finer than getPosition(): seconds with
+    /// their fraction.
+    static constexpr QLatin1String PropertyPosition{"position"};
 
     explicit KelvoRenderer(QObject *parent = nullptr);
     ~KelvoRenderer() override;

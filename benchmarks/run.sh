@@ -1,0 +1,40 @@
+#!/bin/bash
+# SPDX-License-Identifier: MIT
+# benchmarks/run.sh
+# Builds the benchmarks, makes their media once, and prints the README's table. Needs what the tests need
+# (scripts/install-dependencies.sh test) and an idle machine.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+cmake --preset benchmarks >/dev/null
+cmake --build --preset benchmarks >/dev/null
+build=build-bench
+media=$build/benchmarks/media
+mkdir -p "$media"
+
+make_media() {
+    local target=$1
+    shift
+    [ -s "$target" ] || { ffmpeg -nostdin -hide_banner -loglevel error -y "$@" "$target.part" && mv "$target.part" "$target"; }
+}
+make_media "$media/song.mp3" -f lavfi -i "sine=f=440:d=60" -c:a libmp3lame -b:a 192k -f mp3
+make_media "$media/film.mp4" -f lavfi -i "testsrc2=s=640x360:r=25:d=60" -f lavfi -i "sine=f=440:d=60" \
+    -c:v libx264 -preset ultrafast -g 50 -pix_fmt yuv420p -c:a aac -f mp4
+make_media "$media/long.mp3" -f lavfi -i "sine=f=330:d=7200" -c:a libmp3lame -b:a 64k -ac 1 -f mp3
+
+# A display of its own, so that no other window is taken for the program's.
+coproc XVFB { exec Xvfb -displayfd 1 -screen 0 1280x800x24 -nolisten tcp -noreset 2>/dev/null; }
+read -r number <&"${XVFB[0]}"
+trap 'kill "$XVFB_PID"' EXIT
+export DISPLAY=:$number QT_QPA_PLATFORM=xcb LC_ALL=C.UTF-8
+
+echo "| what | here | reference in the same run | ratio | goal |"
+echo "|---|---|---|---|---|"
+KELVO_PLUGINS="" $build/benchmarks/startup-benchmark $build/benchmarks/empty-window $build/bin/kelvo-test-gui 2>/dev/null
+$build/benchmarks/registry-benchmark
+KELVO_AUDIO_SINK="fakesink sync=true" $build/benchmarks/playback-benchmark \
+    "$media/song.mp3" "$media/film.mp4" "$media/long.mp3"
+python3 benchmarks/process_benchmark.py --console $build/bin/kelvo-test-gui "$media/song.mp3" "$media/film.mp4"
+if [ -x $build/benchmarks/playlist-benchmark ]; then
+    $build/benchmarks/playlist-benchmark
+fi
