@@ -49,7 +49,9 @@ Q_SIGNALS:
     void currentRemoved(int index);
 
 private:
-    void followContents();
+    void makeCurrent(int index);
+    bool isCurrentAt(int index) const;
+    void followContents(uint from, uint removed, uint added);
     void followDestruction();
 
     QPointer<KelvoPlaylist> m_playlist;

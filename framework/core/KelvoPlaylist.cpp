@@ -17,6 +17,8 @@ QString KelvoPlaylist::getNewPlaylistId()
 
 int KelvoPlaylist::indexOf(const QString &mediaUuid) const
 {
+    if (mediaUuid.isEmpty())
+        return -1; // A null record, which a list may give for an item it cannot describe, is no match.
     const int items = count();
     for (int index = 0; index < items; ++index) {
         if (mediaInfoAt(uint(index)).uuid() == mediaUuid)
