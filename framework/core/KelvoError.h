@@ -14,7 +14,7 @@ class KELVO_CORE_EXPORT KelvoError
 {
 public:
     /// 1..99 general, 100..199 the media, 200..299 network, 300..399 the request, 400..499 outputs and engine.
-    enum Code {
+    enum Code : int {
         NoError = 0, ///< no description; never reported by renderers
         UnknownError = 1, ///< no description: the message is all there is
 

@@ -47,7 +47,7 @@ class KELVO_CORE_EXPORT KelvoRenderer : public QObject
 {
     Q_OBJECT
 public:
-    enum State { Stopped = 0, Playing = 1, Paused = 2, Transitioning = 3 };
+    enum State : int { Stopped = 0, Playing = 1, Paused = 2, Transitioning = 3 };
     Q_ENUM(State)
 
     /// Modes of setPosition().

@@ -1,0 +1,112 @@
+// SPDX-License-Identifier: MIT
+#include "KelvoMainWindow.h"
+
+#include "KelvoBuild.h"
+#include "KelvoFullScreenVideoWidget.h"
+#include "KelvoPlayUriDialog.h"
+#include "KelvoPlaylistDialog.h"
+#include "KelvoRendererErrorLogDialog.h"
+#include "KelvoVolumeDialog.h"
+#include "platform/QInputContext.h"
+
+#include <QDebug>
+
+KelvoMainWindow::KelvoMainWindow(KelvoGUIMain *guiMain, QWidget *parent)
+    : QMainWindow(parent)
+    , m_guiMain(guiMain)
+{
+    logBuild();
+    setupUi(this);
+    setAttribute(Qt::WA_DeleteOnClose);
+    makeVideoPageNative();
+    createDialogs(createInputContext());
+    m_tabs->setCurrentWidget(tab_music);
+    showDuration(0);
+    m_video_videoLabel->setCursor(Qt::BlankCursor);
+    createFullScreenVideo();
+    connectWindowActions();
+    connectQueryTimer();
+    connectResultActions();
+    connectPauseAtActions();
+}
+
+KelvoMainWindow::~KelvoMainWindow()
+{
+    delete m_fullScreenVideoWidget;
+    qDebug() << "KelvoMainWindow::~KelvoMainWindow";
+}
+
+void KelvoMainWindow::logBuild() const
+{
+    qDebug() << "kelvo-test-gui revision:" << KelvoBuild::revision();
+    qDebug() << "kelvo-test-gui builtime:" << KelvoBuild::time();
+    qDebug() << "KelvoMainWindow::KelvoMainWindow()";
+}
+
+void KelvoMainWindow::makeVideoPageNative()
+{
+    // Renderers put their window into this one: it is unmapped with the page when another tab is shown. It is
+    // made now, because renderers are told its id before the tab has ever been shown.
+    tab_video->setAttribute(Qt::WA_DontCreateNativeAncestors);
+    tab_video->setAttribute(Qt::WA_NativeWindow);
+    tab_video->winId();
+}
+
+QInputContext *KelvoMainWindow::createInputContext()
+{
+    bool isNumber = false;
+    const int use = qEnvironmentVariable("QKELVO_USE_INPUT_CTX").toInt(&isNumber, 10);
+    if (!isNumber || use < 1)
+        return nullptr;
+    qDebug() << "Using ZuvInputContext";
+    return QInputContextFactory::create(QStringLiteral("ZuvInputContext"), this);
+}
+
+void KelvoMainWindow::createDialogs(QInputContext *inputContext)
+{
+    m_playlistDialog = new KelvoPlaylistDialog(inputContext, this);
+    m_playUriDialog = new KelvoPlayUriDialog(this);
+    m_rendererErrorLogDialog = new KelvoRendererErrorLogDialog(this);
+    m_volumeDialog = new KelvoVolumeDialog(this);
+}
+
+void KelvoMainWindow::createFullScreenVideo()
+{
+    m_videoFullScreen = false;
+    m_fullScreenVideoWidget = new KelvoFullScreenVideoWidget(nullptr);
+    connect(m_fullScreenVideoWidget, SIGNAL(screenTapped()),
+        this, SLOT(hideFullScreenVideo()));
+}
+
+void KelvoMainWindow::connectWindowActions()
+{
+    connect(m_actionHelp, SIGNAL(triggered(bool)),
+        this, SLOT(showHelpDialog()));
+    connect(m_actionExit, SIGNAL(triggered(bool)),
+        this, SLOT(close()));
+}
+
+void KelvoMainWindow::connectResultActions()
+{
+    connect(m_actionLaunchBrowser, SIGNAL(triggered(bool)),
+        this, SLOT(launchBrowser()));
+    connect(m_actionQuery_properties, SIGNAL(triggered(bool)),
+        this, SLOT(showQueryPropertiesDialog()));
+}
+
+void KelvoMainWindow::connectPauseAtActions()
+{
+    // action2_sec is in no menu and stays without a second of its own.
+    const std::pair<QAction *, int> actions[] = {
+        {m_action0_sec, 0},
+        {m_action1_sec, 1},
+        {m_action3_sec, 3},
+        {m_action6_sec, 6},
+        {m_action10_sec, 10},
+    };
+    for (const auto &[action, second] : actions) {
+        connect(action, SIGNAL(triggered(bool)),
+            this, SLOT(immediateSeekRequest()));
+        action->setProperty("pause-at", second);
+    }
+}

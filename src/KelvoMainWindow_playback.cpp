@@ -1,0 +1,248 @@
+// SPDX-License-Identifier: MIT
+#include "KelvoMainWindow.h"
+
+#include "ListViews.h"
+#include "TimeText.h"
+
+#include <QDebug>
+
+namespace {
+const auto playCaption = QStringLiteral("Play");
+const auto pauseCaption = QStringLiteral("Pause");
+const auto resumeCaption = QStringLiteral("Resume");
+
+enum ProgressPage { SliderPage = 0, ProgressBarPage = 1 };
+constexpr int rangeOfUnknownDuration = 10; // keeps the sliders usable
+
+int findUuid(const QComboBox *combo, const QString &uuid)
+{
+    return combo->findData(uuid, Qt::UserRole, Qt::MatchExactly | Qt::MatchCaseSensitive);
+}
+
+void setPositionUnlessHeld(QSlider *slider, uint seconds)
+{
+    if (!slider->isSliderDown())
+        slider->setValue(int(qMin(seconds, uint(slider->maximum()))));
+}
+} // namespace
+
+void KelvoMainWindow::showPlaylist(QAbstractItemModel *model)
+{
+    qDebug() << "KelvoMainWindow::showPlaylist";
+    if (model)
+        ListViews::setModel(m_music_playlistView, model);
+}
+
+void KelvoMainWindow::clearPlaylist()
+{
+    qDebug() << "KelvoMainWindow::clearPlaylist";
+    ListViews::setModel(m_music_playlistView, nullptr);
+}
+
+void KelvoMainWindow::showPlaylistName(const QString &uuid, const QString &name, bool add)
+{
+    qDebug() << "KelvoMainWindow::showPlaylistName";
+    QComboBox *const combos[] = {m_music_playlistCombo, m_browse_playlistCombo, m_query_playlistCombo};
+    if (add) {
+        for (QComboBox *combo : combos)
+            combo->addItem(name, uuid);
+        return;
+    }
+    const int index = findUuid(m_music_playlistCombo, uuid);
+    if (index < 0)
+        return;
+    for (QComboBox *combo : combos)
+        combo->removeItem(index);
+}
+
+void KelvoMainWindow::updateCurrentPlaylist(const QString &uuid)
+{
+    qDebug() << "KelvoMainWindow::updateCurrentPlaylist";
+    const int index = findUuid(m_music_playlistCombo, uuid);
+    if (index >= 0)
+        m_music_playlistCombo->setCurrentIndex(index);
+}
+
+void KelvoMainWindow::updateCurrentPlaylistIndex(int index)
+{
+    qDebug() << "KelvoMainWindow::updateCurrentPlaylistIndex (index=" << index << ")";
+    if (index < 0)
+        m_music_playlistView->clearSelection();
+    else if (const QAbstractItemModel *model = m_music_playlistView->model())
+        m_music_playlistView->setCurrentIndex(model->index(index, ListViews::ShownColumn));
+}
+
+int KelvoMainWindow::getCurrentPlaylistIndex() const
+{
+    qDebug() << "KelvoMainWindow::int getCurrentPlaylistIndex";
+    return ListViews::currentRow(m_music_playlistView);
+}
+
+int KelvoMainWindow::firstSelectedPlaylistIndex() const
+{
+    qDebug() << "KelvoMainWindow::firstSelectedPlaylistIndex";
+    return ListViews::selectedRows(m_music_playlistView).first;
+}
+
+int KelvoMainWindow::lastSelectedPlaylistIndex() const
+{
+    qDebug() << "KelvoMainWindow::lastSelectedPlaylistIndex";
+    return ListViews::selectedRows(m_music_playlistView).last;
+}
+
+void KelvoMainWindow::showRendererName(const QString &name, const QString &uuid, bool add)
+{
+    qDebug() << "KelvoMainWindow::showRendererName," << name << uuid << add;
+    const int index = findUuid(m_music_rendererCombo, uuid);
+    if (add && index < 0)
+        m_music_rendererCombo->addItem(name, uuid);
+    else if (!add && index >= 0)
+        m_music_rendererCombo->removeItem(index);
+}
+
+void KelvoMainWindow::changeRendererName(const QString &uuid, const QString &newName)
+{
+    qDebug() << "KelvoMainWindow::changeRendererName, uuid =" << uuid << "newName =" << newName;
+    const int index = findUuid(m_music_rendererCombo, uuid);
+    if (index >= 0)
+        m_music_rendererCombo->setItemText(index, newName);
+}
+
+void KelvoMainWindow::clearMetadata()
+{
+    qDebug() << "KelvoMainWindow::clearMetadata";
+    m_music_metadataField->clear();
+    m_video_metadataField->clear();
+}
+
+void KelvoMainWindow::showMetadata(const QString &key, const QString &value)
+{
+    ListViews::appendLine(m_music_metadataField, key, value);
+    ListViews::appendLine(m_video_metadataField, key, value);
+}
+
+void KelvoMainWindow::showDuration(int seconds)
+{
+    qDebug() << "KelvoMainWindow::showDuration" << seconds;
+    const QString text = TimeText::duration(seconds);
+    m_music_durationLabel->setText(text);
+    m_video_durationLabel->setText(text);
+    for (QSlider *slider : {m_music_durationSlider, m_video_durationSlider}) {
+        slider->setRange(0, seconds > 0 ? seconds : rangeOfUnknownDuration);
+        slider->setValue(0);
+    }
+}
+
+void KelvoMainWindow::showPosition(uint seconds)
+{
+    m_music_progressStack->setCurrentIndex(SliderPage);
+    m_video_progressStack->setCurrentIndex(SliderPage);
+    const QString text = TimeText::withPosition(m_music_durationLabel->text(), seconds);
+    m_music_durationLabel->setText(text);
+    m_video_durationLabel->setText(text);
+    setPositionUnlessHeld(m_music_durationSlider, seconds);
+    setPositionUnlessHeld(m_video_durationSlider, seconds);
+}
+
+void KelvoMainWindow::showBufferingInfo(const QString &text, float fraction)
+{
+    m_music_progressStack->setCurrentIndex(ProgressBarPage);
+    m_video_progressStack->setCurrentIndex(ProgressBarPage);
+    const int percent = int(fraction * 100);
+    m_music_rendererProgress->setValue(percent);
+    m_video_rendererProgress->setValue(percent);
+    if (text.isEmpty())
+        return;
+    m_music_durationLabel->setText(text.left(4) + QStringLiteral("\n..."));
+    m_video_durationLabel->setText(text.left(8));
+}
+
+void KelvoMainWindow::showPlayButton()
+{
+    m_music_playButton->setText(playCaption);
+    m_video_playButton->setText(playCaption);
+    m_menuPause_At->setEnabled(true);
+}
+
+void KelvoMainWindow::showPauseButton()
+{
+    m_music_playButton->setText(pauseCaption);
+    m_video_playButton->setText(pauseCaption);
+    m_menuPause_At->setEnabled(false);
+}
+
+void KelvoMainWindow::showResumeButton()
+{
+    m_music_playButton->setText(resumeCaption);
+    m_video_playButton->setText(resumeCaption);
+}
+
+void KelvoMainWindow::showPolicyOverride(bool overridden)
+{
+    const QColor color = overridden ? Qt::red : Qt::black;
+    for (QToolButton *button : {m_music_playButton, m_music_stopButton, m_music_prevButton, m_music_nextButton,
+             m_music_seekBackButton, m_music_seekForwButton, m_video_playButton, m_video_stopButton,
+             m_video_prevButton, m_video_nextButton, m_video_seekBackButton, m_video_seekForwButton}) {
+        QPalette palette = button->palette();
+        palette.setColor(QPalette::ButtonText, color);
+        button->setPalette(palette);
+    }
+}
+
+void KelvoMainWindow::showMuted(bool muteOn)
+{
+    m_actionMute->setChecked(muteOn);
+}
+
+void KelvoMainWindow::showShowPauseFrame(bool showPauseFrameOn)
+{
+    m_actionShowPauseFrame->setChecked(showPauseFrameOn);
+}
+
+void KelvoMainWindow::showShuffled(bool shuffleOn)
+{
+    m_actionShuffle->setChecked(shuffleOn);
+}
+
+void KelvoMainWindow::showRepeated(const QString &repeatActionName)
+{
+    m_actionRepeat->setText(repeatActionName);
+}
+
+void KelvoMainWindow::syncPlaylists(int index)
+{
+    qDebug() << "KelvoMainWindow::syncPlaylists";
+    // Each box that moves comes back here through its own change signal, so one choice is reported three times.
+    m_music_playlistCombo->setCurrentIndex(index);
+    if (m_browse_playlistCombo->currentIndex() != index)
+        m_browse_playlistCombo->setCurrentIndex(index);
+    if (m_query_playlistCombo->currentIndex() != index)
+        m_query_playlistCombo->setCurrentIndex(index);
+    Q_EMIT currentPlaylistChanged(m_music_playlistCombo->itemData(index).toString());
+}
+
+void KelvoMainWindow::currentRendererChanged(int index)
+{
+    qDebug() << "KelvoMainWindow::currentRendererChanged";
+    Q_EMIT currentRendererChanged(m_music_rendererCombo->itemData(index).toString());
+}
+
+void KelvoMainWindow::emitIndex(const QModelIndex &item)
+{
+    qDebug() << "KelvoMainWindow::emitIndex";
+    Q_EMIT itemDoubleClicked(uint(item.row()));
+}
+
+void KelvoMainWindow::emitPosition()
+{
+    qDebug() << "KelvoMainWindow::emitPosition";
+    if (const auto *slider = qobject_cast<QSlider *>(sender()))
+        Q_EMIT seek(slider->value());
+}
+
+void KelvoMainWindow::immediateSeekRequest()
+{
+    qDebug() << "KelvoMainWindow::immediateSeekRequest";
+    if (const QObject *action = sender())
+        Q_EMIT immediateSeek(action->property("pause-at").toUInt());
+}

@@ -1,0 +1,229 @@
+// SPDX-License-Identifier: MIT
+#include "KelvoMainWindow.h"
+
+#include "KelvoGUIMain.h"
+#include "ListViews.h"
+
+#include <QDebug>
+
+namespace {
+const auto browseCaption = QStringLiteral("Browse");
+const auto cancelCaption = QStringLiteral("Cancel");
+const auto executeCaption = QStringLiteral("Execute\nquery");
+const auto fetchRestCaption = QStringLiteral("Fetch\nrest");
+const auto browserAddress = QStringLiteral("https://www.example.org/");
+
+QString resultsText(const QListView *view)
+{
+    return QStringLiteral("%1 results").arg(ListViews::rowCount(view));
+}
+} // namespace
+
+void KelvoMainWindow::showQueryResults(QAbstractItemModel *model)
+{
+    qDebug() << "KelvoMainWindow::showQueryResults";
+    if (!model)
+        return;
+    Q_EMIT queryResultsAvailable();
+    m_query_resultsView->clearSelection();
+    ListViews::setModel(m_query_resultsView, model);
+    updateQueryResultLabel();
+    connect(model, SIGNAL(rowsInserted(QModelIndex,int,int)),
+        this, SLOT(updateQueryResultLabel()));
+    connect(model, SIGNAL(rowsRemoved(QModelIndex,int,int)),
+        this, SLOT(updateQueryResultLabel()));
+}
+
+int KelvoMainWindow::selectedQueryResultItemIndex() const
+{
+    qDebug() << "KelvoMainWindow::selectedQueryResultItemIndex";
+    return ListViews::currentRow(m_query_resultsView);
+}
+
+void KelvoMainWindow::showBrowseResults(QAbstractItemModel *model)
+{
+    qDebug() << "KelvoMainWindow::showBrowseResults";
+    Q_EMIT browseResultsAvailable();
+    m_browse_resultsView->clearSelection();
+    ListViews::setModel(m_browse_resultsView, model);
+    // Removed rows are counted only when the label is updated next; the query tab counts them at once.
+    if (model)
+        connect(model, SIGNAL(rowsInserted(QModelIndex,int,int)),
+            this, SLOT(updateBrowseResultLabel()));
+    updateBrowseResultLabel();
+}
+
+int KelvoMainWindow::selectedBrowseResultItemIndex() const
+{
+    qDebug() << "KelvoMainWindow::selectedBrowseResultItemIndex";
+    return ListViews::currentRow(m_browse_resultsView);
+}
+
+QModelIndex KelvoMainWindow::selectedBrowseResultModelIndex(int column) const
+{
+    qDebug() << "KelvoMainWindow::selectedBrowseResultModelIndex";
+    const QAbstractItemModel *model = m_browse_resultsView->model();
+    return model ? model->index(selectedBrowseResultItemIndex(), column) : QModelIndex();
+}
+
+int KelvoMainWindow::browseResultCount() const
+{
+    qDebug() << "KelvoMainWindow::browseResultCount";
+    return ListViews::rowCount(m_browse_resultsView);
+}
+
+void KelvoMainWindow::clearBrowseResults()
+{
+    qDebug() << "KelvoMainWindow::clearBrowseResults";
+    m_browse_resultsView->clearSelection();
+    ListViews::setModel(m_browse_resultsView, nullptr);
+    m_browse_pictureField->clear();
+    m_browse_metadataField->clear();
+    updateBrowseResultLabel();
+}
+
+void KelvoMainWindow::updateQueryResultLabel()
+{
+    qDebug() << "KelvoMainWindow::updateQueryResultLabel";
+    m_query_resultsLabel->setText(resultsText(m_query_resultsView));
+}
+
+void KelvoMainWindow::updateBrowseResultLabel()
+{
+    qDebug() << "KelvoMainWindow::updateBrowseResultLabel";
+    m_browse_resultsLabel->setText(resultsText(m_browse_resultsView));
+}
+
+void KelvoMainWindow::updateQueryErrorLabel(const QString &text)
+{
+    qDebug() << "KelvoMainWindow::updateQueryErrorLabel" << text;
+    m_query_errorLabel->setText(text);
+}
+
+void KelvoMainWindow::updateBrowseErrorLabel(const QString &text)
+{
+    qDebug() << "KelvoMainWindow::updateBrowseErrorLabel" << text;
+    m_browse_errorLabel->setText(text);
+}
+
+void KelvoMainWindow::showBrowseResultThumbnail(const QString &text)
+{
+    qDebug() << "KelvoMainWindow::showBrowseResultThumbnail, text" << text;
+    m_browse_pictureField->setText(text);
+}
+
+void KelvoMainWindow::showBrowseResultThumbnail(const QByteArray &data)
+{
+    qDebug() << "KelvoMainWindow::showBrowseResultThumbnail, array";
+    QPixmap picture;
+    const bool loaded = picture.loadFromData(data);
+    qDebug() << "LOADING SUCCESS WAS" << loaded;
+    if (!loaded) {
+        showBrowseResultThumbnail(QStringLiteral("error showing thumbnail"));
+        return;
+    }
+    m_browse_pictureField->clear();
+    m_browse_pictureField->setPixmap(
+        picture.scaled(m_browse_pictureField->size(), Qt::IgnoreAspectRatio, Qt::FastTransformation));
+    m_browse_pictureField->setVisible(true);
+}
+
+void KelvoMainWindow::addBrowseMetadata(const QString &key, const QString &value)
+{
+    qDebug() << "KelvoMainWindow::addBrowseMetadata";
+    ListViews::appendLine(m_browse_metadataField, key, value);
+}
+
+void KelvoMainWindow::clearBrowseMetadata()
+{
+    qDebug() << "KelvoMainWindow::clearBrowseMetadata";
+    m_browse_metadataField->clear();
+}
+
+void KelvoMainWindow::showBrowseButton()
+{
+    qDebug() << "KelvoMainWindow::showBrowseButton";
+    m_browse_executeButton->setText(browseCaption);
+}
+
+void KelvoMainWindow::showBrowseCancelButton()
+{
+    qDebug() << "KelvoMainWindow::showBrowseCancelButton";
+    m_browse_executeButton->setText(cancelCaption);
+}
+
+void KelvoMainWindow::setBrowseButtonsEnabled(bool enabled)
+{
+    qDebug() << "KelvoMainWindow::setBrowseButtonsEnabled";
+    m_browse_executeButton->setEnabled(enabled);
+    m_browse_clearButton->setEnabled(enabled);
+}
+
+void KelvoMainWindow::setQueryButtonsEnabled(bool enabled)
+{
+    qDebug() << "void KelvoMainWindow::setQueryButtonsEnabled(bool)";
+    m_query_executeButton->setEnabled(enabled);
+    m_query_extendButton->setEnabled(enabled);
+}
+
+void KelvoMainWindow::showExecuteQueryButton()
+{
+    qDebug() << "KelvoMainWindow::showExecuteQueryButton";
+    m_query_executeButton->setText(executeCaption);
+    m_query_extendButton->setEnabled(true);
+    m_query_resultsView->setModelColumn(ListViews::ShownColumn);
+}
+
+void KelvoMainWindow::showQueryCancelButton()
+{
+    qDebug() << "KelvoMainWindow::showQueryCancelButton";
+    m_query_executeButton->setText(cancelCaption);
+    m_query_extendButton->setEnabled(false);
+}
+
+void KelvoMainWindow::showFetchRestButton()
+{
+    qDebug() << "KelvoMainWindow::showFetchRestButton";
+    m_query_executeButton->setText(fetchRestCaption);
+    m_query_extendButton->setEnabled(false);
+}
+
+int KelvoMainWindow::getQuery() const
+{
+    qDebug() << "KelvoMainWindow::getQuery";
+    return m_query_queryCombo->currentIndex();
+}
+
+void KelvoMainWindow::startQueryDebugTimer()
+{
+    qDebug() << "startQueryDebugTimer()";
+    m_queryDebugTimer.start();
+}
+
+void KelvoMainWindow::stopQueryDebugTimer()
+{
+    // Lower-case t, unlike the slot: testers filter their logs by this text.
+    qDebug() << "stopQueryDebugtimer()";
+    const qint64 elapsed = m_queryDebugTimer.isValid() ? m_queryDebugTimer.elapsed() : 0;
+    qDebug() << "QDTimer:Query took" << elapsed << "ms";
+}
+
+void KelvoMainWindow::launchBrowser()
+{
+    qDebug() << "KelvoMainWindow::launchBrowser";
+    if (m_tabs->currentWidget() == tab_query)
+        launchBrowserFor(selectedQueryResultItemIndex());
+    else if (m_tabs->currentWidget() == tab_browse)
+        launchBrowserFor(selectedBrowseResultItemIndex());
+}
+
+void KelvoMainWindow::launchBrowserFor(int selectedRow)
+{
+    if (selectedRow < 0) {
+        qDebug() << "Please select item to launch!";
+        return;
+    }
+    // The line names the source controller on purpose: testers filter their logs by this text.
+    qDebug() << "KelvoSourceController::launchBrowser launch" << browserAddress;
+    m_guiMain->startBrowser(browserAddress);
+}

@@ -1,0 +1,23 @@
+// SPDX-License-Identifier: MIT
+#include "KelvoRendererErrorLogDialog.h"
+
+#include "ListViews.h"
+
+#include <QDebug>
+
+KelvoRendererErrorLogDialog::KelvoRendererErrorLogDialog(QWidget *parent)
+    : QDialog(parent)
+{
+    qDebug() << "KelvoRendererErrorLogDialog::KelvoRendererErrorLogDialog";
+    setupUi(this);
+    connect(m_clearButton, SIGNAL(clicked()),
+        m_errorLogField, SLOT(clear()));
+    connect(m_okButton, SIGNAL(clicked()),
+        this, SLOT(accept()));
+}
+
+void KelvoRendererErrorLogDialog::appendError(uint code, const QString &text)
+{
+    qDebug() << "KelvoRendererErrorLogDialog::appendError";
+    ListViews::appendLine(m_errorLogField, QStringLiteral("Code %1, %2").arg(QString::number(code), text));
+}

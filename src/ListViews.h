@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+class QAbstractItemModel;
+class QListView;
+class QString;
+class QTextEdit;
+
+/// What the tabs' lists and fields have in common.
+namespace ListViews {
+
+/// Column of playlists and results that holds the text to show.
+constexpr int ShownColumn = 1;
+
+/// Shows that column of the model; null takes the model out. Unlike QListView::setModel() it deletes the
+/// selection model that is no longer used, so that refreshing a view does not collect them.
+void setModel(QListView *view, QAbstractItemModel *model);
+
+/// Rows of the view's model, 0 without one.
+int rowCount(const QListView *view);
+
+/// Row of the current item, -1 when there is none.
+int currentRow(const QListView *view);
+
+/// The lowest and the highest selected row, whatever order they were selected in; both -1 when there is none.
+struct Rows
+{
+    int first = -1;
+    int last = -1;
+};
+Rows selectedRows(const QListView *view);
+
+/// Appends a line as it is written: markup in the texts of media files is shown, not followed.
+void appendLine(QTextEdit *field, const QString &line);
+/// Appends "key: value".
+void appendLine(QTextEdit *field, const QString &key, const QString &value);
+
+} // namespace ListViews

@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+#include "KelvoGUIMain.h"
+#include "platform/DisplayCheck.h"
+
+#include <QApplication>
+#include <QDebug>
+#include <QUrl>
+
+#include <cstdio>
+
+namespace {
+const char *argumentOrEmpty(int argc, char *argv[], int index)
+{
+    return index < argc ? argv[index] : "";
+}
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    DisplayCheck::preferX11();
+    const QString problem = DisplayCheck::problem(argc, argv);
+    if (!problem.isEmpty()) {
+        std::fprintf(stderr, "kelvo-test-gui: %s\n", qPrintable(problem));
+        return 1;
+    }
+
+    QApplication application(argc, argv);
+    auto *guiMain = new KelvoGUIMain(&application);
+    qDebug() << argc << argumentOrEmpty(argc, argv, 0) << argumentOrEmpty(argc, argv, 1)
+             << argumentOrEmpty(argc, argv, 2);
+    if (argc > 1) {
+        const QUrl url(QString::fromLocal8Bit(argv[argc - 1]));
+        qDebug() << "Found URL:" << url;
+        if (url.isValid())
+            guiMain->playPlaylist(url, QStringLiteral("audio/x-scpls"));
+    }
+    return QApplication::exec();
+}

@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+
+/// What must be known of the display before QApplication is built, which ends the process when it finds none.
+namespace DisplayCheck {
+
+/// On a Wayland session with an X display, asks for X11 windows unless the user named a platform: renderers put
+/// their video into X11 windows.
+void preferX11();
+
+/// Why no window could be shown; empty when nothing speaks against it. Looks at the platform named by the
+/// arguments or the environment, as QApplication does.
+QString problem(int argc, char *argv[]);
+
+} // namespace DisplayCheck
