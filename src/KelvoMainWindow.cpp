@@ -74,24 +74,19 @@ void KelvoMainWindow::createFullScreenVideo()
 {
     m_videoFullScreen = false;
     m_fullScreenVideoWidget = new KelvoFullScreenVideoWidget(nullptr);
-    connect(m_fullScreenVideoWidget, SIGNAL(screenTapped()),
-        this, SLOT(hideFullScreenVideo()));
+    connect(m_fullScreenVideoWidget, SIGNAL(screenTapped()), this, SLOT(hideFullScreenVideo()));
 }
 
 void KelvoMainWindow::connectWindowActions()
 {
-    connect(m_actionHelp, SIGNAL(triggered(bool)),
-        this, SLOT(showHelpDialog()));
-    connect(m_actionExit, SIGNAL(triggered(bool)),
-        this, SLOT(close()));
+    connect(m_actionHelp, SIGNAL(triggered(bool)), this, SLOT(showHelpDialog()));
+    connect(m_actionExit, SIGNAL(triggered(bool)), this, SLOT(close()));
 }
 
 void KelvoMainWindow::connectResultActions()
 {
-    connect(m_actionLaunchBrowser, SIGNAL(triggered(bool)),
-        this, SLOT(launchBrowser()));
-    connect(m_actionQuery_properties, SIGNAL(triggered(bool)),
-        this, SLOT(showQueryPropertiesDialog()));
+    connect(m_actionLaunchBrowser, SIGNAL(triggered(bool)), this, SLOT(launchBrowser()));
+    connect(m_actionQuery_properties, SIGNAL(triggered(bool)), this, SLOT(showQueryPropertiesDialog()));
 }
 
 void KelvoMainWindow::connectPauseAtActions()
@@ -105,8 +100,7 @@ void KelvoMainWindow::connectPauseAtActions()
         {m_action10_sec, 10},
     };
     for (const auto &[action, second] : actions) {
-        connect(action, SIGNAL(triggered(bool)),
-            this, SLOT(immediateSeekRequest()));
+        connect(action, SIGNAL(triggered(bool)), this, SLOT(immediateSeekRequest()));
         action->setProperty("pause-at", second);
     }
 }

@@ -117,7 +117,7 @@ public:
     void updateBrowseErrorLabel(const QString &text);
     void showBrowseResultThumbnail(const QString &text);
     /// Image data in any format that the image loader detects.
-    void showBrowseResultThumbnail(const QByteArray &data);
+    void showBrowseResultThumbnail(const QByteArray &imageData);
     void addBrowseMetadata(const QString &key, const QString &value);
     void clearBrowseMetadata();
     void showBrowseButton();

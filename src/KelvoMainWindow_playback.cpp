@@ -180,9 +180,10 @@ void KelvoMainWindow::showResumeButton()
 void KelvoMainWindow::showPolicyOverride(bool overridden)
 {
     const QColor color = overridden ? Qt::red : Qt::black;
-    for (QToolButton *button : {m_music_playButton, m_music_stopButton, m_music_prevButton, m_music_nextButton,
-             m_music_seekBackButton, m_music_seekForwButton, m_video_playButton, m_video_stopButton,
-             m_video_prevButton, m_video_nextButton, m_video_seekBackButton, m_video_seekForwButton}) {
+    for (QToolButton *button :
+        {m_music_playButton, m_music_stopButton, m_music_prevButton, m_music_nextButton,
+            m_music_seekBackButton, m_music_seekForwButton, m_video_playButton, m_video_stopButton,
+            m_video_prevButton, m_video_nextButton, m_video_seekBackButton, m_video_seekForwButton}) {
         QPalette palette = button->palette();
         palette.setColor(QPalette::ButtonText, color);
         button->setPalette(palette);

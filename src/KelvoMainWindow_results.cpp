@@ -28,10 +28,8 @@ void KelvoMainWindow::showQueryResults(QAbstractItemModel *model)
     m_query_resultsView->clearSelection();
     ListViews::setModel(m_query_resultsView, model);
     updateQueryResultLabel();
-    connect(model, SIGNAL(rowsInserted(QModelIndex,int,int)),
-        this, SLOT(updateQueryResultLabel()));
-    connect(model, SIGNAL(rowsRemoved(QModelIndex,int,int)),
-        this, SLOT(updateQueryResultLabel()));
+    connect(model, SIGNAL(rowsInserted(QModelIndex, int, int)), this, SLOT(updateQueryResultLabel()));
+    connect(model, SIGNAL(rowsRemoved(QModelIndex, int, int)), this, SLOT(updateQueryResultLabel()));
 }
 
 int KelvoMainWindow::selectedQueryResultItemIndex() const
@@ -48,8 +46,7 @@ void KelvoMainWindow::showBrowseResults(QAbstractItemModel *model)
     ListViews::setModel(m_browse_resultsView, model);
     // Removed rows are counted only when the label is updated next; the query tab counts them at once.
     if (model)
-        connect(model, SIGNAL(rowsInserted(QModelIndex,int,int)),
-            this, SLOT(updateBrowseResultLabel()));
+        connect(model, SIGNAL(rowsInserted(QModelIndex, int, int)), this, SLOT(updateBrowseResultLabel()));
     updateBrowseResultLabel();
 }
 
@@ -112,11 +109,11 @@ void KelvoMainWindow::showBrowseResultThumbnail(const QString &text)
     m_browse_pictureField->setText(text);
 }
 
-void KelvoMainWindow::showBrowseResultThumbnail(const QByteArray &data)
+void KelvoMainWindow::showBrowseResultThumbnail(const QByteArray &imageData)
 {
     qDebug() << "KelvoMainWindow::showBrowseResultThumbnail, array";
     QPixmap picture;
-    const bool loaded = picture.loadFromData(data);
+    const bool loaded = picture.loadFromData(imageData);
     qDebug() << "LOADING SUCCESS WAS" << loaded;
     if (!loaded) {
         showBrowseResultThumbnail(QStringLiteral("error showing thumbnail"));

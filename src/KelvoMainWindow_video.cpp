@@ -40,7 +40,8 @@ void KelvoMainWindow::setVideoLabelColorKey(uint key)
         return;
     }
     QPalette palette = m_video_videoLabel->palette();
-    palette.setColor(QPalette::Window, QColor(QLatin1Char('#') + hex.rightJustified(digits, QLatin1Char('0'))));
+    palette.setColor(
+        QPalette::Window, QColor(QLatin1Char('#') + hex.rightJustified(digits, QLatin1Char('0'))));
     m_video_videoLabel->setPalette(palette);
     m_video_videoLabel->setAutoFillBackground(true);
 }

@@ -7,6 +7,9 @@
 
 #include <QDebug>
 
+// Each connection on two lines, sender above receiver, so that the table can be read down.
+// clang-format off
+
 void KelvoMainWindow::connectQueryTimer()
 {
     connect(m_query_executeButton, SIGNAL(clicked()),
@@ -150,3 +153,5 @@ void KelvoMainWindow::connectPlaybackRequests(KelvoRendererController *controlle
     connect(this, SIGNAL(immediateSeek(uint)),
         controller, SLOT(pauseAt(uint)));
 }
+
+// clang-format on

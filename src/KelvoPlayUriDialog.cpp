@@ -21,14 +21,11 @@ KelvoPlayUriDialog::KelvoPlayUriDialog(QWidget *parent)
     qDebug() << "KelvoPlayUriDialog::KelvoPlayUriDialog";
     m_selectUriComboBox->clear();
     loadFile(uriListPath());
-    connect(m_playButton, SIGNAL(clicked()),
-        this, SLOT(checkIfItemSelected()));
-    connect(m_cancelButton, SIGNAL(clicked()),
-        this, SLOT(reject()));
-    connect(m_enterUriButton, SIGNAL(clicked()),
-        this, SLOT(addNewUriFromComboBox()));
-    connect(m_playlistView, SIGNAL(itemClicked(QListWidgetItem*)),
-        this, SLOT(updateItemUri(QListWidgetItem*)));
+    connect(m_playButton, SIGNAL(clicked()), this, SLOT(checkIfItemSelected()));
+    connect(m_cancelButton, SIGNAL(clicked()), this, SLOT(reject()));
+    connect(m_enterUriButton, SIGNAL(clicked()), this, SLOT(addNewUriFromComboBox()));
+    connect(
+        m_playlistView, SIGNAL(itemClicked(QListWidgetItem *)), this, SLOT(updateItemUri(QListWidgetItem *)));
 }
 
 bool KelvoPlayUriDialog::loadFile(const QString &fileName)

@@ -25,10 +25,9 @@ KelvoPlaylistController::KelvoPlaylistController(
 {
     qDebug() << "KelvoPlaylistController::KelvoPlaylistController";
     initPlaylists();
-    connect(m_registry, SIGNAL(playlistAdded(QString,QString)),
-        this, SLOT(playlistAdded(QString,QString)));
-    connect(m_registry, SIGNAL(playlistRemoved(QString,QString)),
-        this, SLOT(playlistRemoved(QString,QString)));
+    connect(m_registry, SIGNAL(playlistAdded(QString, QString)), this, SLOT(playlistAdded(QString, QString)));
+    connect(
+        m_registry, SIGNAL(playlistRemoved(QString, QString)), this, SLOT(playlistRemoved(QString, QString)));
     m_mainWindow->connectPlaylistSignals(this);
     connect(m_mainWindow, &QObject::destroyed, this, &KelvoPlaylistController::retire);
 }
@@ -82,8 +81,8 @@ void KelvoPlaylistController::playlistAdded(const QString &uuid, const QString &
     qDebug() << "KelvoPlaylistController::playlistAdded" << uuid << name;
     const KelvoPlaylist *playlist = m_registry->findPlaylistByUuid(uuid);
     const bool connected = playlist
-        && connect(playlist, SIGNAL(contentsChanged(uint,uint,uint)),
-            this, SLOT(playlistContentsChanged(uint,uint,uint)));
+        && connect(playlist, SIGNAL(contentsChanged(uint, uint, uint)), this,
+            SLOT(playlistContentsChanged(uint, uint, uint)));
     if (connected)
         m_mainWindow->showPlaylistName(uuid, name, true);
     else
@@ -133,7 +132,8 @@ void KelvoPlaylistController::showCurrentPlaylist()
         m_mainWindow->updateCurrentPlaylistIndex(index);
 }
 
-void KelvoPlaylistController::createPlaylist(const QString &id, const QString &name, QAbstractItemModel *model)
+void KelvoPlaylistController::createPlaylist(
+    const QString &id, const QString &name, QAbstractItemModel *model)
 {
     qDebug() << "KelvoPlaylistController::createPlaylist (id=" << id << " name=" << name << ")";
     if (name.isEmpty())

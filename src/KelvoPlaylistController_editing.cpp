@@ -2,8 +2,8 @@
 #include "KelvoPlaylistController.h"
 
 #include "KelvoGUIMain.h"
-#include "KelvoMainWindow.h"
 #include "KelvoGeneralSourcePlaylist.h"
+#include "KelvoMainWindow.h"
 #include "KelvoRegistry.h"
 #include "KelvoShared.h"
 
@@ -68,8 +68,9 @@ void KelvoPlaylistController::addToPlaylist(const QAbstractItemModel &model, int
     qDebug() << "KelvoPlaylistController::addToPlaylist" << from << to;
     QStandardItemModel *target = ownModel(m_currentPlaylist);
     if (!target) {
-        qWarning() << "void KelvoPlaylistController::addToPlaylist(const QAbstractItemModel&, int, int)"
-                   << "playlist is not KelvoGeneralSourcePlaylist or underlying model is not QStandardItemModel";
+        qWarning()
+            << "void KelvoPlaylistController::addToPlaylist(const QAbstractItemModel&, int, int)"
+            << "playlist is not KelvoGeneralSourcePlaylist or underlying model is not QStandardItemModel";
         m_mainWindow->showRendererErrorLog(0, QStringLiteral("Playlist or its model has wrong type."));
         return;
     }

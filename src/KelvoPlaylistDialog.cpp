@@ -12,10 +12,8 @@ KelvoPlaylistDialog::KelvoPlaylistDialog(QInputContext *inputContext, QWidget *p
     setupUi(this);
     if (inputContext)
         inputContext->attach(m_nameEdit);
-    connect(m_okButton, SIGNAL(clicked()),
-        this, SLOT(accept()));
-    connect(m_cancelButton, SIGNAL(clicked()),
-        this, SLOT(reject()));
+    connect(m_okButton, SIGNAL(clicked()), this, SLOT(accept()));
+    connect(m_cancelButton, SIGNAL(clicked()), this, SLOT(reject()));
 }
 
 KelvoPlaylistDialog::~KelvoPlaylistDialog()

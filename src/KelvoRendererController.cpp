@@ -22,13 +22,11 @@ KelvoRendererController::KelvoRendererController(KelvoGUIMain *application, Kelv
 {
     qDebug() << "KelvoRendererController::KelvoRendererController (" << this << ")";
     m_positionTimer->setInterval(positionInterval);
-    connect(m_positionTimer, SIGNAL(timeout()),
-        this, SLOT(invokeGetPosition()));
+    connect(m_positionTimer, SIGNAL(timeout()), this, SLOT(invokeGetPosition()));
     initRenderers();
-    connect(m_registry, SIGNAL(rendererAdded(QString,QString)),
-        this, SLOT(rendererAdded(QString,QString)));
-    connect(m_registry, SIGNAL(rendererRemoved(QString,QString)),
-        this, SLOT(rendererRemoved(QString,QString)));
+    connect(m_registry, SIGNAL(rendererAdded(QString, QString)), this, SLOT(rendererAdded(QString, QString)));
+    connect(
+        m_registry, SIGNAL(rendererRemoved(QString, QString)), this, SLOT(rendererRemoved(QString, QString)));
     m_mainWindow->connectRendererSignals(this);
     m_mainWindow->watchVideoRectangle(this);
     connect(m_mainWindow, &QObject::destroyed, this, &KelvoRendererController::retire);
@@ -86,8 +84,7 @@ void KelvoRendererController::listRenderer(KelvoRenderer *renderer, const QStrin
     const QString displayName
         = name.isEmpty() ? QStringLiteral("empty %1").arg(m_registry->renderers().size()) : name;
     m_mainWindow->showRendererName(displayName, renderer->uuid(), true);
-    connect(renderer, SIGNAL(nameChanged(QString)),
-        this, SLOT(rendererNameChanged(QString)));
+    connect(renderer, SIGNAL(nameChanged(QString)), this, SLOT(rendererNameChanged(QString)));
 }
 
 void KelvoRendererController::rendererAdded(const QString &uuid, const QString &name)
@@ -142,28 +139,26 @@ void KelvoRendererController::setUpVideoOutput(KelvoRenderer *renderer)
     renderer->setKelvoProperty(KelvoRenderer::PropertyAutopaint, false);
 }
 
+// clang-format off: sender above receiver
 void KelvoRendererController::connectRendererSignals(KelvoRenderer *renderer)
 {
     qDebug() << "KelvoRendererController::connectRendererSignals";
-    connect(renderer, SIGNAL(stateChanged(KelvoRenderer::State)),
-        this, SLOT(rendererStateChanged(KelvoRenderer::State)));
-    connect(renderer, SIGNAL(mediaChanged(int,KelvoContent)),
-        this, SLOT(rendererMediaChanged(int,KelvoContent)));
-    connect(renderer, SIGNAL(playbackCompleted()),
-        m_mainWindow, SLOT(showPlaybackCompletedDialog()));
-    connect(renderer, SIGNAL(playlistChanged(KelvoPlaylist*)),
-        this, SLOT(rendererPlaylistChanged(KelvoPlaylist*)));
-    connect(renderer, SIGNAL(metadataChanged(QString,QList<QVariant>)),
-        this, SLOT(rendererMediaMetadataChanged(QString,QList<QVariant>)));
-    connect(renderer, SIGNAL(kelvoPropertyChanged(QString,QVariant)),
-        this, SLOT(rendererPropertyChanged(QString,QVariant)));
-    connect(renderer, SIGNAL(bufferingInfo(float)),
-        this, SLOT(rendererBuffering(float)));
-    connect(renderer, SIGNAL(scanningInfo(float)),
-        this, SLOT(rendererScanning(float)));
-    connect(renderer, SIGNAL(error(KelvoError)),
-        this, SLOT(rendederOperationFailed(KelvoError)));
+    connect(renderer, SIGNAL(stateChanged(KelvoRenderer::State)), this,
+        SLOT(rendererStateChanged(KelvoRenderer::State)));
+    connect(renderer, SIGNAL(mediaChanged(int, KelvoContent)), this,
+        SLOT(rendererMediaChanged(int, KelvoContent)));
+    connect(renderer, SIGNAL(playbackCompleted()), m_mainWindow, SLOT(showPlaybackCompletedDialog()));
+    connect(renderer, SIGNAL(playlistChanged(KelvoPlaylist *)), this,
+        SLOT(rendererPlaylistChanged(KelvoPlaylist *)));
+    connect(renderer, SIGNAL(metadataChanged(QString, QList<QVariant>)), this,
+        SLOT(rendererMediaMetadataChanged(QString, QList<QVariant>)));
+    connect(renderer, SIGNAL(kelvoPropertyChanged(QString, QVariant)), this,
+        SLOT(rendererPropertyChanged(QString, QVariant)));
+    connect(renderer, SIGNAL(bufferingInfo(float)), this, SLOT(rendererBuffering(float)));
+    connect(renderer, SIGNAL(scanningInfo(float)), this, SLOT(rendererScanning(float)));
+    connect(renderer, SIGNAL(error(KelvoError)), this, SLOT(rendederOperationFailed(KelvoError)));
 }
+// clang-format on
 
 void KelvoRendererController::getRendererProperties(KelvoRenderer *renderer)
 {

@@ -46,7 +46,8 @@ public Q_SLOTS:
     void rendererStateChanged(KelvoRenderer::State state);
     void rendererPropertyChanged(const QString &name, const QVariant &value);
     void rendererNameChanged(const QString &name);
-    void rendererStatusChanged(const QString &playlistId, uint index, int playbackState, const QString &objectId);
+    void rendererStatusChanged(
+        const QString &playlistId, uint index, int playbackState, const QString &objectId);
     void rendererBuffering(float status);
     void rendererScanning(float status);
     void rendederOperationFailed(const KelvoError &error); // misspelled in the connection that is made to it

@@ -211,8 +211,7 @@ void KelvoRendererController::showPauseFrame()
 {
     qDebug() << "KelvoRendererController::showPauseFrame";
     if (m_currentRenderer)
-        m_currentRenderer->setKelvoProperty(
-            KelvoRenderer::PropertyCurrentFrameOnPause, !m_showPauseFrameOn);
+        m_currentRenderer->setKelvoProperty(KelvoRenderer::PropertyCurrentFrameOnPause, !m_showPauseFrameOn);
 }
 
 void KelvoRendererController::setAutoAdvance(bool enabled)

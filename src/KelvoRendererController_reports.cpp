@@ -77,14 +77,19 @@ void KelvoRendererController::sendVideoRectangle()
         return;
     const QRect place = m_mainWindow->getVideoRectangle();
     m_currentRenderer->setKelvoProperty(KelvoRenderer::PropertyRenderRectangle,
-        QStringLiteral("%1,%2,%3,%4").arg(place.left()).arg(place.top()).arg(place.width()).arg(place.height()));
+        QStringLiteral("%1,%2,%3,%4")
+            .arg(place.left())
+            .arg(place.top())
+            .arg(place.width())
+            .arg(place.height()));
 }
 
 void KelvoRendererController::rendererStatusChanged(
     const QString &playlistId, uint index, int playbackState, const QString &objectId)
 {
-    qDebug() << "KelvoRendererController::rendererStatusChanged, (playlistId, index, playbackState, objectId) = ("
-             << playlistId << "," << index << "," << playbackState << "," << objectId << ")";
+    qDebug()
+        << "KelvoRendererController::rendererStatusChanged, (playlistId, index, playbackState, objectId) = ("
+        << playlistId << "," << index << "," << playbackState << "," << objectId << ")";
     if (!m_mainWindow)
         return;
     if (const KelvoPlaylist *playlist = m_registry->findPlaylistByUuid(playlistId)) {

@@ -10,10 +10,8 @@ KelvoRendererErrorLogDialog::KelvoRendererErrorLogDialog(QWidget *parent)
 {
     qDebug() << "KelvoRendererErrorLogDialog::KelvoRendererErrorLogDialog";
     setupUi(this);
-    connect(m_clearButton, SIGNAL(clicked()),
-        m_errorLogField, SLOT(clear()));
-    connect(m_okButton, SIGNAL(clicked()),
-        this, SLOT(accept()));
+    connect(m_clearButton, SIGNAL(clicked()), m_errorLogField, SLOT(clear()));
+    connect(m_okButton, SIGNAL(clicked()), this, SLOT(accept()));
 }
 
 void KelvoRendererErrorLogDialog::appendError(uint code, const QString &text)

@@ -9,14 +9,10 @@ KelvoVolumeDialog::KelvoVolumeDialog(QWidget *parent)
     : QDialog(parent)
 {
     setupUi(this);
-    connect(m_doneButton, SIGNAL(clicked()),
-        this, SLOT(accept()));
-    connect(m_upButton, SIGNAL(clicked()),
-        this, SLOT(increase()));
-    connect(m_downButton, SIGNAL(clicked()),
-        this, SLOT(decrease()));
-    connect(m_volumeSlider, SIGNAL(valueChanged(int)),
-        this, SLOT(updateVolumeField(int)));
+    connect(m_doneButton, SIGNAL(clicked()), this, SLOT(accept()));
+    connect(m_upButton, SIGNAL(clicked()), this, SLOT(increase()));
+    connect(m_downButton, SIGNAL(clicked()), this, SLOT(decrease()));
+    connect(m_volumeSlider, SIGNAL(valueChanged(int)), this, SLOT(updateVolumeField(int)));
     qDebug() << "KelvoVolumeDialog::KelvoVolumeDialog";
 }
 

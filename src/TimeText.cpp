@@ -13,7 +13,11 @@ QString twoDigits(uint number)
 QString TimeText::duration(int seconds)
 {
     const uint whole = uint(qMax(seconds, 0));
-    return QStringLiteral("%1:%2 /\n%3:%4").arg(0).arg(twoDigits(0)).arg(whole / 60).arg(twoDigits(whole % 60));
+    return QStringLiteral("%1:%2 /\n%3:%4")
+        .arg(0)
+        .arg(twoDigits(0))
+        .arg(whole / 60)
+        .arg(twoDigits(whole % 60));
 }
 
 QString TimeText::withPosition(const QString &durationText, uint seconds)

@@ -34,8 +34,8 @@ bool x11DisplayOpens()
 
 void DisplayCheck::preferX11()
 {
-    const bool wayland = qEnvironmentVariableIsSet("WAYLAND_DISPLAY")
-        || qgetenv("XDG_SESSION_TYPE") == "wayland";
+    const bool wayland
+        = qEnvironmentVariableIsSet("WAYLAND_DISPLAY") || qgetenv("XDG_SESSION_TYPE") == "wayland";
     if (wayland && qEnvironmentVariableIsSet("DISPLAY") && !qEnvironmentVariableIsSet("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "xcb");
 }
@@ -52,6 +52,7 @@ QString DisplayCheck::problem(int argc, char *argv[])
     if (display.isEmpty())
         return QStringLiteral("No display: DISPLAY is not set. Start the program in a graphical session.");
     if (!x11DisplayOpens())
-        return QStringLiteral("No display: the X server \"%1\" cannot be reached.").arg(QString::fromLocal8Bit(display));
+        return QStringLiteral("No display: the X server \"%1\" cannot be reached.")
+            .arg(QString::fromLocal8Bit(display));
     return {};
 }

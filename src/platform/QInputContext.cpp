@@ -28,7 +28,11 @@ bool offers(const QPluginLoader &loader, const QString &key)
 {
     const QJsonObject metaData = loader.metaData();
     return metaData.value(QStringLiteral("IID")).toString() == QLatin1String(QInputContextPlugin_iid)
-        && metaData.value(QStringLiteral("MetaData")).toObject().value(QStringLiteral("Keys")).toArray().contains(key);
+        && metaData.value(QStringLiteral("MetaData"))
+               .toObject()
+               .value(QStringLiteral("Keys"))
+               .toArray()
+               .contains(key);
 }
 } // namespace
 
