@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+#include "GstRendererPlugin.h"
+
+#include "EngineSettings.h"
+#include "KelvoGstRenderer.h"
+#include "KelvoMessageHandler.h"
+#include "KelvoRegistry.h"
+
+#include <utility>
+
+GstRendererPlugin::GstRendererPlugin() = default;
+
+GstRendererPlugin::~GstRendererPlugin()
+{
+    stop();
+}
+
+bool GstRendererPlugin::start(KelvoRegistry *registry, QString *)
+{
+    m_registry = registry;
+    m_renderer = std::make_unique<KelvoGstRenderer>(EngineSettings::fromEnvironment());
+    connect(m_renderer.get(), &KelvoGstRenderer::engineStarted, this, &GstRendererPlugin::engineStarted);
+    m_renderer->startEngine();
+    return true;
+}
+
+void GstRendererPlugin::engineStarted(const QString &problem)
+{
+    if (!problem.isEmpty()) {
+        qCWarning(lcKelvo).noquote() << "The GStreamer renderer is not available:" << problem;
+        // It is still in the middle of its signal.
+        m_renderer.release()->deleteLater();
+        return;
+    }
+    m_added = m_registry->addRenderer(m_renderer.get());
+}
+
+void GstRendererPlugin::stop()
+{
+    // Taken out of here first: whoever hears of the removal may unload this plug-in again.
+    const std::unique_ptr<KelvoGstRenderer> renderer = std::move(m_renderer);
+    if (renderer && std::exchange(m_added, false))
+        m_registry->removeRenderer(renderer.get());
+}

@@ -1,0 +1,290 @@
+// SPDX-License-Identifier: MIT
+#include "ItemPlayer.h"
+
+#include "AudioOutput.h"
+#include "ErrorMapping.h"
+#include "Mailbox.h"
+#include "PauseClock.h"
+#include "Playbin.h"
+#include "RendererValues.h"
+
+#include <QTimer>
+
+#include <algorithm>
+#include <utility>
+
+namespace {
+constexpr int watchInterval = 500; // milliseconds
+// An item that fails after this much has played: a list of such items may go round for ever.
+constexpr qint64 leastProgress = GST_SECOND;
+
+GstHandles::Element makeVideoSink()
+{
+    GstHandles::Element sink = GstHandles::adopt(gst_element_factory_make("fakesink", nullptr));
+    if (sink)
+        g_object_set(sink.get(), "sync", TRUE, nullptr);
+    return sink;
+}
+
+bool hasFactory(const char *name)
+{
+    GstElementFactory *factory = gst_element_factory_find(name);
+    if (factory)
+        gst_object_unref(factory);
+    return factory != nullptr;
+}
+} // namespace
+
+ItemPlayer::ItemPlayer(const EngineSettings &settings)
+    : m_settings(settings)
+    , m_mailbox(std::make_shared<Mailbox>(this))
+    , m_pauseClock(std::make_unique<PauseClock>(m_mailbox))
+    , m_watchTimer(new QTimer(this))
+{
+    m_watchTimer->setInterval(
+        std::clamp(std::min(settings.localStall, settings.networkStall) / 4, 10, watchInterval));
+    connect(m_watchTimer, &QTimer::timeout, this, &ItemPlayer::checkStall);
+    m_time.start();
+}
+
+ItemPlayer::~ItemPlayer()
+{
+    m_mailbox->close();
+}
+
+void ItemPlayer::initialise()
+{
+    GError *problem = nullptr;
+    const bool started = gst_init_check(nullptr, nullptr, &problem);
+    const GstHandles::Error owner(problem);
+    if (!started) {
+        Q_EMIT initialised(
+            problem ? QString::fromUtf8(problem->message) : QStringLiteral("GStreamer does not start"));
+        return;
+    }
+    for (const char *name : {"playbin", "fakesink"}) {
+        if (!hasFactory(name)) {
+            Q_EMIT initialised(QStringLiteral("GStreamer has no element \"%1\"").arg(QLatin1String(name)));
+            return;
+        }
+    }
+    Q_EMIT initialised({});
+}
+
+bool ItemPlayer::createPipeline(bool silent)
+{
+    m_pipeline.reset();
+    m_mailbox->beginGeneration();
+    m_silent = silent;
+    const auto message = [this](GstMessage *arrived) {
+        handle(arrived);
+    };
+    const auto volume = [this] {
+        handleVolume();
+    };
+    m_pipeline = Playbin::create(silent ? AudioOutput::makeSilent() : AudioOutput::make(m_settings.audioSink),
+        makeVideoSink(), m_settings.networkTimeout, {m_mailbox, message, volume});
+    if (m_pipeline)
+        m_pipeline->setVolume(RendererValues::linearVolume(m_volume));
+    return m_pipeline != nullptr;
+}
+
+void ItemPlayer::load(const Item &item)
+{
+    forgetItem();
+    // Ready keeps the outputs open from one item to the next. A pipeline that cannot go there is beyond
+    // repair.
+    if (m_pipeline && m_pipeline->setState(GST_STATE_READY) == GST_STATE_CHANGE_FAILURE)
+        m_pipeline.reset();
+    m_mailbox->beginGeneration();
+    m_item = item;
+    m_wantPlaying = !item.paused;
+    m_speed = item.speed;
+    m_reported = KelvoRenderer::Transitioning;
+    m_tags.clear();
+    m_missingCodec.clear();
+    if (!m_pipeline && !createPipeline(false)) {
+        fail(KelvoError::EngineFailed, QStringLiteral("the pipeline cannot be made"));
+        return;
+    }
+    startPipeline();
+}
+
+void ItemPlayer::startPipeline()
+{
+    m_phase = Phase::Loading;
+    m_pauseAcknowledged = false;
+    m_bufferHold = false;
+    m_bufferPercent = 100;
+    m_pipelinePlaying = m_playingAsked = false;
+    m_stallWatch.restart(m_time.elapsed());
+    m_watchTimer->start();
+    m_pipeline->setUri(m_item.uri.toEncoded());
+    // Always by way of Paused: only then the duration, the seeks and the speed asked for can be dealt with.
+    const GstStateChangeReturn result = m_pipeline->setState(GST_STATE_PAUSED);
+    m_live = result == GST_STATE_CHANGE_NO_PREROLL;
+    if (result == GST_STATE_CHANGE_FAILURE)
+        m_mailbox->post([this] { failUnlessReported(); });
+    else if (result != GST_STATE_CHANGE_ASYNC)
+        m_mailbox->post([this] { prerolled(); });
+}
+
+void ItemPlayer::unload()
+{
+    forgetItem();
+    shutDown();
+    // The next start tries the audio output again.
+    if (m_silent)
+        m_pipeline.reset();
+    if (std::exchange(m_policyOverride, false))
+        Q_EMIT policyOverridden(false);
+}
+
+void ItemPlayer::forgetItem()
+{
+    m_phase = Phase::Idle;
+    m_watchTimer->stop();
+    m_pauseClock->disarm();
+    m_seekWanted.reset();
+    m_seekInFlight.reset();
+    m_rateWanted = false;
+}
+
+void ItemPlayer::shutDown()
+{
+    if (m_pipeline && m_pipeline->setState(GST_STATE_NULL) == GST_STATE_CHANGE_FAILURE)
+        m_pipeline.reset();
+    m_mailbox->beginGeneration();
+}
+
+void ItemPlayer::pause()
+{
+    m_wantPlaying = false;
+    m_pauseAcknowledged = m_phase == Phase::Loading || m_bufferHold;
+    applyState();
+}
+
+void ItemPlayer::resume()
+{
+    m_wantPlaying = true;
+    m_pauseAcknowledged = false;
+    m_stallWatch.restart(m_time.elapsed());
+    checkPauseAt();
+    applyState();
+}
+
+void ItemPlayer::prerolled()
+{
+    if (m_phase != Phase::Loading)
+        return;
+    m_phase = Phase::Loaded;
+    tellDuration();
+    if (m_pipeline->hasAudio())
+        tell(m_tags.set(QStringLiteral("audio-output"), {AudioOutput::describe(m_pipeline->audioOutput())}));
+    if (!m_missingCodec.isEmpty())
+        Q_EMIT troubled(m_item.epoch, KelvoError::PartlyPlayable, m_missingCodec);
+    m_rateWanted = m_rateWanted || m_speed != 1.0;
+    if (m_seekWanted)
+        seekTo(*std::exchange(m_seekWanted, std::nullopt));
+    else
+        issueSeek();
+    checkPauseAt();
+    applyState();
+}
+
+/// Brings the pipeline to where the want and the holds say it should be.
+void ItemPlayer::applyState()
+{
+    if (m_phase == Phase::Loaded) {
+        const bool playing = m_wantPlaying && !m_bufferHold && !m_policyOverride;
+        if (playing != m_playingAsked) {
+            m_playingAsked = playing;
+            m_pauseClock->disarm();
+            if (m_pipeline->setState(playing ? GST_STATE_PLAYING : GST_STATE_PAUSED)
+                == GST_STATE_CHANGE_FAILURE)
+                m_mailbox->post([this] { failUnlessReported(); });
+        }
+    }
+    settle();
+}
+
+/// Reports the state once the pipeline is where it should be.
+void ItemPlayer::settle()
+{
+    if (m_phase != Phase::Loading && m_phase != Phase::Loaded)
+        return;
+    const bool waiting = m_phase == Phase::Loading || m_bufferHold;
+    if (!m_wantPlaying || (m_policyOverride && m_phase == Phase::Loaded)) {
+        if (m_pauseAcknowledged || (m_phase == Phase::Loaded && !m_pipelinePlaying))
+            report(KelvoRenderer::Paused);
+    } else if (waiting) {
+        report(KelvoRenderer::Transitioning);
+    } else if (m_pipelinePlaying) {
+        report(KelvoRenderer::Playing);
+    }
+}
+
+void ItemPlayer::report(KelvoRenderer::State state)
+{
+    if (state == m_reported)
+        return;
+    m_reported = state;
+    Q_EMIT stateReached(m_item.epoch, state);
+}
+
+/// Whether standing still would be wrong at the moment.
+bool ItemPlayer::wantsToMove() const
+{
+    return m_phase == Phase::Loading
+        || (m_phase == Phase::Loaded && (m_seekInFlight || (m_wantPlaying && !m_policyOverride)));
+}
+
+void ItemPlayer::checkStall()
+{
+    if (!wantsToMove()) {
+        m_stallWatch.restart(m_time.elapsed());
+        return;
+    }
+    const int limit = ErrorMapping::isRemote(m_item.uri) ? m_settings.networkStall : m_settings.localStall;
+    if (m_stallWatch.isStalled(m_time.elapsed(), position(), m_bufferPercent, limit))
+        fail(KelvoError::Stalled, QStringLiteral("no progress for %1 seconds").arg(limit / 1000.0));
+}
+
+void ItemPlayer::endItem(bool progressed)
+{
+    m_phase = Phase::Ended;
+    m_watchTimer->stop();
+    m_pauseClock->disarm();
+    Q_EMIT ended(m_item.epoch, progressed);
+}
+
+void ItemPlayer::fail(KelvoError::Code code, const QString &message)
+{
+    const bool progressed = position() > leastProgress;
+    forgetItem();
+    // After an error only a pipeline that was shut down completely can be relied on.
+    shutDown();
+    Q_EMIT failed(m_item.epoch, code, message, progressed);
+}
+
+/// A state change was refused; the error message that usually says why was queued before this call.
+void ItemPlayer::failUnlessReported()
+{
+    if (m_phase != Phase::Idle)
+        fail(KelvoError::EngineFailed, QStringLiteral("the pipeline refuses to start"));
+}
+
+/// The audio output is gone: a silent clock takes its place, and playback goes on where it was.
+void ItemPlayer::restartSilently()
+{
+    const qint64 resumeAt = position();
+    m_pauseClock->disarm();
+    m_seekInFlight.reset();
+    if (!createPipeline(true)) {
+        fail(KelvoError::EngineFailed, QStringLiteral("the pipeline cannot be made"));
+        return;
+    }
+    if (resumeAt > 0)
+        m_seekWanted = resumeAt;
+    startPipeline();
+}

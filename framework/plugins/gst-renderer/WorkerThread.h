@@ -1,0 +1,34 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QMetaObject>
+#include <QThread>
+
+#include <memory>
+#include <utility>
+
+/// A thread with an event loop and the one object that lives in it. GUI thread.
+///
+/// Destroying it lets the object finish what it is doing, deletes it on its own thread and ends that thread.
+/// The destructor does not wait for that; the end of the application does.
+class WorkerThread
+{
+public:
+    /// Takes over the worker, which must have no parent.
+    WorkerThread(std::unique_ptr<QObject> worker, const QString &name);
+    ~WorkerThread();
+    Q_DISABLE_COPY_MOVE(WorkerThread)
+
+    /// The object, as the type that was given. Only for connections and for calls by post().
+    template <typename Worker> Worker *worker() const { return static_cast<Worker *>(m_worker); }
+
+    /// Runs the call on the worker's thread, after those asked for before.
+    template <typename Call> void post(Call &&call)
+    {
+        QMetaObject::invokeMethod(m_worker, std::forward<Call>(call), Qt::QueuedConnection);
+    }
+
+private:
+    QObject *m_worker;
+    QThread *m_thread;
+};
