@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoTabWidget.h"
 
+#include <QStyleOptionTab>
 #include <QTabBar>
 
 namespace {
@@ -18,11 +19,26 @@ public:
     using QTabBar::QTabBar;
 
 protected:
+    void initStyleOption(QStyleOptionTab *option, int index) const override
+    {
+        QTabBar::initStyleOption(option, index);
+        const int room = option->rect.width() - paddingOf(index);
+        while (
+            option->text.endsWith(QLatin1Char(' ')) && fontMetrics().horizontalAdvance(option->text) > room)
+            option->text.chop(1);
+    }
+
     QSize minimumTabSizeHint(int index) const override
     {
         const QSize whole = tabSizeHint(index);
         const QString blanks(trailingBlanks(tabText(index)), QLatin1Char(' '));
         return {whole.width() - fontMetrics().horizontalAdvance(blanks), whole.height()};
+    }
+
+private:
+    int paddingOf(int index) const
+    {
+        return tabSizeHint(index).width() - fontMetrics().horizontalAdvance(tabText(index));
     }
 };
 } // namespace
