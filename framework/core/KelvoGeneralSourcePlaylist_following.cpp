@@ -101,8 +101,20 @@ int KelvoGeneralSourcePlaylist::Private::playIndexFor(int row) const
     return 0;
 }
 
+// Signals of a model arrive out of turn when one of its receivers changes it again, and some models miss one.
+// Rows that no longer fit are read anew rather than mixed up.
+bool KelvoGeneralSourcePlaylist::Private::inStep(int growth)
+{
+    if (rows.size() + growth == model->rowCount())
+        return true;
+    reload();
+    return false;
+}
+
 void KelvoGeneralSourcePlaylist::Private::rowsInserted(int first, int last)
 {
+    if (!inStep(last - first + 1))
+        return;
     const int at = playIndexFor(first);
     const Slots slots = readRows(first, last);
     rows.insert(first, slots);
@@ -112,6 +124,8 @@ void KelvoGeneralSourcePlaylist::Private::rowsInserted(int first, int last)
 
 void KelvoGeneralSourcePlaylist::Private::rowsRemoved(int first, int last)
 {
+    if (!inStep(first - last - 1))
+        return;
     std::vector<Key> gone;
     for (int row = first; row <= last; ++row) {
         if (const Slot slot = rows.at(row); slot != PlaylistOrder::NoSlot)
@@ -123,6 +137,8 @@ void KelvoGeneralSourcePlaylist::Private::rowsRemoved(int first, int last)
 
 void KelvoGeneralSourcePlaylist::Private::rowsMoved(int first, int last, int destination)
 {
+    if (!inStep(0))
+        return;
     Slots moved = rows.slots();
     const auto begin = moved.begin();
     if (destination > last)

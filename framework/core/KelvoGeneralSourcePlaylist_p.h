@@ -47,6 +47,7 @@ struct KelvoGeneralSourcePlaylist::Private
     void rememberLayout();
     void restoreLayout();
     void modelDestroyed();
+    bool inStep(int growth);
     int playIndexFor(int row) const;
     void rereadRows(int first, int last);
     void takeModelOrder();

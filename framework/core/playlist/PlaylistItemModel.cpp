@@ -82,7 +82,7 @@ QVariant PlaylistItemModel::headerData(int section, Qt::Orientation orientation,
 
 Qt::ItemFlags PlaylistItemModel::flags(const QModelIndex &index) const
 {
-    return QAbstractTableModel::flags(index) | Qt::ItemNeverHasChildren;
+    return index.isValid() ? QAbstractTableModel::flags(index) | Qt::ItemNeverHasChildren : Qt::NoItemFlags;
 }
 
 void PlaylistItemModel::insertSlots(int index, const std::vector<Slot> &slots)
