@@ -62,6 +62,8 @@ public:
     void setVolume(int volume);
     /// Answers with the position in whole seconds.
     void answerPosition(const KelvoAnswer &answer);
+    /// Answers as the property "position" does: in seconds with their fraction.
+    void answerExactPosition(const KelvoAnswer &answer);
 
 Q_SIGNALS:
     /// Empty text: ready for use.

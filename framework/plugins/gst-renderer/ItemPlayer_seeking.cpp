@@ -29,6 +29,11 @@ void ItemPlayer::answerPosition(const KelvoAnswer &answer)
     answer.deliver({uint((position() + tolerance) / second)});
 }
 
+void ItemPlayer::answerExactPosition(const KelvoAnswer &answer)
+{
+    answer.deliver({QString(KelvoRenderer::PropertyPosition), double(position()) / second});
+}
+
 void ItemPlayer::seek(int seconds, bool relative)
 {
     if (m_phase == Phase::Loading)

@@ -61,8 +61,12 @@ void KelvoGstRenderer::connectPlayer()
         });
     connect(m_player, &ItemPlayer::fact, this,
         [this](quint64 epoch, const QString &key, const QList<QVariant> &values) {
-            if (epoch == m_epoch)
-                later([this, key, values] { Q_EMIT metadataChanged(key, values); });
+            if (epoch != m_epoch)
+                return;
+            // Facts come from media that opens, so the search is over; told first, because the duration takes
+            // the place of the search's text on the screen.
+            reportScanning(1);
+            later([this, key, values] { Q_EMIT metadataChanged(key, values); });
         });
     connect(m_player, &ItemPlayer::buffering, this, [this](quint64 epoch, int percent) {
         if (epoch == m_epoch)

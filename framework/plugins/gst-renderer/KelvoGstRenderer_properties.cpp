@@ -35,9 +35,13 @@ void KelvoGstRenderer::setKelvoProperty(const QString &name, const QVariant &val
 
 void KelvoGstRenderer::kelvoProperty(const QString &name, QObject *receiver, const char *slot)
 {
-    later([answer = KelvoAnswer(receiver, slot), name, value = m_properties.value(name)] {
-        answer.deliver({name, value});
-    });
+    const KelvoAnswer answer(receiver, slot);
+    if (name == PropertyPosition && m_state != Stopped && m_loaded) {
+        tellPlayer([answer](ItemPlayer &player) { player.answerExactPosition(answer); });
+        return;
+    }
+    const QVariant value = name == PropertyPosition ? QVariant(0.0) : m_properties.value(name);
+    later([answer, name, value] { answer.deliver({name, value}); });
 }
 
 /// Kept at once, so that it also holds when the entry in play ends before the player gets to it.
