@@ -1,0 +1,189 @@
+// SPDX-License-Identifier: MIT
+#include "GstTestCase.h"
+#include "LogRecorder.h"
+
+#include <QTest>
+
+#include <atomic>
+
+#include <gst/gst.h>
+
+using R = KelvoRenderer;
+
+namespace {
+std::atomic<GstElement *> output = nullptr; ///< the audio output that the renderer uses at the moment
+int outputsMade = 0;
+
+/// A silent clock like GStreamer's own, that the test can get hold of.
+void registerOutput()
+{
+    GstElement *model = gst_element_factory_make("fakesink", nullptr);
+    gst_object_ref_sink(model);
+    GTypeQuery query;
+    g_type_query(G_OBJECT_TYPE(model), &query);
+    const auto remember = [](GTypeInstance *instance, gpointer) {
+        output = reinterpret_cast<GstElement *>(instance);
+        ++outputsMade;
+    };
+    const GType type = g_type_register_static_simple(G_OBJECT_TYPE(model), "KelvoTestSink", query.class_size,
+        nullptr, query.instance_size, remember, GTypeFlags(0));
+    gst_element_register(nullptr, "kelvotestsink", GST_RANK_NONE, type);
+    gst_object_unref(model);
+}
+
+void requestState(GstState state)
+{
+    gst_element_post_message(output, gst_message_new_request_state(GST_OBJECT(output.load()), state));
+}
+
+void loseDevice()
+{
+    GST_ELEMENT_ERROR(output.load(), RESOURCE, WRITE, ("The device is gone."), (nullptr));
+}
+
+/// The desktop's mixer moves the volume of the pipeline as a whole.
+void moveVolume(double volume)
+{
+    GstObject *top = GST_OBJECT(gst_object_ref(output.load()));
+    while (GstObject *parent = gst_object_get_parent(top)) {
+        gst_object_unref(top);
+        top = parent;
+    }
+    g_object_set(top, "volume", volume, nullptr);
+    gst_object_unref(top);
+}
+} // namespace
+
+/// The audio output: policies, volume from outside, loss of the device.
+class GstOutputTest : public GstTestCase
+{
+    Q_OBJECT
+private:
+    void start()
+    {
+        renderer()->playUri(media(QStringLiteral("long.mp3")));
+        TRY_STATE(Playing);
+    }
+    QVariant policy() { return heard().property(R::KELVO_RENDERER_PROPERTY_POLICY_OVERRIDE); }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        gst_init(nullptr, nullptr);
+        registerOutput();
+    }
+    void init() { GstTestCase::init(); }
+
+    void tellsTheOutput()
+    {
+        start();
+        QCOMPARE(
+            heard().metadata(QStringLiteral("audio-output")).toString(), QStringLiteral("kelvotestsink"));
+    }
+
+    void policyPausesAndGivesBack()
+    {
+        start();
+        requestState(GST_STATE_PAUSED);
+        TRY_STATE(Paused);
+        QCOMPARE(policy(), QVariant(true));
+        QCOMPARE(policy().typeId(), int(QMetaType::Bool));
+        renderer()->resume(); // has to wait
+        QCOMPARE(heard().askStatus().state, int(R::Paused));
+        requestState(GST_STATE_PLAYING);
+        TRY_STATE(Playing);
+        QCOMPARE(policy(), QVariant(false));
+        QCOMPARE(heard().propertyReports(R::KELVO_RENDERER_PROPERTY_POLICY_OVERRIDE), 2);
+    }
+
+    void policyDoesNotOverrideTheUsersPause()
+    {
+        start();
+        requestState(GST_STATE_PAUSED);
+        TRY_STATE(Paused);
+        renderer()->pause();
+        requestState(GST_STATE_PLAYING);
+        QTRY_COMPARE(policy(), QVariant(false));
+        QCOMPARE(heard().askStatus().state, int(R::Paused));
+        renderer()->resume();
+        TRY_STATE(Playing);
+    }
+
+    void stopEndsThePolicy()
+    {
+        start();
+        requestState(GST_STATE_PAUSED);
+        TRY_STATE(Paused);
+        renderer()->stop();
+        QTRY_COMPARE(policy(), QVariant(false));
+        start();
+    }
+
+    void reportsVolumeFromOutside()
+    {
+        start();
+        moveVolume(0.125); // the cube of a half
+        QTRY_COMPARE(heard().property(R::PropertyVolume), QVariant(50U));
+        QCOMPARE(heard().askProperty(R::PropertyVolume), QVariant(50U));
+        renderer()->setKelvoProperty(R::PropertyVolume, 70);
+        QTRY_COMPARE(heard().property(R::PropertyVolume), QVariant(70U));
+        QCOMPARE(heard().propertyReports(R::PropertyVolume), 2);
+    }
+
+    void keepsTheVolumeForTheNextItem()
+    {
+        renderer()->setKelvoProperty(R::PropertyVolume, 30);
+        start();
+        renderer()->playUri(media(QStringLiteral("short.mp3")));
+        QTRY_COMPARE(heard().completed(), 1);
+        QCOMPARE(heard().property(R::PropertyVolume), QVariant(30U));
+        QCOMPARE(heard().propertyReports(R::PropertyVolume), 1);
+    }
+
+    void goesOnSilentlyWhenTheDeviceIsLost()
+    {
+        start();
+        renderer()->setPosition(8, R::SeekAbsolute);
+        QTRY_COMPARE(heard().askPosition(), 9);
+        loseDevice();
+        QTRY_COMPARE(heard().errors(), QList<int>{KelvoError::AudioOutputFailed});
+        QTRY_COMPARE(heard().metadata(QStringLiteral("audio-output")).toString(),
+            QStringLiteral("none (silent clock)"));
+        TRY_STATE(Playing);
+        QVERIFY(heard().askPosition() >= 9);
+        QTRY_VERIFY(heard().askPosition() >= 10);
+        QCOMPARE(heard().errors().count(), 1);
+        QCOMPARE(heard().mediaIndexes().count(), 1);
+    }
+
+    void triesTheDeviceAgainAfterStop()
+    {
+        start();
+        loseDevice();
+        QTRY_COMPARE(heard().metadata(QStringLiteral("audio-output")).toString(),
+            QStringLiteral("none (silent clock)"));
+        renderer()->stop();
+        const int before = outputsMade;
+        start();
+        QCOMPARE(outputsMade, before + 1);
+        QCOMPARE(
+            heard().metadata(QStringLiteral("audio-output")).toString(), QStringLiteral("kelvotestsink"));
+    }
+
+    void staysPausedWhenTheDeviceIsLost()
+    {
+        start();
+        renderer()->setPosition(8, R::SeekAbsolute);
+        renderer()->pause();
+        TRY_STATE(Paused);
+        loseDevice();
+        QTRY_COMPARE(heard().errors(), QList<int>{KelvoError::AudioOutputFailed});
+        QTRY_COMPARE(heard().metadata(QStringLiteral("audio-output")).toString(),
+            QStringLiteral("none (silent clock)"));
+        QCOMPARE(heard().askPosition(), 8);
+        QCOMPARE(heard().state(), R::Paused);
+    }
+};
+
+QTEST_GUILESS_MAIN(GstOutputTest)
+#include "GstOutputTest.moc"
