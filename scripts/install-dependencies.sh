@@ -1,0 +1,64 @@
+#!/bin/sh
+# SPDX-License-Identifier: MIT
+# install-dependencies.sh [run|test]
+# Installs what is missing of scripts/packages.txt on Debian 12: with "run" (the default) what the console needs
+# to build and run, with "test" also what the tests need. With everything there it does nothing and is done at once.
+# KELVO_SKIP_INSTALL=1 leaves the system alone, for systems that have these libraries under other names.
+set -eu
+
+group=${1:-run}
+case $group in
+    run) wanted_groups="run" ;;
+    test) wanted_groups="run test" ;;
+    *)
+        echo "usage: $0 [run|test]" >&2
+        exit 2
+        ;;
+esac
+if [ "${KELVO_SKIP_INSTALL:-}" = 1 ]; then
+    echo "==> dependencies: not looked at (KELVO_SKIP_INSTALL=1)"
+    exit 0
+fi
+
+list=$(dirname "$0")/packages.txt
+wanted=$(awk -v groups="$wanted_groups" '
+    BEGIN { n = split(groups, names, " "); for (i = 1; i <= n; ++i) take[names[i]] = 1 }
+    !/^#/ && NF >= 2 && ($1 in take) { print $2 }' "$list")
+
+cannot() {
+    echo "error: $1" >&2
+    # shellcheck disable=SC2086
+    echo "These Debian 12 packages are missing:" $missing >&2
+    echo "Install them by hand, or set KELVO_SKIP_INSTALL=1 if your system has them under other names." >&2
+    exit 1
+}
+
+missing=$wanted
+command -v dpkg-query >/dev/null 2>&1 || cannot "this is no Debian system, so its packages cannot be looked up"
+# dpkg-query fails when it does not know one of the names; what it prints is right all the same.
+# shellcheck disable=SC2086
+installed=$(dpkg-query -W -f '${db:Status-Abbrev}${Package}\n' $wanted 2>/dev/null | sed -n 's/^ii *//p') || true
+# shellcheck disable=SC2086
+missing=$(printf '%s\n' $wanted | while read -r package; do
+    printf '%s\n' "$installed" | grep -qxF -- "$package" || printf '%s ' "$package"
+done)
+if [ -z "$missing" ]; then
+    echo "==> dependencies: all installed"
+    exit 0
+fi
+
+echo "==> dependencies: installing $missing"
+command -v apt-get >/dev/null 2>&1 || cannot "there is no apt-get on this system"
+as_root=""
+if [ "$(id -u)" != 0 ]; then
+    command -v sudo >/dev/null 2>&1 || cannot "installing packages needs root, and there is no sudo"
+    # Without a terminal nobody could type a password.
+    if [ -t 0 ]; then as_root="sudo"; else as_root="sudo -n"; fi
+fi
+apt() {
+    # shellcheck disable=SC2086
+    $as_root env DEBIAN_FRONTEND=noninteractive apt-get -o Acquire::Retries=3 -q "$@"
+}
+apt update || echo "warning: the package lists could not be refreshed; trying with the present ones" >&2
+# shellcheck disable=SC2086
+apt install -y --no-install-recommends $missing || cannot "apt-get could not install everything"

@@ -1,0 +1,18 @@
+#!/bin/bash
+# SPDX-License-Identifier: MIT
+# test.sh [arguments for ctest]
+# Installs what is missing, builds everything under the address and undefined behaviour sanitizers, and runs all
+# tests; ends with CTest's summary. For instance "./test.sh -L unit" runs one layer only.
+set -euo pipefail
+
+root=$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")
+"$root/scripts/install-dependencies.sh" test
+cd "$root"
+build=$root/build-asan
+echo "==> build: $build"
+launcher=()
+if command -v ccache >/dev/null; then launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache); fi
+if [ ! -f "$build/build.ninja" ]; then cmake --preset asan "${launcher[@]}"; fi
+cmake --build --preset asan --parallel "$(nproc)"
+echo "==> tests"
+ctest --preset asan -j2 "$@"

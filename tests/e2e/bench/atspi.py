@@ -1,0 +1,215 @@
+# SPDX-License-Identifier: MIT
+"""Reads a program's widgets over the accessibility bus.
+
+Plain bus calls, each with a limit: a program whose GUI thread is busy answers nothing. Object paths die with their
+widgets, so nothing is kept; widgets are searched anew before each use.
+"""
+
+import re
+
+import gi
+gi.require_version("Gio", "2.0")
+from gi.repository import Gio, GLib  # noqa: E402
+
+from .waiting import FACTOR, until  # noqa: E402
+
+_A11Y = "org.a11y.atspi"
+_ROOT = "/org/a11y/atspi/accessible/root"
+_STATES = {1: "active", 4: "checked", 7: "editable", 8: "enabled", 11: "focusable", 12: "focused", 17: "multi-line",
+           20: "pressed", 23: "selected", 24: "sensitive", 25: "showing", 30: "visible", 39: "is-default",
+           43: "read-only"}
+# Views may hold thousands of rows, each of which would be asked; search them by Node.rows().
+_DEEP = {"list", "table", "tree", "tree table"}
+
+
+class Gone(Exception):
+    """The widget or the program no longer exists."""
+
+
+class NoReply(Exception):
+    """The program did not answer in time."""
+
+
+class Node:
+    """One accessible object; valid as long as its widget is."""
+
+    def __init__(self, tree, path):
+        self.tree = tree
+        self.path = path
+
+    def __repr__(self):
+        try:
+            return f"<{self.role()} {self.name()!r}>"
+        except (Gone, NoReply):
+            return f"<gone {self.path}>"
+
+    def _call(self, interface, method, arguments=None):
+        return self.tree.call(self.path, f"{_A11Y}.{interface}", method, arguments)
+
+    def _property(self, interface, name):
+        return self.tree.call(self.path, "org.freedesktop.DBus.Properties", "Get",
+                              GLib.Variant("(ss)", (f"{_A11Y}.{interface}", name)))[0]
+
+    def role(self):
+        return self._call("Accessible", "GetRoleName")[0]
+
+    def name(self):
+        return self._property("Accessible", "Name")
+
+    def description(self):
+        return self._property("Accessible", "Description")
+
+    def states(self):
+        low, high = self._call("Accessible", "GetState")[0]
+        bits = low | high << 32
+        return {name for bit, name in _STATES.items() if bits >> bit & 1}
+
+    def children(self):
+        return [Node(self.tree, path) for _, path in self._call("Accessible", "GetChildren")[0]]
+
+    def parent(self):
+        return Node(self.tree, self._property("Accessible", "Parent")[1])
+
+    def extents(self):
+        """(x, y, width, height) on the screen."""
+        return tuple(self._call("Component", "GetExtents", GLib.Variant("(u)", (0,)))[0])
+
+    def text(self):
+        return self._call("Text", "GetText", GLib.Variant("(ii)", (0, -1)))[0]
+
+    def value(self):
+        return self._property("Value", "CurrentValue")
+
+    def minimum(self):
+        return self._property("Value", "MinimumValue")
+
+    def maximum(self):
+        return self._property("Value", "MaximumValue")
+
+    def showing(self):
+        """Visible with a real size. "showing" alone is also said of what has no size yet."""
+        return "showing" in self.states() and min(self.extents()[2:]) > 0
+
+    def enabled(self):
+        return "enabled" in self.states()
+
+    def rows(self):
+        """Texts of the cells of a list."""
+        return [child.name() for child in self.children()]
+
+    def walk(self, deep=False):
+        """This node and all below it, without the insides of views unless `deep`."""
+        pending = [(self, True)]
+        while pending:
+            node, inside = pending.pop(0)
+            yield node
+            if not inside:
+                continue
+            try:
+                for child in node.children():
+                    pending.append((child, deep or child.role() not in _DEEP))
+            except Gone:
+                continue
+
+    def find_all(self, role=None, name=None, showing=True, where=None, deep=False):
+        """Nodes below that match. `name`: the exact text, a compiled expression or a function."""
+        found = []
+        for node in self.walk(deep):
+            try:
+                if (role is None or node.role() == role) and _matches(name, node) \
+                        and (not showing or node.showing()) and (where is None or where(node)):
+                    found.append(node)
+            except Gone:
+                continue
+        return found
+
+    def find(self, *args, **options):
+        """The first match or None."""
+        found = self.find_all(*args, **options)
+        return found[0] if found else None
+
+    def wait_find(self, role=None, name=None, limit=10.0, **options):
+        return until(lambda: _or_none(self.find, role, name, **options),
+                     lambda: f"{role} {name!r} below {self!r}; there is:\n{self.outline()}", limit)
+
+    def outline(self):
+        """What is showing below, for messages."""
+        lines = []
+        for node in self.walk():
+            try:
+                if node.showing():
+                    lines.append(f"    {node.role()} {node.name()!r} {node.extents()}")
+            except (Gone, NoReply):
+                continue
+        return "\n".join(lines[:120])
+
+
+def _matches(name, node):
+    if name is None:
+        return True
+    actual = node.name()
+    if isinstance(name, re.Pattern):
+        return bool(name.search(actual))
+    return name(actual) if callable(name) else actual == name
+
+
+def _or_none(function, *args, **options):
+    try:
+        return function(*args, **options)
+    except (Gone, NoReply):
+        return None
+
+
+class Tree:
+    """The accessible objects of the program with this process id."""
+
+    def __init__(self, desktop, pid, limit=1.0):
+        self._limit = limit * FACTOR
+        session = _connect(desktop.env["DBUS_SESSION_BUS_ADDRESS"])
+        # Asking for the address starts the accessibility bus.
+        address = session.call_sync("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress", None, None,
+                                    Gio.DBusCallFlags.NONE, 10000, None).unpack()[0]
+        session.close_sync(None)
+        self._bus = _connect(address)
+        self._pid = pid
+        self._owner = None
+
+    def close(self):
+        self._bus.close_sync(None)
+
+    def call(self, path, interface, method, arguments=None, owner=None):
+        try:
+            return self._bus.call_sync(owner or self._owner, path, interface, method, arguments, None,
+                                       Gio.DBusCallFlags.NONE, int(self._limit * 1000), None).unpack()
+        except GLib.Error as error:
+            remote = Gio.DBusError.get_remote_error(error) or ""
+            if "NoReply" in remote or error.matches(Gio.io_error_quark(), Gio.IOErrorEnum.TIMED_OUT):
+                raise NoReply(f"{method} on {path}") from error
+            raise Gone(f"{method} on {path}: {error.message}") from error
+
+    def wait_root(self, limit=20.0):
+        """The program's own node, once it is on the bus."""
+        def look():
+            try:
+                children = self.call(_ROOT, f"{_A11Y}.Accessible", "GetChildren", owner="org.a11y.atspi.Registry")[0]
+                for name, path in children:
+                    pid = self.call("/org/freedesktop/DBus", "org.freedesktop.DBus", "GetConnectionUnixProcessID",
+                                    GLib.Variant("(s)", (name,)), owner="org.freedesktop.DBus")[0]
+                    if pid == self._pid:
+                        self._owner = name
+                        return Node(self, path)
+            except (Gone, NoReply):
+                pass
+            return None
+        return until(look, f"process {self._pid} on the accessibility bus", limit)
+
+    def round_trip(self):
+        """One cheap question, answered when the GUI thread has worked off what came before it."""
+        until(lambda: _or_none(lambda: Node(self, _ROOT).role()) is not None, "the program answers", 10)
+
+
+def _connect(address):
+    flags = Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION
+    connection = Gio.DBusConnection.new_for_address_sync(address, flags, None, None)
+    connection.set_exit_on_close(False)
+    return connection

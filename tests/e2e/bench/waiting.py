@@ -1,0 +1,35 @@
+# SPDX-License-Identifier: MIT
+"""Waiting on conditions, each with a limit and a text that says what was missing."""
+
+import os
+import time
+
+# Everything is slower under the sanitizers and on busy machines. Limits of waiting are generous for that reason: they
+# only cost time when something is wrong.
+FACTOR = float(os.environ.get("KELVO_E2E_SLOWNESS", "1"))
+
+
+class TimedOut(AssertionError):
+    """A condition did not come true in time."""
+
+
+def until(condition, what, limit=10.0, poll=0.05):
+    """Calls the condition until it returns something true, and returns that; `what` may be a function."""
+    end = time.monotonic() + limit * FACTOR
+    while True:
+        value = condition()
+        if value:
+            return value
+        if time.monotonic() >= end:
+            text = what() if callable(what) else what
+            raise TimedOut(f"not within {limit * FACTOR:.1f} s: {text}")
+        time.sleep(poll)
+
+
+def holds(condition, what, seconds):
+    """Checks that the condition stays true for a while: for what must not happen."""
+    end = time.monotonic() + seconds
+    while time.monotonic() < end:
+        if not condition():
+            raise AssertionError(f"did not stay so for {seconds} s: {what}")
+        time.sleep(0.05)
