@@ -5,6 +5,7 @@ Plain bus calls, each with a limit: a program whose GUI thread is busy answers n
 widgets, so nothing is kept; widgets are searched anew before each use.
 """
 
+import dataclasses
 import re
 
 import gi
@@ -14,7 +15,11 @@ from gi.repository import Gio, GLib  # noqa: E402
 from .waiting import FACTOR, until  # noqa: E402
 
 _A11Y = "org.a11y.atspi"
+_ACCESSIBLE = "org.a11y.atspi.Accessible"
+_PROPERTIES = "org.freedesktop.DBus.Properties"
 _ROOT = "/org/a11y/atspi/accessible/root"
+_NAME = GLib.Variant("(ss)", (_ACCESSIBLE, "Name"))
+_ON_SCREEN = GLib.Variant("(u)", (0,))
 _STATES = {1: "active", 4: "checked", 7: "editable", 8: "enabled", 11: "focusable", 12: "focused", 17: "multi-line",
            20: "pressed", 23: "selected", 24: "sensitive", 25: "showing", 30: "visible", 39: "is-default",
            43: "read-only"}
@@ -47,7 +52,7 @@ class Node:
         return self.tree.call(self.path, f"{_A11Y}.{interface}", method, arguments)
 
     def _property(self, interface, name):
-        return self.tree.call(self.path, "org.freedesktop.DBus.Properties", "Get",
+        return self.tree.call(self.path, _PROPERTIES, "Get",
                               GLib.Variant("(ss)", (f"{_A11Y}.{interface}", name)))[0]
 
     def role(self):
@@ -60,9 +65,7 @@ class Node:
         return self._property("Accessible", "Description")
 
     def states(self):
-        low, high = self._call("Accessible", "GetState")[0]
-        bits = low | high << 32
-        return {name for bit, name in _STATES.items() if bits >> bit & 1}
+        return _states(self._call("Accessible", "GetState")[0])
 
     def children(self):
         return [Node(self.tree, path) for _, path in self._call("Accessible", "GetChildren")[0]]
@@ -72,7 +75,7 @@ class Node:
 
     def extents(self):
         """(x, y, width, height) on the screen."""
-        return tuple(self._call("Component", "GetExtents", GLib.Variant("(u)", (0,)))[0])
+        return tuple(self._call("Component", "GetExtents", _ON_SCREEN)[0])
 
     def text(self):
         return self._call("Text", "GetText", GLib.Variant("(ii)", (0, -1)))[0]
@@ -97,28 +100,29 @@ class Node:
         """Texts of the cells of a list."""
         return [child.name() for child in self.children()]
 
-    def walk(self, deep=False):
-        """This node and all below it, without the insides of views unless `deep`."""
-        pending = [(self, True)]
-        while pending:
-            node, inside = pending.pop(0)
-            yield node
-            if not inside:
-                continue
-            try:
-                for child in node.children():
-                    pending.append((child, deep or child.role() not in _DEEP))
-            except Gone:
-                continue
+    def walk(self, deep=False, showing=True):
+        """What is seen of all below this node, level by level: by default only what shows, and without the insides of
+        views; menus' entries are left to user.entries()."""
+        level = [self]
+        while level:
+            asked = self.tree.call_many([(node.path, _ACCESSIBLE, "GetChildren", None) for node in level])
+            children = [path for answer in asked if answer for _, path in answer[0]]
+            level = []
+            for seen in self.tree.look_at(children):
+                if showing and not seen.showing:
+                    continue
+                yield seen
+                if seen.role != "menu bar" and (deep or seen.role not in _DEEP):
+                    level.append(seen.node)
 
     def find_all(self, role=None, name=None, showing=True, where=None, deep=False):
         """Nodes below that match. `name`: the exact text, a compiled expression or a function."""
         found = []
-        for node in self.walk(deep):
+        for seen in self.walk(deep, showing):
             try:
-                if (role is None or node.role() == role) and _matches(name, node) \
-                        and (not showing or node.showing()) and (where is None or where(node)):
-                    found.append(node)
+                if (role is None or seen.role == role) and _matches(name, seen.name) \
+                        and (where is None or where(seen.node)):
+                    found.append(seen.node)
             except Gone:
                 continue
         return found
@@ -134,23 +138,37 @@ class Node:
 
     def outline(self):
         """What is showing below, for messages."""
-        lines = []
-        for node in self.walk():
-            try:
-                if node.showing():
-                    lines.append(f"    {node.role()} {node.name()!r} {node.extents()}")
-            except (Gone, NoReply):
-                continue
+        lines = [f"    {seen.role} {seen.name!r} {seen.extents}" for seen in self.walk()]
         return "\n".join(lines[:120])
 
 
-def _matches(name, node):
+@dataclasses.dataclass
+class Seen:
+    """What a node was like when it was looked at."""
+
+    node: Node
+    role: str
+    name: str
+    states: set
+    extents: tuple
+
+    @property
+    def showing(self):
+        return "showing" in self.states and min(self.extents[2:]) > 0
+
+
+def _matches(name, actual):
     if name is None:
         return True
-    actual = node.name()
     if isinstance(name, re.Pattern):
         return bool(name.search(actual))
     return name(actual) if callable(name) else actual == name
+
+
+def _states(words):
+    low, high = words
+    bits = low | high << 32
+    return {name for bit, name in _STATES.items() if bits >> bit & 1}
 
 
 def _or_none(function, *args, **options):
@@ -202,6 +220,40 @@ class Tree:
                 pass
             return None
         return until(look, f"process {self._pid} on the accessibility bus", limit)
+
+    def call_many(self, requests):
+        """Answers to many requests (path, interface, method, arguments) that are under way at the same time; None for
+        each that failed. One by one, a window of a hundred widgets would take too long."""
+        answers = [None] * len(requests)
+        pending = len(requests)
+
+        def done(bus, result, number):
+            nonlocal pending
+            pending -= 1
+            try:
+                answers[number] = bus.call_finish(result).unpack()
+            except GLib.Error:
+                pass  # gone or silent: the same as not there
+
+        for number, (path, interface, method, arguments) in enumerate(requests):
+            self._bus.call(self._owner, path, interface, method, arguments, None, Gio.DBusCallFlags.NONE,
+                           int(self._limit * 1000), None, done, number)
+        while pending:
+            GLib.MainContext.default().iteration(True)
+        return answers
+
+    def look_at(self, paths):
+        """What is seen of these objects, without those that are gone."""
+        requests = []
+        for path in paths:
+            requests += [(path, _ACCESSIBLE, "GetRoleName", None), (path, _PROPERTIES, "Get", _NAME),
+                         (path, _ACCESSIBLE, "GetState", None), (path, f"{_A11Y}.Component", "GetExtents", _ON_SCREEN)]
+        answers = self.call_many(requests)
+        for number, path in enumerate(paths):
+            role, name, state, extents = answers[4 * number:4 * number + 4]
+            if role and name and state:
+                yield Seen(Node(self, path), role[0], name[0], _states(state[0]),
+                           tuple(extents[0]) if extents else (0, 0, 0, 0))
 
     def round_trip(self):
         """One cheap question, answered when the GUI thread has worked off what came before it."""

@@ -1,0 +1,116 @@
+# SPDX-License-Identifier: MIT
+"""The console as a user sees it: its window, buttons, menus and displays."""
+
+import re
+import time
+
+from . import atspi, user
+from .screen import Screen
+from .waiting import until
+
+MUSIC, VIDEO, IMAGES, BROWSE, QUERY = "Play music", "Play video", "Show images", "Browse content", "Query"
+TABS = (MUSIC, VIDEO, IMAGES, BROWSE, QUERY)
+_POSITION = re.compile(r"^(\d+):(\d\d) /\s+(\d+):(\d\d)$")
+
+
+class Console:
+    """One running console."""
+
+    def __init__(self, desktop, process):
+        self.desktop = desktop
+        self.process = process
+        self.log = process.log
+        self.screen = Screen(desktop)
+        self.tree = None
+        self.user = None
+
+    def wait_up(self, limit=30.0):
+        """Until the window is there, all controllers exist and its widgets can be read."""
+        self.log.wait_for("KelvoMainWindow::connectSourceSignals", limit=limit)
+        self.tree = atspi.Tree(self.desktop, self.process.pid)
+        self.tree.wait_root(limit)
+        self.user = user.Input(self.desktop, self.tree)
+        until(lambda: self.window().showing(), "the window shows", limit)
+        self.user.activate()
+        return self
+
+    def root(self):
+        return self.tree.wait_root()
+
+    def window(self):
+        return self.root().wait_find("frame", "KELVO test-GUI")
+
+    # Widgets of the tab that shows
+
+    def tab(self, title):
+        """Brings a tab to the front."""
+        page = self.window().wait_find("page tab", lambda name: name.rstrip() == title)
+        self.user.click(page)
+        until(lambda: self.current_tab() == title, f"tab {title} is in front")
+
+    def current_tab(self):
+        return self.window().wait_find("page tab list").name().rstrip()
+
+    def button(self, caption):
+        return self.window().wait_find("push button", caption)
+
+    def press(self, caption):
+        mark = self.log.mark()
+        self.user.click(self.button(caption))
+        return mark
+
+    def has_button(self, caption):
+        return self.window().find("push button", caption) is not None
+
+    def wait_button(self, caption, limit=10.0):
+        until(lambda: self.has_button(caption), lambda: f"a button {caption!r}\n{self.log.tail()}", limit)
+
+    def combos(self):
+        """The combo boxes that show, from left to right."""
+        return sorted(self.window().find_all("combo box"), key=lambda combo: combo.extents()[0])
+
+    def slider(self):
+        return self.window().wait_find("slider")
+
+    def metadata(self):
+        """Lines of the metadata field of the music or video tab."""
+        fields = self.window().find_all("text", where=lambda node: "multi-line" in node.states())
+        return fields[0].text().split("\n") if fields else []
+
+    def times(self):
+        """(position, duration) in seconds as the duration label shows them."""
+        label = self.window().wait_find("label", _POSITION)
+        minutes, seconds, all_minutes, all_seconds = map(int, _POSITION.match(label.name()).groups())
+        return minutes * 60 + seconds, all_minutes * 60 + all_seconds
+
+    def position(self):
+        return self.times()[0]
+
+    def wait_position(self, condition, what, limit=15.0):
+        return until(lambda: condition(self.position()) and self.times(),
+                     lambda: f"position {what}; it is {self.times()}\n{self.log.tail()}", limit)
+
+    def menu(self, *titles, wait=True):
+        """Chooses a menu entry; returns the log's mark from before."""
+        mark = self.log.mark()
+        self.user.choose(self.window(), *titles, wait=wait)
+        return mark
+
+    def dialog(self, role="dialog", name=None, limit=10.0):
+        return self.root().wait_find(role, name, limit=limit)
+
+    def dialogs(self):
+        return self.root().find_all("dialog") + self.root().find_all("alert message")
+
+    # Its end
+
+    def wait_exit(self, limit=10.0):
+        """Exit code, once the process has ended and its log is complete."""
+        until(lambda: self.process.poll() is not None, lambda: f"the program ends\n{self.log.tail()}", limit, 0.01)
+        self.ended_at = time.monotonic()
+        self.log.finish()
+        return self.process.returncode
+
+    def close(self, limit=10.0):
+        self.user.close_window()
+        return self.wait_exit(limit)
