@@ -26,13 +26,17 @@ class Console:
 
     def wait_up(self, limit=30.0):
         """Until the window is there, all controllers exist and its widgets can be read."""
-        self.log.wait_for("KelvoMainWindow::connectSourceSignals", limit=limit)
+        self.wait_constructed(limit)
         self.tree = atspi.Tree(self.desktop, self.process.pid)
         self.tree.wait_root(limit)
         self.user = user.Input(self.desktop, self.tree)
         until(lambda: self.window().showing(), "the window shows", limit)
         self.user.activate()
         return self
+
+    def wait_constructed(self, limit=30.0):
+        """The line with the arguments follows the construction of the window and the controllers."""
+        self.log.wait_for(r"^\d+ " + re.escape(str(self.process.args[0])), limit=limit)
 
     def root(self):
         return self.tree.wait_root()

@@ -68,12 +68,15 @@ class Desktop:
         return child
 
     def run(self, command, limit=10.0):
-        """Runs a small tool and returns what it printed; its failure raises."""
+        """Runs a small tool and returns the text it printed; its failure raises."""
+        return self.run_bytes(command, limit).decode("utf-8", "replace")
+
+    def run_bytes(self, command, limit=10.0):
         done = subprocess.run([str(part) for part in command], env=self.env, stdin=subprocess.DEVNULL,
                               capture_output=True, timeout=limit, check=False)
         if done.returncode:
             raise RuntimeError(f"{command[0]}: {done.stderr.decode('utf-8', 'replace').strip()}")
-        return done.stdout.decode("utf-8", "replace")
+        return done.stdout
 
     # Its making
 

@@ -1,8 +1,35 @@
 # SPDX-License-Identifier: MIT
 """What is on the screen: pictures of the root window, also of what lies inside native video windows."""
 
-import re
 import subprocess
+
+
+class Picture:
+    """The screen at one moment, for questions about single pixels."""
+
+    def __init__(self, width, raw):
+        self._width = width
+        self._raw = raw
+
+    def count(self, area, matches):
+        """Number of pixels of the area (x, y, width, height) for which matches(red, green, blue) holds."""
+        x, y, width, height = area
+        found = 0
+        for row in range(y, y + height):
+            at = 3 * (row * self._width + x)
+            line = self._raw[at:at + 3 * width]
+            found += sum(map(matches, line[0::3], line[1::3], line[2::3]))
+        return found
+
+
+def dark(red, green, blue):
+    """The colour of texts."""
+    return red < 110 and green < 110 and blue < 110
+
+
+def strong_red(red, green, blue):
+    """Red texts and red videos, smoothed edges included."""
+    return red > 170 and green < 90 and blue < 90
 
 
 class Screen:
@@ -32,15 +59,10 @@ class Screen:
         """Standard deviation of the brightness, 0..255: 0 for a plain area."""
         return self._measure(area, "%[fx:standard_deviation*255]")[0]
 
-    def has_colour(self, area, colour, tolerance=40):
-        """How many pixels of the area come near the colour."""
-        out = self._desktop.run(["import", "-silent", "-window", "root", *_crop(area), "-depth", "8", "-format", "%c",
-                                 "histogram:info:"])
-        count = 0
-        for number, red, green, blue in re.findall(r"(\d+): \((\d+),(\d+),(\d+)", out):
-            if all(abs(int(have) - want) <= tolerance for have, want in zip((red, green, blue), colour)):
-                count += int(number)
-        return count
+    def picture(self):
+        """What is on the whole screen now."""
+        raw = self._desktop.run_bytes(["import", "-silent", "-window", "root", "-depth", "8", "rgb:-"])
+        return Picture(self._desktop.size[0], raw)
 
     def difference(self, first, second):
         """Number of pixels in which two picture files differ."""

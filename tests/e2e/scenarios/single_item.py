@@ -6,6 +6,7 @@ import time
 from bench import console as ui
 from bench import media
 from bench.scenario import Scenario
+from bench.screen import strong_red
 from bench.user import entries
 from bench.waiting import holds, until
 
@@ -94,7 +95,7 @@ class SingleItem(Scenario):
         self.assertTrue(red(), "the picture stays while paused")
         console.tab(ui.MUSIC)
         frame = console.window().extents()
-        until(lambda: console.screen.has_colour(frame, (254, 0, 0)) == 0, "no red on another tab", 5)
+        until(lambda: console.screen.picture().count(frame, strong_red) == 0, "no red on another tab", 5)
         console.tab(ui.VIDEO)
         until(red, "the picture is back", 5)
         console.press("Stop")

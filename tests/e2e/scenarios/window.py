@@ -6,6 +6,7 @@ import unittest
 
 from bench import console as ui
 from bench.scenario import Scenario
+from bench.screen import dark
 from bench.user import entries
 from bench.waiting import until
 
@@ -37,7 +38,7 @@ CONTROLS = {"push button", "combo box", "slider", "list", "text", "label", "page
 
 
 class Window(Scenario):
-    screen_size = (1400, 900)
+    screen_size = (1660, 1040)
 
     def test_texts_of_tabs_and_widgets(self):
         console = self.start()
@@ -70,10 +71,11 @@ class Window(Scenario):
                 menu = console.user.open_menu(console.window(), *path)
                 items = [entry for entry in entries(menu) if entry.role() == "menu item"]
                 self.assertEqual([item.name() for item in items], texts)
+                # Which entries are ticked at start: one alone.
                 ticked = [item.name() for item in items if "checked" in item.states()]
                 self.assertEqual(ticked, ["Auto Advance"] if path == ("Renderers",) else [])
                 for item in items:
-                    self.assert_inside(item.extents(), (0, 0, *self.screen_size), item.name())
+                    self.assertTrue(inside(item.extents(), (0, 0, *self.screen_size)), item.name())
                 console.screen.shoot(self.output(f"-{path[-1].strip('.').replace(' ', '-')}.png"))
                 console.user.leave_menus()
                 until(lambda: not any(item.showing() for item in entries(menu)), "the menu closes")
@@ -89,7 +91,7 @@ class Window(Scenario):
                 dialog = console.dialog("dialog", limit=10)
                 if title:
                     self.assertEqual(dialog.name(), title)
-                self.assert_laid_out(dialog, dialog.extents())
+                self.assertEqual(layout_faults(dialog, dialog.extents()), [])
                 console.screen.shoot(self.output(f"-{path[-1].strip('.').replace(' ', '-')}.png"))
                 console.user.key("Escape")
                 until(lambda: not console.dialogs(), "the dialog closes")
@@ -102,33 +104,57 @@ class Window(Scenario):
 
     def look_at_all_tabs(self, width, height):
         console = self.start()
+        # Texts are compared with how they look where there is more than enough room.
+        roomy, _ = self.look(console, 1640, 1000, keep=False)
+        texts, faults = self.look(console, width, height, keep=True)
+        for key, ink in texts.items():
+            if ink < 0.97 * roomy[key]:
+                faults.append(f"{key} shows {ink} of the {roomy[key]} pixels of its text")
+        self.assertEqual(faults, [], f"at {width}x{height}")
+
+    def look(self, console, width, height, keep):
+        """Resizes, looks at each tab, and returns how many pixels each text has, and what is wrong."""
         console.user.resize(width, height)
         until(lambda: console.window().extents()[2:] == (width, height),
               lambda: f"the window is {width}x{height}; it is {console.window().extents()}")
+        texts, faults = {}, []
         for tab in ui.TABS:
-            with self.subTest(tab=tab):
-                console.tab(tab)
-                window = console.window()
+            console.tab(tab)
+            console.user.move_to(width // 2, self.screen_size[1] - 1)  # no control lies highlighted under the pointer
+            window = console.window()
+            if keep:
                 console.screen.shoot(self.output(f"-{tab.replace(' ', '-')}.png"), window.extents())
-                self.assert_laid_out(window, window.extents())
+            faults += [f"{tab}: {fault}" for fault in layout_faults(window, window.extents())]
+            picture = console.screen.picture()
+            for one in window.walk():
+                if one.role in ("push button", "label") or (one.role == "page tab" and tab == ui.MUSIC):
+                    x, y, w, h = one.extents
+                    texts[tab, one.role, one.name] = picture.count((x + 3, y + 3, w - 6, h - 6), dark)
+                if one.role == "push button" and any(picture.count((edge, y + 4, 2, h - 8), dark)
+                                                     for edge in (x + 3, x + w - 5)):
+                    faults.append(f"{tab}: the text of {one.name!r} touches the edge of its button")
+        return texts, faults
 
-    def assert_laid_out(self, window, frame):
-        """All controls lie inside, and none covers another."""
-        # Viewports and popups inside views are parts of their views.
-        seen = [one for one in window.walk() if one.role in CONTROLS]
-        for one in seen:
-            self.assert_inside(one.extents, frame, f"{one.role} {one.name!r}")
-            if one.role in ("push button", "combo box"):
-                self.assertGreaterEqual(min(one.extents[2:]), 20, f"{one.role} {one.name!r} {one.extents}")
-        for one, other in itertools.combinations(seen, 2):
-            self.assertFalse(overlap(one.extents, other.extents),
-                             f"{one.role} {one.name!r} {one.extents} and {other.role} {other.name!r} {other.extents}")
 
-    def assert_inside(self, inner, outer, what):
-        x, y, width, height = inner
-        left, top, all_width, all_height = outer
-        inside = left <= x and top <= y and x + width <= left + all_width and y + height <= top + all_height
-        self.assertTrue(inside, f"{what} {inner} in {outer}")
+def layout_faults(window, frame):
+    """Controls that do not lie inside, are too small to hit, or cover one another."""
+    faults = []
+    seen = [one for one in window.walk() if one.role in CONTROLS]
+    for one in seen:
+        if not inside(one.extents, frame):
+            faults.append(f"{one.role} {one.name!r} {one.extents} is not inside {frame}")
+        if one.role in ("push button", "combo box") and min(one.extents[2:]) < 20:
+            faults.append(f"{one.role} {one.name!r} is small: {one.extents}")
+    for one, other in itertools.combinations(seen, 2):
+        if overlap(one.extents, other.extents):
+            faults.append(f"{one.role} {one.name!r} {one.extents} and {other.role} {other.name!r} {other.extents} overlap")
+    return faults
+
+
+def inside(inner, outer):
+    x, y, width, height = inner
+    left, top, all_width, all_height = outer
+    return left <= x and top <= y and x + width <= left + all_width and y + height <= top + all_height
 
 
 def overlap(one, other):
