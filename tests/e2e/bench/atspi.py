@@ -120,7 +120,7 @@ class Node:
         found = []
         for seen in self.walk(deep, showing):
             try:
-                if (role is None or seen.role == role) and _matches(name, seen.name) \
+                if (role is None or seen.role == role) and matches(name, seen.name) \
                         and (where is None or where(seen.node)):
                     found.append(seen.node)
             except Gone:
@@ -157,7 +157,8 @@ class Seen:
         return "showing" in self.states and min(self.extents[2:]) > 0
 
 
-def _matches(name, actual):
+def matches(name, actual):
+    """Whether a name is the one asked for: a text, a compiled expression or a function; None: any."""
     if name is None:
         return True
     if isinstance(name, re.Pattern):
@@ -191,6 +192,7 @@ class Tree:
         self._bus = _connect(address)
         self._pid = pid
         self._owner = None
+        self.root = None  # the program's own node
 
     def close(self):
         self._bus.close_sync(None)
@@ -215,7 +217,8 @@ class Tree:
                                     GLib.Variant("(s)", (name,)), owner="org.freedesktop.DBus")[0]
                     if pid == self._pid:
                         self._owner = name
-                        return Node(self, path)
+                        self.root = Node(self, path)
+                        return self.root
             except (Gone, NoReply):
                 pass
             return None

@@ -23,6 +23,7 @@ class Console:
         self.screen = Screen(desktop)
         self.tree = None
         self.user = None
+        self._known = {}
 
     def wait_up(self, limit=30.0):
         """Until the window is there, all controllers exist and its widgets can be read."""
@@ -30,7 +31,7 @@ class Console:
         self.tree = atspi.Tree(self.desktop, self.process.pid)
         self.tree.wait_root(limit)
         self.user = user.Input(self.desktop, self.tree)
-        until(lambda: self.window().showing(), "the window shows", limit)
+        until(lambda: self.root().find("frame", "KELVO test-GUI"), "the window shows", limit)
         self.user.activate()
         return self
 
@@ -39,24 +40,42 @@ class Console:
         self.log.wait_for(r"^\d+ " + re.escape(str(self.process.args[0])), limit=limit)
 
     def root(self):
-        return self.tree.wait_root()
+        return self.tree.root
 
     def window(self):
-        return self.root().wait_find("frame", "KELVO test-GUI")
+        return until(lambda: self._all("frame", self.root()), "the window shows")[0].node
+
+    def _all(self, role, below=None):
+        """What shows of that role in the window. A whole walk through it takes a good part of a second, so what was
+        found last time is looked at again, as long as all of that still shows."""
+        paths = self._known.get(role, [])
+        seen = list(self.tree.look_at(paths))
+        if not paths or len(seen) < len(paths) or not all(one.showing for one in seen):
+            seen = [one for one in (below or self.window()).walk() if one.role == role]
+            self._known[role] = [one.node.path for one in seen]
+        return seen
+
+    def _named(self, role, name):
+        """The node of that role and name (text or expression), or None."""
+        return next((one.node for one in self._all(role) if atspi.matches(name, one.name)), None)
+
+    def _wait_named(self, role, name, limit=10.0):
+        return until(lambda: self._named(role, name),
+                     lambda: f"a {role} {name!r}; there is\n{self.window().outline()}\n{self.log.tail()}", limit)
 
     # Widgets of the tab that shows
 
     def tab(self, title):
         """Brings a tab to the front."""
-        page = self.window().wait_find("page tab", lambda name: name.rstrip() == title)
+        page = self._wait_named("page tab", lambda name: name.rstrip() == title)
         self.user.click(page)
         until(lambda: self.current_tab() == title, f"tab {title} is in front")
 
     def current_tab(self):
-        return self.window().wait_find("page tab list").name().rstrip()
+        return self._all("page tab list")[0].name.rstrip()
 
     def button(self, caption):
-        return self.window().wait_find("push button", caption)
+        return self._wait_named("push button", caption)
 
     def press(self, caption):
         mark = self.log.mark()
@@ -64,27 +83,28 @@ class Console:
         return mark
 
     def has_button(self, caption):
-        return self.window().find("push button", caption) is not None
+        return self._named("push button", caption) is not None
 
     def wait_button(self, caption, limit=10.0):
         until(lambda: self.has_button(caption), lambda: f"a button {caption!r}\n{self.log.tail()}", limit)
 
     def combos(self):
         """The combo boxes that show, from left to right."""
-        return sorted(self.window().find_all("combo box"), key=lambda combo: combo.extents()[0])
+        return [one.node for one in sorted(self._all("combo box"), key=lambda one: one.extents[0])]
 
     def slider(self):
-        return self.window().wait_find("slider")
+        return self._wait_named("slider", None)
 
     def metadata(self):
         """Lines of the metadata field of the music or video tab."""
-        fields = self.window().find_all("text", where=lambda node: "multi-line" in node.states())
+        fields = [one.node for one in self._all("text") if "multi-line" in one.states]
         return fields[0].text().split("\n") if fields else []
 
     def times(self):
         """(position, duration) in seconds as the duration label shows them."""
-        label = self.window().wait_find("label", _POSITION)
-        minutes, seconds, all_minutes, all_seconds = map(int, _POSITION.match(label.name()).groups())
+        label = until(lambda: next((one for one in self._all("label") if _POSITION.match(one.name)), None),
+                      lambda: f"a label with times; there is {[one.name for one in self._all('label')]}")
+        minutes, seconds, all_minutes, all_seconds = map(int, _POSITION.match(label.name).groups())
         return minutes * 60 + seconds, all_minutes * 60 + all_seconds
 
     def position(self):
@@ -105,6 +125,12 @@ class Console:
 
     def dialogs(self):
         return self.root().find_all("dialog") + self.root().find_all("alert message")
+
+    def close_error_log(self):
+        """Presses Ok in the error log, if it is open."""
+        for dialog in self.root().find_all("dialog", "Renderer error log"):
+            self.user.click(dialog.wait_find("push button", "Ok"))
+        until(lambda: not self.root().find("dialog", "Renderer error log"), "the error log closes")
 
     # Its end
 

@@ -6,7 +6,8 @@ import subprocess
 import sys
 from pathlib import Path
 
-VERSION = "1"
+VERSION = "2"
+REGISTRY = "gst-registry.bin"
 
 
 def folder():
@@ -58,6 +59,9 @@ def make(to):
     _list(to / "short.pls", [("short one.mp3", "One"), ("short-two.ogg", "Two")])
     _list(to / "with-missing.pls", [("absent.mp3", "Absent"), ("short-two.ogg", "Two")])
     (to / "empty.pls").write_text("[playlist]\nNumberOfEntries=0\nVersion=2\n")
+    # Otherwise each start with a home of its own would look through all of GStreamer's plug-ins first.
+    subprocess.run(["gst-inspect-1.0", "playbin"], check=True, stdout=subprocess.DEVNULL,
+                   env={**os.environ, "GST_REGISTRY_1_0": str(to / REGISTRY)})
     done.write_text(VERSION)
 
 

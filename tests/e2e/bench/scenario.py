@@ -37,9 +37,10 @@ class Scenario(unittest.TestCase):
         return Desktop(size=self.screen_size)
 
     def start(self, *arguments, env=None, up=True):
-        """Starts the program on the real renderer alone, with a sound sink that keeps the time."""
-        environment = {**self.desktop.env, "KELVO_AUDIO_SINK": "fakesink sync=true", **ONLY_THE_REAL_RENDERER,
-                       **(env or {})}
+        """Starts the program on the real renderer alone, with a sound sink that keeps the time. A variable given as
+        None is not set."""
+        environment = {**self.desktop.env, "KELVO_AUDIO_SINK": "fakesink sync=true",
+                       "GST_REGISTRY_1_0": str(media.folder() / media.REGISTRY), **ONLY_THE_REAL_RENDERER, **(env or {})}
         environment = {name: value for name, value in environment.items() if value is not None}
         process = self.desktop.start([os.environ["KELVO_E2E_PROGRAM"], *arguments], environment)
         console = Console(self.desktop, process)

@@ -107,7 +107,15 @@ class Input:
             return None
 
     def activate(self, title="^KELVO test-GUI$"):
-        self._xdotool("windowactivate", "--sync", self.window(title))
+        window = self.window(title)
+
+        def active():
+            try:
+                return self._xdotool("getactivewindow").strip() == window
+            except RuntimeError:  # for a moment none is
+                return False
+        self._xdotool("windowactivate", window)
+        until(active, f"the window titled {title} is active", 5)
 
     def resize(self, width, height, title="^KELVO test-GUI$"):
         """Asks for that inner size, at the screen's upper left corner."""

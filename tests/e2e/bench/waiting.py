@@ -13,7 +13,7 @@ class TimedOut(AssertionError):
     """A condition did not come true in time."""
 
 
-def until(condition, what, limit=10.0, poll=0.05):
+def until(condition, what, limit=10.0, poll=0.1):
     """Calls the condition until it returns something true, and returns that; `what` may be a function."""
     end = time.monotonic() + limit * FACTOR
     while True:

@@ -19,14 +19,11 @@ class BadUrls(Scenario):
     def start_up(self, *arguments):
         console = self.start(*arguments)
         console.log.wait_for("Found URL:" if arguments else "KelvoMainWindow::connectSourceSignals")
-        self.assertEqual(console.combos()[0].name(), "KelvoGstRenderer")
         return console
 
     def assert_usable(self, console):
         """The window still answers to a user, and plays what it is given."""
-        for dialog in console.root().find_all("dialog", "Renderer error log"):
-            console.user.click(dialog.wait_find("push button", "Ok"))
-        until(lambda: not console.dialogs(), "the error log closes")
+        console.close_error_log()
         console.tab("Query")
         console.tab("Play music")
         self.assertTrue(console.has_button("Play"))

@@ -9,16 +9,14 @@ from bench.scenario import Scenario
 from bench.user import entries
 from bench.waiting import FACTOR, until
 
-IN_ORDER = [r"KelvoMainWindow::~KelvoMainWindow", r"KelvoGUIMain::~KelvoGUIMain",
-            r"KelvoPlaylistController::~KelvoPlaylistController", r"KelvoRendererController::~KelvoRendererController",
-            r"KelvoSourceController::~KelvoSourceController", r"KelvoPluginController::~KelvoPluginController"]
+IN_ORDER = ["KelvoMainWindow", "KelvoGUIMain", "KelvoPlaylistController", "KelvoRendererController",
+            ]
 # What the leak check at exit takes says nothing about the program.
 NO_LEAK_CHECK = {"ASAN_OPTIONS": "fast_unwind_on_malloc=0:detect_leaks=0"}
-ALLOWED = 1.0
 
 
 class Closing(Scenario):
-    def assert_ends(self, console, how):
+    def assert_ends(self, console, how, allowed=1.0):
         mark = console.log.mark()
         if how == "menu":
             menu = console.user.open_menu(console.window(), "Main")
@@ -30,14 +28,15 @@ class Closing(Scenario):
             console.user.activate()
             before = time.monotonic()
             console.user.key("alt+F4")
-        code = console.wait_exit(ALLOWED + 5)
+        code = console.wait_exit(allowed + 5)
         took = console.ended_at - before
         self.assertEqual(code, 0, console.log.tail())
         at = mark
-        for line in IN_ORDER:
+        for name in IN_ORDER:
+            line = f"{name}::~{name}"
+            self.assertEqual(console.log.count(line), 1, line + "\n" + console.log.tail())
             at = console.log.wait_for(line, at, limit=1) + 1
-            self.assertEqual(console.log.count(line, mark), 1, line)
-        self.assertLess(took, ALLOWED * FACTOR, console.log.tail(40))
+        self.assertLess(took, allowed * FACTOR, console.log.tail(40))
         print(f"{self.id()}: ended after {took * 1000:.0f} ms")
 
     def playing(self):
@@ -91,3 +90,8 @@ class Closing(Scenario):
     def test_right_after_the_start(self):
         console = self.start(media.url("list.pls"), env=NO_LEAK_CHECK)
         self.assert_ends(console, "window manager")
+
+    def test_right_after_the_very_first_start(self):
+        # GStreamer looks through its plug-ins once per user, and cannot be interrupted in that.
+        console = self.start(media.url("list.pls"), env={**NO_LEAK_CHECK, "GST_REGISTRY_1_0": None})
+        self.assert_ends(console, "window manager", allowed=4.0)
