@@ -12,8 +12,8 @@ class KELVO_CORE_EXPORT KelvoGeneralSourcePlaylist : public KelvoPlaylistBase
 public:
     /// @param id          from KelvoPlaylist::getNewPlaylistId()
     /// @param sourceUuid  uuid of the source that the items come from
-    KelvoGeneralSourcePlaylist(const QString &id, const QString &name, const QString &sourceUuid,
-        QObject *parent = nullptr);
+    KelvoGeneralSourcePlaylist(
+        const QString &id, const QString &name, const QString &sourceUuid, QObject *parent = nullptr);
     ~KelvoGeneralSourcePlaylist() override;
 
     QString uuid() const override;

@@ -105,7 +105,8 @@ int KelvoGeneralSourcePlaylist::Private::playIndexFor(int row) const
 // Rows that no longer fit are read anew rather than mixed up.
 bool KelvoGeneralSourcePlaylist::Private::inStep(int growth)
 {
-    if (rows.size() + growth == model->rowCount())
+    const QAbstractItemModel *source = model;
+    if (source && rows.size() + growth == source->rowCount())
         return true;
     reload();
     return false;

@@ -33,12 +33,14 @@ KelvoPlaylist *KelvoPlayQueue::playlist() const
 
 int KelvoPlayQueue::count() const
 {
-    return m_playlist ? m_playlist->count() : 0;
+    const KelvoPlaylist *list = m_playlist;
+    return list ? list->count() : 0;
 }
 
 KelvoMediaInfo KelvoPlayQueue::current() const
 {
-    return m_playlist && m_index >= 0 ? m_playlist->mediaInfoAt(uint(m_index)) : KelvoMediaInfo();
+    const KelvoPlaylist *list = m_playlist;
+    return list && m_index >= 0 ? list->mediaInfoAt(uint(m_index)) : KelvoMediaInfo();
 }
 
 bool KelvoPlayQueue::setIndex(int index)
@@ -55,21 +57,25 @@ int KelvoPlayQueue::nextIndex() const
         return -1;
     if (m_index + 1 < count())
         return m_index + 1;
-    return m_playlist && m_playlist->repeatMode() == KelvoPlaylist::RepeatAll ? 0 : -1;
+    return repeatMode() == KelvoPlaylist::RepeatAll ? 0 : -1;
 }
 
 int KelvoPlayQueue::previousIndex() const
 {
     if (m_index != 0)
         return std::max(m_index - 1, -1);
-    return m_playlist && m_playlist->repeatMode() == KelvoPlaylist::RepeatAll ? count() - 1 : 0;
+    return repeatMode() == KelvoPlaylist::RepeatAll ? count() - 1 : 0;
 }
 
 int KelvoPlayQueue::followingIndex() const
 {
-    if (m_index >= 0 && m_playlist && m_playlist->repeatMode() == KelvoPlaylist::RepeatOne)
-        return m_index;
-    return nextIndex();
+    return m_index >= 0 && repeatMode() == KelvoPlaylist::RepeatOne ? m_index : nextIndex();
+}
+
+int KelvoPlayQueue::repeatMode() const
+{
+    const KelvoPlaylist *list = m_playlist;
+    return list ? list->repeatMode() : int(KelvoPlaylist::RepeatOff);
 }
 
 void KelvoPlayQueue::makeCurrent(int index)
@@ -80,7 +86,15 @@ void KelvoPlayQueue::makeCurrent(int index)
 
 bool KelvoPlayQueue::isCurrentAt(int index) const
 {
-    return index >= 0 && index < count() && m_playlist->mediaInfoAt(uint(index)).uuid() == m_currentUuid;
+    const KelvoPlaylist *list = m_playlist;
+    return list && index >= 0 && index < list->count()
+        && list->mediaInfoAt(uint(index)).uuid() == m_currentUuid;
+}
+
+int KelvoPlayQueue::search() const
+{
+    const KelvoPlaylist *list = m_playlist;
+    return list ? list->indexOf(m_currentUuid) : -1;
 }
 
 void KelvoPlayQueue::followContents(uint from, uint removed, uint added)
@@ -97,8 +111,7 @@ void KelvoPlayQueue::followContents(uint from, uint removed, uint added)
 
     // Most edits happen in one place: the counts tell where the item went, without a search.
     const int shifted = int(qint64(m_index) + added - removed);
-    const int moved
-        = uint(m_index) >= from && isCurrentAt(shifted) ? shifted : m_playlist->indexOf(m_currentUuid);
+    const int moved = uint(m_index) >= from && isCurrentAt(shifted) ? shifted : search();
     if (moved >= 0) {
         m_index = moved;
         Q_EMIT indexMoved(moved);

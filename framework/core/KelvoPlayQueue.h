@@ -49,8 +49,10 @@ Q_SIGNALS:
     void currentRemoved(int index);
 
 private:
+    int repeatMode() const;
     void makeCurrent(int index);
     bool isCurrentAt(int index) const;
+    int search() const;
     void followContents(uint from, uint removed, uint added);
     void followDestruction();
 

@@ -62,10 +62,9 @@ QVariant PlaylistItemModel::ownData(PlaylistColumns::Role column, Slot slot, int
 
 QVariant PlaylistItemModel::modelData(int column, Slot slot, int role) const
 {
-    if (!m_model)
-        return {};
+    const QAbstractItemModel *model = m_model;
     const int row = m_rows.indexOf(slot);
-    return row < 0 ? QVariant() : m_model->data(m_model->index(row, column), role);
+    return model && row >= 0 ? model->data(model->index(row, column), role) : QVariant();
 }
 
 QVariant PlaylistItemModel::headerData(int section, Qt::Orientation orientation, int role) const
