@@ -1,0 +1,120 @@
+// SPDX-License-Identifier: MIT
+#include "KelvoTestCase.h"
+
+#include <QProcess>
+#include <QTest>
+
+/// The real program, started without a display server of its own.
+class ProgramTest : public KelvoTestCase
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void argumentLine_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("line"); // behind the number and the program
+        QTest::addColumn<QString>("found"); // empty: no URL
+        QTest::addColumn<bool>("plays");
+        QTest::newRow("none") << QStringList() << "  " << QString() << false;
+        QTest::newRow("url") << QStringList("file:///a.pls") << " file:///a.pls "
+                             << "file:///a.pls" << true;
+        QTest::newRow("only the last one counts")
+            << QStringList({"http://h/one", "http://h/two", "http://h/three"}) << " http://h/one http://h/two"
+            << "http://h/three" << true;
+        QTest::newRow("two") << QStringList({"one", "http://h/two"}) << " one http://h/two"
+                             << "http://h/two" << true;
+        QTest::newRow("not a URL") << QStringList("http://[") << " http://[ "
+                                   << "" << false;
+        QTest::newRow("empty") << QStringList("") << "  "
+                               << "" << false;
+    }
+
+    void argumentLine()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, line);
+        QFETCH(QString, found);
+        QFETCH(bool, plays);
+        QProcess program;
+        const QStringList log = logOfStart(program, arguments);
+        const QString expected = QStringLiteral("%1 %2%3").arg(arguments.size() + 1).arg(path(), line);
+        QVERIFY2(log.contains(expected), qPrintable(log.join('\n')));
+        const QStringList foundLines = log.filter("Found URL:");
+        if (arguments.isEmpty())
+            QCOMPARE(foundLines, QStringList());
+        else
+            QCOMPARE(foundLines, QStringList(QStringLiteral("Found URL: QUrl(\"%1\")").arg(found)));
+        QCOMPARE(log.contains("void KelvoGUIMain::playPlaylist(const QUrl&, const QString&)"), plays);
+        QCOMPARE(log.filter("ERROR: ").size(), 0); // of the sanitizers
+    }
+
+    void readOnlyHomeDoesNotMatter()
+    {
+        QProcess program;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        for (const char *name :
+            {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_STATE_HOME"})
+            environment.insert(name, "/proc/self/nothing");
+        program.setProcessEnvironment(environment);
+        QVERIFY(logOfStart(program, {}).contains("initTracking success was false"));
+    }
+
+    void noDisplayIsSaid_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("platform");
+        QTest::addColumn<QString>("display");
+        QTest::newRow("nothing set") << QStringList() << QString() << QString();
+        QTest::newRow("asked for X11") << QStringList() << "xcb" << QString();
+        QTest::newRow("asked for X11 by argument")
+            << QStringList({"-platform", "xcb"}) << QString() << QString();
+        QTest::newRow("no such server") << QStringList() << QString() << ":4242";
+    }
+
+    void noDisplayIsSaid()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, platform);
+        QFETCH(QString, display);
+        QProcess program;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.remove("WAYLAND_DISPLAY");
+        environment.remove("QT_QPA_PLATFORM");
+        environment.remove("DISPLAY");
+        if (!platform.isEmpty())
+            environment.insert("QT_QPA_PLATFORM", platform);
+        if (!display.isEmpty())
+            environment.insert("DISPLAY", display);
+        program.setProcessEnvironment(environment);
+        program.start(path(), arguments);
+        QVERIFY(program.waitForFinished());
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.exitCode(), 1);
+        const QByteArray message = program.readAllStandardError();
+        QVERIFY2(message.startsWith("kelvo-test-gui: No display: "), message.constData());
+        QCOMPARE(message.count('\n'), 1);
+    }
+
+private:
+    static QString path() { return QStringLiteral(KELVO_TEST_PROGRAM); }
+
+    /// All lines until the event loop runs; the program is ended then.
+    static QStringList logOfStart(QProcess &program, const QStringList &arguments)
+    {
+        program.setProcessChannelMode(QProcess::MergedChannels);
+        program.start(path(), arguments);
+        QByteArray output;
+        const QByteArray mark = arguments.isEmpty() ? QByteArray("\n1 ") : QByteArray("\nFound URL:");
+        // The lines behind the mark are written before the program first waits for events.
+        while (!(output.contains(mark) && output.endsWith('\n')) && program.waitForReadyRead(20000))
+            output += program.readAll();
+        while (program.waitForReadyRead(300))
+            output += program.readAll();
+        program.terminate();
+        program.waitForFinished();
+        return QString::fromLocal8Bit(output + program.readAll()).split('\n');
+    }
+};
+
+QTEST_MAIN(ProgramTest)
+#include "ProgramTest.moc"

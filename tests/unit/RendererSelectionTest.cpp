@@ -1,0 +1,353 @@
+// SPDX-License-Identifier: MIT
+#include "ConsoleFixture.h"
+#include "FakePlaylist.h"
+#include "KelvoRegistry.h"
+#include "KelvoRendererController.h"
+#include "KelvoTestCase.h"
+#include "LogRecorder.h"
+#include "RecordingRenderer.h"
+
+#include <QComboBox>
+#include <QMetaMethod>
+#include <QTest>
+#include <QToolButton>
+
+namespace {
+KelvoRegistry *registry()
+{
+    return KelvoRegistry::instance();
+}
+
+QStringList entries(const ConsoleFixture &console)
+{
+    QStringList texts;
+    const auto *combo = console.find<QComboBox>("m_music_rendererCombo");
+    for (int i = 0; i < combo->count(); ++i)
+        texts.append(combo->itemText(i));
+    return texts;
+}
+
+/// What a renderer is told when the user chooses it; the window id differs from run to run.
+QStringList withoutXid(QStringList calls)
+{
+    for (QString &call : calls) {
+        if (call.startsWith(QLatin1String("setKelvoProperty(xid,uint,")))
+            call = QStringLiteral("xid");
+    }
+    return calls;
+}
+} // namespace
+
+/// How renderers come, go and become current.
+class RendererSelectionTest : public KelvoTestCase
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void slotsInTheirOrder()
+    {
+        QStringList found;
+        const QMetaObject &meta = KelvoRendererController::staticMetaObject;
+        for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
+            const QMetaMethod method = meta.method(i);
+            QCOMPARE(method.methodType(), QMetaMethod::Slot);
+            QCOMPARE(method.access(), QMetaMethod::Public);
+            found.append(
+                QString::fromLatin1(method.methodSignature() + ' ' + method.parameterNames().join(',')));
+        }
+        QCOMPARE(found,
+            QStringList({"rendererAdded(QString,QString) uuid,name",
+                "rendererRemoved(QString,QString) uuid,name", "rendererChanged(QString) uuid",
+                "rendererMediaChanged(int,KelvoContent) index,content",
+                "rendererPlaylistChanged(KelvoPlaylist*) playlist",
+                "rendererMediaMetadataChanged(QString,QVariantList) key,values",
+                "rendererMediaPositionChanged(uint) position",
+                "rendererStateChanged(KelvoRenderer::State) state",
+                "rendererPropertyChanged(QString,QVariant) name,value", "rendererNameChanged(QString) name",
+                "rendererStatusChanged(QString,uint,int,QString) playlistId,index,playbackState,objectId",
+                "rendererBuffering(float) status", "rendererScanning(float) status",
+                "rendederOperationFailed(KelvoError) error", "videoScreenXIDChanged(uint) xid",
+                "handlePlay() ", "play() ", "playUri(QUrl,QString) item,contentType", "pause() ",
+                "pauseAt(uint) ", "resume() ", "stop() ", "next() ", "prev() ", "goToIndex(uint) index",
+                "seekBack() ", "seekForw() ", "seek(int) ", "startFastRewind() ", "startFastForward() ",
+                "stopFastPlayback() ", "adjustVolume() ", "showPauseFrame() ", "setAutoAdvance(bool) enabled",
+                "invokeGetPosition() "}));
+    }
+
+    void startWithNoRenderers()
+    {
+        LogRecorder log;
+        const ConsoleFixture console;
+        QCOMPARE(console.application()->renderers()->currentRenderer(), nullptr);
+        QVERIFY(log.containsInOrder(
+            {"KelvoRendererController::initRenderers", "KelvoMainWindow::connectRendererSignals"}));
+        QVERIFY(!log.contains("KelvoRendererController::connectRendererSignals"));
+        QVERIFY(!log.contains("KelvoRendererController::getRendererProperties"));
+    }
+
+    void rendererAddedToAnEmptyListBecomesCurrentThroughTheBox()
+    {
+        const ConsoleFixture console;
+        RecordingRenderer renderer("r1", "one");
+        LogRecorder log;
+        registry()->addRenderer(&renderer);
+        QVERIFY(log.containsInOrder({"KelvoRendererController::rendererAdded \"r1\" \"one\"",
+            "KelvoMainWindow::currentRendererChanged", "KelvoRendererController::rendererChanged  \"r1\""}));
+        QCOMPARE(console.application()->renderers()->currentRenderer(), &renderer);
+        QVERIFY(!renderer.calls().contains("getStatus()"));
+    }
+
+    void secondRendererIsListedAndNotSelected()
+    {
+        RecordingRenderer first("r1", "one");
+        registry()->addRenderer(&first);
+        const ConsoleFixture console;
+        RecordingRenderer second("r2", "two");
+        registry()->addRenderer(&second);
+        QCOMPARE(entries(console), QStringList({"one", "two"}));
+        QCOMPARE(console.application()->renderers()->currentRenderer(), &first);
+        QCOMPARE(second.calls(), QStringList());
+    }
+
+    void firstRendererAtStartIsCurrent()
+    {
+        RecordingRenderer first("r1", "one");
+        RecordingRenderer second("r2", "two");
+        registry()->addRenderer(&first);
+        registry()->addRenderer(&second);
+        const ConsoleFixture console;
+        QCOMPARE(entries(console), QStringList({"one", "two"}));
+        QCOMPARE(console.application()->renderers()->currentRenderer(), &first);
+        // Neither a playlist nor Stopped: what it does already goes on.
+        QCOMPARE(withoutXid(first.calls()),
+            QStringList({"getStatus()", "xid", "setKelvoProperty(autopaint,bool,false)",
+                "kelvoProperty(volume)", "kelvoProperty(current-frame-on-pause)"}));
+        QVERIFY(first.calls().contains(
+            QStringLiteral("setKelvoProperty(xid,uint,%1)").arg(console.window()->getVideoXID())));
+        QCOMPARE(second.calls(), QStringList());
+    }
+
+    void startIsLoggedInOrder()
+    {
+        RecordingRenderer renderer("r1", "one");
+        registry()->addRenderer(&renderer);
+        LogRecorder log;
+        const ConsoleFixture console;
+        QVERIFY(log.containsInOrder({"KelvoRendererController::initRenderers",
+            "KelvoMainWindow::showRendererName, \"one\" \"r1\" true",
+            "KelvoRendererController::connectRendererSignals", "KelvoMainWindow::getVideoXID",
+            "KelvoRendererController::getRendererProperties", "KelvoMainWindow::connectRendererSignals"}));
+        QCOMPARE(log.lines().filter("KelvoRendererController::KelvoRendererController (").size(), 1);
+    }
+
+    void unnamedRenderersShowTheNumberOfAll()
+    {
+        RecordingRenderer first("r1");
+        RecordingRenderer second("r2", "named");
+        RecordingRenderer third("r3");
+        for (RecordingRenderer *renderer : {&first, &second, &third})
+            registry()->addRenderer(renderer);
+        const ConsoleFixture console;
+        QCOMPARE(entries(console), QStringList({"empty 3", "named", "empty 3"}));
+        RecordingRenderer fourth("r4");
+        registry()->addRenderer(&fourth);
+        QCOMPARE(entries(console).last(), QStringLiteral("empty 4"));
+    }
+
+    void choosingAnotherRenderer()
+    {
+        RecordingRenderer first("r1", "one");
+        RecordingRenderer second("r2", "two");
+        FakePlaylist playlist("p1", "list");
+        registry()->addRenderer(&first);
+        registry()->addRenderer(&second);
+        registry()->addPlaylist(&playlist);
+        const ConsoleFixture console;
+        first.takeCalls();
+        LogRecorder log;
+        console.find<QComboBox>("m_music_rendererCombo")->setCurrentIndex(1);
+        const QRect place = console.window()->getVideoRectangle();
+        const QString rectangle = QStringLiteral("setKelvoProperty(render-rectangle,QString,%1,%2,%3,%4)")
+                                      .arg(place.left())
+                                      .arg(place.top())
+                                      .arg(place.width())
+                                      .arg(place.height());
+        QCOMPARE(first.calls(), QStringList({"stop()", rectangle}));
+        QCOMPARE(withoutXid(second.calls()),
+            QStringList({"kelvoProperty(volume)", "kelvoProperty(current-frame-on-pause)", "xid",
+                "setKelvoProperty(autopaint,bool,false)", "assignPlaylist(p1)"}));
+        QVERIFY(log.containsInOrder({"KelvoRendererController::rendererChanged  \"r2\"",
+            "KelvoRendererController::stop", "KelvoRendererController::rendererStateChanged",
+            "KelvoRendererController::handleVideoPlayback", "Stopped.",
+            "KelvoRendererController::connectRendererSignals",
+            "KelvoRendererController::getRendererProperties", "KelvoMainWindow::getVideoXID",
+            "KelvoGUIMain::playlists", "KelvoPlaylistController::currentPlaylist"}));
+    }
+
+    void noPlaylistIsAssignedWhenThereIsNone()
+    {
+        RecordingRenderer first("r1", "one");
+        RecordingRenderer second("r2", "two");
+        registry()->addRenderer(&first);
+        registry()->addRenderer(&second);
+        const ConsoleFixture console;
+        console.find<QComboBox>("m_music_rendererCombo")->setCurrentIndex(1);
+        QCOMPARE(second.calls().filter("assignPlaylist").size(), 0);
+    }
+
+    void formerRendererIsNotHeardAnyMore()
+    {
+        RecordingRenderer first("r1", "one");
+        RecordingRenderer second("r2", "two");
+        registry()->addRenderer(&first);
+        registry()->addRenderer(&second);
+        const ConsoleFixture console;
+        console.find<QComboBox>("m_music_rendererCombo")->setCurrentIndex(1);
+        LogRecorder log;
+        Q_EMIT first.stateChanged(KelvoRenderer::Playing);
+        first.rename("renamed"); // this connection went with the others
+        QCOMPARE(log.lines(), QStringList());
+        QCOMPARE(entries(console), QStringList({"one", "two"}));
+    }
+
+    void completionOfRenderersChosenBefore()
+    {
+        RecordingRenderer a("a", "A");
+        RecordingRenderer b("b", "B");
+        registry()->addRenderer(&a);
+        registry()->addRenderer(&b);
+        const ConsoleFixture console;
+        auto *combo = console.find<QComboBox>("m_music_rendererCombo");
+        combo->setCurrentIndex(1);
+        combo->setCurrentIndex(0);
+        {
+            const ModalCloser closer;
+            Q_EMIT a.playbackCompleted();
+            QCOMPARE(closer.seen(), QStringList({"Playback completed!", "Playback completed!"}));
+        }
+        const ModalCloser closer;
+        Q_EMIT b.playbackCompleted();
+        QCOMPARE(closer.seen(), QStringList("Playback completed!"));
+    }
+
+    void unknownUuidLeavesNoCurrentRenderer()
+    {
+        RecordingRenderer renderer("r1", "one");
+        registry()->addRenderer(&renderer);
+        const ConsoleFixture console;
+        Q_EMIT renderer.stateChanged(KelvoRenderer::Playing);
+        QCOMPARE(console.find<QToolButton>("m_music_playButton")->text(), QStringLiteral("Pause"));
+        renderer.takeCalls();
+        console.application()->renderers()->rendererChanged("unknown");
+        QCOMPARE(renderer.calls().first(), QStringLiteral("stop()"));
+        QCOMPARE(console.application()->renderers()->currentRenderer(), nullptr);
+        QCOMPARE(console.find<QToolButton>("m_music_playButton")->text(), QStringLiteral("Play"));
+        LogRecorder log;
+        Q_EMIT renderer.stateChanged(KelvoRenderer::Playing);
+        QCOMPARE(log.lines(), QStringList());
+    }
+
+    void removingTheCurrentRenderer()
+    {
+        RecordingRenderer first("r1", "one");
+        registry()->addRenderer(&first);
+        const ConsoleFixture console;
+        LogRecorder log;
+        registry()->removeRenderer(&first);
+        QVERIFY(log.containsInOrder({"KelvoRendererController::rendererRemoved  \"one\" \"r1\"",
+            "KelvoMainWindow::showRendererName, \"one\" \"r1\" false"}));
+        QCOMPARE(entries(console), QStringList());
+        QCOMPARE(console.application()->renderers()->currentRenderer(), nullptr);
+        first.takeCalls();
+        console.find<QToolButton>("m_music_playButton")->click();
+        QCOMPARE(first.calls(), QStringList());
+    }
+
+    void removingAnotherRendererLeavesTheCurrentOne()
+    {
+        RecordingRenderer first("r1", "one");
+        RecordingRenderer second("r2", "two");
+        registry()->addRenderer(&first);
+        registry()->addRenderer(&second);
+        const ConsoleFixture console;
+        registry()->removeRenderer(&second);
+        QCOMPARE(entries(console), QStringList("one"));
+        QCOMPARE(console.application()->renderers()->currentRenderer(), &first);
+    }
+
+    void rendererDestroyedInMidPlay()
+    {
+        auto renderer = std::make_unique<RecordingRenderer>("r1", "one");
+        registry()->addRenderer(renderer.get());
+        const ConsoleFixture console;
+        Q_EMIT renderer->stateChanged(KelvoRenderer::Playing);
+        renderer.reset();
+        QCOMPARE(console.application()->renderers()->currentRenderer(), nullptr);
+        console.application()->renderers()->invokeGetPosition();
+        console.application()->renderers()->handlePlay();
+    }
+
+    void renamedRenderer()
+    {
+        RecordingRenderer renderer("r1", "one");
+        registry()->addRenderer(&renderer);
+        const ConsoleFixture console;
+        LogRecorder log;
+        renderer.rename("uno");
+        QVERIFY(log.contains("KelvoRendererController::rendererNameChanged \"uno\""));
+        QCOMPARE(entries(console), QStringList("uno"));
+        renderer.rename(QString()); // shown as it is
+        QCOMPARE(entries(console), QStringList(QString()));
+    }
+
+    void nameChangeWithoutASenderDoesNothing()
+    {
+        RecordingRenderer renderer("r1", "one");
+        registry()->addRenderer(&renderer);
+        const ConsoleFixture console;
+        console.application()->renderers()->rendererNameChanged("uno");
+        QCOMPARE(entries(console), QStringList("one"));
+    }
+
+    void startUriPlaysOnEachRendererOfThatName()
+    {
+        const ConsoleFixture console;
+        console.application()->renderers()->setStartUri(QUrl("file:///a.pls"), "audio/x-scpls", "wanted");
+        RecordingRenderer other("r0", "other");
+        registry()->addRenderer(&other);
+        RecordingRenderer first("r1", "wanted");
+        registry()->addRenderer(&first);
+        QCOMPARE(first.calls(), QStringList("playUriWithType(file:///a.pls,audio/x-scpls)"));
+        QCOMPARE(console.application()->renderers()->currentRenderer(), &other);
+        registry()->removeRenderer(&first);
+        first.takeCalls();
+        registry()->addRenderer(&first);
+        QCOMPARE(first.calls(), QStringList("playUriWithType(file:///a.pls,audio/x-scpls)"));
+        QCOMPARE(other.calls().filter("playUri").size(), 0);
+    }
+
+    void unnamedRendererGetsNoStartUri()
+    {
+        const ConsoleFixture console;
+        RecordingRenderer renderer("r1");
+        registry()->addRenderer(&renderer);
+        QCOMPARE(renderer.calls().filter("playUri").size(), 0);
+    }
+
+    void manyRenderersComeAndGo()
+    {
+        const ConsoleFixture console;
+        std::vector<std::unique_ptr<RecordingRenderer>> renderers;
+        for (int i = 0; i < 200; ++i) {
+            renderers.push_back(
+                std::make_unique<RecordingRenderer>(QString::number(i), QStringLiteral("r%1").arg(i)));
+            registry()->addRenderer(renderers.back().get());
+        }
+        QCOMPARE(entries(console).size(), 200);
+        renderers.clear();
+        QCOMPARE(entries(console), QStringList());
+        QCOMPARE(console.application()->renderers()->currentRenderer(), nullptr);
+    }
+};
+
+QTEST_MAIN(RendererSelectionTest)
+#include "RendererSelectionTest.moc"
