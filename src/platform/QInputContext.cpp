@@ -36,8 +36,6 @@ bool offers(const QPluginLoader &loader, const QString &key)
 }
 } // namespace
 
-QInputContext::~QInputContext() = default;
-
 QInputContext *QInputContextFactory::create(const QString &key, QObject *parent)
 {
     const QStringList files = pluginFiles();

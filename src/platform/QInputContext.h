@@ -2,19 +2,18 @@
 #pragma once
 
 #include <QObject>
-#include <QStringList>
 #include <QtPlugin>
 
 class QWidget;
 
 /// A platform input method that serves single text-entry widgets, for instance with an on-screen keyboard.
 /// Implemented by plug-ins; see QInputContextFactory. GUI thread only.
+///
+/// Without a meta-object of its own, so that a plug-in needs this header and no library of the console.
 class QInputContext : public QObject
 {
-    Q_OBJECT
 public:
     using QObject::QObject;
-    ~QInputContext() override;
 
     /// Makes this context serve the widget from now on. Neither owns the other; several widgets may share one
     /// context, and either may be destroyed first.
