@@ -102,6 +102,8 @@ public:
 protected:
     void mousePressEvent(QMouseEvent *event) override;
 
+    bool m_videoFullScreen = false; // the window itself knows only the way back
+
     // Query and browse result display: KelvoMainWindow_results.cpp
 public:
     /// Models are not owned; column 1 is shown. Null leaves the query results as they are.
@@ -189,7 +191,6 @@ private:
     KelvoPlayUriDialog *m_playUriDialog = nullptr;
     KelvoRendererErrorLogDialog *m_rendererErrorLogDialog = nullptr;
     KelvoVolumeDialog *m_volumeDialog = nullptr;
-    bool m_videoFullScreen = false;
     KelvoFullScreenVideoWidget *m_fullScreenVideoWidget = nullptr;
     QElapsedTimer m_queryDebugTimer;
     KelvoGUIMain *m_guiMain;
