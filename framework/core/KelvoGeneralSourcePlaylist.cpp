@@ -6,6 +6,8 @@
 #include "playlist/PlaylistSorting.h"
 
 #include <algorithm>
+#include <limits>
+#include <utility>
 
 namespace {
 // An index as its caller meant it: -1 arrives here as the largest number.

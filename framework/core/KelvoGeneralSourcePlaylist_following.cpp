@@ -2,6 +2,7 @@
 #include "KelvoGeneralSourcePlaylist_p.h"
 
 #include <algorithm>
+#include <utility>
 
 void KelvoGeneralSourcePlaylist::Private::follow(QAbstractItemModel *newModel)
 {

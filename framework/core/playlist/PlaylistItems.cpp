@@ -5,6 +5,7 @@
 #include <QtEndian>
 
 #include <cmath>
+#include <cstring>
 #include <limits>
 
 namespace {
