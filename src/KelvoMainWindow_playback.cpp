@@ -42,17 +42,21 @@ void KelvoMainWindow::clearPlaylist()
 void KelvoMainWindow::showPlaylistName(const QString &uuid, const QString &name, bool add)
 {
     qDebug() << "KelvoMainWindow::showPlaylistName";
-    QComboBox *const combos[] = {m_music_playlistCombo, m_browse_playlistCombo, m_query_playlistCombo};
     if (add) {
-        for (QComboBox *combo : combos)
+        for (QComboBox *combo : {m_music_playlistCombo, m_browse_playlistCombo, m_query_playlistCombo})
             combo->addItem(name, uuid);
         return;
     }
     const int index = findUuid(m_music_playlistCombo, uuid);
     if (index < 0)
         return;
-    for (QComboBox *combo : combos)
+    // The boxes follow each other by index, which must not happen while they hold different entries: the music
+    // box goes last and tells the others.
+    for (QComboBox *combo : {m_browse_playlistCombo, m_query_playlistCombo}) {
+        const QSignalBlocker blocker(combo);
         combo->removeItem(index);
+    }
+    m_music_playlistCombo->removeItem(index);
 }
 
 void KelvoMainWindow::updateCurrentPlaylist(const QString &uuid)
@@ -214,7 +218,9 @@ void KelvoMainWindow::syncPlaylists(int index)
 {
     qDebug() << "KelvoMainWindow::syncPlaylists";
     // Each box that moves comes back here through its own change signal, so one choice is reported three times.
-    m_music_playlistCombo->setCurrentIndex(index);
+    // An emptied box reports -1 again each time it is set to -1, so none is set to what it shows already.
+    if (m_music_playlistCombo->currentIndex() != index)
+        m_music_playlistCombo->setCurrentIndex(index);
     if (m_browse_playlistCombo->currentIndex() != index)
         m_browse_playlistCombo->setCurrentIndex(index);
     if (m_query_playlistCombo->currentIndex() != index)
