@@ -9,6 +9,7 @@
 #include "KelvoVolumeDialog.h"
 #include "platform/QInputContext.h"
 
+#include <QCoreApplication>
 #include <QDebug>
 
 KelvoMainWindow::KelvoMainWindow(KelvoGUIMain *guiMain, QWidget *parent)
@@ -46,7 +47,9 @@ void KelvoMainWindow::logBuild() const
 void KelvoMainWindow::makeVideoPageNative()
 {
     // Renderers put their window into this one: it is unmapped with the page when another tab is shown. It is
-    // made now, because renderers are told its id before the tab has ever been shown.
+    // made now, because renderers are told its id before the tab has ever been shown. Its siblings, and through
+    // them their ancestors, would become native too if the toolkit were left to it.
+    QCoreApplication::setAttribute(Qt::AA_DontCreateNativeWidgetSiblings);
     tab_video->setAttribute(Qt::WA_DontCreateNativeAncestors);
     tab_video->setAttribute(Qt::WA_NativeWindow);
     tab_video->winId();
