@@ -4,6 +4,7 @@
 #include "ElfCheck.h"
 #include "KelvoMessageHandler.h"
 #include "KelvoPlugin.h"
+#include "KelvoRegistry.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -19,6 +20,8 @@
 
 namespace {
 const QLatin1String librarySuffix(".so");
+// Libraries that registered types with GLib must never be unmapped.
+constexpr auto loadHints = QLibrary::PreventUnloadHint | QLibrary::ResolveAllSymbolsHint;
 
 /// What a library's metadata says, and why it cannot be used (empty: it can).
 struct Inspection
@@ -52,8 +55,7 @@ Inspection inspectAndLink(const QString &path)
     if (!result.defect.isEmpty())
         return result;
     QPluginLoader loader(path);
-    // Libraries that registered types with GLib must never be unmapped.
-    loader.setLoadHints(QLibrary::PreventUnloadHint | QLibrary::ResolveAllSymbolsHint);
+    loader.setLoadHints(loadHints);
     if (!loader.load())
         result.defect = loader.errorString();
     return result;
@@ -61,26 +63,82 @@ Inspection inspectAndLink(const QString &path)
 
 void describe(KelvoPluginStatus &status, const QJsonObject &metaData)
 {
-    status.name = metaData.value(QLatin1String("name")).toString(QFileInfo(status.fileName).completeBaseName());
+    status.name
+        = metaData.value(QLatin1String("name")).toString(QFileInfo(status.fileName).completeBaseName());
     status.description = metaData.value(QLatin1String("description")).toString();
     status.version = metaData.value(QLatin1String("version")).toString();
     status.startsByDefault = metaData.value(QLatin1String("startsByDefault")).toBool();
     status.brings = metaData.value(QLatin1String("brings")).toVariant().toStringList();
 }
 
+/// The root objects of running plug-ins and their file names, of all loaders of the process: Qt gives everybody
+/// who asks for a library's root object the same one, also under another name of the file.
+QHash<QObject *, QString> &rootsInUse()
+{
+    static QHash<QObject *, QString> roots;
+    return roots;
+}
+
+/// Makes the root object; on failure null and the reason.
+QObject *makeRoot(const QString &path, QString *reason)
+{
+    QPluginLoader loader(path);
+    loader.setLoadHints(loadHints);
+    QObject *root = nullptr;
+    try {
+        root = loader.instance();
+    } catch (const std::exception &exception) {
+        *reason = QStringLiteral("it could not be made: %1").arg(QString::fromLocal8Bit(exception.what()));
+        return nullptr;
+    } catch (...) {
+        *reason = QStringLiteral("it could not be made: it threw an exception");
+        return nullptr;
+    }
+    const auto running = rootsInUse().constFind(root);
+    if (running != rootsInUse().cend()) {
+        *reason = QStringLiteral("it runs already, as %1").arg(*running);
+        return nullptr;
+    }
+    if (!qobject_cast<KelvoPlugin *>(root)) {
+        *reason = QStringLiteral("it has no KelvoPlugin object");
+        delete root;
+        return nullptr;
+    }
+    return root;
+}
+
+/// Takes out what a start has put in before it failed.
+template <typename Object>
+void removeAdded(KelvoRegistry *registry, const QList<Object *> &now, const QList<Object *> &before,
+    bool (KelvoRegistry::*remove)(Object *))
+{
+    for (Object *object : now) {
+        if (!before.contains(object))
+            (registry->*remove)(object);
+    }
+}
+
 /// Starts the plug-in; an empty text, or why it did not start.
 QString startGuarded(KelvoPlugin *plugin, KelvoRegistry *registry)
 {
+    const auto renderers = registry->renderers();
+    const auto sources = registry->sources();
+    const auto playlists = registry->allPlaylists();
     QString reason;
     try {
         if (plugin->start(registry, &reason))
             return {};
+        if (reason.isEmpty())
+            reason = QStringLiteral("it refused to start");
     } catch (const std::exception &exception) {
-        return QStringLiteral("its start threw: %1").arg(QString::fromLocal8Bit(exception.what()));
+        reason = QStringLiteral("its start threw: %1").arg(QString::fromLocal8Bit(exception.what()));
     } catch (...) {
-        return QStringLiteral("its start threw an exception");
+        reason = QStringLiteral("its start threw an exception");
     }
-    return reason.isEmpty() ? QStringLiteral("it refused to start") : reason;
+    removeAdded(registry, registry->renderers(), renderers, &KelvoRegistry::removeRenderer);
+    removeAdded(registry, registry->sources(), sources, &KelvoRegistry::removeSource);
+    removeAdded(registry, registry->allPlaylists(), playlists, &KelvoRegistry::removePlaylist);
+    return reason;
 }
 
 void stopGuarded(KelvoPlugin *plugin, const QString &fileName)
@@ -119,6 +177,9 @@ QString KelvoPluginLoader::Private::pathOf(const QString &fileName) const
     const auto known = entries.constFind(fileName);
     if (known != entries.constEnd() && known->plugin)
         return known->status.path;
+    // A name with a folder in it would be a second name of a file that is listed under its own.
+    if (fileName.contains(QLatin1Char('/')))
+        return {};
     for (const QString &folder : folders()) {
         const QFileInfo file(QDir(folder), fileName);
         if (file.isFile() && QLibrary::isLibrary(file.fileName()))
@@ -143,13 +204,14 @@ KelvoPluginLoader::~KelvoPluginLoader()
 
 QStringList KelvoPluginLoader::folders()
 {
-    QStringList folders = qEnvironmentVariable("KELVO_PLUGIN_PATH").split(QLatin1Char(':'), Qt::SkipEmptyParts);
+    QStringList folders
+        = qEnvironmentVariable("KELVO_PLUGIN_PATH").split(QLatin1Char(':'), Qt::SkipEmptyParts);
     const QString program = QCoreApplication::applicationDirPath();
     const QDir build(QStringLiteral(KELVO_BUILD_PLUGIN_DIR));
     // A program that runs from its build folder uses that build's plug-ins, an installed one those installed.
     const bool inBuild = program.startsWith(QDir::cleanPath(build.filePath(QStringLiteral("../../.."))));
-    folders.append(inBuild ? build.path()
-                           : QDir::cleanPath(program + QLatin1String("/../" KELVO_INSTALLED_PLUGIN_DIR)));
+    folders.append(
+        inBuild ? build.path() : QDir::cleanPath(program + QLatin1String("/../" KELVO_INSTALLED_PLUGIN_DIR)));
     folders.removeDuplicates();
     return folders;
 }
@@ -205,7 +267,8 @@ void KelvoPluginLoader::load(const QString &fileName)
     d->worker.start([this, fileName, path = entry.status.path, attempt = ++entry.attempt] {
         const Inspection result = inspectAndLink(path);
         QMetaObject::invokeMethod(
-            this, [=, this] { finishLoad(fileName, attempt, result.metaData, result.defect); }, Qt::QueuedConnection);
+            this, [=, this] { finishLoad(fileName, attempt, result.metaData, result.defect); },
+            Qt::QueuedConnection);
     });
 }
 
@@ -220,11 +283,11 @@ void KelvoPluginLoader::finishLoad(
         fail(fileName, defect);
         return;
     }
-    QPluginLoader loader(entry.status.path);
-    loader.setLoadHints(QLibrary::PreventUnloadHint | QLibrary::ResolveAllSymbolsHint);
-    const QPointer<QObject> root = loader.instance();
+    QString reason;
+    const QPointer<QObject> root = makeRoot(entry.status.path, &reason);
     auto *plugin = qobject_cast<KelvoPlugin *>(root.data());
-    const QString reason = plugin ? startGuarded(plugin, d->registry) : QStringLiteral("it has no KelvoPlugin object");
+    if (plugin)
+        reason = startGuarded(plugin, d->registry);
     if (!reason.isEmpty()) {
         delete root.data();
         fail(fileName, reason);
@@ -232,9 +295,16 @@ void KelvoPluginLoader::finishLoad(
     }
     // Looked up again: the start may have led to other loads, which move the entries.
     Private::Entry &started = d->entries[fileName];
+    if (started.status.state != KelvoPluginStatus::Loading || started.attempt != attempt) {
+        // Called off within its own start.
+        stopGuarded(plugin, fileName);
+        delete root.data();
+        return;
+    }
     started.root = root;
     started.plugin = plugin;
     started.status.state = KelvoPluginStatus::Running;
+    rootsInUse().insert(root, fileName);
     d->running.append(fileName);
     qCDebug(lcKelvo) << "Plug-in" << fileName << "is running";
     Q_EMIT pluginLoaded(fileName);
@@ -266,6 +336,7 @@ void KelvoPluginLoader::unload(const QString &fileName)
     KelvoPlugin *plugin = std::exchange(found->plugin, nullptr);
     const QPointer<QObject> root = std::exchange(found->root, nullptr);
     stopGuarded(plugin, fileName);
+    rootsInUse().remove(root);
     delete root.data();
     qCDebug(lcKelvo) << "Plug-in" << fileName << "is unloaded";
     Q_EMIT pluginUnloaded(fileName);
@@ -274,9 +345,12 @@ void KelvoPluginLoader::unload(const QString &fileName)
 void KelvoPluginLoader::loadDefaults()
 {
     if (qEnvironmentVariableIsSet("KELVO_PLUGINS")) {
-        const QStringList names = qEnvironmentVariable("KELVO_PLUGINS").split(QLatin1Char(','), Qt::SkipEmptyParts);
+        const QStringList names
+            = qEnvironmentVariable("KELVO_PLUGINS").split(QLatin1Char(','), Qt::SkipEmptyParts);
         for (const QString &name : names) {
             const QString file = name.trimmed();
+            if (file.isEmpty())
+                continue;
             load(file.endsWith(librarySuffix) ? file : file + librarySuffix);
         }
         return;
@@ -290,7 +364,8 @@ void KelvoPluginLoader::loadDefaults()
                     continue;
                 const Inspection result = inspect(file.absoluteFilePath());
                 // One that cannot be used is tried too, so that the log says why it is missing.
-                if (!result.defect.isEmpty() || result.metaData.value(QLatin1String("startsByDefault")).toBool())
+                if (!result.defect.isEmpty()
+                    || result.metaData.value(QLatin1String("startsByDefault")).toBool())
                     defaults.append(name);
                 break;
             }
