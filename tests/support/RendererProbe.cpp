@@ -1,0 +1,161 @@
+// SPDX-License-Identifier: MIT
+#include "RendererProbe.h"
+
+#include "KelvoPlaylist.h"
+
+#include <QMetaEnum>
+#include <QThread>
+
+#include <algorithm>
+
+namespace {
+QString nameOf(int state)
+{
+    const char *name = QMetaEnum::fromType<KelvoRenderer::State>().valueToKey(state);
+    return name ? QString::fromLatin1(name) : QStringLiteral("state %1").arg(state);
+}
+
+/// The tester's own remote control, not a report.
+bool isControl(const QString &property)
+{
+    return property.startsWith(QLatin1String("sim-"));
+}
+
+QVariant lastOf(const QList<QPair<QString, QVariant>> &facts, const QString &name)
+{
+    const auto found
+        = std::find_if(facts.crbegin(), facts.crend(), [&](const auto &fact) { return fact.first == name; });
+    return found == facts.crend() ? QVariant() : found->second;
+}
+} // namespace
+
+RendererProbe::RendererProbe(KelvoRenderer &renderer)
+{
+    connect(&renderer, &KelvoRenderer::stateChanged, this, &RendererProbe::hearState);
+    connect(&renderer, &KelvoRenderer::mediaChanged, this, [this](int index, const KelvoContent &content) {
+        note(QStringLiteral("media %1").arg(index));
+        media.append({index, content});
+    });
+    connect(&renderer, &KelvoRenderer::playbackCompleted, this, [this] {
+        note(QStringLiteral("completed"));
+        ++completed;
+        if (m_state != KelvoRenderer::Stopped)
+            violations.append(QStringLiteral("completed while ") + nameOf(m_state));
+    });
+    connect(&renderer, &KelvoRenderer::playlistChanged, this, [this](KelvoPlaylist *playlist) {
+        note(playlist ? QStringLiteral("playlist") : QStringLiteral("no playlist"));
+        playlists.append(playlist);
+    });
+    connect(&renderer, &KelvoRenderer::metadataChanged, this, &RendererProbe::hearMetadata);
+    connect(&renderer, &KelvoRenderer::kelvoPropertyChanged, this,
+        [this](const QString &name, const QVariant &value) {
+            if (isControl(name))
+                return;
+            note(name + QLatin1String(" = ") + value.toString());
+            properties.append({name, value});
+        });
+    connect(&renderer, &KelvoRenderer::bufferingInfo, this,
+        [this](float fraction) { hearFraction(QStringLiteral("buffering"), fraction, &m_lastBuffering); });
+    connect(&renderer, &KelvoRenderer::scanningInfo, this,
+        [this](float fraction) { hearFraction(QStringLiteral("scanning"), fraction, &m_lastScanning); });
+    connect(&renderer, &KelvoRenderer::error, this, [this](const KelvoError &error) {
+        note(QStringLiteral("error %1 (%2)").arg(int(error.code())).arg(error.message()));
+        errors.append(error);
+    });
+}
+
+int RendererProbe::errorsOf(KelvoError::Code code) const
+{
+    return int(std::count_if(
+        errors.cbegin(), errors.cend(), [code](const KelvoError &error) { return error.code() == code; }));
+}
+
+QVariant RendererProbe::property(const QString &name) const
+{
+    return lastOf(properties, name);
+}
+
+int RendererProbe::metadataCount(const QString &key) const
+{
+    return int(std::count_if(metadataHeard.cbegin(), metadataHeard.cend(),
+        [&key](const auto &fact) { return fact.first == key; }));
+}
+
+QVariant RendererProbe::metadata(const QString &key) const
+{
+    return lastOf(metadataHeard, key);
+}
+
+void RendererProbe::clear()
+{
+    states.clear();
+    media.clear();
+    playlists.clear();
+    properties.clear();
+    metadataHeard.clear();
+    errors.clear();
+    completed = 0;
+    events.append(QStringLiteral("|"));
+}
+
+void RendererProbe::statusAnswer(const QString &playlistId, uint index, int state, const QString &objectId)
+{
+    if (m_inCommand)
+        violations.append(QStringLiteral("the status was answered inside the request"));
+    statusAnswers.append({playlistId, index, state, objectId});
+    Q_EMIT answered();
+}
+
+void RendererProbe::positionAnswer(uint seconds)
+{
+    if (m_inCommand)
+        violations.append(QStringLiteral("the position was answered inside the request"));
+    positionAnswers.append(seconds);
+    Q_EMIT answered();
+}
+
+void RendererProbe::propertyAnswer(const QString &name, const QVariant &value)
+{
+    if (m_inCommand)
+        violations.append(QStringLiteral("a property was answered inside the request"));
+    propertyAnswers.append({name, value});
+    Q_EMIT answered();
+}
+
+void RendererProbe::note(const QString &event)
+{
+    events.append(event);
+    if (m_inCommand)
+        violations.append(event + QLatin1String(" was reported inside a command"));
+    if (QThread::currentThread() != thread())
+        violations.append(event + QLatin1String(" was reported on another thread"));
+}
+
+void RendererProbe::hearState(KelvoRenderer::State state)
+{
+    note(nameOf(state));
+    const bool skipped = m_state == KelvoRenderer::Stopped && state != KelvoRenderer::Transitioning;
+    if (state == m_state || skipped || state < KelvoRenderer::Stopped || state > KelvoRenderer::Transitioning)
+        violations.append(nameOf(m_state) + QLatin1String(" -> ") + nameOf(state));
+    m_state = state;
+    states.append(state);
+}
+
+void RendererProbe::hearFraction(const QString &what, float fraction, float *last)
+{
+    const QString event = what + QStringLiteral(" %1").arg(double(fraction));
+    note(event);
+    if (!(fraction >= 0 && fraction <= 1))
+        violations.append(event + QLatin1String(" is not within 0..1"));
+    if (qFuzzyCompare(1 + fraction, 1 + *last))
+        violations.append(event + QLatin1String(" was reported twice"));
+    *last = fraction;
+}
+
+void RendererProbe::hearMetadata(const QString &key, const QList<QVariant> &values)
+{
+    note(QLatin1String("metadata ") + key);
+    if (values.isEmpty())
+        violations.append(QLatin1String("metadata without a value: ") + key);
+    metadataHeard.append({key, values.value(0)});
+}

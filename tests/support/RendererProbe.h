@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "KelvoRenderer.h"
+
+#include <QPointer>
+#include <QStringList>
+
+class KelvoPlaylist;
+
+/// Hears all that a renderer reports, in order, receives its answers, and notes what no renderer may ever do.
+class RendererProbe : public QObject
+{
+    Q_OBJECT
+public:
+    struct Media
+    {
+        int index;
+        KelvoContent content;
+    };
+    struct Status
+    {
+        QString playlistId;
+        uint index;
+        int state;
+        QString objectId;
+    };
+
+    explicit RendererProbe(KelvoRenderer &renderer);
+
+    /// True while a command is being called: nothing may be reported or answered then.
+    void setInCommand(bool inside) { m_inCommand = inside; }
+
+    KelvoRenderer::State state() const { return m_state; }
+    int errorsOf(KelvoError::Code code) const;
+    QVariant property(const QString &name) const;
+    int metadataCount(const QString &key) const;
+    QVariant metadata(const QString &key) const;
+    /// Forgets what was heard, not the state.
+    void clear();
+
+    QList<KelvoRenderer::State> states;
+    QList<Media> media;
+    QList<QPointer<KelvoPlaylist>> playlists;
+    QList<QPair<QString, QVariant>> properties;
+    QList<QPair<QString, QVariant>> metadataHeard;
+    QList<KelvoError> errors;
+    int completed = 0;
+    QStringList events; ///< everything in words, in order
+    QStringList violations;
+
+    QList<Status> statusAnswers;
+    QList<uint> positionAnswers;
+    QList<QPair<QString, QVariant>> propertyAnswers;
+
+Q_SIGNALS:
+    /// An answer has come.
+    void answered();
+
+public Q_SLOTS:
+    void statusAnswer(const QString &playlistId, uint index, int state, const QString &objectId);
+    void positionAnswer(uint seconds);
+    void propertyAnswer(const QString &name, const QVariant &value);
+
+private:
+    void note(const QString &event);
+    void hearState(KelvoRenderer::State state);
+    void hearFraction(const QString &what, float fraction, float *last);
+    void hearMetadata(const QString &key, const QList<QVariant> &values);
+
+    KelvoRenderer::State m_state = KelvoRenderer::Stopped;
+    float m_lastBuffering = -1;
+    float m_lastScanning = -1;
+    bool m_inCommand = false;
+};
