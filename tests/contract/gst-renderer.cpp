@@ -1,0 +1,36 @@
+// SPDX-License-Identifier: MIT
+#include "RendererSubject.h"
+
+#include <QDir>
+
+namespace {
+class GstRendererSubject : public RendererSubject
+{
+public:
+    GstRendererSubject()
+        : m_media(qEnvironmentVariable("KELVO_CONTRACT_MEDIA"))
+    {
+        m_cannot.insert(Step::TellUnseekable, QStringLiteral("no generated file is unseekable"));
+    }
+
+    QString pluginFile() const override { return QStringLiteral("gst-renderer.so"); }
+    QList<QUrl> shortItems() const override
+    {
+        return {file("short.wav"), file("short.ogg"), file("short.mp3")};
+    }
+    QUrl longItem() const override { return file("long.flac"); }
+    int longSeconds() const override { return 10; }
+    QUrl failingItem() const override { return file("missing.ogg"); }
+
+private:
+    QUrl file(const char *name) const { return QUrl::fromLocalFile(m_media.filePath(QLatin1String(name))); }
+
+    const QDir m_media;
+};
+} // namespace
+
+int main(int argc, char **argv)
+{
+    GstRendererSubject subject;
+    return runRendererContract(subject, argc, argv);
+}
