@@ -143,7 +143,7 @@ private Q_SLOTS:
         row("garbage.mp3", {KelvoError::PrematureEnd}, 16.0);
         row("garbage.mp4", {}, 8.0);
         row("garbage.flac", {}, 8.0);
-        row("truncated.mp3", {KelvoError::PrematureEnd}, 16.0);
+        row("truncated.mp3", {}, 16.0);
         row("truncated.ogg", {}, 4.0);
         row("truncated.flac", {}, 4.0);
         row("truncated.webm", {}, 4.0);

@@ -122,7 +122,7 @@ private Q_SLOTS:
     void reportsVolumeFromOutside()
     {
         start();
-        moveVolume(0.125); // the cube of a half
+        moveVolume(0.128); // the cube of about a half
         QTRY_COMPARE(heard().property(R::PropertyVolume), QVariant(50U));
         QCOMPARE(heard().askProperty(R::PropertyVolume), QVariant(50U));
         renderer()->setKelvoProperty(R::PropertyVolume, 70);

@@ -90,6 +90,6 @@ KelvoError::Code ErrorMapping::codeOf(const PipelineFailure &failure)
         return codeOfStream(failure);
     if (failure.domain == QLatin1String("gst-core-error-quark")
         && failure.code == GST_CORE_ERROR_MISSING_PLUGIN)
-        return KelvoError::CodecMissing;
+        return failure.notMedia ? KelvoError::UnsupportedType : KelvoError::CodecMissing;
     return KelvoError::EngineFailed;
 }

@@ -17,6 +17,7 @@ struct PipelineFailure
     bool fromAudioOutput = false;
     bool fromVideoOutput = false;
     bool noData = false; ///< there was nothing to find a type in
+    bool notMedia = false; ///< of a known type, but one of documents
     bool noHandler = false; ///< no element reads this kind of URI
     int httpStatus = 0;
 };

@@ -103,6 +103,7 @@ void ItemPlayer::load(const Item &item)
     m_reported = KelvoRenderer::Transitioning;
     m_tags.clear();
     m_missingCodec.clear();
+    m_notMedia = false;
     if (!m_pipeline && !createPipeline(false)) {
         fail(KelvoError::EngineFailed, QStringLiteral("the pipeline cannot be made"));
         return;
@@ -178,6 +179,7 @@ void ItemPlayer::prerolled()
     if (m_phase != Phase::Loading)
         return;
     m_phase = Phase::Loaded;
+    noteProgress();
     tellDuration();
     if (m_pipeline->hasAudio())
         tell(m_tags.set(QStringLiteral("audio-output"), {AudioOutput::describe(m_pipeline->audioOutput())}));
@@ -241,6 +243,7 @@ bool ItemPlayer::wantsToMove() const
 
 void ItemPlayer::checkStall()
 {
+    noteProgress();
     if (!wantsToMove()) {
         m_stallWatch.restart(m_time.elapsed());
         return;

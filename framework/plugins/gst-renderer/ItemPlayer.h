@@ -109,6 +109,7 @@ private:
     void handleAsyncDone();
     void handleEnd();
     void handleError(GstMessage *message);
+    void handleMissingPlugin(GstMessage *message);
     void handleWarning(GstMessage *message);
     void handleBuffering(GstMessage *message);
     void handleTags(GstMessage *message);
@@ -119,6 +120,8 @@ private:
 
     // Position (ItemPlayer_seeking.cpp)
     qint64 position() const;
+    void noteProgress();
+    qint64 reachedPosition() const;
     void seekTo(qint64 target);
     void issueSeek();
     void seekDone();
@@ -149,6 +152,9 @@ private:
     bool m_playingAsked = false; ///< the state that it was last told to go to
     int m_bufferPercent = 100;
     double m_speed = 1.0;
+    qint64 m_noted = 0; ///< the position, nanoseconds, ...
+    qint64 m_notedAt = 0; ///< ... at this time of m_time
+    bool m_notMedia = false; ///< of a type that is for reading
     QString m_missingCodec; ///< a stream that nothing decodes; reported once the others play
     std::optional<qint64> m_pauseAt; ///< nanoseconds
     std::optional<qint64> m_seekWanted; ///< nanoseconds: the newest position asked for and not yet sought

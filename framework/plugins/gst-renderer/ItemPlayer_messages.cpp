@@ -37,7 +37,7 @@ PipelineFailure describe(GstMessage *message, const Playbin &pipeline, const QUr
     failure.fromSource = GST_IS_ELEMENT(source) && GST_OBJECT_FLAG_IS_SET(source, GST_ELEMENT_FLAG_SOURCE);
     failure.fromAudioOutput = pipeline.isPartOfAudioOutput(source);
     failure.fromVideoOutput = pipeline.isPartOfVideoOutput(source);
-    failure.noData = isNoDataText(error->message);
+    failure.noData = isNoDataText(error->message) || pipeline.isEmpty();
     failure.noHandler = !gst_uri_protocol_is_supported(GST_URI_SRC, scheme.constData());
     const GstStructure *details = nullptr;
     gst_message_parse_error_details(message, &details);
@@ -63,6 +63,8 @@ void ItemPlayer::handle(GstMessage *message)
         return handleError(message);
     case GST_MESSAGE_WARNING:
         return handleWarning(message);
+    case GST_MESSAGE_ELEMENT:
+        return handleMissingPlugin(message);
     case GST_MESSAGE_BUFFERING:
         return handleBuffering(message);
     case GST_MESSAGE_TAG:
@@ -117,7 +119,7 @@ void ItemPlayer::handleEnd()
         backAtStart();
         return;
     }
-    const qint64 reached = position();
+    const qint64 reached = reachedPosition();
     const std::optional<qint64> duration = m_pipeline->duration();
     if (duration && *duration - reached > shortOfEnd) {
         const auto seconds = [](qint64 time) {
@@ -131,13 +133,24 @@ void ItemPlayer::handleEnd()
 
 void ItemPlayer::handleError(GstMessage *message)
 {
-    const PipelineFailure failure = describe(message, *m_pipeline, m_item.uri);
+    PipelineFailure failure = describe(message, *m_pipeline, m_item.uri);
+    failure.notMedia = m_notMedia;
     if (failure.fromAudioOutput && !m_silent) {
         Q_EMIT troubled(m_item.epoch, KelvoError::AudioOutputFailed, failure.text);
         restartSilently();
         return;
     }
     fail(ErrorMapping::codeOf(failure), failure.text);
+}
+
+void ItemPlayer::handleMissingPlugin(GstMessage *message)
+{
+    const GValue *detail = gst_structure_get_value(gst_message_get_structure(message), "detail");
+    if (!detail || !GST_VALUE_HOLDS_CAPS(detail))
+        return;
+    const GstCaps *caps = gst_value_get_caps(detail);
+    if (gst_caps_get_size(caps) > 0)
+        m_notMedia = g_str_has_prefix(gst_structure_get_name(gst_caps_get_structure(caps, 0)), "text/");
 }
 
 void ItemPlayer::handleWarning(GstMessage *message)

@@ -24,6 +24,20 @@ qint64 ItemPlayer::position() const
     return known && m_pipeline ? m_pipeline->position().value_or(0) : 0;
 }
 
+void ItemPlayer::noteProgress()
+{
+    m_noted = position();
+    m_notedAt = m_time.elapsed();
+}
+
+/// How far playback can have come at its end. The position that is reported then is of no use: some formats
+/// jump to the announced duration, however early their data ends.
+qint64 ItemPlayer::reachedPosition() const
+{
+    const double since = double(m_time.elapsed() - m_notedAt) * GST_MSECOND;
+    return std::min(position(), m_noted + qint64(since * m_speed));
+}
+
 void ItemPlayer::answerPosition(const KelvoAnswer &answer)
 {
     answer.deliver({uint((position() + tolerance) / second)});
@@ -91,6 +105,7 @@ void ItemPlayer::issueSeek()
 void ItemPlayer::seekDone()
 {
     m_seekInFlight.reset();
+    noteProgress();
     issueSeek();
     checkPauseAt();
 }

@@ -11,6 +11,8 @@ bool isOfInterest(GstMessage *message)
     case GST_MESSAGE_STATE_CHANGED:
     case GST_MESSAGE_ASYNC_DONE:
         return GST_IS_PIPELINE(GST_MESSAGE_SRC(message));
+    case GST_MESSAGE_ELEMENT:
+        return gst_message_has_name(message, "missing-plugin");
     case GST_MESSAGE_EOS:
     case GST_MESSAGE_ERROR:
     case GST_MESSAGE_WARNING:
@@ -157,6 +159,15 @@ bool Playbin::hasAudio() const
     gint count = 0;
     g_object_get(element(), "n-audio", &count, nullptr);
     return count > 0;
+}
+
+bool Playbin::isEmpty() const
+{
+    GstElement *source = nullptr;
+    g_object_get(element(), "source", &source, nullptr);
+    const GstHandles::Element owner(source);
+    gint64 size = -1;
+    return source && gst_element_query_duration(source, GST_FORMAT_BYTES, &size) && size == 0;
 }
 
 bool Playbin::seek(qint64 position, double rate)

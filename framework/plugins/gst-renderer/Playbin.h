@@ -44,6 +44,8 @@ public:
     bool isSeekable() const;
     /// Whether the item has sound.
     bool hasAudio() const;
+    /// Whether the source knows that it has no data.
+    bool isEmpty() const;
     /// To the exact position, playing on from there at the given rate. Ends with an ASYNC_DONE message.
     bool seek(qint64 position, double rate);
 

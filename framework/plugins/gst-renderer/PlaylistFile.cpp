@@ -61,8 +61,6 @@ PlaylistFile::Format PlaylistFile::recognised(const QByteArray &head, Format ann
 {
     if (isBlank(head))
         return announced;
-    if (!isText(head))
-        return Format::None;
     QByteArray text = head.startsWith("\xEF\xBB\xBF") ? head.mid(3) : head;
     text = text.trimmed().toLower();
     if (text.startsWith("[playlist]"))
@@ -74,5 +72,5 @@ PlaylistFile::Format PlaylistFile::recognised(const QByteArray &head, Format ann
         return Format::M3u;
     if (text.startsWith('<'))
         return text.contains("<playlist") && text.contains("xspf.org/ns") ? Format::Xspf : Format::None;
-    return announced == Format::M3u ? Format::M3u : Format::None;
+    return announced == Format::M3u && isText(head) ? Format::M3u : Format::None;
 }

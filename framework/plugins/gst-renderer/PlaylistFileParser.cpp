@@ -6,6 +6,7 @@
 #include <QDir>
 #include <QStringDecoder>
 #include <QTemporaryFile>
+#include <QXmlStreamReader>
 
 #include <memory>
 
@@ -97,6 +98,15 @@ bool write(QTemporaryFile &file, const QByteArray &text)
     return file.open() && file.write(text) == text.size() && file.flush();
 }
 
+/// The parser takes broken XML for an empty list.
+bool isWellFormed(const QByteArray &xml)
+{
+    QXmlStreamReader reader(xml);
+    while (!reader.atEnd())
+        reader.readNext();
+    return !reader.hasError();
+}
+
 TotemPlParserResult run(const QString &path, Collection &collection)
 {
     const ParserHandle parser(totem_pl_parser_new());
@@ -123,7 +133,7 @@ PlaylistFile::Contents PlaylistFileParser::parse(const QByteArray &text, Format 
     if (collection.seen > 0)
         return Contents::unusable(
             KelvoError::InvalidPlaylist, name + QLatin1String(" names nothing but itself"));
-    return Contents::unusable(
-        result == TOTEM_PL_PARSER_RESULT_SUCCESS ? KelvoError::EmptyPlaylist : KelvoError::InvalidPlaylist,
-        name);
+    const bool understood
+        = result == TOTEM_PL_PARSER_RESULT_SUCCESS && (format != Format::Xspf || isWellFormed(text));
+    return Contents::unusable(understood ? KelvoError::EmptyPlaylist : KelvoError::InvalidPlaylist, name);
 }
