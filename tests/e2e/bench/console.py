@@ -32,7 +32,6 @@ class Console:
         self.tree.wait_root(limit)
         self.user = user.Input(self.desktop, self.tree)
         until(lambda: self.root().find("frame", "KELVO test-GUI"), "the window shows", limit)
-        self.user.activate()
         return self
 
     def wait_constructed(self, limit=30.0):

@@ -7,6 +7,8 @@ from bench.waiting import holds, until
 
 
 class PlaylistFromStart(Scenario):
+    leak_check = True
+
     def wait_metadata(self, console, *lines):
         until(lambda: set(lines) <= set(console.metadata()),
               lambda: f"metadata {lines}; there is {console.metadata()}\n{console.log.tail()}", 15)

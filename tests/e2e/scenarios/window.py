@@ -82,15 +82,12 @@ class Window(Scenario):
 
     def test_dialogs_open_and_close(self):
         console = self.start()
-        for path, title in ((("Main", "Help"), "Help"), (("Main", "Plugins"), ""),
-                            (("Renderers", "Volume..."), "Adjust volume"),
+        for path, title in ((("Renderers", "Volume..."), "Adjust volume"),
                             (("Playlists", "Create new..."), "Create new playlist"),
                             (("Playlists", "Play uri..."), "Play uri")):
             with self.subTest(dialog=path):
                 console.menu(*path, wait=False)
-                dialog = console.dialog("dialog", limit=10)
-                if title:
-                    self.assertEqual(dialog.name(), title)
+                dialog = console.dialog("dialog", title)
                 self.assertEqual(layout_faults(dialog, dialog.extents()), [])
                 console.screen.shoot(self.output(f"-{path[-1].strip('.').replace(' ', '-')}.png"))
                 console.user.key("Escape")

@@ -1,0 +1,42 @@
+# SPDX-License-Identifier: MIT
+"""The Main menu: the help page, and back ends that are loaded and unloaded while the console runs."""
+
+from bench.scenario import Scenario
+from bench.waiting import until
+
+
+class MainMenu(Scenario):
+    def test_help_opens_and_closes(self):
+        console = self.start()
+        console.menu("Main", "Help", wait=False)
+        dialog = console.dialog("dialog", "Help")
+        text = dialog.wait_find("text").text()
+        for heading in ("What and where?", "NOTE", "How?"):
+            self.assertIn(heading, text)
+        self.assertIn("read-only", dialog.wait_find("text").states())
+        console.user.click(dialog.wait_find("push button", "Close"))
+        until(lambda: not console.dialogs(), "the help closes")
+
+    def choose_plugin(self, console, name, button):
+        """Opens the dialog, moves the plug-in by the button and presses Done."""
+        console.menu("Main", "Plugins", wait=False)
+        dialog = console.dialog("dialog")
+        item = until(lambda: dialog.find("list item", name, deep=True), f"{name} in the lists", 10)
+        console.user.click(item)
+        console.user.click(dialog.wait_find("push button", button))
+        console.user.click(dialog.wait_find("push button", "Done"))
+        until(lambda: not console.dialogs(), "the dialog closes")
+
+    def renderers(self, console):
+        return console.combos()[0].find("list", showing=False).rows()
+
+    def test_a_back_end_comes_and_goes(self):
+        console = self.start()
+        until(lambda: self.renderers(console) == ["KelvoGstRenderer"], "the real renderer alone")
+        for _ in range(2):
+            self.choose_plugin(console, "simulator", "Load")
+            until(lambda: self.renderers(console) == ["KelvoGstRenderer", "Simulator A", "Simulator B", "empty 4"],
+                  lambda: f"the simulated renderers; there are {self.renderers(console)}")
+            self.choose_plugin(console, "simulator", "Unload")
+            until(lambda: self.renderers(console) == ["KelvoGstRenderer"],
+                  lambda: f"they are gone; there are {self.renderers(console)}")
