@@ -2,6 +2,7 @@
 #include "ContractCase.h"
 
 #include <QElapsedTimer>
+#include <QSignalSpy>
 #include <QStandardItemModel>
 
 namespace {
@@ -33,9 +34,12 @@ void ContractCase::init()
 {
     KelvoTestCase::init();
     m_registry = std::make_unique<KelvoRegistry>();
+    QSignalSpy added(m_registry.get(), &KelvoRegistry::rendererAdded);
     m_registry->loadPlugin(m_subject.pluginFile());
-    QTRY_VERIFY2(m_subject.findIn(*m_registry),
-        qPrintable(m_registry->pluginLoader()->status(m_subject.pluginFile()).error));
+    // A large foreign library takes its time when nothing of it is in memory yet.
+    while (!m_subject.findIn(*m_registry))
+        QVERIFY2(
+            added.wait(30'000), qPrintable(m_registry->pluginLoader()->status(m_subject.pluginFile()).error));
     m_renderer = m_subject.findIn(*m_registry);
     m_subject.prepare(*m_renderer);
     m_probe = std::make_unique<RendererProbe>(*m_renderer);

@@ -176,7 +176,7 @@ void PlaylistEditContract::removedWhilePaused()
     playlist->removeItem(1);
     REACHES(status().objectId == following);
     settle();
-    HOLDS(heard().state() == Paused || heard().state() == Playing);
+    REACHES(heard().state() == Paused || heard().state() == Playing);
     renderer()->resume();
     REACHES(isPlayingItem(following));
 }

@@ -8,16 +8,13 @@ class GstRendererSubject : public RendererSubject
 {
 public:
     GstRendererSubject()
-        : m_media(qEnvironmentVariable("KELVO_CONTRACT_MEDIA"))
+        : m_media(QStringLiteral(KELVO_TEST_MEDIA))
     {
         m_cannot.insert(Step::TellUnseekable, QStringLiteral("no generated file is unseekable"));
     }
 
     QString pluginFile() const override { return QStringLiteral("gst-renderer.so"); }
-    QList<QUrl> shortItems() const override
-    {
-        return {file("short.wav"), file("short.ogg"), file("short.mp3")};
-    }
+    QList<QUrl> shortItems() const override { return {file("blip.wav"), file("blip.ogg"), file("blip.mp3")}; }
     QUrl longItem() const override { return file("long.flac"); }
     int longSeconds() const override { return 10; }
     QUrl failingItem() const override { return file("missing.ogg"); }

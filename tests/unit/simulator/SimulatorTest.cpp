@@ -448,8 +448,7 @@ void SimulatorTest::vanishesForGood()
 void SimulatorTest::unloadedWhileVanished()
 {
     QSignalSpy added(m_registry.get(), &KelvoRegistry::rendererAdded);
-    set("sim-clock", QStringLiteral("real"));
-    set("sim-vanish", 0);
+    set("sim-vanish", 1000);
     QTRY_VERIFY(!renderer());
     m_registry->unloadPlugin(plugin);
     QCOMPARE(m_registry->renderers().size(), 0);
