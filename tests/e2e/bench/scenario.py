@@ -4,6 +4,7 @@
 import importlib.util
 import os
 import re
+import signal
 import sys
 import unittest
 from pathlib import Path
@@ -99,6 +100,8 @@ class _Result(unittest.TextTestResult):
 
     def addError(self, test, err):  # noqa: N802
         super().addError(test, err)
+        if isinstance(err[1], SystemExit):
+            self.stop()
         self._keep(test)
 
     def _keep(self, test):
@@ -109,6 +112,8 @@ class _Result(unittest.TextTestResult):
 
 def main(arguments):
     """Runs a scenario file, or with further arguments only the tests whose ids contain one of them."""
+    # Asked to end, everything that was started still gets ended.
+    signal.signal(signal.SIGTERM, lambda *_: sys.exit(143))
     path = Path(arguments[0]).resolve()
     specification = importlib.util.spec_from_file_location(path.stem, path)
     module = importlib.util.module_from_spec(specification)
