@@ -163,6 +163,7 @@ private Q_SLOTS:
         QTRY_COMPARE(heard().metadata(QStringLiteral("audio-output")).toString(),
             QStringLiteral("none (silent clock)"));
         renderer()->stop();
+        TRY_STATE(Stopped);
         const int before = outputsMade;
         start();
         QCOMPARE(outputsMade, before + 1);
