@@ -249,28 +249,6 @@ private Q_SLOTS:
         failsWith(KelvoError::Code(code));
     }
 
-    void largeListPlays_data()
-    {
-        QTest::addColumn<QByteArray>("text");
-        QTest::addColumn<QString>("name");
-        QList<QByteArray> entries(100'000, "a song with a fairly long name that is not there.mp3");
-        entries[0] = "blip.flac";
-        QTest::newRow("pls") << pls(entries) << QStringLiteral("large.pls");
-        QTest::newRow("m3u") << m3u(entries) << QStringLiteral("large.m3u");
-    }
-
-    void largeListPlays()
-    {
-        QFETCH(QByteArray, text);
-        QFETCH(QString, name);
-        renderer()->playUri(write(name, text));
-        // Under the sanitizers each of the parser's many allocations takes its time.
-        QTRY_COMPARE_WITH_TIMEOUT(heard().state(), R::Playing, 120000);
-        renderer()->stop();
-        TRY_STATE(Stopped);
-        QCOMPARE(heard().errors(), QList<int>());
-    }
-
     void tooLargeList_data()
     {
         QTest::addColumn<bool>("remote");

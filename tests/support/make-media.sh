@@ -26,11 +26,7 @@ for kind in ogg flac; do make -f lavfi -i "$(tone 550 2)" $(tags "$kind") "tone.
 make -f lavfi -i "$(tone 660 2)" -c:a aac $(tags m4a) tone.m4a
 make -f lavfi -i "$(tone 440 1)" -b:a 128k short.mp3
 make -f lavfi -i "$(tone 440 20)" -b:a 128k -metadata title=long long.mp3
-make -f lavfi -i "$(tone 440 0.6)" blip.flac
-make -f lavfi -i "$(tone 440 0.7)" blip.wav
-make -f lavfi -i "$(tone 550 0.7)" -c:a libvorbis blip.ogg
-make -f lavfi -i "$(tone 660 0.7)" -b:a 128k blip.mp3
-make -f lavfi -i "$(tone 330 10)" -metadata title="Long tone" -metadata artist=Contract long.flac
+make -f lavfi -i "$(tone 440 0.3)" blip.flac
 h264="-c:v libx264 -preset ultrafast -pix_fmt yuv420p -g 25"
 # shellcheck disable=SC2086
 make -f lavfi -i "$(picture 2)" -f lavfi -i "$(tone 330 2)" $h264 -c:a aac -movflags +faststart \
@@ -47,7 +43,11 @@ head -c 300000 /dev/urandom > random.mp3
 cut_to() { head -c "$(($(wc -c < "$1") * $2 / 100))" "$1" > "$3"; }
 cut_to long.mp3 50 truncated.mp3
 cut_to long.mp4 50 truncated.mp4
-for kind in ogg flac; do cut_to "tone.$kind" 60 "truncated.$kind"; done
+for kind in ogg flac; do
+    make -f lavfi -i "anoisesrc=duration=4:amplitude=0.3" "whole.$kind"
+    cut_to "whole.$kind" 85 "truncated.$kind"
+    rm "whole.$kind"
+done
 cut_to clip.webm 60 truncated.webm
 # The index at the end, and cut off.
 # shellcheck disable=SC2086

@@ -15,6 +15,7 @@
 
 namespace {
 constexpr int watchInterval = 500; // milliseconds
+constexpr int deadLooks = 3;
 // An item that fails after this much has played: a list of such items may go round for ever.
 constexpr qint64 leastProgress = GST_SECOND;
 
@@ -43,7 +44,7 @@ ItemPlayer::ItemPlayer(const EngineSettings &settings)
 {
     m_watchTimer->setInterval(
         std::clamp(std::min(settings.localStall, settings.networkStall) / 4, 10, watchInterval));
-    connect(m_watchTimer, &QTimer::timeout, this, &ItemPlayer::checkStall);
+    connect(m_watchTimer, &QTimer::timeout, this, &ItemPlayer::watch);
     m_time.start();
 }
 
@@ -117,6 +118,7 @@ void ItemPlayer::startPipeline()
     m_pauseAcknowledged = false;
     m_bufferHold = false;
     m_bufferPercent = 100;
+    m_deadLooks = 0;
     m_pipelinePlaying = m_playingAsked = false;
     m_stallWatch.restart(m_time.elapsed());
     m_watchTimer->start();
@@ -241,7 +243,7 @@ bool ItemPlayer::wantsToMove() const
         || (m_phase == Phase::Loaded && (m_seekInFlight || (m_wantPlaying && !m_policyOverride)));
 }
 
-void ItemPlayer::checkStall()
+void ItemPlayer::watch()
 {
     noteProgress();
     if (!wantsToMove()) {
@@ -249,8 +251,20 @@ void ItemPlayer::checkStall()
         return;
     }
     const int limit = ErrorMapping::isRemote(m_item.uri) ? m_settings.networkStall : m_settings.localStall;
-    if (m_stallWatch.isStalled(m_time.elapsed(), position(), m_bufferPercent, limit))
+    if (isDead())
+        fail(KelvoError::CorruptMedia, QStringLiteral("the file holds nothing that can be played"));
+    else if (m_stallWatch.isStalled(m_time.elapsed(), position(), m_bufferPercent, limit))
         fail(KelvoError::Stalled, QStringLiteral("no progress for %1 seconds").arg(limit / 1000.0));
+}
+
+/// GStreamer drops the error of a demuxer that fails while it is still being connected. What is left is a pipeline
+/// that neither prerolls nor fails: with a local file, one in which no thread streams any more.
+bool ItemPlayer::isDead()
+{
+    const bool idle
+        = m_phase == Phase::Loading && !ErrorMapping::isRemote(m_item.uri) && !m_pipeline->isStreaming();
+    m_deadLooks = idle ? m_deadLooks + 1 : 0;
+    return m_deadLooks >= deadLooks;
 }
 
 void ItemPlayer::endItem(bool progressed)

@@ -97,7 +97,8 @@ private:
     void settle();
     void report(KelvoRenderer::State state);
     bool wantsToMove() const;
-    void checkStall();
+    void watch();
+    bool isDead();
     void endItem(bool progressed);
     void fail(KelvoError::Code code, const QString &message);
     void failUnlessReported();
@@ -144,6 +145,7 @@ private:
     Item m_item;
     Phase m_phase = Phase::Idle;
     KelvoRenderer::State m_reported = KelvoRenderer::Stopped;
+    int m_deadLooks = 0; ///< how often in a row no streaming thread was running
     bool m_wantPlaying = false;
     bool m_pauseAcknowledged = false; ///< paused before there is anything to pause: reported at once
     bool m_bufferHold = false;

@@ -64,6 +64,31 @@ void deleteListenerOfSignal(gpointer data, GClosure *)
     deleteListener(data);
 }
 
+bool hasRunningTask(GstPad *pad)
+{
+    GST_OBJECT_LOCK(pad);
+    const bool runs = GST_PAD_TASK(pad) && gst_task_get_state(GST_PAD_TASK(pad)) == GST_TASK_STARTED;
+    GST_OBJECT_UNLOCK(pad);
+    return runs;
+}
+
+/// Calls `visit` with each object of the iterator, which it takes over.
+void forEach(GstIterator *iterator, void (*visit)(const GValue *, gpointer), gpointer data)
+{
+    const GstHandles::Iterator owner(iterator);
+    while (gst_iterator_foreach(iterator, visit, data) == GST_ITERATOR_RESYNC)
+        gst_iterator_resync(iterator);
+}
+
+void noteRunningTask(GstElement *element, bool *found)
+{
+    const auto visit = [](const GValue *value, gpointer result) {
+        if (hasRunningTask(GST_PAD(g_value_get_object(value))))
+            *static_cast<bool *>(result) = true;
+    };
+    forEach(gst_element_iterate_pads(element), visit, found);
+}
+
 bool isWithin(const GstObject *object, const GstHandles::Element &ancestor)
 {
     // The query changes nothing, but its signature does not say so.
@@ -168,6 +193,16 @@ bool Playbin::isEmpty() const
     const GstHandles::Element owner(source);
     gint64 size = -1;
     return source && gst_element_query_duration(source, GST_FORMAT_BYTES, &size) && size == 0;
+}
+
+bool Playbin::isStreaming() const
+{
+    bool streaming = false;
+    const auto visit = [](const GValue *value, gpointer found) {
+        noteRunningTask(GST_ELEMENT(g_value_get_object(value)), static_cast<bool *>(found));
+    };
+    forEach(gst_bin_iterate_recurse(GST_BIN(element())), visit, &streaming);
+    return streaming;
 }
 
 bool Playbin::seek(qint64 position, double rate)

@@ -46,6 +46,8 @@ public:
     bool hasAudio() const;
     /// Whether the source knows that it has no data.
     bool isEmpty() const;
+    /// Whether any streaming thread runs. Of a local file that does not preroll and has none, nothing will come.
+    bool isStreaming() const;
     /// To the exact position, playing on from there at the given rate. Ends with an ASYNC_DONE message.
     bool seek(qint64 position, double rate);
 
