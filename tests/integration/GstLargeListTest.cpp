@@ -66,7 +66,8 @@ private Q_SLOTS:
         QVERIFY(turns > 10);
         QCOMPARE(heard().mediaUrls().constLast(), media(QStringLiteral("long.mp3")));
         renderer()->next();
-        QTRY_COMPARE(heard().errors(), QList<int>{KelvoError::NotFound});
+        // The entries behind it are not there: each is an error of its own, and the search goes on.
+        QTRY_COMPARE(heard().errors().value(0), int(KelvoError::NotFound));
         renderer()->stop();
         TRY_STATE(Stopped);
     }
