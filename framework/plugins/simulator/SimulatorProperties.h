@@ -7,25 +7,22 @@
 /// with kelvoProperty() as well, is reported once it took effect, and takes its value as the type named here
 /// or as text. They act at once, whatever "sim-latency" says.
 ///
-/// | property        | value            | at start | effect |
-/// |-----------------|------------------|----------|-------------------------------------------------------------|
-/// | sim-latency     | int, ms >= 0     | 0        | commands, properties and answers take this long; their
-/// order is kept | | sim-failure     | int or "code,n"  | 0        | the next item (the next n items) fails
-/// with this KelvoError code; 0: none | | sim-error       | int or "code,text" | 0      | this error now,
-/// with the text as message; what plays fails with it | | sim-buffering   | int, ms >= 0     | 0        | the
-/// buffer fills in this time: now, if something plays, and before each item from now on; playback waits
-/// meanwhile | | sim-stall       | bool             | false    | true: the position stands still although the
-/// state is Playing | | sim-vanish      | int, ms          | -1       | the renderer is removed and deleted;
-/// a new one of the same uuid and name, with everything as at start, is added after that time; negative: none
-/// | | sim-name        | text             | its name | changes the name; may be empty | | sim-duration    |
-/// int, s >= 0      | 30       | of items from now on that tell no duration; 0: not known, they never end and
-/// cannot seek | | sim-seekable    | bool             | true     | false: items from now on cannot seek | |
-/// sim-metadata    | "key=value" or map | ""     | reports these facts about the item in play | | sim-clock
-/// | "real", "manual" | "real"   | whether time passes by itself; one clock for all that the plug-in brings |
-/// | sim-advance     | int, ms >= 0     | 0        | moves the manual clock and runs what falls due, step by
-/// step from the event loop; reported when the clock has arrived | | policy-override | bool             |
-/// false    | reports a policy override (KelvoRenderer)                   | | colorkey        | uint | 0 |
-/// reports a colour key (KelvoRenderer)                        |
+/// | property        | value              | at start | effect |
+/// |-----------------|--------------------|----------|--------|
+/// | sim-latency     | int, ms >= 0       | 0        | commands, properties and answers take this long; their order is kept |
+/// | sim-failure     | int or "code,n"    | 0        | the next item (the next n items) fails with this KelvoError code; 0: none |
+/// | sim-error       | int or "code,text" | 0        | this error now, with the text as message; what plays fails with it |
+/// | sim-buffering   | int, ms >= 0       | 0        | the buffer fills in this time: now, if something plays, and before each item from now on |
+/// | sim-stall       | bool               | false    | true: the position stands still although the state is Playing |
+/// | sim-vanish      | int, ms            | -1       | the renderer is deleted; a new one with everything as at start comes after that time; negative: none |
+/// | sim-name        | text               | its name | changes the name; may be empty |
+/// | sim-duration    | int, s >= 0        | 30       | of items from now on that tell none; 0: not known, they never end and cannot seek |
+/// | sim-seekable    | bool               | true     | false: items from now on cannot seek |
+/// | sim-metadata    | "key=value" or map | ""       | reports these facts about the item in play |
+/// | sim-clock       | "real", "manual"   | "real"   | whether time passes by itself; one clock for all that the plug-in brings |
+/// | sim-advance     | int, ms >= 0       | 0        | moves the manual clock, step by step from the event loop; reported when it has arrived |
+/// | policy-override | bool               | false    | reports a policy override (KelvoRenderer) |
+/// | colorkey        | uint               | 0        | reports a colour key (KelvoRenderer) |
 ///
 /// The environment variable KELVO_SIMULATOR sets them for all renderers from the start, for instance
 /// "sim-latency=300;sim-buffering=2000".
