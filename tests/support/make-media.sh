@@ -27,6 +27,11 @@ make -f lavfi -i "$(tone 660 2)" -c:a aac $(tags m4a) tone.m4a
 make -f lavfi -i "$(tone 440 1)" -b:a 128k short.mp3
 make -f lavfi -i "$(tone 440 20)" -b:a 128k -metadata title=long long.mp3
 make -f lavfi -i "$(tone 440 0.3)" blip.flac
+# What every renderer is held to its contract with: three short ones to run through, a long one to move in.
+make -f lavfi -i "$(tone 440 0.7)" blip.wav
+make -f lavfi -i "$(tone 550 0.7)" -c:a libvorbis blip.ogg
+make -f lavfi -i "$(tone 660 0.7)" -b:a 128k blip.mp3
+make -f lavfi -i "$(tone 330 10)" -metadata title="Long tone" -metadata artist=Contract long.flac
 h264="-c:v libx264 -preset ultrafast -pix_fmt yuv420p -g 25"
 # shellcheck disable=SC2086
 make -f lavfi -i "$(picture 2)" -f lavfi -i "$(tone 330 2)" $h264 -c:a aac -movflags +faststart \
