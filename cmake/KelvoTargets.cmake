@@ -26,6 +26,17 @@ if(KELVO_SANITIZE)
     target_compile_options(kelvo-options INTERFACE -Wno-maybe-uninitialized)
 endif()
 
+# Most of the time that a file takes to build is Qt's headers: they are compiled once for all libraries. A library
+# may define more than this one does, never less.
+file(CONFIGURE OUTPUT common-headers.cpp CONTENT "// Precompiles Qt's headers.\n")
+add_library(kelvo-common-headers OBJECT EXCLUDE_FROM_ALL ${CMAKE_CURRENT_BINARY_DIR}/common-headers.cpp)
+target_link_libraries(kelvo-common-headers PRIVATE kelvo-options Qt6::Core)
+target_precompile_headers(kelvo-common-headers PRIVATE <QtCore>)
+set_target_properties(kelvo-common-headers PROPERTIES POSITION_INDEPENDENT_CODE ON AUTOMOC OFF AUTOUIC OFF)
+function(kelvo_use_common_headers target)
+    target_precompile_headers(${target} REUSE_FROM kelvo-common-headers)
+endfunction()
+
 # kelvo_add_library(<name> SOURCES ... [PUBLIC libs...] [PRIVATE libs...])
 # A shared library of the boundary. Its headers are included by their plain names.
 function(kelvo_add_library name)
@@ -37,6 +48,7 @@ function(kelvo_add_library name)
     string(TOUPPER ${define} define)
     target_compile_definitions(${name} PRIVATE ${define}_BUILD)
     set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+    kelvo_use_common_headers(${name})
     install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} NAMELINK_SKIP)
 endfunction()
 

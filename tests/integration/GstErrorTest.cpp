@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "GstTestCase.h"
 #include "HttpTestServer.h"
+#include "TestGroup.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -185,5 +186,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(GstErrorTest)
+KELVO_TEST(GstErrorTest)
 #include "GstErrorTest.moc"

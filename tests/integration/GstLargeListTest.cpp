@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "GstTestCase.h"
+#include "TestGroup.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -73,5 +74,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(GstLargeListTest)
+KELVO_TEST(GstLargeListTest)
 #include "GstLargeListTest.moc"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "GstTestCase.h"
 #include "HttpTestServer.h"
+#include "TestGroup.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -173,5 +174,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(GstLifecycleTest)
+KELVO_TEST(GstLifecycleTest)
 #include "GstLifecycleTest.moc"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "GstTestCase.h"
 #include "HttpTestServer.h"
+#include "TestGroup.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -157,5 +158,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(GstNetworkTest)
+KELVO_TEST(GstNetworkTest)
 #include "GstNetworkTest.moc"

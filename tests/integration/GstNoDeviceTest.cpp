@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "GstTestCase.h"
+#include "TestGroup.h"
 
 #include <QElapsedTimer>
 #include <QTest>
@@ -47,5 +48,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(GstNoDeviceTest)
+KELVO_TEST(GstNoDeviceTest)
 #include "GstNoDeviceTest.moc"

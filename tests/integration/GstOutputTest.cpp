@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "GstTestCase.h"
 #include "LogRecorder.h"
+#include "TestGroup.h"
 
 #include <QTest>
 
@@ -186,5 +187,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(GstOutputTest)
+KELVO_TEST(GstOutputTest)
 #include "GstOutputTest.moc"

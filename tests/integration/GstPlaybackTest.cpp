@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "GstTestCase.h"
+#include "TestGroup.h"
 
 #include <QElapsedTimer>
 #include <QTest>
@@ -517,5 +518,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(GstPlaybackTest)
+KELVO_TEST(GstPlaybackTest)
 #include "GstPlaybackTest.moc"

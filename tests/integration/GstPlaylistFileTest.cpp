@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "GstTestCase.h"
 #include "HttpTestServer.h"
+#include "TestGroup.h"
 
 #include <QElapsedTimer>
 #include <QFile>
@@ -295,5 +296,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(GstPlaylistFileTest)
+KELVO_TEST(GstPlaylistFileTest)
 #include "GstPlaylistFileTest.moc"

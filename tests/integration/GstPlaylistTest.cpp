@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "GstTestCase.h"
+#include "TestGroup.h"
 
 #include <QTest>
 
@@ -316,5 +317,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(GstPlaylistTest)
+KELVO_TEST(GstPlaylistTest)
 #include "GstPlaylistTest.moc"

@@ -5,6 +5,7 @@
 #include "PlaylistFileParser.h"
 #include "RendererValues.h"
 #include "StallWatch.h"
+#include "TestGroup.h"
 
 #include <QTest>
 
@@ -169,5 +170,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(GstRendererPartsTest)
+KELVO_TEST(GstRendererPartsTest)
 #include "GstRendererPartsTest.moc"

@@ -2,6 +2,7 @@
 #include "KelvoRegistry.h"
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
+#include "TestGroup.h"
 
 #include <QTest>
 
@@ -24,5 +25,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(GstUnavailableTest)
+KELVO_TEST(GstUnavailableTest)
 #include "GstUnavailableTest.moc"

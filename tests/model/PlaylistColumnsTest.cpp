@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoTestCase.h"
 #include "PlaylistFixture.h"
+#include "TestGroup.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -308,5 +309,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(PlaylistColumnsTest)
+KELVO_TEST(PlaylistColumnsTest)
 #include "PlaylistColumnsTest.moc"

@@ -2,6 +2,7 @@
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
 #include "PlaylistFixture.h"
+#include "TestGroup.h"
 
 #include <QLocale>
 #include <QSignalSpy>
@@ -426,5 +427,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(PlaylistEditingTest)
+KELVO_TEST(PlaylistEditingTest)
 #include "PlaylistEditingTest.moc"

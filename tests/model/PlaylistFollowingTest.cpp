@@ -2,6 +2,7 @@
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
 #include "PlaylistFixture.h"
+#include "TestGroup.h"
 
 #include <QSignalSpy>
 #include <QSortFilterProxyModel>
@@ -475,5 +476,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(PlaylistFollowingTest)
+KELVO_TEST(PlaylistFollowingTest)
 #include "PlaylistFollowingTest.moc"

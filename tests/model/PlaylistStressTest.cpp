@@ -3,6 +3,7 @@
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
 #include "PlaylistFixture.h"
+#include "TestGroup.h"
 
 #include <QRandomGenerator>
 #include <QTest>
@@ -188,5 +189,5 @@ private:
     }
 };
 
-QTEST_GUILESS_MAIN(PlaylistStressTest)
+KELVO_TEST(PlaylistStressTest)
 #include "PlaylistStressTest.moc"

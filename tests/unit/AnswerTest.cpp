@@ -2,6 +2,7 @@
 #include "KelvoAnswer.h"
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
+#include "TestGroup.h"
 
 #include <QRegularExpression>
 #include <QTest>
@@ -133,5 +134,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(AnswerTest)
+KELVO_TEST(AnswerTest)
 #include "AnswerTest.moc"

@@ -7,6 +7,7 @@
 #include "LogRecorder.h"
 #include "RecordingRenderer.h"
 #include "platform/QInputContext.h"
+#include "TestGroup.h"
 
 #include <QDir>
 #include <QGridLayout>
@@ -386,5 +387,5 @@ private:
     }
 };
 
-QTEST_MAIN(DialogsTest)
+KELVO_WIDGET_TEST(DialogsTest)
 #include "DialogsTest.moc"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoError.h"
 #include "KelvoTestCase.h"
+#include "TestGroup.h"
 
 #include <QSet>
 #include <QTest>
@@ -57,5 +58,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(ErrorTest)
+KELVO_TEST(ErrorTest)
 #include "ErrorTest.moc"

@@ -6,6 +6,7 @@
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
 #include "RecordingRenderer.h"
+#include "TestGroup.h"
 
 #include <QCheckBox>
 #include <QDialog>
@@ -228,5 +229,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(GuiMainTest)
+KELVO_WIDGET_TEST(GuiMainTest)
 #include "GuiMainTest.moc"

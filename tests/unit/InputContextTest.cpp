@@ -3,6 +3,7 @@
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
 #include "platform/QInputContext.h"
+#include "TestGroup.h"
 
 #include <QCoreApplication>
 #include <QLineEdit>
@@ -83,5 +84,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(InputContextTest)
+KELVO_WIDGET_TEST(InputContextTest)
 #include "InputContextTest.moc"

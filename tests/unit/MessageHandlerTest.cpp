@@ -2,6 +2,7 @@
 #include "KelvoMessageHandler.h"
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
+#include "TestGroup.h"
 
 #include <QTest>
 #include <QTextStream>
@@ -44,5 +45,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(MessageHandlerTest)
+KELVO_TEST(MessageHandlerTest)
 #include "MessageHandlerTest.moc"

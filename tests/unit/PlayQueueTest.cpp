@@ -2,6 +2,7 @@
 #include "KelvoGeneralSourcePlaylist.h"
 #include "KelvoPlayQueue.h"
 #include "KelvoTestCase.h"
+#include "TestGroup.h"
 
 #include <QSignalSpy>
 #include <QStandardItemModel>
@@ -356,5 +357,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(PlayQueueTest)
+KELVO_TEST(PlayQueueTest)
 #include "PlayQueueTest.moc"

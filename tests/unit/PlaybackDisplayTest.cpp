@@ -2,6 +2,7 @@
 #include "ConsoleFixture.h"
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
+#include "TestGroup.h"
 
 #include <QComboBox>
 #include <QElapsedTimer>
@@ -401,5 +402,5 @@ private:
     KelvoMainWindow *m_window = nullptr;
 };
 
-QTEST_MAIN(PlaybackDisplayTest)
+KELVO_WIDGET_TEST(PlaybackDisplayTest)
 #include "PlaybackDisplayTest.moc"

@@ -8,6 +8,7 @@
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
 #include "RecordingRenderer.h"
+#include "TestGroup.h"
 
 #include <QComboBox>
 #include <QListView>
@@ -307,5 +308,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(PlaylistControllerTest)
+KELVO_WIDGET_TEST(PlaylistControllerTest)
 #include "PlaylistControllerTest.moc"

@@ -7,6 +7,7 @@
 #include "KelvoShared.h"
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
+#include "TestGroup.h"
 
 #include <QComboBox>
 #include <QDialog>
@@ -334,5 +335,5 @@ private:
     KelvoPlaylistController *m_controller = nullptr;
 };
 
-QTEST_MAIN(PlaylistEditingTest)
+KELVO_WIDGET_TEST(PlaylistEditingTest)
 #include "PlaylistEditingTest.moc"

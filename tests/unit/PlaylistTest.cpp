@@ -2,6 +2,7 @@
 #include "KelvoPlaylist.h"
 #include "KelvoTestCase.h"
 #include "MinimalObjects.h"
+#include "TestGroup.h"
 
 #include <QSet>
 #include <QTest>
@@ -71,5 +72,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(PlaylistTest)
+KELVO_TEST(PlaylistTest)
 #include "PlaylistTest.moc"

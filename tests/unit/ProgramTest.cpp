@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoTestCase.h"
+#include "TestGroup.h"
 
 #include <QProcess>
 #include <QTest>
@@ -116,5 +117,5 @@ private:
     }
 };
 
-QTEST_MAIN(ProgramTest)
+KELVO_WIDGET_TEST(ProgramTest)
 #include "ProgramTest.moc"

@@ -3,6 +3,7 @@
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
 #include "MinimalObjects.h"
+#include "TestGroup.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -188,5 +189,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(RegistryTest)
+KELVO_TEST(RegistryTest)
 #include "RegistryTest.moc"

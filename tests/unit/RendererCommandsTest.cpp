@@ -5,6 +5,7 @@
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
 #include "RecordingRenderer.h"
+#include "TestGroup.h"
 
 #include <QElapsedTimer>
 #include <QLabel>
@@ -332,5 +333,5 @@ private:
     QTimer *m_timer = nullptr;
 };
 
-QTEST_MAIN(RendererCommandsTest)
+KELVO_WIDGET_TEST(RendererCommandsTest)
 #include "RendererCommandsTest.moc"

@@ -6,6 +6,7 @@
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
 #include "RecordingRenderer.h"
+#include "TestGroup.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -368,5 +369,5 @@ private:
     QTimer *m_timer = nullptr;
 };
 
-QTEST_MAIN(RendererReportsTest)
+KELVO_WIDGET_TEST(RendererReportsTest)
 #include "RendererReportsTest.moc"

@@ -6,6 +6,7 @@
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
 #include "RecordingRenderer.h"
+#include "TestGroup.h"
 
 #include <QComboBox>
 #include <QMetaMethod>
@@ -349,5 +350,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(RendererSelectionTest)
+KELVO_WIDGET_TEST(RendererSelectionTest)
 #include "RendererSelectionTest.moc"

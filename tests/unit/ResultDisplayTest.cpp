@@ -2,6 +2,7 @@
 #include "ConsoleFixture.h"
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
+#include "TestGroup.h"
 
 #include <QBuffer>
 #include <QComboBox>
@@ -297,5 +298,5 @@ private:
     KelvoMainWindow *m_window = nullptr;
 };
 
-QTEST_MAIN(ResultDisplayTest)
+KELVO_WIDGET_TEST(ResultDisplayTest)
 #include "ResultDisplayTest.moc"

@@ -4,6 +4,7 @@
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
 #include "MinimalObjects.h"
+#include "TestGroup.h"
 
 #include <QPointer>
 #include <QSignalSpy>
@@ -78,5 +79,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(SharedTest)
+KELVO_TEST(SharedTest)
 #include "SharedTest.moc"

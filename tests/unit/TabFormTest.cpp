@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ConsoleFixture.h"
 #include "KelvoTestCase.h"
+#include "TestGroup.h"
 
 #include <QAbstractItemView>
 #include <QComboBox>
@@ -278,5 +279,5 @@ private:
     Ui::MainWindow m_form;
 };
 
-QTEST_MAIN(TabFormTest)
+KELVO_WIDGET_TEST(TabFormTest)
 #include "TabFormTest.moc"

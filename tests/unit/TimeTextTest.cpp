@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "TimeText.h"
 #include "KelvoTestCase.h"
+#include "TestGroup.h"
 
 #include <QTest>
 
@@ -44,5 +45,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TimeTextTest)
+KELVO_TEST(TimeTextTest)
 #include "TimeTextTest.moc"

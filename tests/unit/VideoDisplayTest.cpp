@@ -3,6 +3,7 @@
 #include "KelvoFullScreenVideoWidget.h"
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
+#include "TestGroup.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -186,5 +187,5 @@ private:
     QLabel *m_label = nullptr;
 };
 
-QTEST_MAIN(VideoDisplayTest)
+KELVO_WIDGET_TEST(VideoDisplayTest)
 #include "VideoDisplayTest.moc"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ConsoleFixture.h"
 #include "KelvoTestCase.h"
+#include "TestGroup.h"
 
 #include <QAction>
 #include <QMenuBar>
@@ -206,5 +207,5 @@ private:
     ConsoleFixture m_console;
 };
 
-QTEST_MAIN(WindowFormTest)
+KELVO_WIDGET_TEST(WindowFormTest)
 #include "WindowFormTest.moc"

@@ -3,6 +3,7 @@
 #include "KelvoBuild.h"
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
+#include "TestGroup.h"
 
 #include <QDialog>
 #include <QLabel>
@@ -190,5 +191,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(WindowStartTest)
+KELVO_WIDGET_TEST(WindowStartTest)
 #include "WindowStartTest.moc"

@@ -5,6 +5,7 @@
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
 #include "RecordingRenderer.h"
+#include "TestGroup.h"
 
 #include <QAction>
 #include <QComboBox>
@@ -298,5 +299,5 @@ private:
     std::unique_ptr<ConsoleFixture> m_console;
 };
 
-QTEST_MAIN(WiringTest)
+KELVO_WIDGET_TEST(WiringTest)
 #include "WiringTest.moc"
