@@ -18,6 +18,7 @@
 
 namespace {
 constexpr int rounds = 25;
+constexpr int startRounds = 75; // of a few milliseconds each, which jitter
 
 void discardDebugLines(QtMsgType type, const QMessageLogContext &, const QString &message)
 {
@@ -181,7 +182,7 @@ void measureStart(Player &player, Playbin &playbin, const QUrl &url)
 {
     std::vector<double> ours;
     std::vector<double> bare;
-    for (int round = 0; round <= rounds; ++round) {
+    for (int round = 0; round <= startRounds; ++round) {
         const double here = player.startMilliseconds(url);
         player.stop();
         const double there = playbin.startMilliseconds(url);

@@ -182,11 +182,6 @@ void ItemPlayer::prerolled()
         return;
     m_phase = Phase::Loaded;
     noteProgress();
-    tellDuration();
-    if (m_pipeline->hasAudio())
-        tell(m_tags.set(QStringLiteral("audio-output"), {AudioOutput::describe(m_pipeline->audioOutput())}));
-    if (!m_missingCodec.isEmpty())
-        Q_EMIT troubled(m_item.epoch, KelvoError::PartlyPlayable, m_missingCodec);
     m_rateWanted = m_rateWanted || m_speed != 1.0;
     if (m_seekWanted)
         seekTo(*std::exchange(m_seekWanted, std::nullopt));
@@ -194,6 +189,17 @@ void ItemPlayer::prerolled()
         issueSeek();
     checkPauseAt();
     applyState();
+    // While the outputs start.
+    tellAboutItem();
+}
+
+void ItemPlayer::tellAboutItem()
+{
+    tellDuration();
+    if (m_pipeline->hasAudio())
+        tell(m_tags.set(QStringLiteral("audio-output"), {AudioOutput::describe(m_pipeline->audioOutput())}));
+    if (!m_missingCodec.isEmpty())
+        Q_EMIT troubled(m_item.epoch, KelvoError::PartlyPlayable, m_missingCodec);
 }
 
 /// Brings the pipeline to where the want and the holds say it should be.

@@ -117,6 +117,7 @@ private:
     void handleStateRequest(GstMessage *message);
     void handleVolume();
     void tell(const QList<TagCollector::Fact> &facts);
+    void tellAboutItem();
     void tellDuration();
 
     // Position (ItemPlayer_seeking.cpp)
