@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: MIT
+#include "BusConnector.h"
+
+#include "BusAddress.h"
+
+#include <QDBusConnection>
+#include <QDBusError>
+#include <QThread>
+
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+class BusConnector::Thread : public QThread
+{
+public:
+    Thread(const QString &address, int timeout)
+        : m_address(address)
+        , m_timeout(timeout)
+        , m_wakeUp(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
+    {
+    }
+    ~Thread() override { ::close(m_wakeUp); }
+
+    void callOff() { ::eventfd_write(m_wakeUp, 1); }
+    /// Once finished: why there is no connection, empty when there is one.
+    QString failure() const { return m_failure; }
+
+protected:
+    void run() override
+    {
+        // Asked first: while the bus library waits for a silent bus, it blocks every other user of it as
+        // well.
+        if (!BusAddress::answers(m_address, m_timeout, m_wakeUp)) {
+            m_failure = QStringLiteral("it does not answer");
+            return;
+        }
+        const auto connection = QDBusConnection::connectToBus(m_address, connectionName());
+        if (!connection.isConnected())
+            m_failure = connection.lastError().message();
+    }
+
+private:
+    const QString m_address;
+    const int m_timeout;
+    const int m_wakeUp;
+    QString m_failure;
+};
+
+BusConnector::BusConnector(const QString &address, int timeout, QObject *parent)
+    : QObject(parent)
+    , m_thread(new Thread(address, timeout))
+{
+    connect(m_thread, &QThread::finished, this, &BusConnector::report);
+}
+
+BusConnector::~BusConnector()
+{
+    m_thread->callOff();
+    // Left behind in the one case in which the bus answered the greeting and then fell silent: the end of the
+    // process must not wait for it.
+    constexpr unsigned long patience = 1000;
+    if (m_thread->wait(patience))
+        delete m_thread;
+}
+
+void BusConnector::start()
+{
+    m_thread->start();
+}
+
+QString BusConnector::connectionName()
+{
+    return QStringLiteral("kelvo-playlists");
+}
+
+void BusConnector::report()
+{
+    if (m_thread->failure().isEmpty())
+        Q_EMIT connected(QDBusConnection(connectionName()));
+    else
+        Q_EMIT failed(m_thread->failure());
+}

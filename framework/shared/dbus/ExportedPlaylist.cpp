@@ -1,0 +1,80 @@
+// SPDX-License-Identifier: MIT
+#include "ExportedPlaylist.h"
+
+#include "KelvoPlaylist.h"
+
+#include <QDBusMessage>
+
+#include <algorithm>
+
+namespace {
+constexpr int changesTogether = 50; // milliseconds; also the least time between two signals
+
+SharedItem sharedItem(const KelvoMediaInfo &info)
+{
+    using namespace PlaylistProtocol;
+    const QString url = QString::fromLatin1(info.url().toEncoded());
+    // A shortened title is still of use, a shortened URL is not.
+    return {info.uuid().left(MaxTextCharacters), info.title().left(MaxTextCharacters),
+        url.size() <= MaxUrlCharacters ? url : QString(), info.mimeType().left(MaxTextCharacters),
+        info.duration()};
+}
+} // namespace
+
+ExportedPlaylist::ExportedPlaylist(KelvoPlaylist *playlist, const QString &path, QObject *parent)
+    : QObject(parent)
+    , m_playlist(playlist)
+    , m_path(path)
+    , m_id(playlist->uuid())
+{
+    m_announcing.setSingleShot(true);
+    m_announcing.setInterval(changesTogether);
+    connect(&m_announcing, &QTimer::timeout, this, [this] { Q_EMIT Changed(m_revision); });
+    connect(playlist, &KelvoPlaylist::contentsChanged, this, &ExportedPlaylist::noteChange);
+}
+
+QString ExportedPlaylist::name() const
+{
+    return m_playlist ? m_playlist->name().left(PlaylistProtocol::MaxTextCharacters) : QString();
+}
+
+uint ExportedPlaylist::itemCount() const
+{
+    return m_playlist ? uint(std::max(m_playlist->count(), 0)) : 0;
+}
+
+SharedInterfaces ExportedPlaylist::interfaces() const
+{
+    QVariantMap properties;
+    for (const char *property : {"Id", "Name", "ItemCount", "Revision", "Writable"})
+        properties.insert(QString::fromLatin1(property), QObject::property(property));
+    return {{PlaylistProtocol::Interface, properties}};
+}
+
+SharedItems ExportedPlaylist::GetItems(uint start, uint count, uint &revision)
+{
+    setDelayedReply(true);
+    Q_EMIT pageRequested(message(), start, count);
+    revision = 0;
+    return {};
+}
+
+SharedItems ExportedPlaylist::page(uint start, uint count) const
+{
+    using namespace PlaylistProtocol;
+    SharedItems items;
+    const auto end = std::min<quint64>(itemCount(), quint64(start) + std::min(count, MaxPageItems));
+    qsizetype characters = 0;
+    for (quint64 index = start; index < end && characters < MaxPageCharacters; ++index) {
+        items.append(sharedItem(m_playlist->mediaInfoAt(uint(index))));
+        characters += items.constLast().characters();
+    }
+    return items;
+}
+
+void ExportedPlaylist::noteChange()
+{
+    ++m_revision;
+    if (!m_announcing.isActive())
+        m_announcing.start();
+}

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "PlaylistProtocol.h"
+
+#include <QAbstractTableModel>
+
+/// The items of another process's playlist as far as they have arrived; columns as KelvoPlaylist::Column.
+///
+/// A duration is the number of seconds; one that is not known shows nothing and is -1 under Qt::EditRole and
+/// Qt::UserRole.
+class ForeignItemModel : public QAbstractTableModel
+{
+    Q_OBJECT
+public:
+    using QAbstractTableModel::QAbstractTableModel;
+
+    int rowCount(const QModelIndex &parent = {}) const override;
+    int columnCount(const QModelIndex &parent = {}) const override;
+    QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
+
+    const SharedItems &items() const { return m_items; }
+
+    /// What a replacement changed: at `from`, `removed` rows went and `added` came.
+    struct Change
+    {
+        qsizetype from = 0;
+        qsizetype removed = 0;
+        qsizetype added = 0;
+    };
+
+    Change append(const SharedItems &items);
+    /// Changes only the rows between what both lists begin and end with, so that selections stay.
+    Change replace(const SharedItems &items);
+
+private:
+    SharedItems m_items;
+};

@@ -1,0 +1,173 @@
+// SPDX-License-Identifier: MIT
+#include "PlaylistBrowser.h"
+
+#include "KelvoMessageHandler.h"
+#include "KelvoRegistry.h"
+
+#include <QDBusMessage>
+#include <QDBusPendingCall>
+#include <QDBusPendingReply>
+#include <QRegularExpression>
+
+using namespace PlaylistProtocol;
+
+namespace {
+QDBusMessage busCall(const QString &member)
+{
+    return QDBusMessage::createMethodCall(BusService, BusPath, BusService, member);
+}
+
+/// "pid 1234" of the names that our processes take, else what stands behind the prefix.
+QString labelOf(const QString &name)
+{
+    static const QRegularExpression ours(QStringLiteral("^pid(\\d+)(_\\d+)?$"));
+    const QString rest = name.mid(ServicePrefix.size());
+    const auto match = ours.match(rest);
+    return match.hasMatch() ? QStringLiteral("pid ") + match.captured(1) : rest;
+}
+} // namespace
+
+PlaylistBrowser::PlaylistBrowser(
+    KelvoRegistry *registry, const QDBusConnection &connection, int timeout, QObject *parent)
+    : QObject(parent)
+    , m_registry(registry)
+    , m_connection(connection)
+    , m_timeout(timeout)
+{
+    // In this order nothing that comes meanwhile is missed.
+    subscribe();
+    listNames();
+}
+
+PlaylistBrowser::~PlaylistBrowser()
+{
+    qDeleteAll(std::exchange(m_peers, {}));
+}
+
+void PlaylistBrowser::subscribe()
+{
+    // Without a service name: naming one makes QtDBus ask for its owner and wait for the answer. Who sent a
+    // signal is checked on arrival.
+    const QString anyone;
+    const QString anywhere;
+    m_connection.connect(anyone, BusPath, BusService, QStringLiteral("NameOwnerChanged"), this,
+        SLOT(handleNameOwnerChanged(QDBusMessage)));
+    m_connection.connect(anyone, RootPath, ObjectManagerInterface, QStringLiteral("InterfacesAdded"), this,
+        SLOT(handleInterfacesAdded(QDBusMessage)));
+    m_connection.connect(anyone, RootPath, ObjectManagerInterface, QStringLiteral("InterfacesRemoved"), this,
+        SLOT(handleInterfacesRemoved(QDBusMessage)));
+    m_connection.connect(
+        anyone, anywhere, Interface, QStringLiteral("Changed"), this, SLOT(handleChanged(QDBusMessage)));
+    m_connection.connect(anyone, anywhere, PropertiesInterface, QStringLiteral("PropertiesChanged"),
+        {Interface}, QString(), this, SLOT(handlePropertiesChanged(QDBusMessage)));
+    m_connection.connect(anyone, QStringLiteral("/org/freedesktop/DBus/Local"),
+        QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this,
+        SIGNAL(busLost()));
+}
+
+void PlaylistBrowser::listNames()
+{
+    auto *watcher = new QDBusPendingCallWatcher(
+        m_connection.asyncCall(busCall(QStringLiteral("ListNames")), m_timeout), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
+        watcher->deleteLater();
+        const QDBusPendingReply<QStringList> reply = *watcher;
+        if (reply.isError())
+            qCWarning(lcKelvo) << "The session bus does not tell who is there:" << reply.error().message();
+        const QStringList names = reply.isError() ? QStringList() : reply.value();
+        for (const QString &name : names) {
+            if (name.startsWith(ServicePrefix))
+                askOwner(name);
+        }
+    });
+}
+
+void PlaylistBrowser::askOwner(const QString &name)
+{
+    QDBusMessage call = busCall(QStringLiteral("GetNameOwner"));
+    call << name;
+    auto *watcher = new QDBusPendingCallWatcher(m_connection.asyncCall(call, m_timeout), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, name] {
+        watcher->deleteLater();
+        const QDBusPendingReply<QString> reply = *watcher;
+        if (!reply.isError()) // Else it has gone meanwhile.
+            setOwner(name, reply.value());
+    });
+}
+
+void PlaylistBrowser::handleNameOwnerChanged(const QDBusMessage &message)
+{
+    // Anybody can send a signal of this name.
+    if (message.service() != BusService || message.signature() != u"sss")
+        return;
+    const QString name = message.arguments().at(0).toString();
+    if (name.startsWith(ServicePrefix))
+        setOwner(name, message.arguments().at(2).toString());
+}
+
+void PlaylistBrowser::setOwner(const QString &name, const QString &owner)
+{
+    const QString before = m_owners.take(name);
+    if (!owner.isEmpty())
+        m_owners.insert(name, owner);
+    if (before != owner && !before.isEmpty())
+        dropOwner(before);
+    if (owner.isEmpty() || owner == m_connection.baseService() || m_peers.contains(owner) || !m_registry)
+        return;
+    if (m_peers.size() >= MaxPeers) {
+        if (!std::exchange(m_tooMany, true))
+            qCWarning(lcKelvo) << "More than" << MaxPeers
+                               << "processes offer playlists, the others are not shown";
+        return;
+    }
+    auto *peer = new PlaylistPeer(m_registry, {m_connection, owner, {}, m_timeout}, labelOf(name), this);
+    m_peers.insert(owner, peer);
+    peer->list();
+}
+
+void PlaylistBrowser::dropOwner(const QString &owner)
+{
+    const bool hasOtherName = std::any_of(
+        m_owners.cbegin(), m_owners.cend(), [&owner](const QString &other) { return other == owner; });
+    PlaylistPeer *peer = hasOtherName ? nullptr : m_peers.take(owner);
+    if (peer)
+        peer->leave();
+}
+
+PlaylistPeer *PlaylistBrowser::senderOf(const QDBusMessage &message, QStringView signature)
+{
+    PlaylistPeer *peer = m_peers.value(message.service());
+    if (!peer || message.signature() == signature)
+        return peer;
+    peer->complain(
+        QStringLiteral("its signal %1 is of the type \"%2\"").arg(message.member(), message.signature()));
+    return nullptr;
+}
+
+void PlaylistBrowser::handleInterfacesAdded(const QDBusMessage &message)
+{
+    PlaylistPeer *peer = senderOf(message, u"oa{sa{sv}}");
+    if (!peer)
+        return;
+    const auto path = message.arguments().at(0).value<QDBusObjectPath>();
+    peer->add(path.path(), qdbus_cast<SharedInterfaces>(message.arguments().at(1)));
+}
+
+void PlaylistBrowser::handleInterfacesRemoved(const QDBusMessage &message)
+{
+    PlaylistPeer *peer = senderOf(message, u"oas");
+    if (peer && message.arguments().at(1).toStringList().contains(Interface))
+        peer->remove(message.arguments().at(0).value<QDBusObjectPath>().path());
+}
+
+void PlaylistBrowser::handleChanged(const QDBusMessage &message)
+{
+    if (PlaylistPeer *peer = senderOf(message, u"u"))
+        peer->noteRevision(message.path(), message.arguments().constFirst().toUInt());
+}
+
+void PlaylistBrowser::handlePropertiesChanged(const QDBusMessage &message)
+{
+    if (PlaylistPeer *peer = senderOf(message, u"sa{sv}as"))
+        peer->noteProperties(message.path(), qdbus_cast<QVariantMap>(message.arguments().at(1)));
+}

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "PlaylistPeer.h"
+
+class QDBusMessage;
+
+/// Finds the processes that offer playlists, as they come and go, and brings their playlists into the
+/// registry. GUI thread; never waits for the bus or for another process. Destroying it takes all of them out.
+class PlaylistBrowser : public QObject
+{
+    Q_OBJECT
+public:
+    /// @param timeout  milliseconds that each call may take
+    PlaylistBrowser(
+        KelvoRegistry *registry, const QDBusConnection &connection, int timeout, QObject *parent = nullptr);
+    ~PlaylistBrowser() override;
+
+Q_SIGNALS:
+    /// The connection to the bus broke.
+    void busLost();
+
+private Q_SLOTS:
+    // Slots that take the message get it whatever its arguments are, so that wrong ones are noticed.
+    void handleNameOwnerChanged(const QDBusMessage &message);
+    void handleInterfacesAdded(const QDBusMessage &message);
+    void handleInterfacesRemoved(const QDBusMessage &message);
+    void handleChanged(const QDBusMessage &message);
+    void handlePropertiesChanged(const QDBusMessage &message);
+
+private:
+    void subscribe();
+    void listNames();
+    void askOwner(const QString &name);
+    void setOwner(const QString &name, const QString &owner);
+    void dropOwner(const QString &owner);
+    /// The sender, when it offers playlists and the arguments are of these types; else null.
+    PlaylistPeer *senderOf(const QDBusMessage &message, QStringView signature);
+
+    QPointer<KelvoRegistry> m_registry;
+    QDBusConnection m_connection;
+    const int m_timeout;
+    QHash<QString, QString> m_owners; // Unique names by well-known names.
+    QHash<QString, PlaylistPeer *> m_peers; // By unique names.
+    bool m_tooMany = false;
+};

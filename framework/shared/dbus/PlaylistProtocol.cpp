@@ -1,0 +1,59 @@
+// SPDX-License-Identifier: MIT
+#include "PlaylistProtocol.h"
+
+#include <QDBusMetaType>
+
+QDBusArgument &operator<<(QDBusArgument &argument, const SharedItem &item)
+{
+    argument.beginStructure();
+    argument << item.id << item.title << item.url << item.mimeType << item.duration;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument &operator>>(const QDBusArgument &argument, SharedItem &item)
+{
+    argument.beginStructure();
+    argument >> item.id >> item.title >> item.url >> item.mimeType >> item.duration;
+    argument.endStructure();
+    return argument;
+}
+
+void PlaylistProtocol::registerTypes()
+{
+    // Without this, slots and exported signals with an object path are silently left out by QtDBus 6.4.
+    qRegisterMetaType<QDBusObjectPath>();
+    qDBusRegisterMetaType<SharedItem>();
+    qDBusRegisterMetaType<SharedItems>();
+    qDBusRegisterMetaType<SharedInterfaces>();
+    qDBusRegisterMetaType<SharedObjects>();
+}
+
+SharedItems PlaylistProtocol::readItems(const QDBusArgument &argument, uint limit, bool *more)
+{
+    SharedItems items;
+    argument.beginArray();
+    while (!argument.atEnd() && items.size() < qsizetype(limit)) {
+        SharedItem item;
+        argument >> item;
+        items.append(std::move(item));
+    }
+    *more = !argument.atEnd();
+    return items;
+}
+
+SharedObjects PlaylistProtocol::readObjects(const QDBusArgument &argument, qsizetype limit, bool *more)
+{
+    SharedObjects objects;
+    argument.beginMap();
+    while (!argument.atEnd() && objects.size() < limit) {
+        QDBusObjectPath path;
+        SharedInterfaces interfaces;
+        argument.beginMapEntry();
+        argument >> path >> interfaces;
+        argument.endMapEntry();
+        objects.insert(path, interfaces);
+    }
+    *more = !argument.atEnd();
+    return objects;
+}

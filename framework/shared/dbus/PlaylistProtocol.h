@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QDBusArgument>
+#include <QDBusObjectPath>
+#include <QList>
+#include <QMap>
+#include <QString>
+#include <QVariantMap>
+
+/// One playlist item as it crosses the bus: (ssssx).
+struct SharedItem
+{
+    QString id; ///< uuid of the item within its playlist
+    QString title;
+    QString url;
+    QString mimeType;
+    qlonglong duration = -1; ///< seconds; -1 when not known
+
+    bool operator==(const SharedItem &) const = default;
+    qsizetype characters() const { return id.size() + title.size() + url.size() + mimeType.size(); }
+};
+
+using SharedItems = QList<SharedItem>; ///< a(ssssx)
+using SharedInterfaces = QMap<QString, QVariantMap>; ///< a{sa{sv}}: properties by interface
+using SharedObjects = QMap<QDBusObjectPath, SharedInterfaces>; ///< a{oa{sa{sv}}}
+
+Q_DECLARE_METATYPE(SharedItem)
+Q_DECLARE_METATYPE(SharedItems)
+Q_DECLARE_METATYPE(SharedInterfaces)
+Q_DECLARE_METATYPE(SharedObjects)
+
+QDBusArgument &operator<<(QDBusArgument &argument, const SharedItem &item);
+const QDBusArgument &operator>>(const QDBusArgument &argument, SharedItem &item);
+
+/// The names, signatures and bounds of playlist sharing; data/org.kelvo.Playlist1.xml describes the
+/// interface.
+namespace PlaylistProtocol {
+inline constexpr QLatin1String ServicePrefix{"org.kelvo.Playlists."};
+inline constexpr QLatin1String RootPath{"/org/kelvo/Playlists"};
+inline constexpr QLatin1String Interface{"org.kelvo.Playlist1"};
+inline constexpr QLatin1String ObjectManagerInterface{"org.freedesktop.DBus.ObjectManager"};
+inline constexpr QLatin1String PropertiesInterface{"org.freedesktop.DBus.Properties"};
+inline constexpr QLatin1String BusService{"org.freedesktop.DBus"};
+inline constexpr QLatin1String BusPath{"/org/freedesktop/DBus"};
+
+/// What one reply may hold. The bus disconnects whoever sends an array above 64 MiB, so the owner must not
+/// give as much as it is asked for.
+inline constexpr uint MaxPageItems = 1000;
+inline constexpr qsizetype MaxPageCharacters = 256 * 1024;
+inline constexpr qsizetype MaxTextCharacters = 4096;
+inline constexpr qsizetype MaxUrlCharacters = 128 * 1024;
+
+/// What is taken from another process, whatever it offers.
+inline constexpr uint FirstPageItems = 100;
+inline constexpr uint NextPageItems = 500;
+inline constexpr qsizetype MaxItems = 100'000;
+inline constexpr qsizetype MaxCharacters = 32 * 1024 * 1024;
+inline constexpr qsizetype MaxPlaylistsOfPeer = 2000;
+inline constexpr qsizetype MaxPeers = 500;
+
+/// Tries before a silent process is given up for now.
+inline constexpr int MaxAttempts = 3;
+
+/// Makes the types above known to Qt's D-Bus; before any connection is made to a slot or signal that has
+/// them.
+void registerTypes();
+
+/// The first `limit` items of a(ssssx); `more` tells whether there were others.
+SharedItems readItems(const QDBusArgument &argument, uint limit, bool *more);
+/// The first `limit` objects of a{oa{sa{sv}}}.
+SharedObjects readObjects(const QDBusArgument &argument, qsizetype limit, bool *more);
+} // namespace PlaylistProtocol
