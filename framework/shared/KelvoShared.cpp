@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoShared.h"
 
-#include "dbus/BusAddress.h"
-#include "dbus/BusConnector.h"
 #include "KelvoMessageHandler.h"
 #include "KelvoPlaylist.h"
 #include "KelvoRegistry.h"
+#include "dbus/BusAddress.h"
+#include "dbus/BusConnector.h"
 #include "dbus/PlaylistBrowser.h"
 #include "dbus/PlaylistExporter.h"
 #include "dbus/PlaylistProtocol.h"

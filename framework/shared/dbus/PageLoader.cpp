@@ -111,10 +111,12 @@ void PageLoader::handleError(const QDBusError &error)
     case QDBusError::Timeout:
     case QDBusError::TimedOut:
     case QDBusError::LimitsExceeded:
-        if (m_attempt++ < MaxAttempts)
+        if (m_attempt++ < MaxAttempts) {
             requestPage();
-        else
+        } else {
             giveUp(QStringLiteral("its process does not answer"));
+            m_nextPass.start(RestInTimeouts * m_address.timeout);
+        }
         break;
     default:
         giveUp(QStringLiteral("its process answers: ") + error.message().left(MaxTextCharacters));
@@ -198,6 +200,7 @@ void PageLoader::take(const SharedItems &items)
 void PageLoader::finishPass()
 {
     m_state = State::Settled;
+    m_saidStalled = false;
     m_ids.clear();
     const SharedItems staged = std::exchange(m_staged, {});
     // Half of the time at most is spent on a list that changes all the time.
@@ -211,7 +214,8 @@ void PageLoader::finishPass()
 void PageLoader::giveUp(const QString &why)
 {
     m_state = State::Stalled;
-    Q_EMIT complaint(why + QStringLiteral(", what is shown of it may be out of date"));
+    if (!std::exchange(m_saidStalled, true))
+        Q_EMIT complaint(why + QStringLiteral(", what is shown of it may be out of date"));
 }
 
 void PageLoader::breakOff(const QString &reason)

@@ -78,6 +78,7 @@ private:
     SharedItems m_staged; // Of a later pass, until it is complete.
     QSet<QString> m_ids; // Of this pass.
     int m_attempt = 1;
+    bool m_saidStalled = false; // Since the last pass that came to its end.
     QTimer m_nextPass;
     QElapsedTimer m_passClock;
     int m_pause = 0;

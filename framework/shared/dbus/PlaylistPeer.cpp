@@ -6,6 +6,7 @@
 
 #include <QDBusMessage>
 #include <QDBusPendingCall>
+#include <QTimer>
 
 #include <optional>
 
@@ -98,9 +99,11 @@ void PlaylistPeer::handleListError(const QDBusError &error)
     case QDBusError::NoReply:
     case QDBusError::Timeout:
     case QDBusError::TimedOut:
-        if (m_attempt++ < MaxAttempts)
+        if (m_attempt < MaxAttempts)
             list();
         else
+            QTimer::singleShot(RestInTimeouts * m_address.timeout, this, &PlaylistPeer::list);
+        if (m_attempt++ == MaxAttempts)
             complain(QStringLiteral("it does not answer"));
         break;
     default:

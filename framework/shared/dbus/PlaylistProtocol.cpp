@@ -23,6 +23,11 @@ void PlaylistProtocol::registerTypes()
 {
     // Without this, slots and exported signals with an object path are silently left out by QtDBus 6.4.
     qRegisterMetaType<QDBusObjectPath>();
+    // By name too: an equal type of another library may have been registered first, under its own name only,
+    // and signals are exported by the names of their argument types.
+    qRegisterMetaType<SharedItems>("SharedItems");
+    qRegisterMetaType<SharedInterfaces>("SharedInterfaces");
+    qRegisterMetaType<SharedObjects>("SharedObjects");
     qDBusRegisterMetaType<SharedItem>();
     qDBusRegisterMetaType<SharedItems>();
     qDBusRegisterMetaType<SharedInterfaces>();
@@ -39,6 +44,7 @@ SharedItems PlaylistProtocol::readItems(const QDBusArgument &argument, uint limi
         items.append(std::move(item));
     }
     *more = !argument.atEnd();
+    argument.endArray();
     return items;
 }
 
@@ -55,5 +61,6 @@ SharedObjects PlaylistProtocol::readObjects(const QDBusArgument &argument, qsize
         objects.insert(path, interfaces);
     }
     *more = !argument.atEnd();
+    argument.endMap();
     return objects;
 }

@@ -25,10 +25,6 @@ using SharedItems = QList<SharedItem>; ///< a(ssssx)
 using SharedInterfaces = QMap<QString, QVariantMap>; ///< a{sa{sv}}: properties by interface
 using SharedObjects = QMap<QDBusObjectPath, SharedInterfaces>; ///< a{oa{sa{sv}}}
 
-Q_DECLARE_METATYPE(SharedItem)
-Q_DECLARE_METATYPE(SharedItems)
-Q_DECLARE_METATYPE(SharedInterfaces)
-Q_DECLARE_METATYPE(SharedObjects)
 
 QDBusArgument &operator<<(QDBusArgument &argument, const SharedItem &item);
 const QDBusArgument &operator>>(const QDBusArgument &argument, SharedItem &item);
@@ -59,8 +55,9 @@ inline constexpr qsizetype MaxCharacters = 32 * 1024 * 1024;
 inline constexpr qsizetype MaxPlaylistsOfPeer = 2000;
 inline constexpr qsizetype MaxPeers = 500;
 
-/// Tries before a silent process is given up for now.
+/// Tries before a silent process is given up for now, and how many time-outs pass before it is tried again.
 inline constexpr int MaxAttempts = 3;
+inline constexpr int RestInTimeouts = 6;
 
 /// Makes the types above known to Qt's D-Bus; before any connection is made to a slot or signal that has
 /// them.
