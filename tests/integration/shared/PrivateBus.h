@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QProcess>
+
+/// A session bus that a test may stop and kill; the one of the environment from here on. Ends with this object.
+class PrivateBus
+{
+public:
+    PrivateBus()
+    {
+        m_daemon.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        m_daemon.start("dbus-daemon", {"--session", "--nofork", "--nopidfile", "--print-address=1"});
+        if (!m_daemon.waitForReadyRead())
+            qFatal("dbus-daemon does not start");
+        qputenv("DBUS_SESSION_BUS_ADDRESS", m_daemon.readLine().trimmed());
+    }
+    ~PrivateBus() { kill(); }
+    Q_DISABLE_COPY_MOVE(PrivateBus)
+
+    qint64 pid() const { return m_daemon.processId(); }
+    void kill()
+    {
+        m_daemon.kill();
+        m_daemon.waitForFinished();
+    }
+
+private:
+    QProcess m_daemon;
+};
