@@ -38,3 +38,4 @@ python3 benchmarks/process_benchmark.py --console $build/bin/kelvo-test-gui "$me
 if [ -x $build/benchmarks/playlist-benchmark ]; then
     $build/benchmarks/playlist-benchmark
 fi
+dbus-run-session -- $build/benchmarks/sharing-benchmark 2>/dev/null
