@@ -46,6 +46,13 @@ void PageLoader::schedulePass()
     m_nextPass.start(std::clamp(m_pause, shortestPause, longestPause));
 }
 
+/// Each pass that came to nothing doubles the pause, so that a list in motion costs little.
+void PageLoader::restartLater()
+{
+    m_pause = std::clamp(m_pause * 2, shortestPause, longestPause);
+    schedulePass();
+}
+
 void PageLoader::startPass()
 {
     m_nextPass.stop();
@@ -107,10 +114,13 @@ void PageLoader::handleError(const QDBusError &error)
         // It is just going; the news of that is on its way.
         m_state = State::Stalled;
         break;
+    case QDBusError::LimitsExceeded:
+        // Many of its lists are being read at once.
+        restartLater();
+        break;
     case QDBusError::NoReply:
     case QDBusError::Timeout:
     case QDBusError::TimedOut:
-    case QDBusError::LimitsExceeded:
         if (m_attempt++ < MaxAttempts) {
             requestPage();
         } else {
@@ -131,9 +141,7 @@ void PageLoader::handlePage(SharedItems items, uint revision)
     if (m_received == 0) {
         m_passRevision = revision;
     } else if (revision != m_passRevision) {
-        // Each pass that came to nothing doubles the pause, so that a list in motion costs little.
-        m_pause = std::clamp(m_pause * 2, shortestPause, longestPause);
-        schedulePass();
+        restartLater();
         return;
     }
     if (items.isEmpty()) {
@@ -180,7 +188,7 @@ void PageLoader::repair(SharedItems &items)
 {
     qsizetype row = m_received - items.size();
     for (SharedItem &item : items) {
-        if (item.id.isEmpty() || m_ids.contains(item.id))
+        while (item.id.isEmpty() || m_ids.contains(item.id))
             item.id += QStringLiteral("#%1").arg(row);
         m_ids.insert(item.id);
         item.title.truncate(MaxTextCharacters);

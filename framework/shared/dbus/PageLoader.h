@@ -55,6 +55,7 @@ private:
     enum class State { Unused, Waiting, Reading, Settled, Stalled, Broken };
 
     void schedulePass();
+    void restartLater();
     void startPass();
     void requestPage();
     void handleReply(const QDBusPendingCallWatcher &call, uint asked);

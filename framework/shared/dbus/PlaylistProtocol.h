@@ -25,7 +25,6 @@ using SharedItems = QList<SharedItem>; ///< a(ssssx)
 using SharedInterfaces = QMap<QString, QVariantMap>; ///< a{sa{sv}}: properties by interface
 using SharedObjects = QMap<QDBusObjectPath, SharedInterfaces>; ///< a{oa{sa{sv}}}
 
-
 QDBusArgument &operator<<(QDBusArgument &argument, const SharedItem &item);
 const QDBusArgument &operator>>(const QDBusArgument &argument, SharedItem &item);
 

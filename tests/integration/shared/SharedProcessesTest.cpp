@@ -384,6 +384,21 @@ private Q_SLOTS:
         QTRY_VERIFY(registry()->allPlaylists().isEmpty());
     }
 
+    void readsAThousandPlaylistsAtOnce()
+    {
+        PeerProcess peer;
+        peer.tell("publish-many m 1000");
+        QTRY_COMPARE_WITH_TIMEOUT(registry()->allPlaylists().size(), 1000, 30'000);
+        LogRecorder log;
+        const auto playlists = registry()->allPlaylists();
+        const auto complete = [&playlists] {
+            return std::all_of(
+                playlists.begin(), playlists.end(), [](KelvoPlaylist *each) { return each->count() == 1; });
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(complete(), 60'000); // more than the owner answers at a time
+        QCOMPARE(log.warnings(), QStringList());
+    }
+
     void meetsAThousandPlaylistsAtOnce()
     {
         PeerProcess peer;
