@@ -23,13 +23,13 @@ QString shownName(const QString &name, const QString &origin)
 }
 } // namespace
 
-ForeignPlaylist::ForeignPlaylist(const PlaylistAddress &address, const PlaylistDescription &description,
-    const QString &origin, QObject *parent)
+ForeignPlaylist::ForeignPlaylist(const PlaylistAddress &address, PageTurns *turns,
+    const PlaylistDescription &description, const QString &origin, QObject *parent)
     : KelvoPlaylist(parent)
     , m_description(description)
     , m_origin(origin)
     , m_name(shownName(description.name, origin))
-    , m_loader(new PageLoader(address, description.revision, this))
+    , m_loader(new PageLoader(address, turns, description.revision, this))
 {
     connect(m_loader, &PageLoader::itemsArrived, this,
         [this](const SharedItems &items) { announce(m_model.append(items)); });

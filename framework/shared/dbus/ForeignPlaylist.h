@@ -21,8 +21,9 @@ class ForeignPlaylist : public KelvoPlaylist
 {
     Q_OBJECT
 public:
+    /// @param turns   shared by all playlists of that process
     /// @param origin  what tells the tester whose playlist it is; shown behind the name
-    ForeignPlaylist(const PlaylistAddress &address, const PlaylistDescription &description,
+    ForeignPlaylist(const PlaylistAddress &address, PageTurns *turns, const PlaylistDescription &description,
         const QString &origin, QObject *parent = nullptr);
 
     QString uuid() const override { return m_description.id; }

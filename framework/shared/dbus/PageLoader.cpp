@@ -15,13 +15,19 @@ constexpr int shortestPause = 20;
 constexpr int longestPause = 3000;
 } // namespace
 
-PageLoader::PageLoader(PlaylistAddress address, uint revision, QObject *parent)
+PageLoader::PageLoader(PlaylistAddress address, PageTurns *turns, uint revision, QObject *parent)
     : QObject(parent)
     , m_address(std::move(address))
+    , m_turns(turns)
     , m_newestRevision(revision)
 {
     m_nextPass.setSingleShot(true);
     connect(&m_nextPass, &QTimer::timeout, this, &PageLoader::startPass);
+}
+
+PageLoader::~PageLoader()
+{
+    endTurn();
 }
 
 void PageLoader::use()
@@ -71,6 +77,23 @@ void PageLoader::startPass()
 
 void PageLoader::requestPage()
 {
+    if (m_turns)
+        m_turns->take(this, [this] { sendRequest(); });
+}
+
+void PageLoader::endTurn()
+{
+    if (std::exchange(m_hasTurn, false) && m_turns)
+        m_turns->giveBack();
+}
+
+void PageLoader::sendRequest()
+{
+    m_hasTurn = true;
+    if (m_state != State::Reading) { // What its owner did meanwhile has ended that.
+        endTurn();
+        return;
+    }
     const uint asked = m_received == 0 ? FirstPageItems : NextPageItems;
     auto request = QDBusMessage::createMethodCall(
         m_address.owner, m_address.path, Interface, QStringLiteral("GetItems"));
@@ -80,6 +103,7 @@ void PageLoader::requestPage()
         = new QDBusPendingCallWatcher(m_address.connection.asyncCall(request, m_address.timeout), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, asked] {
         watcher->deleteLater();
+        endTurn();
         handleReply(*watcher, asked);
     });
 }
@@ -89,6 +113,10 @@ void PageLoader::handleReply(const QDBusPendingCallWatcher &call, uint asked)
     if (m_state != State::Reading)
         return;
     const QDBusMessage reply = call.reply();
+    if (!isAnswerOf(reply, m_address.owner)) {
+        handleSilence();
+        return;
+    }
     if (reply.type() == QDBusMessage::ErrorMessage) {
         handleError(call.error());
         return;
@@ -121,16 +149,21 @@ void PageLoader::handleError(const QDBusError &error)
     case QDBusError::NoReply:
     case QDBusError::Timeout:
     case QDBusError::TimedOut:
-        if (m_attempt++ < MaxAttempts) {
-            requestPage();
-        } else {
-            giveUp(QStringLiteral("its process does not answer"));
-            m_nextPass.start(RestInTimeouts * m_address.timeout);
-        }
+        handleSilence();
         break;
     default:
         giveUp(QStringLiteral("its process answers: ") + error.message().left(MaxTextCharacters));
     }
+}
+
+void PageLoader::handleSilence()
+{
+    if (m_attempt++ < MaxAttempts) {
+        requestPage();
+        return;
+    }
+    giveUp(QStringLiteral("its process does not answer"));
+    m_nextPass.start(RestInTimeouts * m_address.timeout);
 }
 
 void PageLoader::handlePage(SharedItems items, uint revision)

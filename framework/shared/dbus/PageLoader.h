@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "PageTurns.h"
 #include "PlaylistProtocol.h"
 
 #include <QDBusConnection>
@@ -30,8 +31,10 @@ class PageLoader : public QObject
 {
     Q_OBJECT
 public:
+    /// @param turns     shared with the other lists of that process
     /// @param revision  of the list when it was announced
-    PageLoader(PlaylistAddress address, uint revision, QObject *parent = nullptr);
+    PageLoader(PlaylistAddress address, PageTurns *turns, uint revision, QObject *parent = nullptr);
+    ~PageLoader() override;
 
     /// Somebody wants the items. Nothing is read before the first call; later calls only make up for a pass
     /// that was given up because the process did not answer.
@@ -58,8 +61,11 @@ private:
     void restartLater();
     void startPass();
     void requestPage();
+    void sendRequest();
+    void endTurn();
     void handleReply(const QDBusPendingCallWatcher &call, uint asked);
     void handleError(const QDBusError &error);
+    void handleSilence();
     void handlePage(SharedItems items, uint revision);
     bool checkRevision(uint revision);
     void repair(SharedItems &items);
@@ -70,6 +76,8 @@ private:
     void breakOff(const QString &reason);
 
     const PlaylistAddress m_address;
+    const QPointer<PageTurns> m_turns;
+    bool m_hasTurn = false;
     State m_state = State::Unused;
     uint m_newestRevision;
     uint m_passRevision = 0;

@@ -41,6 +41,8 @@ PlaylistExporter::PlaylistExporter(const QDBusConnection &connection, int timeou
 
 PlaylistExporter::~PlaylistExporter()
 {
+    // First: who hears of that asks for nothing any more.
+    releaseName();
     m_exports.clear();
     m_connection.unregisterObject(PlaylistProtocol::RootPath);
 }
@@ -57,11 +59,23 @@ void PlaylistExporter::requestName(int attempt)
         if (reply.isError())
             qCWarning(lcKelvo) << "The session bus gives no name, playlists are not shared:"
                                << reply.error().message();
-        else if (reply.value() != primaryOwner && attempt < maxNames)
+        else if (reply.value() == primaryOwner)
+            m_name = serviceName(attempt);
+        else if (attempt < maxNames)
             requestName(attempt + 1);
-        else if (reply.value() != primaryOwner)
+        else
             qCWarning(lcKelvo) << "The session bus has no free name, playlists are not shared";
     });
+}
+
+void PlaylistExporter::releaseName()
+{
+    if (m_name.isEmpty())
+        return;
+    auto release = QDBusMessage::createMethodCall(PlaylistProtocol::BusService, PlaylistProtocol::BusPath,
+        PlaylistProtocol::BusService, QStringLiteral("ReleaseName"));
+    release << m_name;
+    m_connection.send(release);
 }
 
 void PlaylistExporter::add(KelvoPlaylist *playlist)

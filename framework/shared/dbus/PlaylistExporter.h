@@ -37,11 +37,13 @@ private:
     };
 
     void requestName(int attempt);
+    void releaseName();
     void announceProperties(const ExportedPlaylist &object);
     SharedObjects managedObjects() const;
 
     QDBusConnection m_connection;
     const int m_timeout;
+    QString m_name; // Once it is owned.
     PageServer *m_pages;
     ObjectManagerAdaptor *m_objectManager;
     std::vector<Export> m_exports;

@@ -57,6 +57,7 @@ void PlaylistPeer::leave()
 {
     // Answers that are still under way must not bring anything back.
     qDeleteAll(findChildren<QDBusPendingCallWatcher *>(Qt::FindDirectChildrenOnly));
+    m_turns.dropWaiting();
     withdrawAll();
     deleteLater();
 }
@@ -83,7 +84,9 @@ void PlaylistPeer::list()
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
         watcher->deleteLater();
         m_listing = false;
-        if (watcher->isError())
+        if (!isAnswerOf(watcher->reply(), m_address.owner))
+            handleSilence();
+        else if (watcher->isError())
             handleListError(watcher->error());
         else
             handleList(watcher->reply());
@@ -99,17 +102,22 @@ void PlaylistPeer::handleListError(const QDBusError &error)
     case QDBusError::NoReply:
     case QDBusError::Timeout:
     case QDBusError::TimedOut:
-        if (m_attempt < MaxAttempts)
-            list();
-        else
-            QTimer::singleShot(RestInTimeouts * m_address.timeout, this, &PlaylistPeer::list);
-        if (m_attempt++ == MaxAttempts)
-            complain(QStringLiteral("it does not answer"));
+        handleSilence();
         break;
     default:
         complain(
             QStringLiteral("it does not list its playlists: ") + error.message().left(MaxTextCharacters));
     }
+}
+
+void PlaylistPeer::handleSilence()
+{
+    if (m_attempt < MaxAttempts)
+        list();
+    else
+        QTimer::singleShot(RestInTimeouts * m_address.timeout, this, &PlaylistPeer::list);
+    if (m_attempt++ == MaxAttempts)
+        complain(QStringLiteral("it does not answer"));
 }
 
 void PlaylistPeer::handleList(const QDBusMessage &reply)
@@ -162,15 +170,18 @@ void PlaylistPeer::create(const QString &path, const PlaylistDescription &descri
     if (!m_registry)
         return;
     if (m_registry->findPlaylistByUuid(description.id)) {
+        // Announced and listed, it comes here twice.
+        if (m_refusedIds.value(path) == description.id)
+            return;
         if (m_refusedIds.size() < MaxPlaylistsOfPeer)
-            m_refusedIds.insert(description.id);
+            m_refusedIds.insert(path, description.id);
         complain(QStringLiteral("the id of its playlist %1 is in use, it is not shown: %2")
                      .arg(path, description.id));
         return;
     }
     PlaylistAddress address = m_address;
     address.path = path;
-    auto *playlist = new ForeignPlaylist(address, description, m_label);
+    auto *playlist = new ForeignPlaylist(address, &m_turns, description, m_label);
     connect(playlist, &ForeignPlaylist::complaint, this, [this, path](const QString &text) {
         complain(QStringLiteral("its playlist %1: %2").arg(path, text));
     });
@@ -185,6 +196,7 @@ void PlaylistPeer::create(const QString &path, const PlaylistDescription &descri
 
 void PlaylistPeer::remove(const QString &path)
 {
+    m_refusedIds.remove(path);
     if (ForeignPlaylist *playlist = m_playlists.take(path))
         withdraw(playlist);
 }
@@ -216,7 +228,7 @@ void PlaylistPeer::noteProperties(const QString &path, const QVariantMap &change
 
 void PlaylistPeer::noteFreedId(const QString &id)
 {
-    if (m_refusedIds.remove(id))
+    if (m_refusedIds.removeIf([&id](const auto &refused) { return refused.value() == id; }) > 0)
         list();
 }
 

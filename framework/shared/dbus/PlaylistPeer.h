@@ -35,6 +35,7 @@ public:
 private:
     void handleList(const QDBusMessage &reply);
     void handleListError(const QDBusError &error);
+    void handleSilence();
     void takeOver(const SharedObjects &objects);
     void withdrawAll();
     void create(const QString &path, const PlaylistDescription &description);
@@ -45,7 +46,8 @@ private:
     const PlaylistAddress m_address;
     const QString m_label;
     QHash<QString, ForeignPlaylist *> m_playlists; // By path.
-    QSet<QString> m_refusedIds; // In use by other playlists when they were offered.
+    QHash<QString, QString> m_refusedIds; // By path; in use by other playlists when they were offered.
+    PageTurns m_turns;
     bool m_listing = false;
     int m_attempt = 1;
     int m_complaints = 0;

@@ -34,6 +34,15 @@ void PlaylistProtocol::registerTypes()
     qDBusRegisterMetaType<SharedObjects>();
 }
 
+bool PlaylistProtocol::isAnswerOf(const QDBusMessage &reply, const QString &owner)
+{
+    if (reply.service() == owner)
+        return true;
+    // Errors of the connection itself have no sender.
+    return reply.type() == QDBusMessage::ErrorMessage
+        && (reply.service().isEmpty() || reply.service() == BusService);
+}
+
 SharedItems PlaylistProtocol::readItems(const QDBusArgument &argument, uint limit, bool *more)
 {
     SharedItems items;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QDBusArgument>
+#include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QList>
 #include <QMap>
@@ -61,6 +62,10 @@ inline constexpr int RestInTimeouts = 6;
 /// Makes the types above known to Qt's D-Bus; before any connection is made to a slot or signal that has
 /// them.
 void registerTypes();
+
+/// Whether a reply comes from the process with this unique bus name, or from the bus on its behalf. Any process may
+/// answer a request that it was not asked, and the bus passes that on.
+bool isAnswerOf(const QDBusMessage &reply, const QString &owner);
 
 /// The first `limit` items of a(ssssx); `more` tells whether there were others.
 SharedItems readItems(const QDBusArgument &argument, uint limit, bool *more);

@@ -6,6 +6,7 @@
 #include "PeerProcess.h"
 #include "PrivateBus.h"
 #include "SharedLists.h"
+#include "TestGroup.h"
 
 #include <QPointer>
 #include <QSignalSpy>
@@ -98,5 +99,5 @@ private:
     std::unique_ptr<PeerProcess> m_peer;
 };
 
-QTEST_GUILESS_MAIN(SharedBusDeathTest)
+KELVO_TEST(SharedBusDeathTest)
 #include "SharedBusDeathTest.moc"

@@ -6,6 +6,7 @@
 #include "LogRecorder.h"
 #include "PeerProcess.h"
 #include "SharedLists.h"
+#include "TestGroup.h"
 
 #include <QAbstractItemModelTester>
 #include <QPointer>
@@ -391,6 +392,8 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(registry()->allPlaylists().size(), 1000, 30'000);
         LogRecorder log;
         const auto playlists = registry()->allPlaylists();
+        for (KelvoPlaylist *each : playlists)
+            each->itemModel();
         const auto complete = [&playlists] {
             return std::all_of(
                 playlists.begin(), playlists.end(), [](KelvoPlaylist *each) { return each->count() == 1; });
@@ -409,5 +412,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(SharedProcessesTest)
+KELVO_TEST(SharedProcessesTest)
 #include "SharedProcessesTest.moc"

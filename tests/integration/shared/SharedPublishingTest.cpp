@@ -4,6 +4,7 @@
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
 #include "SharedLists.h"
+#include "TestGroup.h"
 #include "WireTypes.h"
 
 #include <QDBusConnection>
@@ -393,5 +394,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(SharedPublishingTest)
+KELVO_TEST(SharedPublishingTest)
 #include "SharedPublishingTest.moc"

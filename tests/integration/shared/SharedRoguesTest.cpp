@@ -5,6 +5,7 @@
 #include "LogRecorder.h"
 #include "RoguePeer.h"
 #include "SharedLists.h"
+#include "TestGroup.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -198,6 +199,7 @@ private Q_SLOTS:
         rogue.appear();
         QTRY_COMPARE(log.warnings().size(), 1); // an answer of somebody else is none
         QVERIFY(log.warnings().first().contains("does not answer"));
+        QCOMPARE(rogue.lists, 3);
     }
 
     void cutsTheListOfOneThatOffersTooMany()
@@ -409,5 +411,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(SharedRoguesTest)
+KELVO_TEST(SharedRoguesTest)
 #include "SharedRoguesTest.moc"

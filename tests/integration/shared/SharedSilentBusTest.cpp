@@ -4,6 +4,7 @@
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
 #include "SharedLists.h"
+#include "TestGroup.h"
 
 #include <QDir>
 #include <QTest>
@@ -61,5 +62,5 @@ private:
     int m_socket = -1;
 };
 
-QTEST_GUILESS_MAIN(SharedSilentBusTest)
+KELVO_TEST(SharedSilentBusTest)
 #include "SharedSilentBusTest.moc"
