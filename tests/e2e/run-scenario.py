@@ -2,8 +2,9 @@
 # SPDX-License-Identifier: MIT
 """run-scenario.py FILE [TEST...]: runs the tests of a scenario file.
 
-Environment: KELVO_E2E_PROGRAM (the console), KELVO_E2E_MEDIA (folder for the generated media), KELVO_E2E_OUTPUT
-(folder for what failed tests leave), KELVO_E2E_SLOWNESS (factor on all limits).
+Environment: KELVO_E2E_PROGRAM (the console), KELVO_E2E_TEST_PLUGINS (folder of the back ends for tests), KELVO_E2E_MEDIA
+(folder for the generated media), KELVO_E2E_OUTPUT (folder for what failed tests leave), KELVO_E2E_SLOWNESS (factor on
+all limits).
 """
 
 import sys

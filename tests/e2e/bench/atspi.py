@@ -190,7 +190,7 @@ class Tree:
                                     Gio.DBusCallFlags.NONE, 10000, None).unpack()[0]
         session.close_sync(None)
         self._bus = _connect(address)
-        self._pid = pid
+        self.pid = pid
         self._owner = None
         self.root = None  # the program's own node
 
@@ -215,14 +215,14 @@ class Tree:
                 for name, path in children:
                     pid = self.call("/org/freedesktop/DBus", "org.freedesktop.DBus", "GetConnectionUnixProcessID",
                                     GLib.Variant("(s)", (name,)), owner="org.freedesktop.DBus")[0]
-                    if pid == self._pid:
+                    if pid == self.pid:
                         self._owner = name
                         self.root = Node(self, path)
                         return self.root
             except (Gone, NoReply):
                 pass
             return None
-        return until(look, f"process {self._pid} on the accessibility bus", limit)
+        return until(look, f"process {self.pid} on the accessibility bus", limit)
 
     def call_many(self, requests):
         """Answers to many requests (path, interface, method, arguments) that are under way at the same time; None for

@@ -97,12 +97,12 @@ class Input:
     # Windows
 
     def window(self, title="^KELVO test-GUI$"):
-        """Id of the visible window with that title."""
+        """Id of this program's visible window with that title; another program may have one of the same title."""
         return until(lambda: self._search(title), f"a window titled {title}", 10)
 
     def _search(self, title):
         try:
-            return self._xdotool("search", "--onlyvisible", "--name", title).split()[0]
+            return self._xdotool("search", "--all", "--onlyvisible", "--pid", self._tree.pid, "--name", title).split()[0]
         except (RuntimeError, IndexError):
             return None
 
