@@ -4,6 +4,7 @@
 #include "KelvoMainWindow.h"
 #include "KelvoMessageHandler.h"
 #include "KelvoPlaylistController.h"
+#include "KelvoPluginController.h"
 #include "KelvoRegistry.h"
 #include "KelvoRendererController.h"
 #include "KelvoShared.h"
@@ -36,6 +37,7 @@ KelvoGUIMain::KelvoGUIMain(QObject *parent)
     qDebug() << "initTracking success was" << m_shared->initTracking(registry);
     m_renderers = new KelvoRendererController(this, m_mainWindow);
     m_playlists = new KelvoPlaylistController(this, m_mainWindow, m_shared);
+    m_plugins = new KelvoPluginController(m_mainWindow);
 }
 
 KelvoGUIMain::~KelvoGUIMain()
@@ -43,6 +45,7 @@ KelvoGUIMain::~KelvoGUIMain()
     qDebug() << "KelvoGUIMain::~KelvoGUIMain";
     delete m_playlists;
     delete m_renderers;
+    delete m_plugins;
 }
 
 void KelvoGUIMain::playPlaylist(const QUrl &url, const QString &mimeType)

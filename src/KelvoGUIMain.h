@@ -6,6 +6,7 @@
 
 class KelvoMainWindow;
 class KelvoPlaylistController;
+class KelvoPluginController;
 class KelvoRendererController;
 class KelvoShared;
 class KelvoSourceController;
@@ -38,5 +39,6 @@ private:
     KelvoShared *m_shared = nullptr;
     KelvoPlaylistController *m_playlists = nullptr;
     KelvoRendererController *m_renderers = nullptr;
+    KelvoPluginController *m_plugins = nullptr;
     QProcess m_browserProcess;
 };

@@ -3,9 +3,11 @@
 
 #include "KelvoBuild.h"
 #include "KelvoFullScreenVideoWidget.h"
+#include "KelvoHelpDialog.h"
 #include "KelvoPlayUriDialog.h"
 #include "KelvoPlaylistDialog.h"
 #include "KelvoRendererErrorLogDialog.h"
+#include "KelvoSelectItemsDialog.h"
 #include "KelvoVolumeDialog.h"
 #include "platform/QInputContext.h"
 
@@ -67,10 +69,13 @@ QInputContext *KelvoMainWindow::createInputContext()
 
 void KelvoMainWindow::createDialogs(QInputContext *inputContext)
 {
+    m_helpDialog = new KelvoHelpDialog(this);
     m_playlistDialog = new KelvoPlaylistDialog(inputContext, this);
     m_playUriDialog = new KelvoPlayUriDialog(this);
     m_rendererErrorLogDialog = new KelvoRendererErrorLogDialog(this);
     m_volumeDialog = new KelvoVolumeDialog(this);
+    m_loadPluginsDialog = new KelvoSelectItemsDialog(QStringLiteral("Load plugins"), this);
+    m_loadPlaylistsDialog = new KelvoSelectItemsDialog(QStringLiteral("Load playlists"), this);
 }
 
 void KelvoMainWindow::createFullScreenVideo()

@@ -10,15 +10,19 @@
 
 class KelvoFullScreenVideoWidget;
 class KelvoGUIMain;
+class KelvoHelpDialog;
 class KelvoPlayUriDialog;
 class KelvoPlaylistController;
 class KelvoPlaylistDialog;
+class KelvoPluginController;
 class KelvoRenderer;
 class KelvoRendererController;
 class KelvoRendererErrorLogDialog;
+class KelvoSelectItemsDialog;
 class KelvoVolumeDialog;
 class QAbstractItemModel;
 class QInputContext;
+class QListWidgetItem;
 
 /// The console's one window. It shows what the controllers tell it through its display operations, and turns what
 /// the user does into its own signals; it decides nothing and never calls the framework.
@@ -47,6 +51,7 @@ private:
     // Wiring to the controllers, each called once by its controller's constructor: KelvoMainWindow_wiring.cpp
 public:
     void connectPlaylistSignals(KelvoPlaylistController *controller);
+    void connectPluginSignals(KelvoPluginController *controller);
     void connectRendererSignals(KelvoRendererController *controller);
 
 private:
@@ -142,6 +147,10 @@ public:
     /// The renderer may be null.
     void showAdjustVolumeDialog(uint volume, KelvoRenderer *renderer);
     void addUriToPlayUriDialog(const QString &uri);
+    /// Runs the dialog for plug-ins, which takes the items over. Returns what is selected when it was accepted,
+    /// otherwise `selected`.
+    QList<QListWidgetItem *> showSelectItemsDialog(
+        const QList<QListWidgetItem *> &available, const QList<QListWidgetItem *> &selected);
 
 Q_SIGNALS:
     void play();
@@ -187,10 +196,13 @@ private Q_SLOTS:
     void launchBrowser();
 
 private:
+    KelvoHelpDialog *m_helpDialog = nullptr;
     KelvoPlaylistDialog *m_playlistDialog = nullptr;
     KelvoPlayUriDialog *m_playUriDialog = nullptr;
     KelvoRendererErrorLogDialog *m_rendererErrorLogDialog = nullptr;
     KelvoVolumeDialog *m_volumeDialog = nullptr;
+    KelvoSelectItemsDialog *m_loadPluginsDialog = nullptr;
+    KelvoSelectItemsDialog *m_loadPlaylistsDialog = nullptr; // nothing shows it
     KelvoFullScreenVideoWidget *m_fullScreenVideoWidget = nullptr;
     QElapsedTimer m_queryDebugTimer;
     KelvoGUIMain *m_guiMain;

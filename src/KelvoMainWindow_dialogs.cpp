@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoMainWindow.h"
 
+#include "KelvoHelpDialog.h"
 #include "KelvoPlayUriDialog.h"
 #include "KelvoPlaylistDialog.h"
 #include "KelvoRendererErrorLogDialog.h"
+#include "KelvoSelectItemsDialog.h"
 #include "KelvoVolumeDialog.h"
 
 #include <QDebug>
@@ -14,6 +16,7 @@
 void KelvoMainWindow::showHelpDialog()
 {
     qDebug() << "KelvoMainWindow::showHelpDialog";
+    m_helpDialog->exec();
 }
 
 void KelvoMainWindow::showQueryPropertiesDialog()
@@ -74,4 +77,14 @@ void KelvoMainWindow::showAdjustVolumeDialog(uint volume, KelvoRenderer *rendere
     qDebug() << "KelvoMainWindow::showAdjustVolumeDialog";
     m_volumeDialog->setVolume(int(qMin(volume, uint(std::numeric_limits<int>::max()))), renderer);
     m_volumeDialog->exec();
+}
+
+QList<QListWidgetItem *> KelvoMainWindow::showSelectItemsDialog(
+    const QList<QListWidgetItem *> &available, const QList<QListWidgetItem *> &selected)
+{
+    qDebug() << "KelvoMainWindow::showSelectItemsDialog";
+    // The selected ones first: those are then left out of the others.
+    m_loadPluginsDialog->setSelectedItems(selected, true);
+    m_loadPluginsDialog->setAvailableItems(available, true);
+    return m_loadPluginsDialog->exec() == QDialog::Accepted ? m_loadPluginsDialog->selectedItems() : selected;
 }

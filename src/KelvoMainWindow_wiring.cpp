@@ -3,6 +3,7 @@
 
 #include "KelvoPlayUriDialog.h"
 #include "KelvoPlaylistController.h"
+#include "KelvoPluginController.h"
 #include "KelvoRendererController.h"
 
 #include <QDebug>
@@ -16,6 +17,13 @@ void KelvoMainWindow::connectQueryTimer()
         this, SLOT(startQueryDebugTimer()));
     connect(this, SIGNAL(queryResultsAvailable()),
         this, SLOT(stopQueryDebugTimer()));
+}
+
+void KelvoMainWindow::connectPluginSignals(KelvoPluginController *controller)
+{
+    qDebug() << "KelvoMainWindow::connectPluginSignals";
+    connect(m_actionPlugins, SIGNAL(triggered(bool)),
+        controller, SLOT(showPluginsDialog()));
 }
 
 void KelvoMainWindow::connectPlaylistSignals(KelvoPlaylistController *controller)

@@ -91,7 +91,8 @@ private Q_SLOTS:
         console.reset();
         QVERIFY(log.containsInOrder({"KelvoMainWindow::~KelvoMainWindow", "KelvoGUIMain::~KelvoGUIMain",
             "KelvoPlaylistController::~KelvoPlaylistController",
-            "KelvoRendererController::~KelvoRendererController"}));
+            "KelvoRendererController::~KelvoRendererController",
+            "KelvoPluginController::~KelvoPluginController"}));
     }
 
     void closingTheWindowDeletesIt()

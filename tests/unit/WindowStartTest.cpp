@@ -29,10 +29,13 @@ private Q_SLOTS:
             QStringLiteral("kelvo-test-gui revision: ") + QLatin1String(KelvoBuild::revision()),
             QStringLiteral("kelvo-test-gui builtime: ") + QLatin1String(KelvoBuild::time()),
             QStringLiteral("KelvoMainWindow::KelvoMainWindow()"),
+            QStringLiteral("KelvoHelpDialog::KelvoHelpDialog"),
             QStringLiteral("KelvoPlaylistDialog::KelvoPlaylistDialog"),
             QStringLiteral("KelvoPlayUriDialog::KelvoPlayUriDialog"),
             QStringLiteral("KelvoRendererErrorLogDialog::KelvoRendererErrorLogDialog"),
             QStringLiteral("KelvoVolumeDialog::KelvoVolumeDialog"),
+            QStringLiteral("KelvoSelectItemsDialog::KelvoSelectItemsDialog"),
+            QStringLiteral("KelvoSelectItemsDialog::KelvoSelectItemsDialog"),
             QStringLiteral("KelvoMainWindow::showDuration 0"),
         };
         QVERIFY(log.containsInOrder(expected));
@@ -87,6 +90,8 @@ private Q_SLOTS:
         QVERIFY(dialogs.contains(QStringLiteral("PlayUriDialog")));
         QVERIFY(dialogs.contains(QStringLiteral("RendererErrorLogDialog")));
         QVERIFY(dialogs.contains(QStringLiteral("VolumeDialog")));
+        QVERIFY(dialogs.contains(QStringLiteral("HelpDialog")));
+        QCOMPARE(dialogs.count(QStringLiteral("LoadPluginsDialog")), 2);
     }
 
     void destructorDeletesTheFullScreenWidgetAndLogs()

@@ -90,6 +90,7 @@ private Q_SLOTS:
         const auto row = [](const char *name, const Trigger &trigger, const char *line, int count = 1) {
             QTest::newRow(name) << trigger << QString::fromLatin1(line) << count;
         };
+        row("plug-ins", choose("m_actionPlugins"), "KelvoPluginController::showPluginsDialog");
         row("music playlist box", select("m_music_playlistCombo"), "KelvoMainWindow::syncPlaylists", 3);
         row("browse playlist box", select("m_browse_playlistCombo"), "KelvoMainWindow::syncPlaylists", 3);
         row("query playlist box", select("m_query_playlistCombo"), "KelvoMainWindow::syncPlaylists", 3);

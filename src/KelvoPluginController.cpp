@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: MIT
+#include "KelvoPluginController.h"
+
+#include "KelvoMainWindow.h"
+#include "KelvoRegistry.h"
+
+#include <QDebug>
+#include <QListWidgetItem>
+
+namespace {
+QList<QListWidgetItem *> makeItems(const QStringList &fileNames)
+{
+    QList<QListWidgetItem *> items;
+    for (const QString &fileName : fileNames) {
+        auto *item = new QListWidgetItem(fileName);
+        item->setData(Qt::UserRole, fileName);
+        items.append(item);
+    }
+    return items;
+}
+
+/// File names of the items that are in the one list and not in the other.
+QStringList filesOnlyIn(const QList<QListWidgetItem *> &items, const QList<QListWidgetItem *> &others)
+{
+    QStringList fileNames;
+    for (QListWidgetItem *item : items) {
+        if (!others.contains(item))
+            fileNames.append(item->data(Qt::UserRole).toString());
+    }
+    return fileNames;
+}
+} // namespace
+
+KelvoPluginController::KelvoPluginController(KelvoMainWindow *mainWindow)
+    : m_registry(KelvoRegistry::instance())
+    , m_mainWindow(mainWindow)
+{
+    qDebug() << "KelvoPluginController::KelvoPluginController";
+    m_mainWindow->connectPluginSignals(this);
+}
+
+KelvoPluginController::~KelvoPluginController()
+{
+    qDebug() << "KelvoPluginController::~KelvoPluginController";
+}
+
+void KelvoPluginController::showPluginsDialog()
+{
+    qDebug() << "KelvoPluginController::showPluginsDialog";
+    const QList<QListWidgetItem *> available = makeItems(m_registry->availablePlugins());
+    const QList<QListWidgetItem *> loaded = makeItems(m_registry->loadedPlugins());
+    const QList<QListWidgetItem *> result = m_mainWindow->showSelectItemsDialog(available, loaded);
+    // Loading may run the event loop and thereby whatever else fills the dialog: what is to be done is settled first.
+    const QStringList toLoad = filesOnlyIn(result, loaded);
+    const QStringList toUnload = filesOnlyIn(loaded, result);
+    for (const QString &fileName : toLoad)
+        m_registry->loadPlugin(fileName);
+    for (const QString &fileName : toUnload)
+        m_registry->unloadPlugin(fileName);
+    qDebug() << "KelvoPluginController::showPluginsDialog ends";
+}

@@ -1,0 +1,240 @@
+// SPDX-License-Identifier: MIT
+#include "ConsoleFixture.h"
+#include "KelvoPluginLoader.h"
+#include "KelvoRegistry.h"
+#include "KelvoTestCase.h"
+#include "LogRecorder.h"
+#include "TestGroup.h"
+
+#include <QAction>
+#include <QComboBox>
+#include <QDir>
+#include <QListWidget>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTest>
+
+namespace {
+QListWidget *list(const QWidget *dialog, const char *name)
+{
+    return dialog->findChild<QListWidget *>(QLatin1String(name));
+}
+
+QStringList texts(const QListWidget *list)
+{
+    QStringList texts;
+    for (int row = 0; row < list->count(); ++row)
+        texts.append(list->item(row)->text());
+    return texts;
+}
+
+/// Moves the entry as a tester does: a click on it, and one on the button.
+void move(const QWidget *dialog, const char *listName, const QString &text, const char *button)
+{
+    QListWidget *from = list(dialog, listName);
+    const QList<QListWidgetItem *> found = from->findItems(text, Qt::MatchExactly);
+    QCOMPARE(found.size(), 1);
+    from->setCurrentItem(found.first());
+    dialog->findChild<QPushButton *>(QLatin1String(button))->click();
+}
+
+void load(const QWidget *dialog, const QString &text)
+{
+    move(dialog, "m_availableItemsList", text, "m_loadButton");
+}
+
+void unload(const QWidget *dialog, const QString &text)
+{
+    move(dialog, "m_selectedItemsList", text, "m_unloadButton");
+}
+} // namespace
+
+/// The real dialog of the window on real plug-ins. The folder holds the simulator under two names.
+class PluginControllerTest : public KelvoTestCase
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init()
+    {
+        KelvoTestCase::init();
+        const QString built = qEnvironmentVariable("KELVO_PLUGIN_PATH");
+        if (m_built.isEmpty())
+            m_built = built;
+        m_folder = std::make_unique<QTemporaryDir>();
+        for (const char *name : {"one.so", "two.so"})
+            QVERIFY(QFile::copy(m_built + "/simulator.so", m_folder->filePath(name)));
+        qputenv("KELVO_PLUGIN_PATH", QFile::encodeName(m_folder->path()));
+        m_console = std::make_unique<ConsoleFixture>();
+    }
+
+    void cleanup()
+    {
+        m_console.reset();
+        const QStringList loaded = registry()->loadedPlugins();
+        for (const QString &fileName : loaded)
+            registry()->unloadPlugin(fileName);
+    }
+
+    void listsWhatThereIs()
+    {
+        bringIn("one.so");
+        QStringList available;
+        QStringList selected;
+        openAnd(ModalCloser::Accept, [&](const QWidget *dialog) {
+            available = texts(list(dialog, "m_availableItemsList"));
+            selected = texts(list(dialog, "m_selectedItemsList"));
+        });
+        QVERIFY(available.contains("two"));
+        QVERIFY(!available.contains("one"));
+        QCOMPARE(selected, QStringList({"one"}));
+    }
+
+    void doneWithoutAMoveChangesNothing()
+    {
+        bringIn("one.so");
+        LogRecorder log;
+        openAnd(ModalCloser::Accept, [](const QWidget *) {});
+        QCOMPARE(registry()->loadedPlugins(), QStringList({"one.so"}));
+        QVERIFY(!log.lines().join('\n').contains("Plug-in"));
+        QVERIFY(log.containsInOrder(
+            {"KelvoPluginController::showPluginsDialog", "KelvoMainWindow::showSelectItemsDialog",
+                "KelvoSelectItemsDialog::setSelectedItems", "__PRETTY_FUNCTION__",
+                "KelvoSelectItemsDialog::selectedItems", "KelvoPluginController::showPluginsDialog ends"}));
+    }
+
+    void movingThereAndBackChangesNothing()
+    {
+        bringIn("one.so");
+        LogRecorder log;
+        openAnd(ModalCloser::Accept, [](const QWidget *dialog) {
+            unload(dialog, "one");
+            load(dialog, "one");
+            load(dialog, "two");
+            unload(dialog, "two");
+        });
+        QCOMPARE(registry()->loadedPlugins(), QStringList({"one.so"}));
+        QVERIFY(!log.lines().join('\n').contains("Plug-in"));
+    }
+
+    void loadsWhatWasAdded()
+    {
+        const QComboBox *renderers = m_console->find<QComboBox>("m_music_rendererCombo");
+        QCOMPARE(renderers->count(), 0);
+        openAnd(ModalCloser::Accept, [](const QWidget *dialog) { load(dialog, "one"); });
+        QTRY_COMPARE(registry()->loadedPlugins(), QStringList({"one.so"}));
+        QTRY_VERIFY(renderers->count() > 0);
+    }
+
+    void unloadsWhatWasTakenOut()
+    {
+        const QComboBox *renderers = m_console->find<QComboBox>("m_music_rendererCombo");
+        bringIn("one.so");
+        QTRY_VERIFY(renderers->count() > 0);
+        openAnd(ModalCloser::Accept, [](const QWidget *dialog) { unload(dialog, "one"); });
+        QTRY_COMPARE(registry()->loadedPlugins(), QStringList());
+        QTRY_COMPARE(renderers->count(), 0);
+    }
+
+    void cancelChangesNothing()
+    {
+        bringIn("one.so");
+        LogRecorder log;
+        openAnd(ModalCloser::Reject, [](const QWidget *dialog) {
+            unload(dialog, "one");
+            load(dialog, "two");
+        });
+        QCOMPARE(registry()->loadedPlugins(), QStringList({"one.so"}));
+        QVERIFY(!log.lines().join('\n').contains("Plug-in"));
+    }
+
+    void nextOpeningStartsAfresh()
+    {
+        openAnd(ModalCloser::Reject, [](const QWidget *dialog) { load(dialog, "one"); });
+        QStringList selected({"not seen"});
+        openAnd(ModalCloser::Reject,
+            [&](const QWidget *dialog) { selected = texts(list(dialog, "m_selectedItemsList")); });
+        QCOMPARE(selected, QStringList());
+    }
+
+    /// A plug-in whose file is gone fails at once, which shows the order.
+    void loadsBeforeItUnloads()
+    {
+        bringIn("one.so");
+        LogRecorder log;
+        openAnd(ModalCloser::Accept, [this](const QWidget *dialog) {
+            unload(dialog, "one");
+            load(dialog, "two");
+            QFile::remove(m_folder->filePath("two.so"));
+        });
+        QVERIFY(log.containsInOrder({"Plug-in two.so cannot be used: there is no such file",
+            "Plug-in \"one.so\" is unloaded", "KelvoPluginController::showPluginsDialog ends"}));
+    }
+
+    void folderThatVanishesWhileTheDialogIsOpen()
+    {
+        bringIn("one.so");
+        LogRecorder log;
+        openAnd(ModalCloser::Accept, [this](const QWidget *dialog) {
+            load(dialog, "two");
+            QVERIFY(QDir(m_folder->path()).removeRecursively());
+        });
+        QVERIFY(log.warnings().join('\n').contains("there is no such file"));
+        QCOMPARE(registry()->loadedPlugins(), QStringList({"one.so"}));
+        openAnd(ModalCloser::Accept, [](const QWidget *dialog) { unload(dialog, "one"); });
+        QCOMPARE(registry()->loadedPlugins(), QStringList());
+    }
+
+    void pluginsThatFailLeaveTheDialogUsable()
+    {
+        QFile text(m_folder->filePath("text.so"));
+        QVERIFY(text.open(QIODevice::WriteOnly));
+        text.write("not a library");
+        text.close();
+        LogRecorder log;
+        openAnd(ModalCloser::Accept, [](const QWidget *dialog) {
+            load(dialog, "text");
+            load(dialog, "one");
+        });
+        QTRY_COMPARE(registry()->loadedPlugins(), QStringList({"one.so"}));
+        QTRY_VERIFY(log.warnings().join('\n').contains("text.so"));
+        QStringList available;
+        openAnd(ModalCloser::Accept,
+            [&](const QWidget *dialog) { available = texts(list(dialog, "m_availableItemsList")); });
+        QVERIFY(available.contains("text"));
+    }
+
+    void fileReplacedWhileLoaded()
+    {
+        bringIn("one.so");
+        QVERIFY(QFile::remove(m_folder->filePath("one.so")));
+        QVERIFY(QFile::copy(m_folder->filePath("two.so"), m_folder->filePath("one.so")));
+        openAnd(ModalCloser::Accept, [](const QWidget *dialog) { unload(dialog, "one"); });
+        QCOMPARE(registry()->loadedPlugins(), QStringList());
+        openAnd(ModalCloser::Accept, [](const QWidget *dialog) { load(dialog, "one"); });
+        QTRY_COMPARE(registry()->loadedPlugins(), QStringList({"one.so"}));
+    }
+
+private:
+    static KelvoRegistry *registry() { return KelvoRegistry::instance(); }
+
+    void bringIn(const QString &fileName)
+    {
+        registry()->loadPlugin(fileName);
+        QTRY_VERIFY(registry()->loadedPlugins().contains(fileName));
+    }
+
+    void openAnd(ModalCloser::Answer answer, const std::function<void(QWidget *)> &act)
+    {
+        ModalCloser closer(answer);
+        closer.whenOpen = act;
+        m_console->find<QAction>("m_actionPlugins")->trigger();
+        QCOMPARE(closer.seen(), QStringList({""}));
+    }
+
+    QString m_built;
+    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<ConsoleFixture> m_console;
+};
+
+KELVO_WIDGET_TEST(PluginControllerTest)
+#include "PluginControllerTest.moc"
