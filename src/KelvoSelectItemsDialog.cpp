@@ -2,6 +2,7 @@
 #include "KelvoSelectItemsDialog.h"
 
 #include <QDebug>
+#include <QWindow>
 
 namespace {
 void fill(QListWidget *list, const QList<QListWidgetItem *> &items, bool useItemNames)
@@ -103,4 +104,11 @@ void KelvoSelectItemsDialog::unloadItem()
 {
     qDebug() << "KelvoSelectItemsDialog::unloadItems";
     moveCurrentItem(m_selectedItemsList, m_availableItemsList);
+}
+
+void KelvoSelectItemsDialog::showEvent(QShowEvent *event)
+{
+    QDialog::showEvent(event);
+    // The toolkit puts the program's name into the title bar of a window without a title; this one stays empty.
+    windowHandle()->setTitle(QStringLiteral(" "));
 }

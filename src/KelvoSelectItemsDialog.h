@@ -36,4 +36,7 @@ public Q_SLOTS:
     void deSelectItem(QListWidgetItem *item);
     void loadItem();
     void unloadItem();
+
+protected:
+    void showEvent(QShowEvent *event) override;
 };

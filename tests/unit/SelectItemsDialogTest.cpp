@@ -6,6 +6,7 @@
 
 #include <QSignalSpy>
 #include <QTest>
+#include <QWindow>
 
 namespace {
 QListWidgetItem *makeItem(const QString &fileName)
@@ -93,7 +94,13 @@ private Q_SLOTS:
         QVERIFY(!m_dialog->isSizeGripEnabled());
     }
 
-    void formTakesTheTitleAway() { QCOMPARE(m_dialog->windowTitle(), QString()); }
+    void formTakesTheTitleAway()
+    {
+        QCOMPARE(m_dialog->windowTitle(), QString());
+        m_dialog->show();
+        QCOMPARE(m_dialog->windowTitle(), QString());
+        QCOMPARE(m_dialog->windowHandle()->title().trimmed(), QString());
+    }
 
     void logsItsLife()
     {

@@ -14,6 +14,7 @@ class MainMenu(Scenario):
         for heading in ("What and where?", "NOTE", "How?"):
             self.assertIn(heading, text)
         self.assertIn("read-only", dialog.wait_find("text").states())
+        console.screen.shoot(self.output("-Help.png"))
         console.user.click(dialog.wait_find("push button", "Close"))
         until(lambda: not console.dialogs(), "the help closes")
 
@@ -21,6 +22,7 @@ class MainMenu(Scenario):
         """Opens the dialog, moves the plug-in by the button and presses Done."""
         console.menu("Main", "Plugins", wait=False)
         dialog = console.dialog("dialog")
+        console.screen.shoot(self.output("-Plugins.png"))
         item = until(lambda: dialog.find("list item", name, deep=True), f"{name} in the lists", 10)
         console.user.click(item)
         console.user.click(dialog.wait_find("push button", button))
