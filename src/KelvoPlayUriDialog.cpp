@@ -4,6 +4,10 @@
 #include <QDebug>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
+#include <QStringConverter>
+#include <QStringListModel>
+#include <QStyledItemDelegate>
 #include <QTextStream>
 
 namespace {
@@ -12,6 +16,24 @@ const QString &uriListPath()
     static const QString path = QDir::homePath() + QStringLiteral("/qkelvo-gui-uris.txt");
     return path;
 }
+
+QString readText(QFile &file)
+{
+    const QByteArray bytes = file.readAll();
+    return QStringDecoder(QStringConverter::encodingForData(bytes).value_or(QStringConverter::Utf8))(bytes);
+}
+
+/// Laying out a text of megabytes, of which a line's width shows, would stop the window for many seconds.
+class BeginningDelegate : public QStyledItemDelegate
+{
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+    QString displayText(const QVariant &value, const QLocale &locale) const override
+    {
+        constexpr qsizetype longest = 2000;
+        return QStyledItemDelegate::displayText(value, locale).left(longest);
+    }
+};
 } // namespace
 
 KelvoPlayUriDialog::KelvoPlayUriDialog(QWidget *parent)
@@ -19,6 +41,9 @@ KelvoPlayUriDialog::KelvoPlayUriDialog(QWidget *parent)
 {
     setupUi(this);
     qDebug() << "KelvoPlayUriDialog::KelvoPlayUriDialog";
+    // The combo box's own kind of model takes ten times the time and memory for a file of a million lines.
+    m_selectUriComboBox->setModel(new QStringListModel(m_selectUriComboBox));
+    m_playlistView->setItemDelegate(new BeginningDelegate(m_playlistView));
     m_selectUriComboBox->clear();
     loadFile(uriListPath());
     connect(m_playButton, SIGNAL(clicked()), this, SLOT(checkIfItemSelected()));
@@ -32,10 +57,15 @@ bool KelvoPlayUriDialog::loadFile(const QString &fileName)
 {
     qDebug() << "bool KelvoPlayUriDialog::loadFile(const QString&)";
     m_selectUriComboBox->setMaximumSize(700, 30);
+    // A pipe or a device may never come to an end.
+    if (!QFileInfo(fileName).isFile())
+        return false;
     QFile file(fileName);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
         return false;
-    QTextStream stream(&file);
+    // Read as a whole: from the file itself, the stream would look through a long line again with every block.
+    QString text = readText(file);
+    QTextStream stream(&text);
     QStringList uris;
     for (QString line = stream.readLine(); !line.isNull(); line = stream.readLine())
         uris.append(line);

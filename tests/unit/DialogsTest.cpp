@@ -6,8 +6,8 @@
 #include "KelvoVolumeDialog.h"
 #include "LogRecorder.h"
 #include "RecordingRenderer.h"
-#include "platform/QInputContext.h"
 #include "TestGroup.h"
+#include "platform/QInputContext.h"
 
 #include <QDir>
 #include <QGridLayout>
@@ -15,7 +15,11 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <functional>
 #include <span>
+
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 struct Cell
@@ -270,7 +274,51 @@ private Q_SLOTS:
                 "bool KelvoPlayUriDialog::loadFile(const QString&)"}));
         QCOMPARE(entries(dialog), QStringList());
         QVERIFY(!dialog.loadFile(uriFile()));
-        QVERIFY(!dialog.loadFile(QDir::homePath())); // a folder
+    }
+
+    void uriFileThatIsNone_data()
+    {
+        QTest::addColumn<std::function<QString(const QTemporaryDir &)>>("make");
+        using Folder = const QTemporaryDir &;
+        const auto row = [](const char *name, std::function<QString(Folder)> make) {
+            QTest::newRow(name) << make;
+        };
+        row("folder", [](Folder folder) { return folder.path(); });
+        row("no name", [](Folder) { return QString(); });
+        row("link to itself", [](Folder folder) {
+            const QString path = folder.filePath("loop");
+            QFile::link(path, path);
+            return path;
+        });
+        row("pipe that nobody writes to", [](Folder folder) {
+            const QString path = folder.filePath("pipe");
+            ::mkfifo(QFile::encodeName(path).constData(), 0600);
+            return path;
+        });
+        row("device without an end", [](Folder folder) {
+            const QString path = folder.filePath("zeros");
+            QFile::link("/dev/zero", path);
+            return path;
+        });
+        if (::geteuid() != 0) { // who may read everything
+            row("not permitted", [](Folder folder) {
+                const QString path = folder.filePath("secret");
+                writeFile(path, "file:///a.ogg\n");
+                QFile::setPermissions(path, {});
+                return path;
+            });
+        }
+    }
+
+    void uriFileThatIsNone()
+    {
+        QFETCH(std::function<QString(const QTemporaryDir &)>, make);
+        const QTemporaryDir folder;
+        const QString path = make(folder);
+        writeFile(uriFile(), "file:///a.ogg\n");
+        KelvoPlayUriDialog dialog(nullptr);
+        QVERIFY(!dialog.loadFile(path));
+        QCOMPARE(entries(dialog), QStringList("file:///a.ogg")); // the box stays as it is
     }
 
     void uriFileIsReadFromTheHomeDirectory()
@@ -290,6 +338,13 @@ private Q_SLOTS:
         QTest::newRow("blanks kept") << QByteArray("  a \n# b\n") << QStringList({"  a ", "# b"});
         QTest::newRow("twice the same") << QByteArray("a\na\n") << QStringList({"a", "a"});
         QTest::newRow("other line ends") << QByteArray("a\r\nb\r\n") << QStringList({"a", "b"});
+        QTest::newRow("UTF-16") << QByteArray("\xff\xfe"
+                                              "a\0\n\0b\0",
+            8) << QStringList({"a", "b"});
+        QTest::newRow("NUL bytes") << QByteArray("a\0b\n\0\nc\n", 8)
+                                   << QStringList({QString("a") + QChar(0) + 'b', QString(QChar(0)), "c"});
+        QTest::newRow("Latin-1") << QByteArray("file:///\xe4.ogg\nb\n")
+                                 << QStringList({QString("file:///") + QChar(0xfffd) + ".ogg", "b"});
         QTest::newRow("not ASCII") << QByteArray("file:///\xc3\xa4\n")
                                    << QStringList(QString::fromUtf8("file:///ä"));
     }
@@ -305,13 +360,31 @@ private Q_SLOTS:
         QCOMPARE(entries(dialog), lines);
     }
 
-    void tenThousandUris()
+    void longUriFiles_data()
     {
-        QTemporaryDir folder;
-        writeFile(folder.filePath("uris"), QByteArray("file:///a.ogg\n").repeated(10000));
+        QTest::addColumn<QByteArray>("line");
+        QTest::addColumn<int>("count");
+        QTest::newRow("10,000 lines") << QByteArray("file:///music/a.ogg\n") << 10'000;
+        QTest::newRow("50 MB") << QByteArray("file:///music/somebody/some-album/a-certain-song.ogg\n")
+                               << 1'000'000;
+        QTest::newRow("one line of 10 MB") << "file:///" + QByteArray(10'000'000, 'x') + '\n' << 1;
+    }
+
+    void longUriFiles()
+    {
+        QFETCH(QByteArray, line);
+        QFETCH(int, count);
+        writeFile(uriFile(), line.repeated(count));
         KelvoPlayUriDialog dialog(nullptr);
-        QVERIFY(dialog.loadFile(folder.filePath("uris")));
-        QCOMPARE(entries(dialog).size(), 10000);
+        const auto *combo = dialog.findChild<QComboBox *>("m_selectUriComboBox");
+        QCOMPARE(combo->count(), count);
+        QCOMPARE(combo->itemText(count - 1), QString::fromLatin1(line.chopped(1)));
+        dialog.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&dialog));
+        dialog.findChild<QPushButton *>("m_enterUriButton")->click();
+        QCoreApplication::processEvents();
+        dialog.grab();
+        QCOMPARE(dialog.findChild<QListWidget *>("m_playlistView")->item(0)->text(), combo->itemText(0));
     }
 
     void urisMoveFromTheBoxToTheList()

@@ -12,13 +12,32 @@
 
 #include <QComboBox>
 #include <QListView>
+#include <QRandomGenerator>
 #include <QStandardItemModel>
 #include <QTest>
 
 namespace {
+const char *const playlistBoxes[]
+    = {"m_music_playlistCombo", "m_browse_playlistCombo", "m_query_playlistCombo"};
+
 KelvoRegistry *registry()
 {
     return KelvoRegistry::instance();
+}
+
+/// The three boxes list these, show the same one, and that one is current.
+void compareBoxes(const ConsoleFixture &console, const QStringList &uuids, bool eachEntry)
+{
+    const int current = console.find<QComboBox>(playlistBoxes[0])->currentIndex();
+    for (const char *name : playlistBoxes) {
+        const auto *box = console.find<QComboBox>(name);
+        QCOMPARE(box->count(), uuids.size());
+        QCOMPARE(box->currentIndex(), current);
+        for (int index = eachEntry ? 0 : std::max(0, box->count() - 1); index < box->count(); ++index)
+            QCOMPARE(box->itemData(index, Qt::UserRole).toString(), uuids.at(index));
+    }
+    const KelvoPlaylist *playlist = console.application()->playlists()->currentPlaylist();
+    QCOMPARE(playlist ? playlist->uuid() : QString(), uuids.value(current));
 }
 } // namespace
 
@@ -183,6 +202,36 @@ private Q_SLOTS:
         QCOMPARE(console.application()->playlists()->currentPlaylist()->uuid(), stays);
         for (const char *name : {"m_music_playlistCombo", "m_browse_playlistCombo", "m_query_playlistCombo"})
             QCOMPARE(console.find<QComboBox>(name)->currentData().toString(), stays);
+    }
+
+    void aThousandPlaylistsComeAndGo()
+    {
+        const ConsoleFixture console;
+        std::vector<std::unique_ptr<FakePlaylist>> present;
+        QStringList uuids; // as they came
+        QRandomGenerator random(20);
+        for (int event = 0, made = 0; made < 1000 || !present.empty(); ++event) {
+            const bool comes = made < 1000 && (present.empty() || random.bounded(3) > 0);
+            if (comes) {
+                const QString number = QString::number(made++);
+                present.push_back(std::make_unique<FakePlaylist>("uuid-" + number, "name " + number));
+                uuids.append(present.back()->uuid());
+                registry()->addPlaylist(present.back().get());
+            } else {
+                const auto place = std::ptrdiff_t(random.bounded(quint32(present.size())));
+                uuids.removeAt(place);
+                registry()->removePlaylist(present[size_t(place)].get());
+                present.erase(present.begin() + place);
+            }
+            // Now and then the user picks one, in any of the boxes.
+            if (event % 7 == 0 && !present.empty()) {
+                auto *box = console.find<QComboBox>(playlistBoxes[event % 3]);
+                box->setCurrentIndex(int(random.bounded(quint32(present.size()))));
+            }
+            compareBoxes(console, uuids, event % 10 == 0);
+            if (QTest::currentTestFailed())
+                return;
+        }
     }
 
     void removingAllPlaylists()

@@ -229,6 +229,51 @@ private Q_SLOTS:
         QCOMPARE(registry()->allPlaylists().last()->name(), QStringLiteral("Mine"));
     }
 
+    void oddNames_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("10,000 characters") << QString(10'000, u'w');
+        QTest::newRow("line breaks") << QStringLiteral("one\ntwo\r\nthree\u2028four");
+        QTest::newRow("right to left")
+            << QString::fromUtf8("\xd8\xb4\xd8\xb9\xd8\xb1 \xe2\x80\xaemixed\xe2\x80\xac 123");
+        QTest::newRow("blanks only") << QStringLiteral("   ");
+        QTest::newRow("NUL") << QString(QChar(0));
+        QTest::newRow("half a pair") << QString(QChar(0xd83d));
+        QTest::newRow("mark-up") << QStringLiteral("<b>&amp;%1</b>");
+    }
+
+    void oddNames()
+    {
+        QFETCH(QString, name);
+        m_console->window()->show();
+        QCoreApplication::processEvents();
+        const int width = m_console->window()->minimumSizeHint().width();
+        m_controller->createPlaylist("odd", name, nullptr);
+        m_controller->playlistChanged("odd");
+        for (const char *box : {"m_music_playlistCombo", "m_browse_playlistCombo", "m_query_playlistCombo"}) {
+            auto *combo = m_console->find<QComboBox>(box);
+            QCOMPARE(combo->itemText(1), name);
+            QCOMPARE(combo->itemData(1, Qt::UserRole).toString(), QStringLiteral("odd"));
+            combo->setCurrentIndex(1);
+            combo->grab(); // painted as well
+        }
+        QCOMPARE(m_controller->currentPlaylist()->name(), name);
+        QCOMPARE(m_console->window()->minimumSizeHint().width(), width); // no name pulls the window apart
+        m_controller->deletePlaylist();
+        QCOMPARE(m_console->find<QComboBox>("m_music_playlistCombo")->count(), 1);
+    }
+
+    void longNamesComeThroughTheDialog()
+    {
+        const QString name(10'000, u'w');
+        ModalCloser closer;
+        closer.whenOpen = [&name](QWidget *dialog) {
+            dialog->findChild<QLineEdit *>("m_nameEdit")->setText(name);
+        };
+        m_controller->createNewEmptyPlaylist();
+        QCOMPARE(registry()->allPlaylists().last()->name(), name);
+    }
+
     void createEmptyWithAnEmptiedNameCreatesNothing()
     {
         ModalCloser closer;
