@@ -218,13 +218,12 @@ void KelvoMainWindow::syncPlaylists(int index)
 {
     qDebug() << "KelvoMainWindow::syncPlaylists";
     // Each box that moves comes back here through its own change signal, so one choice is reported three times.
-    // An emptied box reports -1 again each time it is set to -1, so none is set to what it shows already.
-    if (m_music_playlistCombo->currentIndex() != index)
-        m_music_playlistCombo->setCurrentIndex(index);
-    if (m_browse_playlistCombo->currentIndex() != index)
-        m_browse_playlistCombo->setCurrentIndex(index);
-    if (m_query_playlistCombo->currentIndex() != index)
-        m_query_playlistCombo->setCurrentIndex(index);
+    // An emptied box reports -1 again each time it is set to -1 or to an entry that it has not got yet: the boxes
+    // would chase each other without an end.
+    for (QComboBox *combo : {m_music_playlistCombo, m_browse_playlistCombo, m_query_playlistCombo}) {
+        if (combo->currentIndex() != index && index < combo->count())
+            combo->setCurrentIndex(index);
+    }
     Q_EMIT currentPlaylistChanged(m_music_playlistCombo->itemData(index).toString());
 }
 

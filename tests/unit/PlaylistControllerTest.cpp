@@ -13,6 +13,7 @@
 #include <QComboBox>
 #include <QListView>
 #include <QRandomGenerator>
+#include <QSignalSpy>
 #include <QStandardItemModel>
 #include <QTest>
 
@@ -204,6 +205,21 @@ private Q_SLOTS:
             QCOMPARE(console.find<QComboBox>(name)->currentData().toString(), stays);
     }
 
+    void theFirstPlaylistAfterAllHaveGoneIsCurrent()
+    {
+        const ConsoleFixture console;
+        for (int round = 0; round < 3; ++round) {
+            FakePlaylist only("p1", "list one", {"a"});
+            QSignalSpy chosen(console.window(), SIGNAL(currentPlaylistChanged(QString)));
+            registry()->addPlaylist(&only);
+            QCOMPARE(chosen, QList<QVariantList>(3, {"p1"})); // by each of the boxes
+            compareBoxes(console, {"p1"}, true);
+            QCOMPARE(console.find<QComboBox>(playlistBoxes[0])->currentIndex(), 0);
+            registry()->removePlaylist(&only);
+            compareBoxes(console, {}, true);
+        }
+    }
+
     void aThousandPlaylistsComeAndGo()
     {
         const ConsoleFixture console;
@@ -211,7 +227,9 @@ private Q_SLOTS:
         QStringList uuids; // as they came
         QRandomGenerator random(20);
         for (int event = 0, made = 0; made < 1000 || !present.empty(); ++event) {
-            const bool comes = made < 1000 && (present.empty() || random.bounded(3) > 0);
+            // Every hundred events they all go.
+            const bool comes
+                = made < 1000 && (present.empty() || (random.bounded(3) > 0 && event % 200 < 100));
             if (comes) {
                 const QString number = QString::number(made++);
                 present.push_back(std::make_unique<FakePlaylist>("uuid-" + number, "name " + number));
