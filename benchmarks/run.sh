@@ -38,4 +38,5 @@ python3 benchmarks/process_benchmark.py --console $build/bin/kelvo-test-gui "$me
 if [ -x $build/benchmarks/playlist-benchmark ]; then
     $build/benchmarks/playlist-benchmark
 fi
+$build/benchmarks/editing-benchmark 10000
 dbus-run-session -- $build/benchmarks/sharing-benchmark 2>/dev/null

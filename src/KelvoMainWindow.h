@@ -69,6 +69,9 @@ public:
     void showPlaylist(QAbstractItemModel *model);
     /// Takes the model out of the playlist view.
     void clearPlaylist();
+    /// While held, the view keeps its model when it is cleared to be shown again. Taking a model away and giving it back
+    /// costs as much as copying ten rows, and the view follows its model without it.
+    void holdPlaylistView(bool hold);
     /// Adds or removes the playlist's entry in all three playlist combo boxes, which hold the same entries.
     void showPlaylistName(const QString &uuid, const QString &name, bool add);
     /// Selects the playlist with this uuid, if it is listed.
@@ -204,6 +207,7 @@ private:
     KelvoSelectItemsDialog *m_loadPluginsDialog = nullptr;
     KelvoSelectItemsDialog *m_loadPlaylistsDialog = nullptr; // nothing shows it
     KelvoFullScreenVideoWidget *m_fullScreenVideoWidget = nullptr;
+    bool m_isPlaylistViewHeld = false;
     QElapsedTimer m_queryDebugTimer;
     KelvoGUIMain *m_guiMain;
 };

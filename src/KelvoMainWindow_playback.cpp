@@ -29,14 +29,20 @@ void setPositionUnlessHeld(QSlider *slider, uint seconds)
 void KelvoMainWindow::showPlaylist(QAbstractItemModel *model)
 {
     qDebug() << "KelvoMainWindow::showPlaylist";
-    if (model)
+    if (model && model != m_music_playlistView->model())
         ListViews::setModel(m_music_playlistView, model);
 }
 
 void KelvoMainWindow::clearPlaylist()
 {
     qDebug() << "KelvoMainWindow::clearPlaylist";
-    ListViews::setModel(m_music_playlistView, nullptr);
+    if (!m_isPlaylistViewHeld)
+        ListViews::setModel(m_music_playlistView, nullptr);
+}
+
+void KelvoMainWindow::holdPlaylistView(bool hold)
+{
+    m_isPlaylistViewHeld = hold;
 }
 
 void KelvoMainWindow::showPlaylistName(const QString &uuid, const QString &name, bool add)

@@ -74,8 +74,11 @@ void KelvoPlaylistController::addToPlaylist(const QAbstractItemModel &model, int
         m_mainWindow->showRendererErrorLog(0, QStringLiteral("Playlist or its model has wrong type."));
         return;
     }
+    // Each row is announced and shown by itself.
+    m_mainWindow->holdPlaylistView(true);
     for (int row = from; row <= to; ++row)
         target->appendRow(copiedRow(model, row));
+    m_mainWindow->holdPlaylistView(false);
 }
 
 void KelvoPlaylistController::deletePlaylist()

@@ -318,6 +318,12 @@ private Q_SLOTS:
         QCOMPARE(model->columnCount(), 5);
         QCOMPARE(model->item(1, 4)->data(Qt::DisplayRole), QVariant(QStringLiteral("24")));
         QCOMPARE(mine->count(), 2);
+        QCOMPARE(log.count("KelvoPlaylistController::showCurrentPlaylist"), 2); // once for each row
+        const auto *view = m_console->find<QListView>("m_music_playlistView");
+        QCOMPARE(view->model()->rowCount(), 2);
+        QCOMPARE(view->modelColumn(), 1);
+        m_console->window()->clearPlaylist();
+        QVERIFY(!view->model());
     }
 
     void addOfAnEmptyRangeAddsNothing()
