@@ -28,10 +28,12 @@ MAY_INCLUDE = {
 
 # Headers of foreign libraries -> the folders that may know them.
 FOREIGN = {
-    r"gst/": {"framework/plugins/gst-renderer"},
+    # The indexer looks into videos with the media engine's discoverer.
+    r"gst/": {"framework/plugins/gst-renderer", "framework/tracker"},
     r"totem-pl-parser": {"framework/plugins/gst-renderer", "framework/tracker"},
     r"libtracker-sparql|tracker-sparql": {"framework/tracker"},
-    r"taglib/|fileref\.h": {"framework/tracker"},
+    r"taglib/|^(fileref|tag|tfile|tfilestream|tpropertymap)\.h$": {"framework/tracker"},
+    r"uchardet/": {"framework/tracker"},
     r"libgupnp|libgssdp|libsoup": {"framework/plugins/upnp"},
     r"xcb/": {"framework/plugins/gst-renderer"},
     r"glib|gio/|gobject/": {
@@ -45,7 +47,7 @@ QT_BASE = r"libQt6(Core|Gui)\.so"
 MAY_LINK = {
     r"lib/libkelvo-core\.so": QT_BASE,
     r"lib/libkelvo-shared\.so": QT_BASE + r"|libQt6DBus\.so|libkelvo-core\.so",
-    r"lib/libkelvo-tracker\.so": QT_BASE + r"|libQt6\w+\.so|libkelvo-core\.so|libtracker|libtag|libg\w+-2\.0|libgst|libtotem",
+    r"lib/libkelvo-tracker\.so": QT_BASE + r"|libQt6\w+\.so|libkelvo-core\.so|libtracker|libtag|libg\w+-2\.0|libgst|libtotem|libuchardet",
     r"bin/kelvo-test-gui": r"libQt6(Core|Gui|Widgets|Network|DBus)\.so|libkelvo-(core|shared|tracker)\.so",
     r"lib/kelvo/plugins/gst-renderer\.so":
         QT_BASE + r"|libQt6Network\.so|libkelvo-core\.so|libgst\w+-1\.0|libg(lib|object|io)-2\.0|libtotem-plparser|libxcb",

@@ -1,0 +1,35 @@
+// SPDX-License-Identifier: MIT
+#include "KelvoTrackerModelFactory.h"
+
+#include "KelvoTrackerStore.h"
+
+KelvoTrackerModelFactory::KelvoTrackerModelFactory(
+    const QString &unknownAlbum, const QString &unknownArtist, int streamingBlockSize, QObject *parent)
+    : QObject(parent)
+    , m_unknownAlbum(unknownAlbum)
+    , m_unknownArtist(unknownArtist)
+    , m_streamingBlockSize(streamingBlockSize)
+{
+    connect(KelvoTrackerStore::instance(), &KelvoTrackerStore::opened, this, [this](bool ok) {
+        if (std::exchange(m_waiting, false))
+            Q_EMIT initCompleted(ok);
+    });
+}
+
+KelvoTrackerModelFactory::~KelvoTrackerModelFactory()
+{
+    KelvoTrackerStore::instance()->release(this);
+}
+
+void KelvoTrackerModelFactory::init()
+{
+    m_waiting = true;
+    KelvoTrackerStore::instance()->hold(this);
+}
+
+KelvoTrackerModel *KelvoTrackerModelFactory::getModel(
+    KelvoTrackerModel::QueryType type, int firstBlockSize, int id)
+{
+    return new KelvoTrackerModel(
+        type, firstBlockSize, m_streamingBlockSize, id, m_unknownAlbum, m_unknownArtist);
+}

@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "KelvoTrackerModel.h"
+
+#include <QObject>
+
+/// Makes the results of the built-in queries of the tracker store. GUI thread.
+///
+/// The factory holds the process's tracker store open (see KelvoTrackerStore). Its models live on without it.
+class KELVO_TRACKER_EXPORT KelvoTrackerModelFactory : public QObject
+{
+    Q_OBJECT
+public:
+    /// @param unknownAlbum, unknownArtist  shown where an album or artist has no name
+    /// @param streamingBlockSize  rows of each block after the first; 0: no limit
+    KelvoTrackerModelFactory(const QString &unknownAlbum, const QString &unknownArtist,
+        int streamingBlockSize, QObject *parent = nullptr);
+    ~KelvoTrackerModelFactory() override;
+
+    /// Opens the store where it is not open yet. Answers, from the event loop, with initCompleted().
+    void init();
+
+    /// Starts a query and returns its result at once; rows, completed() and error() follow from the event loop.
+    /// Never null: an unknown type, or a store that is not open, is reported by the model's error().
+    /// @param firstBlockSize  rows that come by themselves; 0: no limit, all of them
+    /// @param id  the album, artist, playlist or song of a follow-up query; 0 for the others
+    /// The caller owns the model.
+    KelvoTrackerModel *getModel(KelvoTrackerModel::QueryType type, int firstBlockSize, int id);
+
+Q_SIGNALS:
+    /// Whether queries can be answered. Once for each init().
+    void initCompleted(bool ok);
+
+private:
+    const QString m_unknownAlbum;
+    const QString m_unknownArtist;
+    const int m_streamingBlockSize;
+    bool m_waiting = false;
+};

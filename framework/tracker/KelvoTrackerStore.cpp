@@ -1,0 +1,335 @@
+// SPDX-License-Identifier: MIT
+#include "KelvoTrackerStore.h"
+
+#include "KelvoMessageHandler.h"
+#include "index/FileUri.h"
+#include "index/Indexer.h"
+#include "store/GuiMailbox.h"
+#include "store/Sparql.h"
+#include "store/StoreOpening.h"
+#include "store/StoreSession.h"
+#include "store/TrackerThreads.h"
+
+#include <QCoreApplication>
+#include <QSet>
+#include <QThreadPool>
+#include <QTimer>
+
+struct KelvoTrackerStore::Private
+{
+    explicit Private(KelvoTrackerStore *store)
+        : mailbox(std::make_shared<GuiMailbox>(store))
+    {
+        operations.setMaxThreadCount(1); // openings, closings and small updates, in the order asked for
+    }
+
+    std::shared_ptr<GuiMailbox> mailbox;
+    QThreadPool operations;
+    QSet<QObject *> users;
+    State state = Closed;
+    QString error;
+    bool readOnly = false;
+    /// Counts openings, so that what comes late from an earlier one is told from news.
+    quint64 attempt = 0;
+    std::shared_ptr<StoreSession> session;
+    bool indexing = false;
+    std::shared_ptr<Indexer> indexer;
+};
+
+namespace {
+// Operations thread: opens the store for the session and says how that ended.
+struct OpeningEnd
+{
+    int state = KelvoTrackerStore::Failed;
+    QString text; // the notice of a rebuilt store, or the error
+    bool readOnly = false;
+};
+
+OpeningEnd openFor(StoreSession &session, const QString &folder, const QString &notice)
+{
+    StoreError error;
+    OpenedStore store = openStore(folder, &error);
+    if (!store.connection) {
+        session.failed(error);
+        return {KelvoTrackerStore::Failed, error.message, false};
+    }
+    const QString text = notice.isEmpty() ? store.notice : notice;
+    const bool readOnly = !store.lock;
+    session.setNotice(text);
+    session.opened(folder, std::move(store.connection), std::move(store.lock));
+    return {KelvoTrackerStore::Open, text, readOnly};
+}
+
+// The song with the URL; empty when there is none.
+QByteArray songAt(const StoreConnection &connection, const QByteArray &url, StoreError *error)
+{
+    return connection.selectOne(QByteArray("SELECT ?song { GRAPH <") + Sparql::MusicGraph
+            + "> { ?song nie:url " + Sparql::literal(url) + " ; a nmm:MusicPiece } }",
+        error);
+}
+
+// Counts one more; the new count, 0 when there is no such song.
+int addPlay(StoreConnection &connection, const QByteArray &url, StoreError *error)
+{
+    const QByteArray song = songAt(connection, url, error);
+    if (song.isEmpty())
+        return 0;
+    const QByteArray graph = QByteArray("{ GRAPH <") + Sparql::MusicGraph + "> { " + Sparql::iri(song);
+    const int count
+        = connection.selectOne("SELECT ?n " + graph + " nie:usageCounter ?n } }", error).toInt() + 1;
+    const QByteArray text = "INSERT OR REPLACE " + graph + " nie:usageCounter " + QByteArray::number(count)
+        + " ; nie:contentAccessed " + Sparql::now() + " } }";
+    return connection.update({text}, error) ? count : 0;
+}
+
+bool setMark(StoreConnection &connection, const QByteArray &url, const char *tag, bool on, StoreError *error)
+{
+    const QByteArray song = songAt(connection, url, error);
+    if (song.isEmpty())
+        return false;
+    return connection.update(
+        {QByteArray(on ? "INSERT DATA" : "DELETE DATA") + " { GRAPH <" + Sparql::MusicGraph + "> { "
+            + Sparql::iri(song) + " nao:hasTag <" + tag + "> } }"},
+        error);
+}
+
+// Runs an operation inside the session; failures other than its end go to the log.
+template <class Function> void within(const std::shared_ptr<StoreSession> &session, Function operation)
+{
+    StoreError error;
+    StoreSession::Entry entry = session->enter([] {}, &error);
+    if (entry)
+        operation(*entry.operator->(), &error);
+    entry.leave();
+    if (!error || error.kind == StoreError::Closed)
+        return;
+    qCWarning(lcKelvo).noquote() << "The tracker store was not updated:" << error.message;
+    session->report(error);
+}
+} // namespace
+
+KelvoTrackerStore *KelvoTrackerStore::instance()
+{
+    static KelvoTrackerStore store;
+    return &store;
+}
+
+KelvoTrackerStore::KelvoTrackerStore()
+    : d(std::make_unique<Private>(this))
+{
+    qRegisterMetaType<KelvoIndexReport>();
+    TrackerThreads::waitForAll(); // makes the pool, so that it is destroyed after this object
+    // The threads end while the application object still stands.
+    qAddPostRoutine([] { instance()->shutDown(); });
+}
+
+KelvoTrackerStore::~KelvoTrackerStore()
+{
+    d->mailbox->close();
+    shutDown();
+}
+
+void KelvoTrackerStore::shutDown()
+{
+    d->users.clear();
+    d->indexing = false;
+    updateIndexer();
+    close();
+    d->operations.waitForDone();
+    TrackerThreads::waitForAll();
+    d->indexer.reset();
+}
+
+void KelvoTrackerStore::hold(QObject *user)
+{
+    if (!d->users.contains(user)) {
+        d->users.insert(user);
+        connect(user, &QObject::destroyed, this, &KelvoTrackerStore::release);
+    }
+    if (d->state == Closed || d->state == Failed)
+        open();
+    else if (d->state == Open)
+        d->mailbox->post([this] { Q_EMIT opened(d->state == Open); });
+}
+
+void KelvoTrackerStore::release(QObject *user)
+{
+    if (!d->users.remove(user))
+        return;
+    disconnect(user, &QObject::destroyed, this, &KelvoTrackerStore::release);
+    // Later, so that a user that replaces another one finds the store open.
+    d->mailbox->post([this] {
+        if (d->users.isEmpty())
+            close();
+    });
+}
+
+KelvoTrackerStore::State KelvoTrackerStore::state() const
+{
+    return d->state;
+}
+
+QString KelvoTrackerStore::errorText() const
+{
+    return d->error;
+}
+
+bool KelvoTrackerStore::isReadOnly() const
+{
+    return d->state == Open && d->readOnly;
+}
+
+QString KelvoTrackerStore::folder() const
+{
+    return StoreFolder::defaultPath();
+}
+
+std::shared_ptr<StoreSession> KelvoTrackerStore::session() const
+{
+    if (d->session)
+        return d->session;
+    auto none = std::make_shared<StoreSession>();
+    none->failed({StoreError::Closed, QStringLiteral("The tracker store is not open")});
+    return none;
+}
+
+void KelvoTrackerStore::open()
+{
+    d->state = Opening;
+    d->error.clear();
+    d->session = std::make_shared<StoreSession>();
+    const quint64 attempt = ++d->attempt;
+    d->session->setDamageHandler([this, attempt, mailbox = d->mailbox](const StoreError &why) {
+        mailbox->post([this, attempt, why] { rebuild(attempt, why); });
+    });
+    d->operations.start(
+        [this, attempt, session = d->session, mailbox = d->mailbox, path = StoreFolder::defaultPath()] {
+            const OpeningEnd end = openFor(*session, path, {});
+            mailbox->post([=, this] { finishOpening(attempt, end.state, end.text, end.readOnly); });
+        });
+}
+
+void KelvoTrackerStore::finishOpening(quint64 attempt, int state, const QString &text, bool readOnly)
+{
+    if (attempt != d->attempt || d->state != Opening)
+        return;
+    d->state = State(state);
+    d->readOnly = readOnly;
+    if (state == Failed) {
+        d->error = text;
+        qCWarning(lcKelvo).noquote() << "The tracker store cannot be used:" << text;
+    } else {
+        qCDebug(lcKelvo).noquote() << "The tracker store is open:" << StoreFolder::defaultPath();
+        updateIndexer();
+    }
+    Q_EMIT opened(state == Open);
+    if (state == Open && !text.isEmpty())
+        Q_EMIT rebuilt(text);
+}
+
+// The store's damage showed while it was in use: everything in it ends, and a new one takes its place.
+void KelvoTrackerStore::rebuild(quint64 attempt, const StoreError &why)
+{
+    if (attempt != d->attempt || d->state != Open)
+        return;
+    const std::shared_ptr<StoreSession> old = d->session;
+    if (d->indexer)
+        d->indexer->stop();
+    const bool own = !d->readOnly;
+    d->state = Opening;
+    d->session = std::make_shared<StoreSession>();
+    const quint64 next = ++d->attempt;
+    d->session->setDamageHandler([this, next, mailbox = d->mailbox](const StoreError &again) {
+        mailbox->post([this, next, again] { rebuild(next, again); });
+    });
+    d->operations.start(
+        [=, this, session = d->session, mailbox = d->mailbox, path = StoreFolder::defaultPath()] {
+            old->close();
+            const QString notice = own ? discardStore(path, why) : why.message;
+            const OpeningEnd end = openFor(*session, path, notice);
+            mailbox->post([=, this] { finishOpening(next, end.state, end.text, end.readOnly); });
+        });
+}
+
+void KelvoTrackerStore::close()
+{
+    if (!d->session)
+        return;
+    if (d->indexer)
+        d->indexer->stop();
+    d->operations.start([this, session = std::exchange(d->session, nullptr), mailbox = d->mailbox] {
+        session->close();
+        mailbox->post([this] {
+            if (d->state == Closed)
+                Q_EMIT closed();
+        });
+    });
+    ++d->attempt;
+    d->state = Closed;
+}
+
+void KelvoTrackerStore::startIndexing()
+{
+    d->indexing = true;
+    updateIndexer();
+}
+
+void KelvoTrackerStore::stopIndexing()
+{
+    d->indexing = false;
+    updateIndexer();
+}
+
+bool KelvoTrackerStore::isIndexing() const
+{
+    return d->indexer && d->indexer->isRunning();
+}
+
+void KelvoTrackerStore::rescan()
+{
+    if (d->indexer)
+        d->indexer->rescan();
+}
+
+void KelvoTrackerStore::updateIndexer()
+{
+    if (d->indexer && (!d->indexing || d->indexer->session() != d->session))
+        d->indexer->stop();
+    const bool wanted = d->indexing && d->state == Open && !d->readOnly;
+    if (!wanted || (d->indexer && d->indexer->isRunning()))
+        return;
+    const auto report = [this, mailbox = d->mailbox](const KelvoIndexReport &pass) {
+        mailbox->post([this, pass] { Q_EMIT indexed(pass); });
+    };
+    d->indexer = Indexer::start(d->session, IndexSettings::fromEnvironment(), report, d->indexer);
+}
+
+void KelvoTrackerStore::countPlay(const QUrl &url)
+{
+    d->operations.start([this, url, session = session(), mailbox = d->mailbox] {
+        within(session, [&](StoreConnection &connection, StoreError *error) {
+            if (const int count = addPlay(connection, FileUri::canonical(url.toEncoded()), error))
+                mailbox->post([this, url, count] { Q_EMIT playCounted(url, count); });
+        });
+    });
+}
+
+void KelvoTrackerStore::setFavorite(const QUrl &url, bool favorite)
+{
+    mark(url, Sparql::FavoriteTag, favorite);
+}
+
+void KelvoTrackerStore::setDownloaded(const QUrl &url, bool downloaded)
+{
+    mark(url, Sparql::DownloadedTag, downloaded);
+}
+
+void KelvoTrackerStore::mark(const QUrl &url, const char *tag, bool on)
+{
+    d->operations.start([this, url, tag, on, session = session(), mailbox = d->mailbox] {
+        within(session, [&](StoreConnection &connection, StoreError *error) {
+            if (setMark(connection, FileUri::canonical(url.toEncoded()), tag, on, error))
+                mailbox->post([this, url] { Q_EMIT marked(url); });
+        });
+    });
+}

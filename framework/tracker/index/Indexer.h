@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "../KelvoTrackerStore.h"
+#include "../store/StoreSession.h"
+#include "DesktopIndex.h"
+#include "FolderTree.h"
+#include "FolderWatch.h"
+#include "IndexSettings.h"
+#include "MediaDiscoverer.h"
+#include "StoreWriter.h"
+
+#include <atomic>
+#include <condition_variable>
+#include <functional>
+#include <memory>
+#include <mutex>
+
+/// Keeps a store up to date with the media folders, on a thread of its own, until it is stopped or the store's session
+/// is closed.
+///
+/// It looks through everything once, then follows what changes. A pass compares folders with what the store
+/// holds, reads what is new or changed, and writes it in batches, so that songs appear while a long pass runs.
+class Indexer : public std::enable_shared_from_this<Indexer>
+{
+public:
+    using Report = std::function<void(const KelvoIndexReport &)>;
+
+    /// `report` is called on the indexer's thread after each pass. Begins when `previous` has ended.
+    static std::shared_ptr<Indexer> start(std::shared_ptr<StoreSession> session, IndexSettings settings,
+        Report report, std::shared_ptr<Indexer> previous);
+
+    const std::shared_ptr<StoreSession> &session() const { return m_session; }
+    /// Any thread; returns at once.
+    void stop();
+    void rescan();
+    /// Neither stopped nor ended.
+    bool isRunning() const;
+
+private:
+    Indexer(std::shared_ptr<StoreSession> session, IndexSettings settings, Report report);
+
+    void run();
+    void follow(StoreWriter &writer);
+    bool wantsFullPass(const FolderWatch::Changes &changes);
+    QSet<QByteArray> missingRoots() const;
+    bool loadKnown(StoreWriter &writer);
+    void fullPass(StoreWriter &writer);
+    void partPass(StoreWriter &writer, const QSet<QByteArray> &folders);
+    void apply(StoreWriter &writer, FolderTree::Difference &difference, KelvoIndexReport *report);
+    bool applyMissing(StoreWriter &writer, FolderTree::Difference &difference, KelvoIndexReport *report);
+    bool applyFound(StoreWriter &writer, std::vector<FolderTree::Found> &files, KelvoIndexReport *report);
+    bool replaceOfOtherKind(StoreWriter &writer, const FolderTree::Found &found, MediaItem *item);
+    bool flush(StoreWriter &writer, std::vector<MediaItem> *items, KelvoIndexReport *report);
+    MediaItem read(const FolderTree::Found &found);
+    bool isDownloaded(const QByteArray &path) const;
+    bool fail(const StoreError &error);
+
+    // Taking over the desktop's index (Indexer_desktop.cpp)
+    bool followDesktop(StoreWriter &writer);
+    void desktopPass(StoreWriter &writer, const DesktopIndex &desktop);
+    bool applyDesktop(StoreWriter &writer, std::vector<MediaItem> items, KelvoIndexReport *report);
+    void waitForEnd();
+
+    const std::shared_ptr<StoreSession> m_session;
+    const IndexSettings m_settings;
+    const Report m_report;
+
+    std::atomic<bool> m_stopped{false};
+    std::atomic<bool> m_rescan{false};
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    bool m_ended = false;
+
+    FolderWatch m_watch;
+    FolderTree m_tree;
+    MediaDiscoverer m_discoverer;
+    StoreCancellation m_cancellation;
+    bool m_reload = true; // the tree has to be read from the store again
+    QSet<QByteArray> m_missingRoots; // when everything was looked through the last time
+};

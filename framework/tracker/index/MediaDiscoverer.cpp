@@ -1,0 +1,163 @@
+// SPDX-License-Identifier: MIT
+#include "MediaDiscoverer.h"
+
+#include "../store/GObjectPtr.h"
+#include "KelvoMessageHandler.h"
+#include "TextRepair.h"
+
+#include <gst/gst.h>
+#include <gst/pbutils/pbutils.h>
+
+#include <algorithm>
+
+namespace {
+constexpr GstClockTime timeout = 5 * GST_SECOND;
+
+QString tagText(const GstTagList *tags, const char *name)
+{
+    gchar *text = nullptr;
+    if (!tags || !gst_tag_list_get_string(tags, name, &text))
+        return {};
+    const GCharPtr owned(text);
+    return TextRepair::tidy(QString::fromUtf8(text));
+}
+
+int tagNumber(const GstTagList *tags, const char *name)
+{
+    guint number = 0;
+    if (tags)
+        gst_tag_list_get_uint(tags, name, &number);
+    return int(std::min(number, 1'000'000u));
+}
+
+int tagYear(const GstTagList *tags)
+{
+    GstDateTime *date = nullptr;
+    if (!tags || !gst_tag_list_get_date_time(tags, GST_TAG_DATE_TIME, &date))
+        return 0;
+    const int year = gst_date_time_has_year(date) ? gst_date_time_get_year(date) : 0;
+    gst_date_time_unref(date);
+    return year;
+}
+
+// A cover is a video stream of one picture.
+bool hasMovingPictures(GstDiscovererInfo *info)
+{
+    GList *streams = gst_discoverer_info_get_video_streams(info);
+    bool found = false;
+    for (const GList *entry = streams; entry; entry = entry->next)
+        found = found || !gst_discoverer_video_info_is_image(GST_DISCOVERER_VIDEO_INFO(entry->data));
+    gst_discoverer_stream_info_list_free(streams);
+    return found;
+}
+
+bool hasSound(GstDiscovererInfo *info)
+{
+    GList *streams = gst_discoverer_info_get_audio_streams(info);
+    const bool found = streams;
+    gst_discoverer_stream_info_list_free(streams);
+    return found;
+}
+
+bool isUnderstood(GstDiscovererInfo *info)
+{
+    const GstDiscovererResult result = gst_discoverer_info_get_result(info);
+    // Missing decoders do not keep the rest from being known.
+    return (result == GST_DISCOVERER_OK || result == GST_DISCOVERER_MISSING_PLUGINS)
+        && (hasMovingPictures(info) || hasSound(info));
+}
+
+void fill(MediaItem *item, GstDiscovererInfo *info)
+{
+    item->kind = hasMovingPictures(info) ? MediaKind::Video : MediaKind::Song;
+    const GstClockTime duration = gst_discoverer_info_get_duration(info);
+    if (GST_CLOCK_TIME_IS_VALID(duration) && duration > 0)
+        item->seconds = int(std::clamp<quint64>((duration + GST_SECOND / 2) / GST_SECOND, 1, INT32_MAX));
+    const GstTagList *tags = gst_discoverer_info_get_tags(info);
+    if (const QString title = tagText(tags, GST_TAG_TITLE); !title.isEmpty())
+        item->title = title;
+    if (const QString artist = tagText(tags, GST_TAG_ARTIST); !artist.isEmpty())
+        item->artists = QStringList(artist);
+    item->album = tagText(tags, GST_TAG_ALBUM);
+    item->albumArtist = tagText(tags, GST_TAG_ALBUM_ARTIST);
+    item->genre = tagText(tags, GST_TAG_GENRE);
+    item->track = tagNumber(tags, GST_TAG_TRACK_NUMBER);
+    item->disc = tagNumber(tags, GST_TAG_ALBUM_VOLUME_NUMBER);
+    item->year = tagYear(tags);
+}
+} // namespace
+
+struct MediaDiscoverer::Private
+{
+    bool prepare();
+
+    std::atomic<bool> interrupted{false};
+    GMainContext *context = g_main_context_new();
+    GObjectPtr<GstDiscoverer> discoverer;
+    bool failed = false;
+    // Of the file being read:
+    MediaItem *item = nullptr;
+    bool done = false;
+    bool understood = false;
+};
+
+bool MediaDiscoverer::Private::prepare()
+{
+    if (discoverer || failed)
+        return !failed;
+    GErrorPtr error;
+    failed = !gst_init_check(nullptr, nullptr, error.out());
+    if (!failed)
+        discoverer = GObjectPtr<GstDiscoverer>::take(gst_discoverer_new(timeout, error.out()));
+    failed = !discoverer;
+    if (failed) {
+        qCWarning(lcKelvo) << "Videos are indexed by their names only:"
+                           << (error ? error.get()->message : "the media engine does not start");
+        return false;
+    }
+    const auto discovered = +[](GstDiscoverer *, GstDiscovererInfo *info, GError *, gpointer data) {
+        auto *self = static_cast<Private *>(data);
+        self->understood = info && isUnderstood(info);
+        if (self->understood)
+            fill(self->item, info);
+        self->done = true;
+    };
+    g_signal_connect(discoverer.get(), "discovered", G_CALLBACK(discovered), this);
+    return true;
+}
+
+MediaDiscoverer::MediaDiscoverer()
+    : d(std::make_unique<Private>())
+{
+}
+
+MediaDiscoverer::~MediaDiscoverer()
+{
+    d->discoverer.reset();
+    g_main_context_unref(d->context);
+}
+
+bool MediaDiscoverer::read(MediaItem *item)
+{
+    if (!d->prepare())
+        return false;
+    d->item = item;
+    d->done = false;
+    d->understood = false;
+    // The discoverer's callbacks come through the context of the thread that starts it.
+    g_main_context_push_thread_default(d->context);
+    gst_discoverer_start(d->discoverer.get());
+    if (gst_discoverer_discover_uri_async(d->discoverer.get(), item->uri.constData())) {
+        while (!d->done && !d->interrupted)
+            g_main_context_iteration(d->context, true);
+    }
+    gst_discoverer_stop(d->discoverer.get());
+    g_main_context_pop_thread_default(d->context);
+    return d->understood;
+}
+
+void MediaDiscoverer::interrupt()
+{
+    d->interrupted = true;
+    g_main_context_wakeup(d->context);
+}

@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+#include "MediaItem.h"
+
+QByteArray FileStamp::toText() const
+{
+    return QByteArray::number(inode) + ':' + QByteArray::number(size) + ':' + QByteArray::number(modified);
+}
+
+FileStamp FileStamp::fromText(const QByteArray &text)
+{
+    const QList<QByteArray> parts = text.split(':');
+    return {parts.value(0).toULongLong(), parts.value(1).toLongLong(), parts.value(2).toLongLong()};
+}
+
+QByteArray resourceIri(MediaKind kind, quint64 number)
+{
+    const char *name = kind == MediaKind::Song ? "song" : kind == MediaKind::Video ? "video" : "playlist";
+    return QByteArray("urn:kelvo:") + name + ':' + QByteArray::number(number, 16);
+}
+
+quint64 resourceNumber(const QByteArray &iri)
+{
+    return iri.mid(iri.lastIndexOf(':') + 1).toULongLong(nullptr, 16);
+}

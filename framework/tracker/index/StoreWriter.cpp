@@ -1,0 +1,326 @@
+// SPDX-License-Identifier: MIT
+#include "StoreWriter.h"
+
+#include "../store/Sparql.h"
+#include "FileUri.h"
+#include "KelvoMessageHandler.h"
+
+#include <QCryptographicHash>
+
+using Sparql::iri;
+using Sparql::literal;
+
+namespace {
+const QByteArray graph = QByteArray("GRAPH <") + Sparql::MusicGraph + '>';
+const QByteArray with = QByteArray("WITH <") + Sparql::MusicGraph + "> ";
+constexpr size_t entriesPerStatement = 500;
+
+QByteArray hashed(const char *kind, const QString &first, const QString &second = {})
+{
+    QCryptographicHash hash(QCryptographicHash::Sha1);
+    hash.addData(first.toUtf8());
+    hash.addData(QByteArray(1, '\0'));
+    hash.addData(second.toUtf8());
+    return QByteArray("urn:kelvo:") + kind + ':' + hash.result().left(12).toHex();
+}
+
+QByteArray insert(const QByteArray &triples)
+{
+    return "INSERT DATA { " + graph + " { " + triples + " } }";
+}
+
+QByteArray clear(const QByteArray &subject, const char *property)
+{
+    const QByteArray pattern = subject + ' ' + property + " ?o";
+    return with + "DELETE { " + pattern + " } WHERE { " + pattern + " }";
+}
+
+// What a file has whatever it holds.
+QByteArray commonProperties(const MediaItem &item)
+{
+    QByteArray text = " ; nie:title " + literal(item.title) + " ; nie:url " + literal(item.uri)
+        + " ; nie:version " + literal(item.stamp.toText());
+    if (!item.mimeType.isEmpty())
+        text += " ; nie:mimeType " + literal(item.mimeType);
+    return text;
+}
+
+QByteArray videoStatement(const MediaItem &item)
+{
+    const QByteArray subject = iri(resourceIri(MediaKind::Video, item.number));
+    QByteArray text = "INSERT OR REPLACE { " + subject + " a nmm:Video , nfo:FileDataObject"
+        + commonProperties(item) + " ; nfo:fileName " + literal(FileUri::fileName(item.uri))
+        + " ; nfo:fileSize " + QByteArray::number(item.stamp.size);
+    if (item.seconds > 0)
+        text += " ; nfo:duration " + QByteArray::number(item.seconds);
+    if (item.isNew)
+        text += " ; nie:created " + Sparql::now();
+    return text + " }";
+}
+
+std::vector<QByteArray> removal(MediaKind kind, quint64 number)
+{
+    const QByteArray subject = iri(resourceIri(kind, number));
+    const QByteArray triple = subject + " a rdfs:Resource";
+    if (kind == MediaKind::Video)
+        return {"DELETE DATA { " + triple + " }"};
+    std::vector<QByteArray> statements;
+    if (kind == MediaKind::Playlist) {
+        // What is a favourite by standing in this list is none without it.
+        statements.push_back(with + "DELETE { ?song nao:hasTag <" + Sparql::FavoriteTag + "> } WHERE { "
+            + subject
+            + " nie:title ?title ; nfo:hasMediaFileListEntry ?entry . FILTER (LCASE(?title) IN "
+              "(\"favorites\", "
+              "\"favourites\")) ?entry nfo:entryUrl ?url . ?song nie:url ?url }");
+        statements.push_back(with + "DELETE { ?entry a rdfs:Resource } WHERE { " + subject
+            + " nfo:hasMediaFileListEntry ?entry }");
+    }
+    statements.push_back("DELETE DATA { " + graph + " { " + triple + " } }");
+    return statements;
+}
+
+std::vector<QByteArray> playlistStatements(const MediaItem &item)
+{
+    const QByteArray name = resourceIri(MediaKind::Playlist, item.number);
+    const QByteArray subject = iri(name);
+    std::vector<QByteArray> statements;
+    if (!item.isNew)
+        statements = removal(MediaKind::Playlist, item.number);
+    statements.push_back(insert(subject + " a nmm:Playlist , nie:DataObject" + commonProperties(item)
+        + " ; nfo:entryCounter " + QByteArray::number(item.entries.size())
+        + " ; nfo:listDuration 0 ; nie:created " + Sparql::now()));
+    for (size_t first = 0; first < item.entries.size(); first += entriesPerStatement) {
+        QByteArray triples;
+        for (size_t i = first; i < std::min(first + entriesPerStatement, item.entries.size()); ++i) {
+            const QByteArray position = QByteArray::number(i);
+            const QByteArray entry = iri(name + ':' + position);
+            triples += subject + " nfo:hasMediaFileListEntry " + entry + " . " + entry
+                + " a nfo:MediaFileListEntry ; nfo:listPosition " + position + " ; nfo:entryUrl "
+                + literal(item.entries[i].uri) + " ; rdfs:label " + literal(item.entries[i].title) + " . ";
+        }
+        statements.push_back(insert(triples));
+    }
+    return statements;
+}
+} // namespace
+
+StoreWriter::StoreWriter(StoreConnection &connection)
+    : m_connection(connection)
+{
+}
+
+std::vector<std::pair<QByteArray, KnownFile>> StoreWriter::readKnown(StoreError *error)
+{
+    static const struct
+    {
+        MediaKind kind;
+        const char *type;
+    } kinds[] = {{MediaKind::Song, "nmm:MusicPiece"}, {MediaKind::Video, "nmm:Video"},
+        {MediaKind::Playlist, "nmm:Playlist"}};
+    std::vector<std::pair<QByteArray, KnownFile>> files;
+    for (const auto &[kind, type] : kinds) {
+        const QByteArray pattern = QByteArray("{ ?s a ") + type + " ; nie:url ?url ; nie:version ?version }";
+        StoreCursor cursor = m_connection.select("SELECT ?s ?url ?version "
+                + (kind == MediaKind::Video ? pattern : "{ " + graph + ' ' + pattern + " }"),
+            {}, nullptr, error);
+        while (cursor && cursor.next(error)) {
+            // Each graph is a file of its own, and the names of resources are in yet another: when the power goes in
+            // the wrong moment they can differ.
+            if (!cursor.text(0)) {
+                *error = {StoreError::Damaged, QStringLiteral("The tracker store is damaged: a song has no name")};
+                return {};
+            }
+            const QByteArray path = FileUri::toPath(cursor.text(1));
+            files.emplace_back(path.isEmpty() ? QByteArray(cursor.text(1)) : path,
+                KnownFile{{}, FileStamp::fromText(cursor.text(2)), resourceNumber(cursor.text(0)), kind});
+        }
+        if (*error)
+            return {};
+    }
+    return files;
+}
+
+bool StoreWriter::releaseUris(const std::vector<KnownFile> &files, StoreError *error)
+{
+    std::vector<QByteArray> statements;
+    for (const KnownFile &file : files) {
+        const QByteArray pattern = iri(resourceIri(file.kind, file.number)) + " nie:url ?url";
+        statements.push_back((file.kind == MediaKind::Video ? QByteArray() : with) + "DELETE { " + pattern
+            + " } WHERE { " + pattern + " }");
+    }
+    return statements.empty() || m_connection.update(statements, error);
+}
+
+bool StoreWriter::write(const std::vector<MediaItem> &items, std::vector<bool> *written, StoreError *error)
+{
+    written->assign(items.size(), true);
+    std::vector<std::vector<QByteArray>> each;
+    std::vector<QByteArray> all;
+    for (const MediaItem &item : items) {
+        each.push_back(statementsFor(item));
+        all.insert(all.end(), each.back().begin(), each.back().end());
+    }
+    if (m_connection.update(all, error))
+        return true;
+    // One bad statement refuses all: then each item by itself.
+    m_present.clear();
+    for (size_t i = 0; i < items.size() && !error->needsRebuilding() && error->kind != StoreError::NoSpace;
+         ++i) {
+        *error = {};
+        (*written)[i] = m_connection.update(statementsFor(items[i]), error);
+        if (!(*written)[i])
+            qCWarning(lcKelvo).noquote()
+                << "The tracker store refuses" << items[i].uri << ':' << error->message;
+    }
+    const bool goesOn = !error->needsRebuilding() && error->kind != StoreError::NoSpace;
+    if (goesOn)
+        *error = {};
+    return goesOn;
+}
+
+bool StoreWriter::remove(const std::vector<KnownFile> &files, StoreError *error)
+{
+    constexpr size_t perBatch = 500;
+    std::vector<QByteArray> statements;
+    for (size_t i = 0; i < files.size(); ++i) {
+        for (QByteArray &statement : removal(files[i].kind, files[i].number))
+            statements.push_back(std::move(statement));
+        if (statements.size() < perBatch && i + 1 < files.size())
+            continue;
+        if (!m_connection.update(statements, error))
+            return false;
+        statements.clear();
+    }
+    return true;
+}
+
+std::vector<QByteArray> StoreWriter::statementsFor(const MediaItem &item)
+{
+    switch (item.kind) {
+    case MediaKind::Song:
+        return songStatements(item);
+    case MediaKind::Video:
+        return {videoStatement(item)};
+    case MediaKind::Playlist:
+        return playlistStatements(item);
+    case MediaKind::Ignored:
+        break;
+    }
+    return {};
+}
+
+QByteArray StoreWriter::artist(const QString &name, std::vector<QByteArray> *statements)
+{
+    if (name.isEmpty())
+        return Sparql::UnknownArtist;
+    const QByteArray resource = hashed("artist", name);
+    if (!m_present.contains(resource)) {
+        m_present.insert(resource);
+        statements->push_back(insert('<' + resource + "> a nmm:Artist ; nmm:artistName " + literal(name)));
+    }
+    return resource;
+}
+
+// Albums of one name are one album when their artist is the same: the album artist or, without that tag, the song's.
+QByteArray StoreWriter::album(const MediaItem &item, std::vector<QByteArray> *statements)
+{
+    if (item.album.isEmpty())
+        return Sparql::UnknownAlbum;
+    QString owner = item.albumArtist;
+    if (owner.isEmpty() && !item.isCompilation)
+        owner = item.artists.value(0);
+    const QByteArray resource = hashed("album", item.album, owner);
+    if (!m_present.contains(resource)) {
+        m_present.insert(resource);
+        const QByteArray by = artist(owner, statements);
+        statements->push_back(insert('<' + resource + "> a nmm:MusicAlbum ; nie:title " + literal(item.album)
+            + " ; nmm:albumArtist <" + by + '>'));
+    }
+    return resource;
+}
+
+QByteArray StoreWriter::disc(const QByteArray &album, int number, std::vector<QByteArray> *statements)
+{
+    const QByteArray resource = album + ":disc" + QByteArray::number(number);
+    if (!m_present.contains(resource)) {
+        m_present.insert(resource);
+        statements->push_back(
+            insert('<' + resource + "> a nmm:MusicAlbumDisc ; nmm:setNumber " + QByteArray::number(number)));
+    }
+    return resource;
+}
+
+std::vector<QByteArray> StoreWriter::songStatements(const MediaItem &item)
+{
+    std::vector<QByteArray> statements;
+    const QByteArray subject = iri(resourceIri(MediaKind::Song, item.number));
+    const QByteArray mainArtist = artist(item.artists.value(0), &statements);
+    const QByteArray onAlbum = album(item, &statements);
+    QByteArray text = subject + " a nmm:MusicPiece , nie:DataObject" + commonProperties(item)
+        + " ; nie:byteSize " + QByteArray::number(item.stamp.size) + " ; nfo:duration "
+        + QByteArray::number(item.seconds) + " ; nmm:trackNumber " + QByteArray::number(item.track)
+        + " ; nfo:genre " + literal(item.genre) + " ; nmm:artist <" + mainArtist + "> ; nmm:musicAlbum <"
+        + onAlbum + "> ; nmm:performer <" + mainArtist + '>';
+    for (const QString &name : item.artists.mid(1))
+        text += " , <" + artist(name, &statements) + '>';
+    if (item.year >= 1 && item.year <= 9999)
+        text += " ; nie:contentCreated \"" + QByteArray::number(item.year).rightJustified(4, '0')
+            + "-01-01T00:00:00Z\"";
+    if (item.disc > 0)
+        text += " ; nmm:musicAlbumDisc <" + disc(onAlbum, item.disc, &statements) + '>';
+    if (item.isDownloaded)
+        text += QByteArray(" ; nao:hasTag <") + Sparql::DownloadedTag + '>';
+    if (item.isNew) {
+        // One statement for each song: the library loses properties of some songs in larger ones.
+        statements.push_back(insert(text + " ; nie:usageCounter 0 ; nie:created " + Sparql::now()));
+        return statements;
+    }
+    for (const char *property : {"nmm:performer", "nie:contentCreated", "nmm:musicAlbumDisc"})
+        statements.push_back(clear(subject, property));
+    statements.push_back("INSERT OR REPLACE { " + graph + " { " + text + " } }");
+    return statements;
+}
+
+bool StoreWriter::tidyUp(StoreError *error)
+{
+    const auto withoutUse = [](const char *type, const char *use) {
+        return with + "DELETE { ?x a rdfs:Resource } WHERE { ?x a " + type + " . FILTER NOT EXISTS { " + use
+            + " } }";
+    };
+    const std::vector<QByteArray> statements{
+        // A song loses its URI when it moves; one that did not get it back belongs to a run that was ended.
+        withoutUse("nmm:MusicPiece", "?x nie:url ?url"),
+        withoutUse("nmm:MusicAlbum", "?song nmm:musicAlbum ?x"),
+        withoutUse("nmm:MusicAlbumDisc", "?song nmm:musicAlbumDisc ?x"),
+        with
+            + "DELETE { ?x a rdfs:Resource } WHERE { ?x a nmm:Artist . FILTER NOT EXISTS { ?song "
+              "nmm:performer ?x } "
+              "FILTER NOT EXISTS { ?album nmm:albumArtist ?x } }",
+        with + "INSERT { ?song nao:hasTag <" + Sparql::FavoriteTag
+            + "> } WHERE { ?list a nmm:Playlist ; nie:title ?title ; nfo:hasMediaFileListEntry ?entry . "
+              "FILTER "
+              "(LCASE(?title) IN (\"favorites\", \"favourites\")) ?entry nfo:entryUrl ?url . ?song nie:url "
+              "?url ; a "
+              "nmm:MusicPiece }",
+        insert(QByteArray("<") + Sparql::UnknownArtist + "> a nmm:Artist ; nmm:artistName \"\" . <"
+            + Sparql::UnknownAlbum + "> a nmm:MusicAlbum ; nie:title \"\" ; nmm:albumArtist <"
+            + Sparql::UnknownArtist + '>'),
+    };
+    m_present.clear();
+    return m_connection.update(statements, error) && sumUpPlaylists(error);
+}
+
+bool StoreWriter::sumUpPlaylists(StoreError *error)
+{
+    std::vector<QByteArray> statements;
+    StoreCursor cursor = m_connection.select("SELECT ?list (SUM(?length) AS ?sum) { " + graph
+            + " { ?list a nmm:Playlist ; nfo:hasMediaFileListEntry ?entry . ?entry nfo:entryUrl ?url . ?song "
+              "nie:url "
+              "?url ; nfo:duration ?length } } GROUP BY ?list",
+        {}, nullptr, error);
+    while (cursor && cursor.next(error))
+        statements.push_back("INSERT OR REPLACE { " + graph + " { " + iri(cursor.text(0))
+            + " nfo:listDuration " + QByteArray::number(cursor.integer(1)) + " } }");
+    cursor = StoreCursor();
+    return !*error && (statements.empty() || m_connection.update(statements, error));
+}

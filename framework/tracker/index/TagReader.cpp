@@ -1,0 +1,119 @@
+// SPDX-License-Identifier: MIT
+#include "TagReader.h"
+
+#include "TextRepair.h"
+
+#include <fileref.h>
+#include <tag.h>
+#include <tfile.h>
+#include <tfilestream.h>
+#include <tpropertymap.h>
+
+namespace {
+QByteArray latin1Of(const TagLib::String &text)
+{
+    return QByteArray::fromStdString(text.to8Bit(false));
+}
+
+bool mayBeMislabelled(const TagLib::String &text)
+{
+    return text.isLatin1() && !text.isAscii();
+}
+
+/// The tags of one file. Texts that claim to be Latin-1 often are not: they are decoded again from their bytes, with
+/// the file's other texts helping to guess.
+class Tags
+{
+public:
+    explicit Tags(TagLib::File &file)
+        : m_properties(file.properties())
+        , m_tag(file.tag())
+    {
+        for (const char *key : {"TITLE", "ARTIST", "ALBUM", "ALBUMARTIST"}) {
+            for (const TagLib::String &value : m_properties[key]) {
+                if (mayBeMislabelled(value))
+                    m_doubtful += latin1Of(value) + ' ';
+            }
+        }
+    }
+
+    QString decoded(const TagLib::String &text) const
+    {
+        if (mayBeMislabelled(text))
+            return TextRepair::decode(latin1Of(text), m_doubtful);
+        return TextRepair::tidy(QString::fromUtf8(text.toCString(true)));
+    }
+
+    QStringList texts(const char *key) const
+    {
+        QStringList result;
+        const auto found = m_properties.find(key);
+        if (found != m_properties.end()) {
+            for (const TagLib::String &value : found->second)
+                result.append(decoded(value));
+        }
+        result.removeAll(QString());
+        return result;
+    }
+
+    QString text(const char *key) const { return texts(key).value(0); }
+    QString text(const char *key, TagLib::String (TagLib::Tag::*fallback)() const) const
+    {
+        const QString result = text(key);
+        return result.isEmpty() && m_tag ? decoded((m_tag->*fallback)()) : result;
+    }
+
+    /// The number at the beginning: "3" of "3/12", "1999" of "1999-05-01".
+    int number(const char *key) const
+    {
+        const QString value = text(key);
+        qsizetype digits = 0;
+        while (digits < value.size() && digits < 9 && value.at(digits).isDigit())
+            ++digits;
+        return value.left(digits).toInt();
+    }
+
+private:
+    TagLib::PropertyMap m_properties;
+    TagLib::Tag *m_tag;
+    QByteArray m_doubtful;
+};
+
+void fill(MediaItem *item, TagLib::File &file)
+{
+    const Tags tags(file);
+    if (const QString title = tags.text("TITLE", &TagLib::Tag::title); !title.isEmpty())
+        item->title = title;
+    item->artists = tags.texts("ARTIST");
+    if (item->artists.isEmpty() && file.tag())
+        item->artists = QStringList(tags.decoded(file.tag()->artist()));
+    item->artists.removeAll(QString());
+    item->album = tags.text("ALBUM", &TagLib::Tag::album);
+    item->albumArtist = tags.text("ALBUMARTIST");
+    item->isCompilation = tags.number("COMPILATION") == 1;
+    item->genre = tags.text("GENRE", &TagLib::Tag::genre);
+    item->year = tags.number("DATE");
+    item->track = tags.number("TRACKNUMBER");
+    item->disc = tags.number("DISCNUMBER");
+}
+} // namespace
+
+bool readTags(MediaItem *item)
+{
+    try {
+        // By its name alone the library would open the file for writing too.
+        TagLib::FileStream stream(item->path.constData(), true);
+        const TagLib::FileRef file(&stream, true, TagLib::AudioProperties::Average);
+        if (file.isNull() || !file.file()->isValid())
+            return false;
+        fill(item, *file.file());
+        const TagLib::AudioProperties *sound = file.audioProperties();
+        if (!sound || (sound->sampleRate() <= 0 && sound->lengthInMilliseconds() <= 0))
+            return false;
+        const int milliseconds = sound->lengthInMilliseconds();
+        item->seconds = milliseconds > 0 ? std::max(1, (milliseconds + 500) / 1000) : 0;
+        return true;
+    } catch (const std::exception &) {
+        return false; // lengths in broken files make the library ask for more memory than there is
+    }
+}

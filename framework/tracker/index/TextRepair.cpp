@@ -1,0 +1,73 @@
+// SPDX-License-Identifier: MIT
+#include "TextRepair.h"
+
+#include "../store/GObjectPtr.h"
+
+#include <glib.h>
+#include <uchardet/uchardet.h>
+
+#include <algorithm>
+
+namespace {
+constexpr qsizetype maximumLength = 1000;
+constexpr char western[] = "WINDOWS-1252";
+
+bool isHigh(char c)
+{
+    return uchar(c) >= 0x80;
+}
+
+// Western texts have a letter with an accent here and there; in Cyrillic, Greek or Asian ones of eight-bit
+// encodings most letters lie in the upper half. Only there a guess by statistics is better than Windows-1252.
+bool looksForeign(const QByteArray &bytes)
+{
+    const auto high = std::count_if(bytes.begin(), bytes.end(), isHigh);
+    const auto letters
+        = high + std::count_if(bytes.begin(), bytes.end(), [](char c) { return g_ascii_isalpha(c); });
+    return high >= 4 && high * 2 > letters;
+}
+
+QByteArray guess(const QByteArray &bytes)
+{
+    const std::unique_ptr<uchardet, decltype(&uchardet_delete)> detector(uchardet_new(), uchardet_delete);
+    if (uchardet_handle_data(detector.get(), bytes.constData(), size_t(bytes.size())) != 0)
+        return {};
+    uchardet_data_end(detector.get());
+    return uchardet_get_charset(detector.get());
+}
+
+QString convert(const QByteArray &bytes, const QByteArray &encoding)
+{
+    gsize written = 0;
+    const GCharPtr text(g_convert_with_fallback(
+        bytes.constData(), bytes.size(), "UTF-8", encoding.constData(), "?", nullptr, &written, nullptr));
+    return text ? QString::fromUtf8(text.get(), qsizetype(written)) : QString();
+}
+} // namespace
+
+QString TextRepair::decode(const QByteArray &bytes, const QByteArray &more)
+{
+    if (g_utf8_validate(bytes.constData(), bytes.size(), nullptr))
+        return tidy(QString::fromUtf8(bytes));
+    QString text;
+    if (looksForeign(bytes)) {
+        const QByteArray encoding = guess(bytes + ' ' + more);
+        if (!encoding.isEmpty())
+            text = convert(bytes, encoding);
+    }
+    if (text.isEmpty())
+        text = convert(bytes, western);
+    return tidy(text.isEmpty() ? QString::fromLatin1(bytes) : text);
+}
+
+QString TextRepair::tidy(const QString &text)
+{
+    // Cut first: what is longer than this is no title, and normalising it would take long.
+    QString result = text.left(2 * maximumLength).normalized(QString::NormalizationForm_C);
+    for (QChar &c : result) {
+        if (c.category() == QChar::Other_Control || c == QChar::LineSeparator
+            || c == QChar::ParagraphSeparator)
+            c = QLatin1Char(' ');
+    }
+    return result.trimmed().left(maximumLength);
+}

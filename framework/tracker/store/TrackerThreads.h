@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <functional>
+
+/// The worker threads of the tracker store: one for each piece of work that runs.
+namespace TrackerThreads {
+
+/// Any thread. Begins at once, on a thread of its own.
+void run(std::function<void()> work);
+/// Waits for all of it; what runs must have been told to end.
+void waitForAll();
+
+} // namespace TrackerThreads
