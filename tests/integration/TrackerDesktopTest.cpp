@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: MIT
+#include "LogRecorder.h"
+#include "TestGroup.h"
+#include "TrackerTestCase.h"
+
+#include <QCoreApplication>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTest>
+
+namespace {
+QByteArray songText(const QByteArray &name, const QByteArray &title)
+{
+    return "INSERT DATA { <urn:file:" + name + "> a nfo:FileDataObject ; nie:url \"file:///music/" + name
+        + "\" ; nfo:fileSize 1000 ; nfo:fileLastModified \"2026-01-02T03:04:05Z\" . <urn:content:" + name
+        + "> a nmm:MusicPiece ; nie:title \"" + title + "\" ; nie:isStoredAs <urn:file:" + name
+        + "> ; nfo:duration 61 ; nmm:trackNumber 2 ; nfo:genre \"Pop\" ; nie:contentCreated "
+          "\"1985-01-01T00:00:00Z\" ; "
+          "nmm:artist <urn:a> ; nmm:musicAlbum <urn:l> . <urn:a> a nmm:Artist ; nmm:artistName \"Desk\" . "
+          "<urn:l> a "
+          "nmm:MusicAlbum ; nie:title \"Top\" }";
+}
+} // namespace
+
+class TrackerDesktopTest : public TrackerTestCase
+{
+    Q_OBJECT
+
+    QProcess m_desktop;
+
+    bool tell(const QByteArray &update)
+    {
+        m_desktop.write(update + '\n');
+        return m_desktop.waitForReadyRead(10000) && m_desktop.readAllStandardOutput() == "done\n";
+    }
+
+private Q_SLOTS:
+    void init()
+    {
+        TrackerTestCase::init();
+        qputenv("KELVO_TRACKER", "bus");
+    }
+
+    void looksIntoFoldersWhereThereIsNone()
+    {
+        addSong("a.mp3", {"A"});
+        LogRecorder log;
+        QVERIFY(index());
+        QCOMPARE(titles(Type::AllSongs), QStringList("A"));
+        QCOMPARE(log.warnings().filter("desktop's index does not run").size(), 1);
+    }
+
+    void takesOverTheDesktopsIndex()
+    {
+        m_desktop.start(
+            QCoreApplication::applicationDirPath() + "/desktop-index-double", {folder() + "/desktop"});
+        QVERIFY(m_desktop.waitForReadyRead(10000));
+        QCOMPARE(m_desktop.readAllStandardOutput(), "ready\n");
+        QVERIFY(tell(songText("one.mp3", "One")));
+        QVERIFY(tell(songText("two.mp3", "Two")));
+        QVERIFY(tell(
+            "INSERT DATA { <urn:file:v> a nfo:FileDataObject ; nie:url \"file:///v.mp4\" ; nfo:fileSize 9 ; "
+            "nfo:fileLastModified \"2026-01-02T03:04:05Z\" . <urn:v> a nmm:Video ; nie:isStoredAs "
+            "<urn:file:v> ; nfo:duration 7 }"));
+        addSong("not looked at.mp3", {"A"});
+        QVERIFY(index());
+        const auto songs = result(Type::AllSongs);
+        QCOMPARE(texts(*songs, "songTitle"), QStringList({"One", "Two"}));
+        QCOMPARE(value(*songs, 0, "songUri").toString(), "file:///music/one.mp3");
+        QCOMPARE(value(*songs, 0, "songLength").toInt(), 61);
+        QCOMPARE(value(*songs, 0, "trackNumber").toInt(), 2);
+        QCOMPARE(value(*songs, 0, "artistName").toString(), "Desk");
+        QCOMPARE(value(*songs, 0, "albumName").toString(), "Top");
+        QCOMPARE(value(*songs, 0, "genre").toString(), "Pop");
+        QCOMPARE(value(*songs, 0, "year").toInt(), 1985);
+
+        QVERIFY(tell("DELETE DATA { <urn:content:one.mp3> a rdfs:Resource }"));
+        QVERIFY(tell(songText("three.mp3", "Three")));
+        QSignalSpy indexed(&store(), &KelvoTrackerStore::indexed);
+        store().rescan();
+        QVERIFY(indexed.wait(10000));
+        const auto report = indexed.first().first().value<KelvoIndexReport>();
+        QCOMPARE(report.added, 1);
+        QCOMPARE(report.removed, 1);
+        QCOMPARE(report.files, 3);
+        QCOMPARE(titles(Type::AllSongs), QStringList({"Three", "Two"}));
+        closeStore();
+        m_desktop.kill();
+        m_desktop.waitForFinished();
+    }
+};
+
+KELVO_TEST(TrackerDesktopTest)
+#include "TrackerDesktopTest.moc"

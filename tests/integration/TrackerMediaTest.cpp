@@ -1,0 +1,216 @@
+// SPDX-License-Identifier: MIT
+#include "KelvoGeneralSourcePlaylist.h"
+#include "KelvoRegistry.h"
+#include "KelvoRenderer.h"
+#include "LogRecorder.h"
+#include "QSparqlConnection.h"
+#include "QSparqlQueryModel.h"
+#include "TestGroup.h"
+#include "TrackerTestCase.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QTest>
+
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace {
+// How soon a change of a file shows in the store.
+constexpr int soon = 5000;
+
+const QString videoQuery(
+    "SELECT ?video nfo:fileName(?video) nie:url(?video) ?length nfo:fileSize(?video)WHERE {    ?video a "
+    "nmm:Video .    "
+    "OPTIONAL    {      ?video nfo:duration ?length .    } } ORDER BY nfo:fileName(?video)");
+
+QByteArray local(const QString &path)
+{
+    return QFile::encodeName(path);
+}
+} // namespace
+
+/// What takes the media engine or the playlist parser: videos, broken files, playing, playlists. Apart from the rest
+/// because leaks of those libraries have to be traced, which is slow.
+class TrackerMediaTest : public TrackerTestCase
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void findsTheVideosOfTheMediaFolder()
+    {
+        addFile("b.mp4", "clip.mp4");
+        addFile("a.webm", "clip.webm");
+        QVERIFY(index());
+        QSparqlConnection connection("QTRACKER", QSparqlConnectionOptions());
+        QSparqlQueryModel model;
+        QSignalSpy finished(&model, &QSparqlQueryModel::finished);
+        model.setQuery(QSparqlQuery(videoQuery, QSparqlQuery::SelectStatement), connection);
+        QVERIFY(finished.wait());
+        QCOMPARE(texts(model, "fileName"), QStringList({"a.webm", "b.mp4"}));
+        QCOMPARE(texts(model, "length"), QStringList({"2", "2"}));
+        QCOMPARE(value(model, 1, "url").toString(), "file://" + mediaFolder() + "/b.mp4");
+        QCOMPARE(value(model, 1, "fileSize").toLongLong(), QFileInfo(place("b.mp4")).size());
+    }
+
+    void looksIntoVideos()
+    {
+        addFile("clip.mp4", "clip.mp4");
+        addFile("sound only.mp4", "tone.m4a");
+        addFile("no suffix", "tone.ogg");
+        QVERIFY(index());
+        const QStringList songs = titles(Type::AllSongs);
+        QCOMPARE(songs.size(), 2); // the one without pictures, and what shows by its content
+    }
+
+    void survivesWhatIsNoMedia()
+    {
+        LogRecorder log;
+        QProcess copy; // everything that the generated set has, sound and broken
+        copy.start("cp", {"-r", generated("."), mediaFolder() + "/all"});
+        QVERIFY(copy.waitForFinished());
+        QCOMPARE(::mkfifo(local(place("pipe.mp3")).constData(), 0600), 0);
+        const int listener = ::socket(AF_UNIX, SOCK_STREAM, 0);
+        sockaddr_un address = {};
+        address.sun_family = AF_UNIX;
+        qstrncpy(address.sun_path, local(place("s.mp3")).constData(), sizeof address.sun_path);
+        QCOMPARE(::bind(listener, reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
+        QFile::link(mediaFolder(), place("loop"));
+        QFile::link(mediaFolder() + "/all", place("all/again"));
+        QFile::link("/nonexistent", place("dangling.mp3"));
+        addSong("good.mp3", {"Good"});
+        QVERIFY(index());
+        ::close(listener);
+        const auto songs = result(Type::AllSongs);
+        QCOMPARE(rowOf(*songs, "songTitle", "pipe.mp3"), -1);
+        QCOMPARE(rowOf(*songs, "songTitle", "s.mp3"), -1);
+        QCOMPARE(rowOf(*songs, "songTitle", "dangling.mp3"), -1);
+        QVERIFY(rowOf(*songs, "songTitle", "Good") >= 0);
+        QVERIFY(rowOf(*songs, "songTitle", "random.mp3") >= 0);
+        QStringList uris = texts(*songs, "songUri");
+        QCOMPARE(uris.removeDuplicates(), 0);
+        QCOMPARE(uris.filter("/again/").size(), 0);
+        QCOMPARE(log.warnings(), QStringList());
+        // Nothing is read again that has not changed.
+        QSignalSpy indexed(&store(), &KelvoTrackerStore::indexed);
+        store().rescan();
+        QVERIFY(indexed.wait(10000));
+        const auto report = indexed.first().first().value<KelvoIndexReport>();
+        QCOMPARE(report.added + report.changed + report.moved + report.removed, 0);
+    }
+
+    void waitsForAGrowingFile()
+    {
+        QVERIFY(index());
+        QFile whole(generated("tone.mp3"));
+        QVERIFY(whole.open(QIODevice::ReadOnly));
+        QFile growing(place("growing.mp3"));
+        QVERIFY(growing.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+        const QByteArray bytes = whole.readAll();
+        growing.write(bytes.left(100));
+        QVERIFY(waitForFiles(1));
+        growing.write(bytes.mid(100));
+        growing.close();
+        QTRY_COMPARE_WITH_TIMEOUT(value(*result(Type::AllSongs), 0, "songLength").toInt(), 3, soon);
+        QCOMPARE(titles(Type::AllSongs), QStringList("tone"));
+    }
+
+    // The whole way: a result becomes a playlist, the renderer plays it, the store has counted it.
+    void countsWhatTheMediaEnginePlays()
+    {
+        addSong("a.mp3", {"A"});
+        KelvoRegistry registry;
+        QSignalSpy indexed(&store(), &KelvoTrackerStore::indexed);
+        registry.loadPlugin("tracker-source.so");
+        QVERIFY(indexed.wait(20000));
+        registry.loadPlugin("gst-renderer.so");
+        QTRY_COMPARE_WITH_TIMEOUT(registry.renderers().size(), 1, 20000);
+        const auto songs = result(Type::AllSongs);
+        KelvoGeneralSourcePlaylist playlist(KelvoPlaylist::getNewPlaylistId(), "Songs", "KelvoTrackerSource");
+        playlist.setUnderlyingModel(songs.get());
+        QSignalSpy counted(&store(), &KelvoTrackerStore::playCounted);
+        KelvoRenderer *renderer = registry.renderers().constFirst();
+        QSignalSpy completed(renderer, &KelvoRenderer::playbackCompleted);
+        renderer->assignPlaylist(&playlist);
+        renderer->play();
+        QVERIFY(completed.wait(20000));
+        QTRY_COMPARE(counted.count(), 1);
+        const auto played = result(Type::MostPlayedSongs);
+        QCOMPARE(texts(*played, "songTitle"), QStringList("A"));
+        QCOMPARE(value(*played, 0, "usageCounter").toInt(), 1);
+        QCOMPARE(titles(Type::RecentlyPlayedSongs), QStringList("A"));
+        QCOMPARE(titles(Type::NeverPlayedSongs), QStringList());
+        registry.unloadPlugin("tracker-source.so");
+        registry.unloadPlugin("gst-renderer.so");
+        QSignalSpy closed(&store(), &KelvoTrackerStore::closed);
+        QVERIFY(closed.wait(20000));
+    }
+
+    void makesPlaylistsOfPlaylistFiles_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QByteArray>("text");
+        QTest::addColumn<QString>("name");
+        QTest::newRow("m3u") << "My list.m3u"
+                             << QByteArray("#EXTM3U\n#EXTINF:10,Radio\nhttp://example.org/radio.mp3\n"
+                                           "#EXTINF:1,Other words\nb%20.mp3\nsub/a.mp3\n")
+                             << "My list";
+        QTest::newRow("pls") << "list.pls"
+                             << QByteArray(
+                                    "[playlist]\nNumberOfEntries=3\nFile1=http://example.org/radio.mp3\n"
+                                    "Title1=Radio\nFile2=b%20.mp3\nFile3=sub/a.mp3\n")
+                             << "list";
+        QTest::newRow("xspf")
+            << "list.xspf"
+            << QByteArray("<?xml version=\"1.0\"?><playlist version=\"1\" xmlns=\"http://xspf.org/ns/0/"
+                          "\"><title>Named</title><trackList><track><location>http://example.org/"
+                          "radio.mp3</location><title>Radio</title></track><track><location>b%2520."
+                          "mp3</location></track><track><location>sub/a.mp3</location></track>"
+                          "</trackList></playlist>")
+            << "Named";
+    }
+
+    void makesPlaylistsOfPlaylistFiles()
+    {
+        QFETCH(QString, file);
+        QFETCH(QByteArray, text);
+        QFETCH(QString, name);
+        addSong("sub/a.mp3", {"Song A", "Artist"});
+        addSong("b%20.mp3", {"Song B"});
+        const QString path = addText(file, text);
+        QVERIFY(index());
+        const auto lists = result(Type::AllPlaylists);
+        QCOMPARE(lists->rowCount(), 1);
+        QCOMPARE(lists->index(0, 1).data().toString(), name);
+        QCOMPARE(
+            lists->index(0, 2).data().toString(), QString::fromLatin1(QUrl::fromLocalFile(path).toEncoded()));
+        QCOMPARE(value(*lists, 0, "playlistTrackCount").toInt(), 3);
+        QVERIFY(value(*lists, 0, "playlistLength").toInt() >= 2);
+        const auto entries = result(Type::SongsOfPlaylist, lists->index(0, 0).data().toInt());
+        QCOMPARE(texts(*entries, "songTitle"), QStringList({"Radio", "Song B", "Song A"}));
+        QCOMPARE(entries->index(0, 0).data().toInt(), 0);
+        QCOMPARE(entries->index(0, 2).data().toString(), "http://example.org/radio.mp3");
+        QVERIFY(entries->index(2, 0).data().toInt() > 0);
+        QCOMPARE(value(*entries, 2, "artistName").toString(), "Artist");
+    }
+
+    void marksTheEntriesOfAFavoritesList()
+    {
+        addSong("a.mp3", {"A"});
+        addSong("b.mp3", {"B"});
+        addText("Favourites.m3u", "a.mp3\n");
+        QVERIFY(index());
+        QCOMPARE(titles(Type::FavoriteSongs), QStringList("A"));
+        addText("Favourites.m3u", "b.mp3\nb.mp3\n");
+        QTRY_COMPARE_WITH_TIMEOUT(titles(Type::FavoriteSongs), QStringList("B"), 5000);
+        QVERIFY(QFile::remove(place("Favourites.m3u")));
+        QTRY_COMPARE_WITH_TIMEOUT(titles(Type::FavoriteSongs), QStringList(), 5000);
+    }
+};
+
+KELVO_TEST(TrackerMediaTest)
+#include "TrackerMediaTest.moc"
