@@ -18,6 +18,8 @@ make_media() {
     [ -s "$target" ] || { ffmpeg -nostdin -hide_banner -loglevel error -y "$@" "$target.part" && mv "$target.part" "$target"; }
 }
 make_media "$media/song.mp3" -f lavfi -i "sine=f=440:d=60" -c:a libmp3lame -b:a 192k -f mp3
+make_media "$media/short.mp3" -f lavfi -i "sine=f=440:d=2" -c:a libmp3lame -b:a 128k \
+    -metadata title=Short -metadata artist=Artist -metadata album=Album -f mp3
 make_media "$media/film.mp4" -f lavfi -i "testsrc2=s=640x360:r=25:d=60" -f lavfi -i "sine=f=440:d=60" \
     -c:v libx264 -preset ultrafast -g 50 -pix_fmt yuv420p -c:a aac -f mp4
 make_media "$media/long.mp3" -f lavfi -i "sine=f=330:d=7200" -c:a libmp3lame -b:a 64k -ac 1 -f mp3
@@ -40,3 +42,5 @@ if [ -x $build/benchmarks/playlist-benchmark ]; then
 fi
 $build/benchmarks/editing-benchmark 10000
 dbus-run-session -- $build/benchmarks/sharing-benchmark 2>/dev/null
+$build/benchmarks/tracker-benchmark $build/benchmarks/tracker
+$build/benchmarks/index-benchmark $build/benchmarks/index "$media/short.mp3"

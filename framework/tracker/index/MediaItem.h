@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "KelvoTrackerGlobal.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
@@ -74,6 +76,6 @@ struct MediaItem
 };
 
 /// "urn:kelvo:<kind>:<number>"
-QByteArray resourceIri(MediaKind kind, quint64 number);
+KELVO_TRACKER_EXPORT QByteArray resourceIri(MediaKind kind, quint64 number);
 /// The number in such an IRI; 0 when it is none.
 quint64 resourceNumber(const QByteArray &iri);

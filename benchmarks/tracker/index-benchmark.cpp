@@ -1,0 +1,143 @@
+// SPDX-License-Identifier: MIT
+// index-benchmark FOLDER SONG
+// Indexes 10,000 copies of the file SONG, made once in FOLDER, with and without their contents in the page cache,
+// looks through them again, and indexes as many in one folder. The reference reads every file once.
+#include "KelvoTrackerStore.h"
+#include "Measurement.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QDirIterator>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QFile>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+constexpr int fileCount = 10'000;
+
+template <class Sender, class Signal> void waitFor(Sender *sender, Signal signal)
+{
+    QEventLoop loop;
+    QObject::connect(sender, signal, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+bool makeFiles(const QString &media, const QString &song, int filesPerFolder)
+{
+    QFile complete(media + QLatin1String("/complete"));
+    if (complete.exists())
+        return true;
+    for (int i = 0; i < fileCount; ++i) {
+        const QString album = QStringLiteral("%1/album %2").arg(media).arg(i / filesPerFolder);
+        QDir().mkpath(album);
+        QFile::copy(song, QStringLiteral("%1/%2.mp3").arg(album).arg(i));
+    }
+    ::sync(); // only what is on the disk can be dropped from the cache
+    return complete.open(QIODevice::WriteOnly);
+}
+
+double readAll(const QString &media)
+{
+    QElapsedTimer timer;
+    timer.start();
+    QDirIterator files(media, QDir::Files, QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        QFile file(files.next());
+        if (file.open(QIODevice::ReadOnly))
+            file.readAll();
+    }
+    return double(timer.elapsed());
+}
+
+void dropFromCache(const QString &media)
+{
+    QDirIterator files(media, QDir::Files, QDirIterator::Subdirectories);
+    while (files.hasNext()) {
+        const int fd = ::open(QFile::encodeName(files.next()).constData(), O_RDONLY | O_CLOEXEC);
+        ::posix_fadvise(fd, 0, 0, POSIX_FADV_DONTNEED);
+        ::close(fd);
+    }
+}
+
+/// Holds the store open and indexes one media folder.
+class Indexing
+{
+public:
+    explicit Indexing(const QString &media)
+    {
+        qputenv("KELVO_MEDIA_DIRS", QFile::encodeName(media));
+        QObject::connect(m_store, &KelvoTrackerStore::indexed, &m_user,
+            [this](const KelvoIndexReport &pass) { m_report = pass; });
+        m_store->startIndexing();
+        m_store->hold(&m_user);
+        waitFor(m_store, &KelvoTrackerStore::indexed);
+    }
+    ~Indexing()
+    {
+        m_store->stopIndexing();
+        m_store->release(&m_user);
+        waitFor(m_store, &KelvoTrackerStore::closed);
+    }
+    Q_DISABLE_COPY_MOVE(Indexing)
+
+    void rescan()
+    {
+        m_store->rescan();
+        waitFor(m_store, &KelvoTrackerStore::indexed);
+    }
+    const KelvoIndexReport &report() const { return m_report; }
+
+private:
+    KelvoTrackerStore *const m_store = KelvoTrackerStore::instance();
+    QObject m_user;
+    KelvoIndexReport m_report;
+};
+
+void measure(const QString &folder, const QString &song)
+{
+    const QString data = folder + QLatin1String("/data");
+    const QString media = folder + QLatin1String("/media");
+    const QString oneFolder = folder + QLatin1String("/one folder");
+    qputenv("XDG_DATA_HOME", QFile::encodeName(data));
+    if (!makeFiles(media, song, 10) || !makeFiles(oneFolder, song, fileCount))
+        return;
+    using Measurement::row;
+    const auto indexed = [](const std::string &name, const Indexing &indexing, double reference) {
+        const double taken = indexing.report().milliseconds;
+        row(name, taken, "ms", "reading them", reference);
+        row("- files per second", indexing.report().added * 1000.0 / taken, "files/s");
+    };
+    dropFromCache(media);
+    const double cold = readAll(media);
+    dropFromCache(media);
+    QDir(data).removeRecursively();
+    indexed("10,000 files indexed, none in the page cache", Indexing(media), cold);
+    const double warm = readAll(media);
+    QDir(data).removeRecursively();
+    {
+        Indexing indexing(media);
+        indexed("10,000 files indexed, all in the page cache", indexing, warm);
+        indexing.rescan();
+        row("10,000 unchanged files looked through again", indexing.report().milliseconds, "ms", "", 0,
+            "at most 2000 ms");
+    }
+    // What is known comes from the store.
+    row("- after a restart", Indexing(media).report().milliseconds, "ms", "", 0, "at most 2000 ms");
+    const double warmFolder = readAll(oneFolder);
+    QDir(data).removeRecursively();
+    indexed("10,000 files in one folder indexed", Indexing(oneFolder), warmFolder);
+}
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication application(argc, argv);
+    if (argc < 3)
+        return 2;
+    measure(QDir(QFile::decodeName(argv[1])).absolutePath(),
+        QFileInfo(QFile::decodeName(argv[2])).absoluteFilePath());
+    return 0;
+}

@@ -1,0 +1,313 @@
+// SPDX-License-Identifier: MIT
+// tracker-benchmark FOLDER [COUNT...]
+// A store of COUNT songs (100,000 and 1,000,000), made once in FOLDER, and a plain SQLite database of the same shape
+// beside it: how soon the first rows of the built-in queries are there, how long all songs take, what the event loop
+// notices of it, and what a row costs.
+#include "KelvoGeneralSourcePlaylist.h"
+#include "KelvoTrackerModelFactory.h"
+#include "KelvoTrackerStore.h"
+#include "Measurement.h"
+#include "PlainDatabase.h"
+#include "index/StoreWriter.h"
+#include "query/QueryCatalog.h"
+#include "store/Sparql.h"
+#include "store/StoreOpening.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QFile>
+#include <QStandardItemModel>
+#include <QTimer>
+
+#include <malloc.h>
+#include <unistd.h>
+
+namespace {
+using Type = KelvoTrackerModel::QueryType;
+constexpr int firstBlock = 200;
+constexpr int streamBlock = 2000;
+constexpr int rounds = 5;
+constexpr int songsPerAlbum = 10;
+constexpr int songsPerArtist = 40;
+
+double milliseconds(const QElapsedTimer &timer)
+{
+    return double(timer.nsecsElapsed()) / 1e6;
+}
+
+double residentBytes()
+{
+    malloc_trim(0);
+    QFile file(QStringLiteral("/proc/self/statm"));
+    if (!file.open(QIODevice::ReadOnly))
+        return 0;
+    return file.readAll().split(' ').value(1).toDouble() * double(sysconf(_SC_PAGESIZE));
+}
+
+MediaItem song(int number, int count)
+{
+    MediaItem item;
+    item.kind = MediaKind::Song;
+    item.number = quint64(number) + 1;
+    const int artist = number / songsPerArtist;
+    const int album = number / songsPerAlbum;
+    item.path = "/home/user/Music/Artist " + QByteArray::number(artist) + "/Album "
+        + QByteArray::number(album) + '/' + QByteArray::number(number) + ".mp3";
+    item.uri = "file://" + QByteArray(item.path).replace(' ', "%20");
+    item.stamp = {item.number, 4'000'000, 1'700'000'000'000'000'000};
+    item.title = QStringLiteral("A song with number %1")
+                     .arg((qint64(number) * 7919) % count, 7, 10, QLatin1Char('0'));
+    item.artists = QStringList(QStringLiteral("Artist number %1").arg(artist));
+    item.album = QStringLiteral("Album number %1").arg(album);
+    item.genre = QStringLiteral("Rock");
+    item.year = 1960 + number % 60;
+    item.track = number % songsPerAlbum + 1;
+    item.seconds = 180 + number % 100;
+    item.mimeType = "audio/mpeg";
+    return item;
+}
+
+// As the plain database has it: every tenth song was played some times.
+bool setPlays(StoreConnection &connection, int count, StoreError *error)
+{
+    std::vector<QByteArray> statements;
+    for (int i = 0; i < count; i += 10) {
+        if (i % 97)
+            statements.push_back(QByteArray("INSERT OR REPLACE { GRAPH <") + Sparql::MusicGraph + "> { <"
+                + resourceIri(MediaKind::Song, quint64(i) + 1) + "> nie:usageCounter "
+                + QByteArray::number(i % 97) + " } }");
+        if (statements.size() < 1000 && i + 10 < count)
+            continue;
+        if (!connection.update(statements, error))
+            return false;
+        statements.clear();
+    }
+    return true;
+}
+
+bool fillStore(const std::vector<MediaItem> &items)
+{
+    StoreError error;
+    const OpenedStore store = openStore(KelvoTrackerStore::instance()->folder(), &error);
+    if (!store.connection)
+        return false;
+    StoreWriter writer(*store.connection);
+    std::vector<bool> written;
+    constexpr size_t perBatch = 1000;
+    for (size_t first = 0; first < items.size() && !error; first += perBatch) {
+        const auto begin = items.begin() + qsizetype(first);
+        writer.write({begin, begin + qsizetype(std::min(perBatch, items.size() - first))}, &written, &error);
+    }
+    return !error && setPlays(*store.connection, int(items.size()), &error);
+}
+
+template <class Sender, class Signal> void waitFor(Sender *sender, Signal signal)
+{
+    QEventLoop loop;
+    QObject::connect(sender, signal, &loop, &QEventLoop::quit);
+    loop.exec();
+}
+
+struct Times
+{
+    double first = 0;
+    double all = 0;
+    double longestStall = 0;
+    double bytesPerRow = 0;
+    double residentPerRow = 0;
+    int rows = 0;
+};
+
+Times readBareCursor()
+{
+    Times times;
+    StoreError error;
+    const OpenedStore store = openStore(KelvoTrackerStore::instance()->folder(), &error);
+    QElapsedTimer timer;
+    timer.start();
+    StoreCursor cursor = store.connection->select(CatalogQuery::read("all-songs"), {}, nullptr, &error);
+    for (; cursor && cursor.next(&error); ++times.rows) {
+        for (int column = 0; column < cursor.columnCount(); ++column)
+            cursor.text(column);
+        if (times.rows == firstBlock)
+            times.first = milliseconds(timer);
+    }
+    times.all = milliseconds(timer);
+    return times;
+}
+
+Times readModel(KelvoTrackerModelFactory &factory, std::unique_ptr<KelvoTrackerModel> *kept)
+{
+    Times times;
+    const double before = residentBytes();
+    QEventLoop loop;
+    QElapsedTimer timer;
+    QElapsedTimer sinceTick;
+    QTimer tick;
+    tick.setInterval(1);
+    QObject::connect(&tick, &QTimer::timeout, &tick, [&] {
+        times.longestStall = std::max(times.longestStall, milliseconds(sinceTick));
+        sinceTick.start();
+    });
+    timer.start();
+    sinceTick.start();
+    tick.start();
+    std::unique_ptr<KelvoTrackerModel> model(factory.getModel(KelvoTrackerModel::AllSongs, firstBlock, 0));
+    QObject::connect(model.get(), &QAbstractItemModel::rowsInserted, &loop, [&] {
+        if (times.first == 0) {
+            times.first = milliseconds(timer);
+            model->fetchRest();
+        }
+    });
+    QObject::connect(model.get(), &KelvoTrackerModel::completed, &loop, &QEventLoop::quit);
+    loop.exec();
+    times.all = milliseconds(timer);
+    times.rows = model->rowCount();
+    times.bytesPerRow = double(model->memoryUse()) / times.rows;
+    times.residentPerRow = (residentBytes() - before) / times.rows;
+    *kept = std::move(model);
+    return times;
+}
+
+/// The id in column 0 of the row whose column 1 shows the text.
+int idOf(KelvoTrackerModelFactory &factory, Type type, const QString &text)
+{
+    const std::unique_ptr<KelvoTrackerModel> model(factory.getModel(type, 0, 0));
+    waitFor(model.get(), &KelvoTrackerModel::completed);
+    for (int row = 0; row < model->rowCount(); ++row) {
+        if (model->index(row, 1).data().toString() == text)
+            return model->index(row, 0).data().toInt();
+    }
+    return 0;
+}
+
+/// Milliseconds until the first block is in the model.
+double firstBlockOf(KelvoTrackerModelFactory &factory, Type type, int id)
+{
+    std::vector<double> times;
+    for (int round = 0; round < rounds; ++round) {
+        QElapsedTimer timer;
+        timer.start();
+        const std::unique_ptr<KelvoTrackerModel> model(factory.getModel(type, firstBlock, id));
+        waitFor(model.get(), &QAbstractItemModel::rowsInserted);
+        times.push_back(milliseconds(timer));
+    }
+    return Measurement::median(times);
+}
+
+void measureFirstBlocks(
+    KelvoTrackerModelFactory &factory, const PlainDatabase &plain, const std::string &what)
+{
+    // What the plain queries ask for by number.
+    const int artist = idOf(factory, Type::AllArtists, QStringLiteral("Artist number 4"));
+    const int album = idOf(factory, Type::AllAlbums, QStringLiteral("Album number 4"));
+    const struct
+    {
+        const char *name;
+        Type type;
+        int id;
+        const char *plain;
+    } queries[] = {
+        {"all albums", Type::AllAlbums, 0, PlainQuery::allAlbums},
+        {"all artists", Type::AllArtists, 0, PlainQuery::allArtists},
+        {"an artist's albums", Type::AlbumsOfArtist, artist, PlainQuery::albumsOfArtist},
+        {"an album's songs", Type::SongsOfAlbum, album, PlainQuery::songsOfAlbum},
+        {"most played songs", Type::MostPlayedSongs, 0, PlainQuery::mostPlayed},
+    };
+    for (const auto &query : queries) {
+        std::vector<double> reference;
+        for (int round = 0; round < rounds; ++round)
+            reference.push_back(plain.read(query.plain, firstBlock).first);
+        Measurement::row(what + "first block of " + query.name, firstBlockOf(factory, query.type, query.id),
+            "ms", "SQLite", Measurement::median(reference), "at most 200 ms at 100,000");
+    }
+}
+
+// As the console does it when a whole result is appended: row by row, as texts.
+void measureAppending(const KelvoTrackerModel &songs, const std::string &what)
+{
+    QStandardItemModel rows;
+    KelvoGeneralSourcePlaylist playlist(
+        QStringLiteral("id"), QStringLiteral("name"), QStringLiteral("KelvoTrackerSource"));
+    playlist.setUnderlyingModel(&rows);
+    QElapsedTimer timer;
+    timer.start();
+    for (int row = 0; row < songs.rowCount(); ++row) {
+        QList<QStandardItem *> items;
+        for (int column = 0; column < songs.columnCount(); ++column)
+            items.append(new QStandardItem(songs.index(row, column).data().toString()));
+        rows.appendRow(items);
+    }
+    Measurement::row(what + "all rows appended to an empty playlist, in one go", milliseconds(timer), "ms");
+}
+
+bool prepare(const QString &place, int count)
+{
+    qputenv("XDG_DATA_HOME", QFile::encodeName(place));
+    QFile complete(place + QLatin1String("/complete-2"));
+    if (complete.exists())
+        return true;
+    QDir(place).removeRecursively();
+    QDir().mkpath(place);
+    std::vector<MediaItem> items;
+    for (int i = 0; i < count; ++i)
+        items.push_back(song(i, count));
+    return fillStore(items)
+        && PlainDatabase(QFile::encodeName(place + QLatin1String("/plain.db"))).fill(items)
+        && complete.open(QIODevice::WriteOnly);
+}
+
+bool measure(const QString &folder, int count)
+{
+    const QString place = QStringLiteral("%1/%2").arg(folder).arg(count);
+    if (!prepare(place, count))
+        return false;
+    readBareCursor(); // both caches are warm from here on
+    const Times bare = readBareCursor();
+    const PlainDatabase plain(QFile::encodeName(place + QLatin1String("/plain.db")));
+    KelvoTrackerModelFactory factory(
+        QStringLiteral("Unknown album"), QStringLiteral("Unknown artist"), streamBlock);
+    factory.init();
+    waitFor(&factory, &KelvoTrackerModelFactory::initCompleted);
+    plain.read(PlainQuery::allSongs, firstBlock);
+    std::unique_ptr<KelvoTrackerModel> songs;
+    const Times model = readModel(factory, &songs);
+    const PlainDatabase::Times raw = plain.read(PlainQuery::allSongs, firstBlock);
+    const std::string what = std::to_string(count) + " songs: ";
+    using Measurement::row;
+    row(what + "first 200 rows of all songs", model.first, "ms", "SQLite", raw.first,
+        count > 100'000 ? "at most 1 s" : "at most 150 ms");
+    row(what + "all rows in the model", model.all, "ms", "bare cursor", bare.all, "at most 1.5");
+    row("- the bare cursor", bare.all, "ms", "SQLite", raw.all);
+    row("- longest stall of the event loop", model.longestStall, "ms", "", 0, "at most 16 ms");
+    row("- memory of a row", model.bytesPerRow, "bytes", "", 0, "at most 1200");
+    row("- growth of the process by a row", model.residentPerRow, "bytes", "", 0, "at most 1200");
+    measureFirstBlocks(factory, plain, what);
+    if (count <= 100'000)
+        measureAppending(*songs, what);
+    return model.rows == count && raw.rows == count && bare.rows == count;
+}
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QCoreApplication application(argc, argv);
+    if (argc < 2)
+        return 2;
+    const QString folder = QDir(QFile::decodeName(argv[1])).absolutePath();
+    QList<int> counts;
+    for (int i = 2; i < argc; ++i)
+        counts.append(QByteArray(argv[i]).toInt());
+    if (counts.isEmpty())
+        counts = {100'000, 1'000'000};
+    for (const int count : counts) {
+        if (!measure(folder, count))
+            return 1;
+        // The store of the next size lies elsewhere.
+        if (KelvoTrackerStore::instance()->state() != KelvoTrackerStore::Closed)
+            waitFor(KelvoTrackerStore::instance(), &KelvoTrackerStore::closed);
+    }
+    return 0;
+}
