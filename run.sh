@@ -48,6 +48,9 @@ media_folders() {
         music=$(xdg-user-dir MUSIC)
         videos=$(xdg-user-dir VIDEOS)
     fi
+    # Without such folders the tool names the home folder, which is not meant.
+    [ "$music" != "$HOME" ] || music=""
+    [ "$videos" != "$HOME" ] || videos=""
     echo "$music:$videos:$demo"
 }
 
