@@ -8,6 +8,7 @@
 #include "KelvoRegistry.h"
 #include "KelvoRendererController.h"
 #include "KelvoShared.h"
+#include "KelvoSourceController.h"
 
 #include <QDebug>
 #include <QUrl>
@@ -37,6 +38,7 @@ KelvoGUIMain::KelvoGUIMain(QObject *parent)
     qDebug() << "initTracking success was" << m_shared->initTracking(registry);
     m_renderers = new KelvoRendererController(this, m_mainWindow);
     m_playlists = new KelvoPlaylistController(this, m_mainWindow, m_shared);
+    m_sources = new KelvoSourceController(this, m_mainWindow);
     m_plugins = new KelvoPluginController(m_mainWindow);
 }
 
@@ -45,6 +47,7 @@ KelvoGUIMain::~KelvoGUIMain()
     qDebug() << "KelvoGUIMain::~KelvoGUIMain";
     delete m_playlists;
     delete m_renderers;
+    delete m_sources;
     delete m_plugins;
 }
 
@@ -69,7 +72,7 @@ KelvoRendererController *KelvoGUIMain::renderers() const
 KelvoSourceController *KelvoGUIMain::sources() const
 {
     qDebug() << "KelvoGUIMain::sources";
-    return nullptr;
+    return m_sources;
 }
 
 void KelvoGUIMain::startBrowser(const QString &argument)

@@ -39,6 +39,7 @@ private:
     KelvoShared *m_shared = nullptr;
     KelvoPlaylistController *m_playlists = nullptr;
     KelvoRendererController *m_renderers = nullptr;
+    KelvoSourceController *m_sources = nullptr;
     KelvoPluginController *m_plugins = nullptr;
     QProcess m_browserProcess;
 };

@@ -7,7 +7,10 @@
 #include "KelvoPlayUriDialog.h"
 #include "KelvoPlaylistDialog.h"
 #include "KelvoRendererErrorLogDialog.h"
+#include "KelvoSearchDialog.h"
 #include "KelvoSelectItemsDialog.h"
+#include "KelvoSourceDialog.h"
+#include "KelvoSourcePropertiesDialog.h"
 #include "KelvoVolumeDialog.h"
 #include "platform/QInputContext.h"
 
@@ -73,6 +76,9 @@ void KelvoMainWindow::createDialogs(QInputContext *inputContext)
     m_playlistDialog = new KelvoPlaylistDialog(inputContext, this);
     m_playUriDialog = new KelvoPlayUriDialog(this);
     m_rendererErrorLogDialog = new KelvoRendererErrorLogDialog(this);
+    m_searchDialog = new KelvoSearchDialog(inputContext, this);
+    m_sourceDialog = new KelvoSourceDialog(this);
+    m_sourcePropertiesDialog = new KelvoSourcePropertiesDialog(this);
     m_volumeDialog = new KelvoVolumeDialog(this);
     m_loadPluginsDialog = new KelvoSelectItemsDialog(QStringLiteral("Load plugins"), this);
     m_loadPlaylistsDialog = new KelvoSelectItemsDialog(QStringLiteral("Load playlists"), this);

@@ -15,10 +15,16 @@ class KelvoPlayUriDialog;
 class KelvoPlaylistController;
 class KelvoPlaylistDialog;
 class KelvoPluginController;
+class KelvoQueryPropertiesDialog;
 class KelvoRenderer;
 class KelvoRendererController;
 class KelvoRendererErrorLogDialog;
+class KelvoSearchDialog;
 class KelvoSelectItemsDialog;
+class KelvoSource;
+class KelvoSourceController;
+class KelvoSourceDialog;
+class KelvoSourcePropertiesDialog;
 class KelvoVolumeDialog;
 class QAbstractItemModel;
 class QInputContext;
@@ -53,6 +59,7 @@ public:
     void connectPlaylistSignals(KelvoPlaylistController *controller);
     void connectPluginSignals(KelvoPluginController *controller);
     void connectRendererSignals(KelvoRendererController *controller);
+    void connectSourceSignals(KelvoSourceController *controller);
 
 private:
     void connectQueryTimer();
@@ -154,6 +161,17 @@ public:
     /// otherwise `selected`.
     QList<QListWidgetItem *> showSelectItemsDialog(
         const QList<QListWidgetItem *> &available, const QList<QListWidgetItem *> &selected);
+    /// Runs the dialog with one flag for each source, puts the checks that it then has into `selected`, returns whether
+    /// it was accepted.
+    bool showSelectSourcesDialog(const QList<KelvoSource *> &sources, QList<bool> &selected);
+    /// Names of the sources that are checked in the dialog.
+    QStringList getSelectedSources() const;
+    /// Runs the dialog, which asks the controller for the properties of the source chosen in it.
+    void showSourcePropertiesDialog(KelvoSourceController *controller, const QList<KelvoSource *> &sources);
+    void showSourceProperty(const QString &key, const QString &value);
+    /// Runs the dialog with its proposals, returns whether it was accepted.
+    bool showSearchDialog();
+    void getSearchConditions(QString &term, int &item) const;
 
 Q_SIGNALS:
     void play();
@@ -203,9 +221,13 @@ private:
     KelvoPlaylistDialog *m_playlistDialog = nullptr;
     KelvoPlayUriDialog *m_playUriDialog = nullptr;
     KelvoRendererErrorLogDialog *m_rendererErrorLogDialog = nullptr;
+    KelvoSearchDialog *m_searchDialog = nullptr;
+    KelvoSourceDialog *m_sourceDialog = nullptr;
+    KelvoSourcePropertiesDialog *m_sourcePropertiesDialog = nullptr;
     KelvoVolumeDialog *m_volumeDialog = nullptr;
     KelvoSelectItemsDialog *m_loadPluginsDialog = nullptr;
     KelvoSelectItemsDialog *m_loadPlaylistsDialog = nullptr; // nothing shows it
+    KelvoQueryPropertiesDialog *m_queryPropertiesDialog = nullptr; // made when it is first shown
     KelvoFullScreenVideoWidget *m_fullScreenVideoWidget = nullptr;
     bool m_isPlaylistViewHeld = false;
     QElapsedTimer m_queryDebugTimer;

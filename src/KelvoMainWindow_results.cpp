@@ -4,14 +4,29 @@
 #include "KelvoGUIMain.h"
 #include "ListViews.h"
 
+#include <QBuffer>
 #include <QDebug>
+#include <QImageReader>
 
 namespace {
 const auto browseCaption = QStringLiteral("Browse");
 const auto cancelCaption = QStringLiteral("Cancel");
 const auto executeCaption = QStringLiteral("Execute\nquery");
 const auto fetchRestCaption = QStringLiteral("Fetch\nrest");
+constexpr int bytesPerPixel = 4;
 const auto browserAddress = QStringLiteral("https://www.example.org/");
+
+/// Null when the bytes are no picture, or one that would take more memory than the image loader allows a picture
+/// (however few bytes it was packed into).
+QPixmap pixmapFrom(const QByteArray &imageData)
+{
+    QBuffer buffer;
+    buffer.setData(imageData);
+    QImageReader reader(&buffer);
+    const QSize size = reader.size();
+    const qint64 megabytes = qint64(size.width()) * size.height() * bytesPerPixel / (1024 * 1024);
+    return megabytes > QImageReader::allocationLimit() ? QPixmap() : QPixmap::fromImageReader(&reader);
+}
 
 QString resultsText(const QListView *view)
 {
@@ -112,8 +127,8 @@ void KelvoMainWindow::showBrowseResultThumbnail(const QString &text)
 void KelvoMainWindow::showBrowseResultThumbnail(const QByteArray &imageData)
 {
     qDebug() << "KelvoMainWindow::showBrowseResultThumbnail, array";
-    QPixmap picture;
-    const bool loaded = picture.loadFromData(imageData);
+    const QPixmap picture = pixmapFrom(imageData);
+    const bool loaded = !picture.isNull();
     qDebug() << "LOADING SUCCESS WAS" << loaded;
     if (!loaded) {
         showBrowseResultThumbnail(QStringLiteral("error showing thumbnail"));

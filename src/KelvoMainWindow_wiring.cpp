@@ -5,6 +5,7 @@
 #include "KelvoPlaylistController.h"
 #include "KelvoPluginController.h"
 #include "KelvoRendererController.h"
+#include "KelvoSourceController.h"
 
 #include <QDebug>
 
@@ -160,6 +161,31 @@ void KelvoMainWindow::connectPlaybackRequests(KelvoRendererController *controlle
         controller, SLOT(seek(int)));
     connect(this, SIGNAL(immediateSeek(uint)),
         controller, SLOT(pauseAt(uint)));
+}
+
+void KelvoMainWindow::connectSourceSignals(KelvoSourceController *controller)
+{
+    qDebug() << "KelvoMainWindow::connectSourceSignals";
+    connect(m_query_executeButton, SIGNAL(clicked()),
+        controller, SLOT(executeQuery()));
+    connect(m_query_extendButton, SIGNAL(clicked()),
+        controller, SLOT(extendQuery()));
+    connect(m_query_addButton, SIGNAL(clicked()),
+        controller, SLOT(addQueryToPlaylist()));
+    connect(m_browse_addButton, SIGNAL(clicked()),
+        controller, SLOT(addBrowseToPlaylist()));
+    connect(m_browse_executeButton, SIGNAL(clicked()),
+        controller, SLOT(executeBrowse()));
+    connect(m_browse_clearButton, SIGNAL(clicked()),
+        controller, SLOT(clearBrowseResults()));
+    connect(m_actionSelectSources, SIGNAL(triggered(bool)),
+        controller, SLOT(selectSources()));
+    connect(m_actionSearch, SIGNAL(triggered(bool)),
+        controller, SLOT(search()));
+    connect(m_actionSourceProperties, SIGNAL(triggered(bool)),
+        controller, SLOT(showSourceProperties()));
+    connect(m_browse_resultsView, SIGNAL(clicked(QModelIndex)),
+        controller, SLOT(browseResultItemActivated(QModelIndex)));
 }
 
 // clang-format on

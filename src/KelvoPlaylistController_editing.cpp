@@ -6,6 +6,7 @@
 #include "KelvoMainWindow.h"
 #include "KelvoRegistry.h"
 #include "KelvoShared.h"
+#include "KelvoSourceController.h"
 
 #include <QDebug>
 #include <QStandardItemModel>
@@ -50,8 +51,14 @@ QString KelvoPlaylistController::newPlaylistName() const
 void KelvoPlaylistController::createNewModelPlaylist()
 {
     qDebug() << "KelvoPlaylistController::createNewModelPlaylist";
-    if (!m_guiMain->sources())
+    const QString id = KelvoPlaylist::getNewPlaylistId();
+    const QString name = newPlaylistName();
+    if (!m_guiMain->sources()->playableItemsInQueryModel()) {
         qDebug() << "Playlist will be created only of playable items!";
+        return;
+    }
+    qDebug() << "Showing create playlist dialog disabled until VKB works!";
+    createPlaylist(id, name, m_guiMain->sources()->queryModel());
 }
 
 void KelvoPlaylistController::createNewEmptyPlaylist()
