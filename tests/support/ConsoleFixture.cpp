@@ -4,8 +4,12 @@
 #include <QApplication>
 #include <QDialog>
 #include <QMessageBox>
+#include <QTest>
+#include <QToolButton>
 
 namespace {
+constexpr int patience = 30'000;
+
 KelvoMainWindow *findWindow()
 {
     const QWidgetList widgets = QApplication::topLevelWidgets();
@@ -21,6 +25,10 @@ ConsoleFixture::ConsoleFixture()
     : m_application(std::make_unique<KelvoGUIMain>(nullptr))
     , m_window(findWindow())
 {
+    // The tracker store is opened meanwhile; what it then does to the window must not meet a test in its middle.
+    const auto *execute = find<QToolButton>("m_query_executeButton");
+    if (!QTest::qWaitFor([&] { return execute->isEnabled(); }, patience))
+        qWarning("The tracker store does not open");
 }
 
 ConsoleFixture::~ConsoleFixture()

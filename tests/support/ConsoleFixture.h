@@ -10,7 +10,7 @@
 
 #include <memory>
 
-/// The console as the program makes it: application object, window, controllers. Register fakes with
+/// The console as the program makes it: application object, window, controllers, ready for queries. Register fakes with
 /// KelvoRegistry::instance() before or after. Ends as the program does: the window first, then the rest.
 class ConsoleFixture
 {

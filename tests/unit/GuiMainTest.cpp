@@ -60,7 +60,8 @@ private Q_SLOTS:
         QVERIFY(log.containsInOrder({"KelvoGUIMain::KelvoGUIMain", "KelvoMainWindow::KelvoMainWindow()",
             "initTracking success was false", "KelvoRendererController::initRenderers",
             "KelvoMainWindow::connectRendererSignals", "KelvoPlaylistController::KelvoPlaylistController",
-            "KelvoMainWindow::connectPlaylistSignals"}));
+            "KelvoMainWindow::connectPlaylistSignals", "KelvoSourceController::KelvoSourceController",
+            "KelvoMainWindow::connectSourceSignals"}));
         QCOMPARE(log.lines().first(), QStringLiteral("KelvoGUIMain::KelvoGUIMain"));
     }
 
@@ -77,7 +78,7 @@ private Q_SLOTS:
         LogRecorder log;
         QVERIFY(console.application()->playlists());
         QVERIFY(console.application()->renderers());
-        QVERIFY(!console.application()->sources());
+        QVERIFY(console.application()->sources());
         QCOMPARE(log.lines(),
             QStringList({"KelvoGUIMain::playlists", "KelvoGUIMain::renderers", "KelvoGUIMain::sources"}));
     }
@@ -92,6 +93,8 @@ private Q_SLOTS:
         QVERIFY(log.containsInOrder({"KelvoMainWindow::~KelvoMainWindow", "KelvoGUIMain::~KelvoGUIMain",
             "KelvoPlaylistController::~KelvoPlaylistController",
             "KelvoRendererController::~KelvoRendererController",
+            "KelvoSourceController::~KelvoSourceController",
+            "KelvoQueryController::~KelvoQueryController",
             "KelvoPluginController::~KelvoPluginController"}));
     }
 

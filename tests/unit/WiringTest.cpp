@@ -2,11 +2,13 @@
 #include "ConsoleFixture.h"
 #include "FakePlaylist.h"
 #include "KelvoRegistry.h"
+#include "KelvoSourceController.h"
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
 #include "RecordingRenderer.h"
 #include "TestGroup.h"
 
+#include <QAbstractItemModel>
 #include <QAction>
 #include <QComboBox>
 #include <QDialog>
@@ -153,7 +155,25 @@ private Q_SLOTS:
         row("video slider", release("m_video_durationSlider"), "KelvoMainWindow::emitPosition");
         row("pause at", choose("m_action6_sec"), "KelvoRendererController::pauseAt( 6 )");
 
-        row("execute query", click("m_query_executeButton"), "startQueryDebugTimer()");
+        row("query timer", click("m_query_executeButton"), "startQueryDebugTimer()");
+        row("execute query", click("m_query_executeButton"), "KelvoSourceController::executeQuery");
+        row("extend query", click("m_query_extendButton"), "KelvoSourceController::extendQuery");
+        row("append results", click("m_query_addButton"), "KelvoSourceController::addQueryToPlaylist");
+        row("append browse results", click("m_browse_addButton"),
+            "KelvoSourceController::addBrowseToPlaylist");
+        row("browse", click("m_browse_executeButton"), "KelvoSourceController::executeBrowse");
+        row("clear browse results", click("m_browse_clearButton"),
+            "KelvoSourceController::clearBrowseResults");
+        row("select sources", choose("m_actionSelectSources"), "KelvoSourceController::selectSources");
+        row("search", choose("m_actionSearch"), "KelvoSourceController::search");
+        row("source properties", choose("m_actionSourceProperties"),
+            "KelvoSourceController::showSourceProperties");
+        row(
+            "browse result",
+            [](const ConsoleFixture &console) {
+                Q_EMIT console.find<QListView>("m_browse_resultsView")->clicked(QModelIndex());
+            },
+            "KelvoSourceController::browseResultItemActivated");
         row(
             "query results",
             [](const ConsoleFixture &console) { Q_EMIT console.window()->queryResultsAvailable(); },
@@ -245,6 +265,14 @@ private Q_SLOTS:
             QCOMPARE(m_console->find<QComboBox>(combo)->currentIndex(), 1);
     }
 
+    void theTimerStartsBeforeTheQuery()
+    {
+        LogRecorder log;
+        click("m_query_executeButton")(*m_console);
+        QVERIFY(log.containsInOrder({"startQueryDebugTimer()", "KelvoSourceController::executeQuery"}));
+        delete m_console->application()->sources()->queryModel();
+    }
+
     void pauseAtSendsItsSecond_data()
     {
         QTest::addColumn<uint>("second");
@@ -286,10 +314,11 @@ private Q_SLOTS:
         m_console.reset();
         LogRecorder log;
         m_console = std::make_unique<ConsoleFixture>();
-        QVERIFY(log.containsInOrder(
-            {"KelvoMainWindow::connectRendererSignals", "KelvoMainWindow::connectPlaylistSignals"}));
+        QVERIFY(log.containsInOrder({"KelvoMainWindow::connectRendererSignals",
+            "KelvoMainWindow::connectPlaylistSignals", "KelvoMainWindow::connectSourceSignals"}));
         QCOMPARE(log.count("KelvoMainWindow::connectRendererSignals"), 1);
         QCOMPARE(log.count("KelvoMainWindow::connectPlaylistSignals"), 1);
+        QCOMPARE(log.count("KelvoMainWindow::connectSourceSignals"), 1);
     }
 
 private:
