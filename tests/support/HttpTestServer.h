@@ -22,7 +22,7 @@ public:
         QByteArray body;
         QByteArray contentType = "application/octet-stream";
         int status = 200;
-        QByteArray location; ///< of a redirection
+        QByteArray location = {}; ///< of a redirection
         int bytesPerSecond = 0; ///< 0: as fast as the client reads
         qint64 padding = 0; ///< this many zeros follow the body
         qint64 stallAfter

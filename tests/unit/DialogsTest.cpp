@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "FormTable.h"
 #include "KelvoPlayUriDialog.h"
 #include "KelvoPlaylistDialog.h"
 #include "KelvoRendererErrorLogDialog.h"
@@ -10,28 +11,17 @@
 #include "platform/QInputContext.h"
 
 #include <QDir>
-#include <QGridLayout>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <functional>
-#include <span>
 
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
-struct Cell
-{
-    const char *name;
-    const char *kind;
-    const char *text; // null: has none
-    int points; // 0: not set
-    int row, column, rowSpan, columnSpan;
-};
-
-const Cell volumeForm[] = {
+const FormCell volumeForm[] = {
     {"m_upButton", "QPushButton", "^", 26, 0, 0, 1, 1},
     {"m_volumeSlider", "QSlider", nullptr, 20, 0, 1, 4, 1},
     {"label", "QLabel", "Current value", 14, 1, 0, 1, 1},
@@ -40,21 +30,21 @@ const Cell volumeForm[] = {
     {"m_downButton", "QPushButton", "v", 20, 3, 0, 1, 1},
 };
 
-const Cell errorLogForm[] = {
+const FormCell errorLogForm[] = {
     {"label", "QLabel", "Renderer errors:", 14, 0, 0, 1, 1},
     {"m_errorLogField", "QTextEdit", nullptr, 0, 1, 0, 2, 2},
     {"m_clearButton", "QPushButton", "Clear", 16, 1, 2, 1, 1},
     {"m_okButton", "QPushButton", "Ok", 0, 2, 2, 1, 1},
 };
 
-const Cell createForm[] = {
+const FormCell createForm[] = {
     {"label", "QLabel", "Name of the empty playlist:", 16, 0, 0, 1, 3},
     {"m_nameEdit", "QLineEdit", "", 18, 1, 0, 1, 3},
     {"m_okButton", "QPushButton", "OK", 16, 3, 0, 1, 1},
     {"m_cancelButton", "QPushButton", "Cancel", 16, 3, 2, 1, 1},
 };
 
-const Cell playUriForm[] = {
+const FormCell playUriForm[] = {
     {"label", "QLabel", "Select object to play:", 14, 0, 0, 1, 1},
     {"m_playlistView", "QListWidget", nullptr, 20, 1, 0, 4, 1},
     {"m_playButton", "QPushButton", "Play uri", 16, 1, 1, 1, 1},
@@ -63,29 +53,6 @@ const Cell playUriForm[] = {
     {"m_selectUriComboBox", "QComboBox", nullptr, 20, 5, 0, 2, 1},
     {"m_isPlaylistCheckBox", "QCheckBox", "Is Playlist", 16, 2, 1, 1, 1},
 };
-
-/// The dialog is checked against the table, and every control without a text against accessible names.
-void compareForm(const QDialog &dialog, std::span<const Cell> cells)
-{
-    const auto *grid = dialog.findChild<QGridLayout *>("gridLayout");
-    QVERIFY(grid);
-    QCOMPARE(grid, dialog.layout());
-    for (const Cell &cell : cells) {
-        auto *widget = dialog.findChild<QWidget *>(QLatin1String(cell.name));
-        QVERIFY2(widget, cell.name);
-        QCOMPARE(widget->metaObject()->className(), cell.kind);
-        int row = -1, column = -1, rowSpan = -1, columnSpan = -1;
-        grid->getItemPosition(grid->indexOf(widget), &row, &column, &rowSpan, &columnSpan);
-        QCOMPARE(QList<int>({row, column, rowSpan, columnSpan}),
-            QList<int>({cell.row, cell.column, cell.rowSpan, cell.columnSpan}));
-        if (cell.points)
-            QCOMPARE(widget->font().pointSize(), cell.points);
-        if (cell.text)
-            QCOMPARE(widget->property("text").toString(), QString::fromLatin1(cell.text));
-        else
-            QVERIFY2(!widget->accessibleName().isEmpty(), cell.name);
-    }
-}
 
 class RecordingContext : public QInputContext
 {

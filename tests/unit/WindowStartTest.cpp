@@ -33,6 +33,9 @@ private Q_SLOTS:
             QStringLiteral("KelvoPlaylistDialog::KelvoPlaylistDialog"),
             QStringLiteral("KelvoPlayUriDialog::KelvoPlayUriDialog"),
             QStringLiteral("KelvoRendererErrorLogDialog::KelvoRendererErrorLogDialog"),
+            QStringLiteral("KelvoSearchDialog::KelvoSearchDialog"),
+            QStringLiteral("KelvoSourceDialog::KelvoSourceDialog"),
+            QStringLiteral("KelvoSourcePropertiesDialog::KelvoSourcePropertiesDialog"),
             QStringLiteral("KelvoVolumeDialog::KelvoVolumeDialog"),
             QStringLiteral("KelvoSelectItemsDialog::KelvoSelectItemsDialog"),
             QStringLiteral("KelvoSelectItemsDialog::KelvoSelectItemsDialog"),
@@ -89,6 +92,9 @@ private Q_SLOTS:
         QVERIFY(dialogs.contains(QStringLiteral("CreatePlaylistDialog")));
         QVERIFY(dialogs.contains(QStringLiteral("PlayUriDialog")));
         QVERIFY(dialogs.contains(QStringLiteral("RendererErrorLogDialog")));
+        QVERIFY(dialogs.contains(QStringLiteral("SearchDialog")));
+        QVERIFY(dialogs.contains(QStringLiteral("SelectSourcesDialog")));
+        QVERIFY(dialogs.contains(QStringLiteral("SourcePropertiesDialog")));
         QVERIFY(dialogs.contains(QStringLiteral("VolumeDialog")));
         QVERIFY(dialogs.contains(QStringLiteral("HelpDialog")));
         QCOMPARE(dialogs.count(QStringLiteral("LoadPluginsDialog")), 2);
