@@ -11,6 +11,7 @@
 #include "platform/QInputContext.h"
 
 #include <QDir>
+#include <QGridLayout>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
