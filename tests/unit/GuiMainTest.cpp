@@ -93,8 +93,7 @@ private Q_SLOTS:
         QVERIFY(log.containsInOrder({"KelvoMainWindow::~KelvoMainWindow", "KelvoGUIMain::~KelvoGUIMain",
             "KelvoPlaylistController::~KelvoPlaylistController",
             "KelvoRendererController::~KelvoRendererController",
-            "KelvoSourceController::~KelvoSourceController",
-            "KelvoQueryController::~KelvoQueryController",
+            "KelvoSourceController::~KelvoSourceController", "KelvoQueryController::~KelvoQueryController",
             "KelvoPluginController::~KelvoPluginController"}));
     }
 

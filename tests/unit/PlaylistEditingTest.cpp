@@ -298,7 +298,8 @@ private Q_SLOTS:
         m_controller->createNewModelPlaylist();
         QVERIFY(log.containsInOrder({"KelvoPlaylistController::createNewModelPlaylist",
             "KelvoSourceController::playableItemsInQueryModel",
-            "Showing create playlist dialog disabled until VKB works!", "KelvoSourceController::queryModel"}));
+            "Showing create playlist dialog disabled until VKB works!",
+            "KelvoSourceController::queryModel"}));
         QCOMPARE(registry()->allPlaylists().size(), 2);
         QCOMPARE(registry()->allPlaylists().last()->name(), QStringLiteral("pl2"));
         QCOMPARE(registry()->allPlaylists().last()->count(), 0);

@@ -114,6 +114,7 @@ private Q_SLOTS:
     // One store for all functions: none changes what it holds.
     void initTestCase()
     {
+        TrackerTestCase::initTestCase();
         TrackerTestCase::init();
         QVERIFY(fill());
         QVERIFY(mark());

@@ -94,6 +94,7 @@ private Q_SLOTS:
     // One store for all functions: none changes what it holds.
     void initTestCase()
     {
+        TrackerTestCase::initTestCase();
         TrackerTestCase::init();
         std::vector<MediaItem> items;
         for (int i = 0; i < songCount; ++i)
