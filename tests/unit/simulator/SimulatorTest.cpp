@@ -689,17 +689,17 @@ void SimulatorTest::urlTellsTheItem()
 void SimulatorTest::urlOfAList()
 {
     QSignalSpy scanning(renderer(), &KelvoRenderer::scanningInfo);
-    QVERIFY(start(QUrl("sim:list?title=Part&entries=3&duration=5")));
-    QCOMPARE(heard().metadata("title"), QVariant("Part 1"));
+    QVERIFY(start(QUrl("sim:list?title=Song&entries=3&duration=5")));
+    QCOMPARE(heard().metadata("title"), QVariant("Song 1"));
     QCOMPARE(scanning.size(), 2);
     advance(5020);
-    QCOMPARE(heard().metadata("title"), QVariant("Part 2"));
+    QCOMPARE(heard().metadata("title"), QVariant("Song 2"));
     renderer()->next();
     advance(20);
-    QCOMPARE(heard().metadata("title"), QVariant("Part 3"));
+    QCOMPARE(heard().metadata("title"), QVariant("Song 3"));
     renderer()->previous();
     advance(20);
-    QCOMPARE(heard().metadata("title"), QVariant("Part 2"));
+    QCOMPARE(heard().metadata("title"), QVariant("Song 2"));
     QCOMPARE(heard().completed, 0);
     QCOMPARE(heard().playlists.size(), 4);
     renderer()->next();
