@@ -85,6 +85,8 @@ private:
     void entryEnded(bool progressed);
     void entryFailed(KelvoError::Code code, const QString &message);
     void itemEnded();
+    void skipEntry(const KelvoError &failure);
+    void reportSkippedEntries();
     void itemFailed(KelvoError::Code code, const QString &message);
     void halt(bool completed);
     void announceEntry();
@@ -125,7 +127,8 @@ private:
     bool m_listTried = false; ///< its content was looked at; what failed was a medium
     bool m_reading = false; ///< the playlist file is being read
     KelvoError m_heldFailure; ///< of the item as a medium, while it is looked at as a list
-    QString m_lastFailure;
+    int m_skippedEntries = 0; // Before the first one that plays.
+    KelvoError m_firstFailure;
 
     // Of the entry in play
     quint64 m_epoch = 0;

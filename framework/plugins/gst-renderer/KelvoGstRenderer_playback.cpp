@@ -33,7 +33,7 @@ void KelvoGstRenderer::startItem()
     m_listTried = false;
     m_playedInItem = false;
     m_heldFailure = {};
-    m_lastFailure.clear();
+    m_skippedEntries = 0;
     startEntry(0);
 }
 
@@ -133,6 +133,7 @@ void KelvoGstRenderer::playerReached(quint64 epoch, State state)
     if (state == Playing || state == Paused) {
         m_playedInItem = true;
         reportScanning(1);
+        reportSkippedEntries();
     }
     setState(state);
 }
@@ -188,13 +189,12 @@ void KelvoGstRenderer::entryFailed(KelvoError::Code code, const QString &message
         itemFailed(code, message);
         return;
     }
-    // Until the first entry plays, the list is searched for one: what does not play is no news of its own.
-    m_lastFailure = message;
+    // Until the first entry plays, the list is searched for one, and what does not play is told in one piece.
     qCWarning(lcKelvo) << "Entry" << m_entry << "of" << m_item.url() << "does not play:" << message;
     if (m_playedInItem)
         reportError(code, message);
     else
-        reportScanning(float(m_entry + 1) / float(m_entries.count()));
+        skipEntry(KelvoError(code, message));
     if (m_entry + 1 < m_entries.count())
         startEntry(m_entry + 1);
     else if (m_playedInItem)
@@ -202,6 +202,24 @@ void KelvoGstRenderer::entryFailed(KelvoError::Code code, const QString &message
     else
         itemFailed(KelvoError::NothingPlayable,
             QStringLiteral("%1: %2").arg(m_item.url().toDisplayString(), message));
+}
+
+void KelvoGstRenderer::skipEntry(const KelvoError &failure)
+{
+    if (m_skippedEntries++ == 0)
+        m_firstFailure = failure;
+    reportScanning(float(m_entry + 1) / float(m_entries.count()));
+}
+
+void KelvoGstRenderer::reportSkippedEntries()
+{
+    const int skipped = std::exchange(m_skippedEntries, 0);
+    if (skipped == 0)
+        return;
+    const auto text = QStringLiteral("%1 of %2 entries of %3 do not play: %4");
+    reportError(m_firstFailure.code(),
+        text.arg(QString::number(skipped), QString::number(m_entries.count()), m_item.url().toDisplayString(),
+            m_firstFailure.message()));
 }
 
 void KelvoGstRenderer::itemFailed(KelvoError::Code code, const QString &message)
