@@ -59,6 +59,12 @@ SharedItems ExportedPlaylist::GetItems(uint start, uint count, uint &revision)
     return {};
 }
 
+QByteArray ExportedPlaylist::GetPackedItems(uint start, uint count, uint &revision)
+{
+    GetItems(start, count, revision);
+    return {};
+}
+
 SharedItems ExportedPlaylist::page(uint start, uint count) const
 {
     using namespace PlaylistProtocol;

@@ -35,8 +35,9 @@ public:
     /// All properties, as the object manager announces them.
     SharedInterfaces interfaces() const;
 
-    /// The operation of the bus interface. Answers later, through pageRequested().
+    /// The operations of the bus interface. They answer later, through pageRequested().
     SharedItems GetItems(uint start, uint count, uint &revision);
+    QByteArray GetPackedItems(uint start, uint count, uint &revision);
 
     /// The items of a page, clamped to what one reply may hold.
     SharedItems page(uint start, uint count) const;

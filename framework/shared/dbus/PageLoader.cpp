@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "PageLoader.h"
 
+#include "PackedItems.h"
+
 #include <QDBusMessage>
 #include <QDBusPendingCall>
 
@@ -95,8 +97,8 @@ void PageLoader::sendRequest()
         return;
     }
     const uint asked = m_received == 0 ? FirstPageItems : NextPageItems;
-    auto request = QDBusMessage::createMethodCall(
-        m_address.owner, m_address.path, Interface, QStringLiteral("GetItems"));
+    auto request = QDBusMessage::createMethodCall(m_address.owner, m_address.path, Interface,
+        m_packed ? QStringLiteral("GetPackedItems") : QStringLiteral("GetItems"));
     request << uint(m_received) << asked;
     request.setAutoStartService(false);
     auto *watcher
@@ -121,21 +123,42 @@ void PageLoader::handleReply(const QDBusPendingCallWatcher &call, uint asked)
         handleError(call.error());
         return;
     }
-    if (reply.signature() != u"a(ssssx)u") {
+    if (reply.signature() != (m_packed ? u"ayu" : u"a(ssssx)u"))
         breakOff(QStringLiteral("its items are of the type \"%1\"").arg(reply.signature()));
-        return;
-    }
+    else if (m_packed)
+        handlePackedItems(reply.arguments(), asked);
+    else
+        handleItems(reply.arguments(), asked);
+}
+
+void PageLoader::handlePackedItems(const QVariantList &answer, uint asked)
+{
+    std::optional<SharedItems> items = PackedItems::unpack(answer.at(0).toByteArray(), asked);
+    if (items)
+        handlePage(*std::move(items), answer.at(1).toUInt());
+    else
+        breakOff(QStringLiteral("its packed items are not what it was asked for"));
+}
+
+void PageLoader::handleItems(const QVariantList &answer, uint asked)
+{
     bool more = false;
-    SharedItems items = readItems(reply.arguments().at(0).value<QDBusArgument>(), asked, &more);
+    SharedItems items = readItems(answer.at(0).value<QDBusArgument>(), asked, &more);
     if (more)
         breakOff(QStringLiteral("it gave more items than it was asked for"));
     else
-        handlePage(std::move(items), reply.arguments().at(1).toUInt());
+        handlePage(std::move(items), answer.at(1).toUInt());
 }
 
 void PageLoader::handleError(const QDBusError &error)
 {
     switch (error.type()) {
+    case QDBusError::UnknownMethod:
+        if (std::exchange(m_packed, false))
+            requestPage();
+        else
+            giveUp(QStringLiteral("its process cannot give its items"));
+        break;
     case QDBusError::ServiceUnknown:
     case QDBusError::UnknownObject:
     case QDBusError::Disconnected:

@@ -64,6 +64,8 @@ private:
     void sendRequest();
     void endTurn();
     void handleReply(const QDBusPendingCallWatcher &call, uint asked);
+    void handlePackedItems(const QVariantList &answer, uint asked);
+    void handleItems(const QVariantList &answer, uint asked);
     void handleError(const QDBusError &error);
     void handleSilence();
     void handlePage(SharedItems items, uint revision);
@@ -78,6 +80,7 @@ private:
     const PlaylistAddress m_address;
     const QPointer<PageTurns> m_turns;
     bool m_hasTurn = false;
+    bool m_packed = true; // Until the owner turns out not to know the packed form.
     State m_state = State::Unused;
     uint m_newestRevision;
     uint m_passRevision = 0;

@@ -2,6 +2,7 @@
 #include "PageServer.h"
 
 #include "ExportedPlaylist.h"
+#include "PackedItems.h"
 
 #include <algorithm>
 
@@ -43,7 +44,9 @@ void PageServer::serveNext()
         return;
     }
     QDBusMessage reply = request.message.createReply();
-    reply << QVariant::fromValue(request.playlist->page(request.start, request.count))
+    const SharedItems items = request.playlist->page(request.start, request.count);
+    const bool packed = request.message.member() == u"GetPackedItems";
+    reply << (packed ? QVariant(PackedItems::pack(items)) : QVariant::fromValue(items))
           << request.playlist->revision();
     m_connection.send(reply);
 }

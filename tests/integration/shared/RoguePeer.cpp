@@ -87,9 +87,9 @@ void RoguePeer::reply(const QDBusMessage &call, const QVariantList &arguments)
     m_connection.send(call.createReply(arguments));
 }
 
-void RoguePeer::refuse(const QDBusMessage &call, const QString &text)
+void RoguePeer::refuse(const QDBusMessage &call, const QString &text, QDBusError::ErrorType type)
 {
-    m_connection.send(call.createErrorReply(QDBusError::Failed, text));
+    m_connection.send(call.createErrorReply(type, text));
 }
 
 void RoguePeer::replyPage(const QDBusMessage &call, const WireItems &page, uint pageRevision)
@@ -113,6 +113,14 @@ bool RoguePeer::handleMessage(const QDBusMessage &message, const QDBusConnection
             onList(message);
         else
             reply(message, {QVariant::fromValue(objects)});
+        return true;
+    }
+    if (message.member() == u"GetPackedItems") {
+        ++packedPages;
+        if (onPackedPage)
+            onPackedPage(message);
+        else
+            refuse(message, QStringLiteral("No such method"), QDBusError::UnknownMethod);
         return true;
     }
     if (message.member() != u"GetItems")

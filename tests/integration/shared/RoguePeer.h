@@ -36,8 +36,11 @@ public:
     using Handler = std::function<void(const QDBusMessage &call)>;
     Handler onList;
     Handler onPage;
+    /// Without this it does not know packed items, and is asked for plain ones.
+    Handler onPackedPage;
     int lists = 0;
     int pages = 0;
+    int packedPages = 0;
 
     /// Takes the name, so that others find it.
     void appear();
@@ -49,7 +52,8 @@ public:
     void change(int number, uint toRevision);
 
     void reply(const QDBusMessage &call, const QVariantList &arguments);
-    void refuse(const QDBusMessage &call, const QString &text);
+    void refuse(
+        const QDBusMessage &call, const QString &text, QDBusError::ErrorType type = QDBusError::Failed);
     void replyPage(const QDBusMessage &call, const WireItems &page, uint pageRevision);
     void signal(
         const QString &path, const QString &interface, const QString &member, const QVariantList &arguments);

@@ -87,6 +87,80 @@ private Q_SLOTS:
         QVERIFY(log.warnings().first().contains("of the type"));
     }
 
+    void dropsAListOfWrongPackedItems_data()
+    {
+        QTest::addColumn<QVariantList>("answer");
+        QTest::newRow("nothing") << QVariantList();
+        QTest::newRow("a text") << QVariantList{"items", 1U};
+        QTest::newRow("plain items") << QVariantList{QVariant::fromValue(WireItems()), 1U};
+        QTest::newRow("no revision") << QVariantList{QByteArray()};
+        QTest::newRow("no separator") << QVariantList{QByteArray("id"), 1U};
+        QTest::newRow("no last separator") << QVariantList{packed(1).chopped(1), 1U};
+        QTest::newRow("a field too few") << QVariantList{separated({"id", "title", "url", "1"}), 1U};
+        QTest::newRow("a field too many") << QVariantList{packed(1) + '\0', 1U};
+        QTest::newRow("a word for the duration") << QVariantList{separated({"i", "t", "u", "m", "long"}), 1U};
+        QTest::newRow("no duration") << QVariantList{separated({"i", "t", "u", "m", ""}), 1U};
+        QTest::newRow("more than asked for") << QVariantList{packed(101), 1U};
+        QTest::newRow("a million separators") << QVariantList{QByteArray(1'000'000, '\0'), 1U};
+    }
+
+    void dropsAListOfWrongPackedItems()
+    {
+        QFETCH(QVariantList, answer);
+        m_rogue->onPackedPage = [&](const QDBusMessage &call) {
+            m_rogue->reply(call, answer);
+        };
+        QPointer<KelvoPlaylist> playlist = offer(3);
+        LogRecorder log;
+        playlist->itemModel();
+        QTRY_VERIFY(!find("list"));
+        QTRY_VERIFY(!playlist);
+        QCOMPARE(log.warnings().size(), 1);
+        QCOMPARE(m_rogue->pages, 0);
+    }
+
+    void readsPackedItems()
+    {
+        m_rogue->onPackedPage = [&](const QDBusMessage &call) {
+            m_rogue->reply(call,
+                {startOf(call) == 0 ? packed(2) + separated({"i", "\xff\xc3", "u", "m", "-5"}) : QByteArray(),
+                    1U});
+        };
+        KelvoPlaylist *playlist = offer(3);
+        playlist->itemModel();
+        QTRY_COMPARE(playlist->count(), 3);
+        QCOMPARE(playlist->mediaInfoAt(0).uuid(), "id 0");
+        QCOMPARE(playlist->mediaInfoAt(1).url(), QUrl("http://h/1"));
+        QCOMPARE(playlist->mediaInfoAt(1).mimeType(), "audio/ogg");
+        QCOMPARE(playlist->mediaInfoAt(1).duration(), 60);
+        QCOMPARE(playlist->mediaInfoAt(2).title(), QString(2, QChar::ReplacementCharacter));
+        QCOMPARE(playlist->mediaInfoAt(2).duration(), -1);
+        QCOMPARE(m_rogue->pages, 0);
+    }
+
+    void asksForPlainItemsWhereNoneArePacked()
+    {
+        m_rogue->items = RoguePeer::numbered(1500);
+        KelvoPlaylist *playlist = offer(1500);
+        playlist->itemModel();
+        QTRY_COMPARE(playlist->count(), 1500);
+        QCOMPARE(m_rogue->packedPages, 1);
+    }
+
+    void saysWhenItemsCannotBeHadAtAll()
+    {
+        m_rogue->onPage = [this](const QDBusMessage &call) {
+            m_rogue->refuse(call, "No such method", QDBusError::UnknownMethod);
+        };
+        KelvoPlaylist *playlist = offer(3);
+        LogRecorder log;
+        playlist->itemModel();
+        QTRY_COMPARE(log.warnings().size(), 1);
+        QVERIFY(log.warnings().first().contains("cannot give its items"));
+        QCOMPARE(playlist->count(), 0);
+        QCOMPARE(m_rogue->pages, 1);
+    }
+
     void dropsAListWhoseTypesChangeInTheMiddle()
     {
         m_rogue->items = RoguePeer::numbered(1000);
@@ -363,6 +437,7 @@ private Q_SLOTS:
         QCOMPARE(playlist->count(), 1000); // the last complete list stays in view
         m_rogue->onPage = nullptr;
         m_rogue->items = RoguePeer::numbered(7);
+        ++m_rogue->revision; // A pass may be in the middle.
         QTRY_COMPARE(playlist->count(), 7);
         QCOMPARE(log.warnings(), QStringList());
     }
@@ -400,6 +475,18 @@ private Q_SLOTS:
     }
 
 private:
+    static QByteArray separated(const QByteArrayList &fields) { return fields.join('\0') + '\0'; }
+
+    static QByteArray packed(int count)
+    {
+        QByteArray bytes;
+        for (int number = 0; number < count; ++number) {
+            const QByteArray digits = QByteArray::number(number);
+            bytes += separated({"id " + digits, "Song " + digits, "http://h/" + digits, "audio/ogg", "60"});
+        }
+        return bytes;
+    }
+
     /// One playlist, as it has arrived in the registry.
     KelvoPlaylist *offer(uint count)
     {
