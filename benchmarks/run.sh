@@ -40,7 +40,7 @@ python3 benchmarks/process_benchmark.py --console $build/bin/kelvo-test-gui "$me
 if [ -x $build/benchmarks/playlist-benchmark ]; then
     $build/benchmarks/playlist-benchmark
 fi
-$build/benchmarks/editing-benchmark 10000
+$build/benchmarks/editing-benchmark
 dbus-run-session -- $build/benchmarks/sharing-benchmark 2>/dev/null
 $build/benchmarks/tracker-benchmark $build/benchmarks/tracker
 $build/benchmarks/index-benchmark $build/benchmarks/index "$media/short.mp3"

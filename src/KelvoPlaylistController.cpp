@@ -8,6 +8,7 @@
 #include "KelvoRenderer.h"
 #include "KelvoRendererController.h"
 #include "KelvoShared.h"
+#include "RowCopier.h"
 
 #include <QDebug>
 #include <QStandardItemModel>
@@ -22,6 +23,7 @@ KelvoPlaylistController::KelvoPlaylistController(
     , m_registry(KelvoRegistry::instance())
     , m_mainWindow(mainWindow)
     , m_shared(shared)
+    , m_rowCopier(new RowCopier(this))
 {
     qDebug() << "KelvoPlaylistController::KelvoPlaylistController";
     initPlaylists();
@@ -29,6 +31,11 @@ KelvoPlaylistController::KelvoPlaylistController(
     connect(
         m_registry, SIGNAL(playlistRemoved(QString, QString)), this, SLOT(playlistRemoved(QString, QString)));
     m_mainWindow->connectPlaylistSignals(this);
+    // Each row that is appended is announced and shown by itself.
+    connect(m_rowCopier, &RowCopier::aboutToAppend, m_mainWindow,
+        [this] { m_mainWindow->holdPlaylistView(true); });
+    connect(
+        m_rowCopier, &RowCopier::appended, m_mainWindow, [this] { m_mainWindow->holdPlaylistView(false); });
     connect(m_mainWindow, &QObject::destroyed, this, &KelvoPlaylistController::retire);
 }
 

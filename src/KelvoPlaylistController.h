@@ -11,6 +11,7 @@ class KelvoPlaylist;
 class KelvoRegistry;
 class KelvoShared;
 class QAbstractItemModel;
+class RowCopier;
 
 /// Owns the choice of the current playlist: mirrors the registry's playlists into the window, follows the user's
 /// choice, shows the current playlist's items and hands it to the current renderer. Its editing commands act on
@@ -34,6 +35,9 @@ public:
     /// What the repeat action reads in this mode; empty for unknown modes.
     QString showRepeatActionName(int mode) const;
 
+    /// Copies at once what addToPlaylist() has left. Commands that follow act on the whole list.
+    void finishAppending();
+
 public Q_SLOTS:
     void playlistAdded(const QString &uuid, const QString &name);
     void playlistRemoved(const QString &uuid, const QString &name);
@@ -42,7 +46,8 @@ public Q_SLOTS:
 
     void createNewModelPlaylist();
     void createNewEmptyPlaylist();
-    /// Copies the rows from..to of the model as display texts into the current playlist's own model.
+    /// Copies the rows from..to of the model as display texts into the current playlist's own model. Of many rows
+    /// the later ones come from the event loop; whoever deletes the model calls finishAppending() before.
     void addToPlaylist(const QAbstractItemModel &model, int from, int to);
     void deletePlaylist();
     void clearPlaylist();
@@ -71,4 +76,5 @@ private:
     QPointer<KelvoMainWindow> m_mainWindow;
     KelvoShared *m_shared;
     QPointer<KelvoPlaylist> m_currentPlaylist;
+    RowCopier *m_rowCopier; ///< child
 };

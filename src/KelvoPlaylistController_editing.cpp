@@ -7,6 +7,7 @@
 #include "KelvoRegistry.h"
 #include "KelvoShared.h"
 #include "KelvoSourceController.h"
+#include "RowCopier.h"
 
 #include <QDebug>
 #include <QStandardItemModel>
@@ -17,14 +18,6 @@ QStandardItemModel *ownModel(KelvoPlaylist *playlist)
 {
     auto *modelBacked = qobject_cast<KelvoGeneralSourcePlaylist *>(playlist);
     return modelBacked ? qobject_cast<QStandardItemModel *>(modelBacked->underlyingModel()) : nullptr;
-}
-
-QList<QStandardItem *> copiedRow(const QAbstractItemModel &model, int row)
-{
-    QList<QStandardItem *> items;
-    for (int column = 0; column < model.columnCount(); ++column)
-        items.append(new QStandardItem(model.data(model.index(row, column), Qt::DisplayRole).toString()));
-    return items;
 }
 
 int nextRepeatMode(int mode)
@@ -81,11 +74,12 @@ void KelvoPlaylistController::addToPlaylist(const QAbstractItemModel &model, int
         m_mainWindow->showRendererErrorLog(0, QStringLiteral("Playlist or its model has wrong type."));
         return;
     }
-    // Each row is announced and shown by itself.
-    m_mainWindow->holdPlaylistView(true);
-    for (int row = from; row <= to; ++row)
-        target->appendRow(copiedRow(model, row));
-    m_mainWindow->holdPlaylistView(false);
+    m_rowCopier->copy(model, from, to, target);
+}
+
+void KelvoPlaylistController::finishAppending()
+{
+    m_rowCopier->finish();
 }
 
 void KelvoPlaylistController::deletePlaylist()
@@ -101,6 +95,7 @@ void KelvoPlaylistController::deletePlaylist()
 void KelvoPlaylistController::clearPlaylist()
 {
     qDebug() << "KelvoPlaylistController::clearPlaylist";
+    finishAppending();
     if (m_currentPlaylist)
         m_currentPlaylist->clear();
 }
@@ -108,6 +103,7 @@ void KelvoPlaylistController::clearPlaylist()
 void KelvoPlaylistController::removeCurrentItem()
 {
     qDebug() << "KelvoPlaylistController::removeCurrentItem";
+    finishAppending();
     if (m_currentPlaylist)
         m_currentPlaylist->removeItem(uint(m_mainWindow->getCurrentPlaylistIndex()));
 }
@@ -123,12 +119,14 @@ void KelvoPlaylistController::removeSeveralItems()
         return;
     if (to < from)
         std::swap(from, to);
+    finishAppending(); // Not before: the selection would be gone.
     m_currentPlaylist->removeItems(uint(from), uint(to));
 }
 
 void KelvoPlaylistController::shufflePlaylist()
 {
     qDebug() << "KelvoPlaylistController::shufflePlaylist";
+    finishAppending();
     if (!m_currentPlaylist)
         return;
     if (m_currentPlaylist->isShuffled())
@@ -185,6 +183,7 @@ void KelvoPlaylistController::sortPlaylistLongToShort()
 
 void KelvoPlaylistController::sortPlaylist(const QString &key, int order)
 {
+    finishAppending();
     if (!m_currentPlaylist)
         return;
     m_currentPlaylist->sort(key, order);

@@ -147,6 +147,9 @@ void KelvoSourceController::extendQuery()
         qWarning() << "Please select item to extend!";
         return;
     }
+    // The result that is extended is deleted.
+    if (m_appendingTo)
+        m_appendingTo->finishAppending();
     m_mainWindow->showQueryResults(m_queryController->extendQuery(sourcesToQuery(), row));
 }
 
@@ -160,6 +163,7 @@ void KelvoSourceController::addQueryToPlaylist()
     const QAbstractItemModel *model = m_queryController->queryModel();
     if (!model)
         return;
+    m_appendingTo = playlists;
     if (row == -1)
         playlists->addToPlaylist(*model, 0, model->rowCount() - 1);
     else

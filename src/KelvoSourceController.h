@@ -11,6 +11,7 @@
 class KelvoBrowseController;
 class KelvoGUIMain;
 class KelvoMainWindow;
+class KelvoPlaylistController;
 class KelvoQueryController;
 class KelvoRegistry;
 class KelvoSource;
@@ -67,6 +68,7 @@ private:
     KelvoRegistry *m_registry;
     QPointer<KelvoMainWindow> m_mainWindow;
     KelvoQueryController *m_queryController;
+    QPointer<KelvoPlaylistController> m_appendingTo; // may still be copying from the latest result
     KelvoBrowseController *m_browseController;
     KelvoThumbnailDownloader *m_thumbnailDownloader;
     QList<QPointer<KelvoSource>> m_selectedSources; // in the registry's order

@@ -331,6 +331,48 @@ private Q_SLOTS:
         QVERIFY(!view->model());
     }
 
+    void addOfManyRowsLeavesTheWindowAlive()
+    {
+        m_controller->createPlaylist("mine", "my list", nullptr);
+        m_console->find<QComboBox>("m_music_playlistCombo")->setCurrentIndex(1);
+        const QStandardItemModel results(10'000, 5);
+        LogRecorder log;
+        m_controller->addToPlaylist(results, 0, 9'999);
+        QVERIFY(m_controller->currentPlaylist()->count() < 10'000);
+        QTRY_COMPARE(m_controller->currentPlaylist()->count(), 10'000);
+        QCOMPARE(log.count("KelvoPlaylistController::showCurrentPlaylist"), 10'000);
+        QCOMPARE(m_console->find<QListView>("m_music_playlistView")->model()->rowCount(), 10'000);
+    }
+
+    void commandsWaitForAllRows_data()
+    {
+        QTest::addColumn<QByteArray>("command");
+        QTest::addColumn<int>("left");
+        QTest::newRow("clear") << QByteArray("clearPlaylist") << 0;
+        QTest::newRow("remove current") << QByteArray("removeCurrentItem") << 9'999;
+        QTest::newRow("remove several") << QByteArray("removeSeveralItems") << 9'990;
+        QTest::newRow("shuffle") << QByteArray("shufflePlaylist") << 10'000;
+        QTest::newRow("sort") << QByteArray("sortPlaylistAtoZ") << 10'000;
+    }
+
+    void commandsWaitForAllRows()
+    {
+        QFETCH(QByteArray, command);
+        QFETCH(int, left);
+        m_controller->createPlaylist("mine", "my list", nullptr);
+        m_console->find<QComboBox>("m_music_playlistCombo")->setCurrentIndex(1);
+        const QStandardItemModel results(10'000, 2);
+        m_controller->addToPlaylist(results, 0, 9'999);
+        auto *view = m_console->find<QListView>("m_music_playlistView");
+        view->setCurrentIndex(view->model()->index(0, 1));
+        view->selectionModel()->select(
+            {view->model()->index(0, 1), view->model()->index(9, 1)}, QItemSelectionModel::ClearAndSelect);
+        QVERIFY(QMetaObject::invokeMethod(m_controller, command));
+        QCOMPARE(m_controller->currentPlaylist()->count(), left);
+        QCoreApplication::processEvents();
+        QCOMPARE(m_controller->currentPlaylist()->count(), left);
+    }
+
     void addOfAnEmptyRangeAddsNothing()
     {
         m_controller->createPlaylist("mine", "my list", nullptr);
