@@ -41,6 +41,13 @@ make -f lavfi -i "$(picture 2)" -f lavfi -i "$(tone 330 2)" -c:v libvpx -deadlin
 make -f lavfi -i "$(picture 10)" -f lavfi -i "$(tone 330 10)" $h264 -c:a aac -movflags +faststart long.mp4
 # shellcheck disable=SC2086
 make -f lavfi -i "$(picture 2)" $h264 silent.mp4
+# shellcheck disable=SC2086
+for colour in red blue; do
+    make -f lavfi -i "color=c=$colour:size=160x120:rate=25:duration=20" $h264 "$colour.mp4"
+done
+# Each of its pixels is twice as wide as high.
+# shellcheck disable=SC2086
+make -f lavfi -i "$(picture 2),setsar=2/1" $h264 wide.mp4
 
 # --- broken ones ---
 : > empty.mp3

@@ -14,6 +14,7 @@ EngineSettings EngineSettings::fromEnvironment()
 {
     EngineSettings settings;
     settings.audioSink = qEnvironmentVariable("KELVO_AUDIO_SINK").trimmed();
+    settings.videoSink = qEnvironmentVariable("KELVO_VIDEO_SINK").trimmed();
     settings.localStall = positive("KELVO_GST_STALL_MS", settings.localStall);
     settings.networkStall = positive("KELVO_GST_STALL_MS", settings.networkStall);
     settings.networkTimeout = positive("KELVO_GST_NETWORK_TIMEOUT", settings.networkTimeout);

@@ -8,6 +8,8 @@ struct EngineSettings
 {
     /// KELVO_AUDIO_SINK: a pipeline description that takes the place of the automatic audio output.
     QString audioSink;
+    /// KELVO_VIDEO_SINK: the same for the picture.
+    QString videoSink;
     /// KELVO_GST_STALL_MS sets both: how long playback may stand still before it counts as stalled.
     int localStall = 10'000; // milliseconds
     int networkStall = 20'000; // milliseconds

@@ -7,6 +7,7 @@
 #include "PauseClock.h"
 #include "Playbin.h"
 #include "RendererValues.h"
+#include "VideoOutput.h"
 
 #include <QTimer>
 
@@ -16,16 +17,9 @@
 namespace {
 constexpr int watchInterval = 500; // milliseconds
 constexpr int deadLooks = 3;
+constexpr int redrawDelay = 40; // milliseconds: windows are resized in many small steps
 // An item that fails after this much has played: a list of such items may go round for ever.
 constexpr qint64 leastProgress = GST_SECOND;
-
-GstHandles::Element makeVideoSink()
-{
-    GstHandles::Element sink = GstHandles::adopt(gst_element_factory_make("fakesink", nullptr));
-    if (sink)
-        g_object_set(sink.get(), "sync", TRUE, nullptr);
-    return sink;
-}
 
 bool hasFactory(const char *name)
 {
@@ -41,7 +35,11 @@ ItemPlayer::ItemPlayer(const EngineSettings &settings)
     , m_mailbox(std::make_shared<Mailbox>(this))
     , m_pauseClock(std::make_unique<PauseClock>(m_mailbox))
     , m_watchTimer(new QTimer(this))
+    , m_redrawTimer(new QTimer(this))
 {
+    m_redrawTimer->setSingleShot(true);
+    m_redrawTimer->setInterval(redrawDelay);
+    connect(m_redrawTimer, &QTimer::timeout, this, &ItemPlayer::redrawPaused);
     m_watchTimer->setInterval(
         std::clamp(std::min(settings.localStall, settings.networkStall) / 4, 10, watchInterval));
     connect(m_watchTimer, &QTimer::timeout, this, &ItemPlayer::watch);
@@ -51,10 +49,12 @@ ItemPlayer::ItemPlayer(const EngineSettings &settings)
 ItemPlayer::~ItemPlayer()
 {
     m_mailbox->close();
+    m_pipeline.reset(); // before the window that it draws into
 }
 
 void ItemPlayer::initialise()
 {
+    m_video = std::make_unique<VideoOutput>(m_settings.videoSink);
     GError *problem = nullptr;
     const bool started = gst_init_check(nullptr, nullptr, &problem);
     const GstHandles::Error owner(problem);
@@ -63,7 +63,7 @@ void ItemPlayer::initialise()
             problem ? QString::fromUtf8(problem->message) : QStringLiteral("GStreamer does not start"));
         return;
     }
-    for (const char *name : {"playbin", "fakesink"}) {
+    for (const char *name : {"playbin", "fakesink", "videoconvertscale"}) {
         if (!hasFactory(name)) {
             Q_EMIT initialised(QStringLiteral("GStreamer has no element \"%1\"").arg(QLatin1String(name)));
             return;
@@ -72,19 +72,20 @@ void ItemPlayer::initialise()
     Q_EMIT initialised({});
 }
 
-bool ItemPlayer::createPipeline(bool silent)
+bool ItemPlayer::createPipeline()
 {
     m_pipeline.reset();
     m_mailbox->beginGeneration();
-    m_silent = silent;
     const auto message = [this](GstMessage *arrived) {
         handle(arrived);
     };
     const auto volume = [this] {
         handleVolume();
     };
-    m_pipeline = Playbin::create(silent ? AudioOutput::makeSilent() : AudioOutput::make(m_settings.audioSink),
-        makeVideoSink(), m_settings.networkTimeout, {m_mailbox, message, volume});
+    m_pipeline
+        = Playbin::create(m_silent ? AudioOutput::makeSilent() : AudioOutput::make(m_settings.audioSink),
+            m_video->makeSink(m_blind), m_settings.networkTimeout,
+            {m_mailbox, message, volume, m_video->windowId()});
     if (m_pipeline)
         m_pipeline->setVolume(RendererValues::linearVolume(m_volume));
     return m_pipeline != nullptr;
@@ -105,7 +106,7 @@ void ItemPlayer::load(const Item &item)
     m_tags.clear();
     m_missingCodec.clear();
     m_notMedia = false;
-    if (!m_pipeline && !createPipeline(false)) {
+    if (!m_pipeline && !createPipeline()) {
         fail(KelvoError::EngineFailed, QStringLiteral("the pipeline cannot be made"));
         return;
     }
@@ -115,7 +116,9 @@ void ItemPlayer::load(const Item &item)
 void ItemPlayer::startPipeline()
 {
     m_phase = Phase::Loading;
+    m_video->forgetFrame();
     m_pauseAcknowledged = false;
+    m_frameDue = false;
     m_bufferHold = false;
     m_bufferPercent = 100;
     m_deadLooks = 0;
@@ -135,9 +138,11 @@ void ItemPlayer::startPipeline()
 void ItemPlayer::unload()
 {
     forgetItem();
+    m_video->setShown(false);
     shutDown();
-    // The next start tries the audio output again.
-    if (m_silent)
+    // The next start tries the outputs again.
+    const bool wasSilent = std::exchange(m_silent, false);
+    if (std::exchange(m_blind, false) || wasSilent)
         m_pipeline.reset();
     if (std::exchange(m_policyOverride, false))
         Q_EMIT policyOverridden(false);
@@ -151,6 +156,8 @@ void ItemPlayer::forgetItem()
     m_seekWanted.reset();
     m_seekInFlight.reset();
     m_rateWanted = false;
+    m_redrawTimer->stop();
+    m_video->logStatistics();
 }
 
 void ItemPlayer::shutDown()
@@ -158,6 +165,7 @@ void ItemPlayer::shutDown()
     if (m_pipeline && m_pipeline->setState(GST_STATE_NULL) == GST_STATE_CHANGE_FAILURE)
         m_pipeline.reset();
     m_mailbox->beginGeneration();
+    m_video->forgetFrame();
 }
 
 void ItemPlayer::pause()
@@ -187,6 +195,7 @@ void ItemPlayer::prerolled()
         seekTo(*std::exchange(m_seekWanted, std::nullopt));
     else
         issueSeek();
+    m_video->setShown(m_pipeline->hasVideo());
     checkPauseAt();
     applyState();
     // While the outputs start.
@@ -198,6 +207,7 @@ void ItemPlayer::tellAboutItem()
     tellDuration();
     if (m_pipeline->hasAudio())
         tell(m_tags.set(QStringLiteral("audio-output"), {AudioOutput::describe(m_pipeline->audioOutput())}));
+    tellAboutVideo();
     if (!m_missingCodec.isEmpty())
         Q_EMIT troubled(m_item.epoch, KelvoError::PartlyPlayable, m_missingCodec);
 }
@@ -232,6 +242,7 @@ void ItemPlayer::settle()
     } else if (m_pipelinePlaying) {
         report(KelvoRenderer::Playing);
     }
+    takeDueFrame();
 }
 
 void ItemPlayer::report(KelvoRenderer::State state)
@@ -239,6 +250,7 @@ void ItemPlayer::report(KelvoRenderer::State state)
     if (state == m_reported)
         return;
     m_reported = state;
+    m_frameDue = state == KelvoRenderer::Paused && m_framesWanted;
     Q_EMIT stateReached(m_item.epoch, state);
 }
 
@@ -285,6 +297,7 @@ void ItemPlayer::fail(KelvoError::Code code, const QString &message)
 {
     const bool progressed = position() > leastProgress;
     forgetItem();
+    m_video->setShown(false);
     // After an error only a pipeline that was shut down completely can be relied on.
     shutDown();
     Q_EMIT failed(m_item.epoch, code, message, progressed);
@@ -297,13 +310,13 @@ void ItemPlayer::failUnlessReported()
         fail(KelvoError::EngineFailed, QStringLiteral("the pipeline refuses to start"));
 }
 
-/// The audio output is gone: a silent clock takes its place, and playback goes on where it was.
-void ItemPlayer::restartSilently()
+/// An output is gone and something that only keeps the time takes its place: playback goes on where it was.
+void ItemPlayer::restart()
 {
     const qint64 resumeAt = position();
     m_pauseClock->disarm();
     m_seekInFlight.reset();
-    if (!createPipeline(true)) {
+    if (!createPipeline()) {
         fail(KelvoError::EngineFailed, QStringLiteral("the pipeline cannot be made"));
         return;
     }

@@ -7,9 +7,11 @@
 #include "KelvoRenderer.h"
 #include "StallWatch.h"
 #include "TagCollector.h"
+#include "VideoFrameTap.h"
 
 #include <QElapsedTimer>
 #include <QObject>
+#include <QRect>
 #include <QUrl>
 
 #include <memory>
@@ -19,6 +21,7 @@ class Mailbox;
 class PauseClock;
 class Playbin;
 class QTimer;
+class VideoOutput;
 typedef struct _GstMessage GstMessage;
 
 /// Plays one item at a time: the state machine over the pipeline.
@@ -60,6 +63,12 @@ public:
     void dropPauseAt();
     /// 0..99 on a cubic scale.
     void setVolume(int volume);
+    /// Native id of the window that video goes to (0: none) and the place in it, in its pixels.
+    void placeVideo(uint window, const QRect &rectangle);
+    /// Whether the video output may paint a colour key itself; from the next pipeline on.
+    void setVideoAutopaint(bool autopaint);
+    /// Whether frameTaken() follows when playback of a video pauses.
+    void setFrameOnPause(bool wanted);
     /// Answers with the position in whole seconds.
     void answerPosition(const KelvoAnswer &answer);
     /// Answers as the property "position" does: in seconds with their fraction.
@@ -83,12 +92,16 @@ Q_SIGNALS:
     void speedChanged(quint64 epoch, double speed);
     void volumeChanged(int volume);
     void policyOverridden(bool overridden);
+    /// The colour, 0xRRGGBB, that the video output needs around it; 0: none.
+    void colorKeyChanged(uint color);
+    /// The picture at which playback has paused.
+    void frameTaken(quint64 epoch, const VideoFrame &frame);
 
 private:
     enum class Phase { Idle, Loading, Loaded, Ended };
 
     // Pipeline (ItemPlayer.cpp)
-    bool createPipeline(bool silent);
+    bool createPipeline();
     void startPipeline();
     void forgetItem();
     void shutDown();
@@ -102,7 +115,7 @@ private:
     void endItem(bool progressed);
     void fail(KelvoError::Code code, const QString &message);
     void failUnlessReported();
-    void restartSilently();
+    void restart();
 
     // Messages (ItemPlayer_messages.cpp)
     void handle(GstMessage *message);
@@ -130,17 +143,27 @@ private:
     void checkPauseAt();
     void backAtStart();
 
+    // Pictures (ItemPlayer_video.cpp)
+    void redrawPaused();
+    void tellAboutVideo();
+    void takeDueFrame();
+
     const EngineSettings m_settings;
     const std::shared_ptr<Mailbox> m_mailbox;
     std::unique_ptr<Playbin> m_pipeline;
     std::unique_ptr<PauseClock> m_pauseClock;
     QTimer *m_watchTimer;
+    QTimer *m_redrawTimer;
+    std::unique_ptr<VideoOutput> m_video; ///< made on the engine thread, like all that it consists of
     QElapsedTimer m_time;
     StallWatch m_stallWatch;
     TagCollector m_tags;
     int m_volume = 99;
     bool m_silent = false; ///< the audio output failed while playing; the silent clock stands in
+    bool m_blind = false; ///< the same for the video output
     bool m_policyOverride = false;
+    bool m_framesWanted = false;
+    uint m_colorKey = 0;
 
     // Of the item
     Item m_item;
@@ -149,6 +172,7 @@ private:
     int m_deadLooks = 0; ///< how often in a row no streaming thread was running
     bool m_wantPlaying = false;
     bool m_pauseAcknowledged = false; ///< paused before there is anything to pause: reported at once
+    bool m_frameDue = false; ///< paused, and the picture not yet taken
     bool m_bufferHold = false;
     bool m_live = false;
     bool m_pipelinePlaying = false; ///< the state that the pipeline is in, once it has prerolled

@@ -137,7 +137,14 @@ void ItemPlayer::handleError(GstMessage *message)
     failure.notMedia = m_notMedia;
     if (failure.fromAudioOutput && !m_silent) {
         Q_EMIT troubled(m_item.epoch, KelvoError::AudioOutputFailed, failure.text);
-        restartSilently();
+        m_silent = true;
+        restart();
+        return;
+    }
+    if (failure.fromVideoOutput && !m_blind) {
+        Q_EMIT troubled(m_item.epoch, KelvoError::VideoOutputFailed, failure.text);
+        m_blind = true;
+        restart();
         return;
     }
     fail(ErrorMapping::codeOf(failure), failure.text);

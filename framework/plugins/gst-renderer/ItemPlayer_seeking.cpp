@@ -108,6 +108,7 @@ void ItemPlayer::seekDone()
     noteProgress();
     issueSeek();
     checkPauseAt();
+    takeDueFrame();
 }
 
 void ItemPlayer::setPauseAt(uint seconds)

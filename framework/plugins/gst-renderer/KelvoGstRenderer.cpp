@@ -32,6 +32,7 @@ KelvoGstRenderer::KelvoGstRenderer(const EngineSettings &settings, QObject *pare
     qRegisterMetaType<KelvoRenderer::State>();
     qRegisterMetaType<KelvoError::Code>();
     qRegisterMetaType<PlaylistFile::Contents>();
+    qRegisterMetaType<VideoFrame>();
     connect(&m_queue, &KelvoPlayQueue::indexMoved, this, &KelvoGstRenderer::followEdit);
     connect(&m_queue, &KelvoPlayQueue::currentRemoved, this, &KelvoGstRenderer::followEdit);
     connect(m_listReader, &PlaylistFileReader::finished, this, &KelvoGstRenderer::listRead);
@@ -80,6 +81,9 @@ void KelvoGstRenderer::connectPlayer()
         [this](int volume) { setProperty(PropertyVolume, uint(volume)); });
     connect(m_player, &ItemPlayer::policyOverridden, this,
         [this](bool overridden) { setProperty(KELVO_RENDERER_PROPERTY_POLICY_OVERRIDE, overridden); });
+    connect(m_player, &ItemPlayer::colorKeyChanged, this,
+        [this](uint color) { setProperty(PropertyColorKey, color); });
+    connect(m_player, &ItemPlayer::frameTaken, this, &KelvoGstRenderer::saveFrame);
 }
 
 void KelvoGstRenderer::startEngine()

@@ -4,12 +4,14 @@
 #include "KelvoPlayQueue.h"
 #include "KelvoRenderer.h"
 #include "PlaylistFile.h"
+#include "VideoFrameTap.h"
 #include "WorkerThread.h"
 
 #include <QHash>
 #include <QPointer>
 
 #include <functional>
+#include <memory>
 
 class ItemPlayer;
 class PlaylistFileReader;
@@ -97,12 +99,15 @@ private:
 
     // Properties (KelvoGstRenderer_properties.cpp)
     void changeSpeed(double speed);
+    void updateVideo(const QString &name);
+    void saveFrame(quint64 epoch, const VideoFrame &frame);
     void setProperty(const QString &name, const QVariant &value);
 
     WorkerThread m_engine;
     ItemPlayer *const m_player; ///< of m_engine
     WorkerThread m_listThread;
     PlaylistFileReader *const m_listReader; ///< of m_listThread
+    std::unique_ptr<WorkerThread> m_frameThread; ///< of a VideoFrameStore; there once a picture was taken
     QHash<QString, QVariant> m_properties;
 
     State m_state = Stopped;

@@ -3,6 +3,10 @@
 #include "KelvoAnswer.h"
 #include "KelvoGstRenderer.h"
 #include "RendererValues.h"
+#include "VideoFrameStore.h"
+
+#include <QRect>
+#include <QSize>
 
 namespace {
 /// Told by the renderer, never set.
@@ -31,6 +35,45 @@ void KelvoGstRenderer::setKelvoProperty(const QString &name, const QVariant &val
         changeSpeed(accepted->toDouble());
     else
         setProperty(name, *accepted);
+    updateVideo(name);
+}
+
+/// Tells the player of a changed property that is about pictures.
+void KelvoGstRenderer::updateVideo(const QString &name)
+{
+    if (name == PropertyXid || name == PropertyRenderRectangle) {
+        const uint window = m_properties.value(PropertyXid).toUInt();
+        const QRect place
+            = RendererValues::toRectangle(m_properties.value(PropertyRenderRectangle).toString());
+        tellPlayer([window, place](ItemPlayer &player) { player.placeVideo(window, place); });
+    } else if (name == PropertyAutopaint || name == PropertyCurrentFrameOnPause) {
+        const bool on = m_properties.value(name).toBool();
+        const auto setter
+            = name == PropertyAutopaint ? &ItemPlayer::setVideoAutopaint : &ItemPlayer::setFrameOnPause;
+        tellPlayer([on, setter](ItemPlayer &player) { (player.*setter)(on); });
+    }
+}
+
+void KelvoGstRenderer::saveFrame(quint64 epoch, const VideoFrame &frame)
+{
+    if (epoch != m_epoch)
+        return;
+    if (!m_frameThread) {
+        m_frameThread = std::make_unique<WorkerThread>(
+            std::make_unique<VideoFrameStore>(), QStringLiteral("frame-store"));
+        const auto announce = [this](quint64 of, const QString &path, const QSize &size) {
+            if (of != m_epoch)
+                return;
+            later([this, path, size] {
+                Q_EMIT metadataChanged(QStringLiteral("pause-frame-size"),
+                    {QStringLiteral("%1x%2").arg(size.width()).arg(size.height())});
+                Q_EMIT metadataChanged(QStringLiteral("pause-frame"), {path});
+            });
+        };
+        connect(m_frameThread->worker<VideoFrameStore>(), &VideoFrameStore::saved, this, announce);
+    }
+    m_frameThread->post(
+        [store = m_frameThread->worker<VideoFrameStore>(), epoch, frame] { store->save(epoch, frame); });
 }
 
 void KelvoGstRenderer::kelvoProperty(const QString &name, QObject *receiver, const char *slot)

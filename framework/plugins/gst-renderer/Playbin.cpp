@@ -4,6 +4,9 @@
 #include "Mailbox.h"
 
 namespace {
+// GstPlayFlags are not public: the pictures are handed to the video output as they come from the decoder.
+constexpr guint nativeVideo = 0x40;
+
 /// Pipelines post hundreds of messages about their inner elements; these are the ones of interest.
 bool isOfInterest(GstMessage *message)
 {
@@ -33,6 +36,8 @@ GstBusSyncReply queueMessage(GstBus *, GstMessage *message, gpointer data)
 {
     const std::shared_ptr<GstMessage> owned(message, gst_message_unref);
     const auto *listener = static_cast<Playbin::Listener *>(data);
+    if (VideoOutput::answer(message, listener->window))
+        return GST_BUS_DROP;
     if (isOfInterest(message))
         listener->mailbox->post([handle = listener->message, owned] { handle(owned.get()); });
     return GST_BUS_DROP;
@@ -109,6 +114,9 @@ std::unique_ptr<Playbin> Playbin::create(
     playbin->m_videoOutput = std::move(videoOutput);
     g_object_set(playbin->element(), "audio-sink", playbin->m_audioOutput.get(), "video-sink",
         playbin->m_videoOutput.get(), nullptr);
+    guint flags = 0;
+    g_object_get(playbin->element(), "flags", &flags, nullptr);
+    g_object_set(playbin->element(), "flags", flags | nativeVideo, nullptr);
     playbin->listen(std::move(listener), networkTimeout);
     return playbin;
 }
@@ -183,6 +191,13 @@ bool Playbin::hasAudio() const
 {
     gint count = 0;
     g_object_get(element(), "n-audio", &count, nullptr);
+    return count > 0;
+}
+
+bool Playbin::hasVideo() const
+{
+    gint count = 0;
+    g_object_get(element(), "n-video", &count, nullptr);
     return count > 0;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "GstHandles.h"
+#include "VideoOutput.h"
 
 #include <QByteArray>
 
@@ -20,6 +21,7 @@ public:
         std::shared_ptr<Mailbox> mailbox; ///< by which both arrive
         std::function<void(GstMessage *)> message;
         std::function<void()> volumeMoved;
+        VideoOutput::WindowId window; ///< what the video output is to draw into
     };
 
     /// Null when GStreamer has no playbin.
@@ -44,6 +46,8 @@ public:
     bool isSeekable() const;
     /// Whether the item has sound.
     bool hasAudio() const;
+    /// Whether the item has moving pictures.
+    bool hasVideo() const;
     /// Whether the source knows that it has no data.
     bool isEmpty() const;
     /// Whether any streaming thread runs. Of a local file that does not preroll and has none, nothing will come.

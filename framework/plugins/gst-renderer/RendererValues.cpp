@@ -63,6 +63,14 @@ std::optional<QVariant> RendererValues::accepted(const QString &name, const QVar
     return value.typeId() == QMetaType::Bool ? std::optional<QVariant>(value) : std::nullopt;
 }
 
+QRect RendererValues::toRectangle(const QString &text)
+{
+    const QStringList numbers = text.split(QLatin1Char(','));
+    if (numbers.size() != 4)
+        return {};
+    return {numbers.at(0).toInt(), numbers.at(1).toInt(), numbers.at(2).toInt(), numbers.at(3).toInt()};
+}
+
 double RendererValues::linearVolume(int volume)
 {
     return std::pow(double(volume) / maximumVolume, 3);

@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: MIT
+#include "VideoFrameStore.h"
+
+#include "KelvoMessageHandler.h"
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QDir>
+#include <QImage>
+#include <QSaveFile>
+#include <QStandardPaths>
+
+#include <atomic>
+
+#include <gst/video/video.h>
+
+namespace {
+constexpr GstClockTime longestConversion = 10 * GST_SECOND;
+
+/// Copies a picture of packed RGB.
+QImage toImage(GstSample *sample)
+{
+    GstVideoInfo info;
+    GstVideoFrame frame;
+    if (!gst_video_info_from_caps(&info, gst_sample_get_caps(sample))
+        || !gst_video_frame_map(&frame, &info, gst_sample_get_buffer(sample), GST_MAP_READ))
+        return {};
+    const auto *pixels = static_cast<const uchar *>(GST_VIDEO_FRAME_PLANE_DATA(&frame, 0));
+    const QImage image = QImage(pixels, GST_VIDEO_FRAME_WIDTH(&frame), GST_VIDEO_FRAME_HEIGHT(&frame),
+        GST_VIDEO_FRAME_PLANE_STRIDE(&frame, 0), QImage::Format_RGB888)
+                             .copy();
+    gst_video_frame_unmap(&frame);
+    return image;
+}
+
+/// In square pixels, as it is meant to be seen.
+QImage convert(const VideoFrame &frame)
+{
+    const GstHandles::Caps wanted(gst_caps_new_simple("video/x-raw", "format", G_TYPE_STRING, "RGB",
+        "pixel-aspect-ratio", GST_TYPE_FRACTION, 1, 1, nullptr));
+    GError *problem = nullptr;
+    const GstHandles::Sample converted(
+        gst_video_convert_sample(frame.get(), wanted.get(), longestConversion, &problem));
+    const GstHandles::Error owner(problem);
+    if (converted)
+        return toImage(converted.get());
+    qCWarning(lcKelvo) << "The picture cannot be converted:"
+                       << (problem ? problem->message : "no reason given");
+    return {};
+}
+
+/// Unique on this machine, and in alphabetical order by age.
+QString newName()
+{
+    static std::atomic<int> number = 0;
+    return QStringLiteral("pause-%1-%2-%3.png")
+        .arg(QDateTime::currentDateTimeUtc().toString(QStringLiteral("yyyyMMdd-HHmmss-zzz")))
+        .arg(QCoreApplication::applicationPid())
+        .arg(++number);
+}
+
+void removeOld(QDir folder)
+{
+    const QStringList files = folder.entryList(
+        {QStringLiteral("pause-*.png")}, QDir::Files | QDir::NoSymLinks, QDir::Name | QDir::Reversed);
+    for (const QString &file : files.mid(VideoFrameStore::keptFiles))
+        folder.remove(file);
+}
+} // namespace
+
+QString VideoFrameStore::folder()
+{
+    return QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation)
+        + QStringLiteral("/kelvo-test-gui/pause-frames");
+}
+
+void VideoFrameStore::save(quint64 epoch, const VideoFrame &frame)
+{
+    const QImage image = convert(frame);
+    if (image.isNull())
+        return;
+    const QDir place(folder());
+    QSaveFile file(place.filePath(newName()));
+    if (!place.mkpath(QStringLiteral(".")) || !file.open(QIODevice::WriteOnly) || !image.save(&file, "PNG")
+        || !file.commit()) {
+        qCWarning(lcKelvo) << "The picture cannot be saved:" << file.fileName() << file.errorString();
+        return;
+    }
+    removeOld(place);
+    Q_EMIT saved(epoch, file.fileName(), image.size());
+}

@@ -1,0 +1,357 @@
+// SPDX-License-Identifier: MIT
+#include "GstTestCase.h"
+#include "LogRecorder.h"
+#include "TestGroup.h"
+#include "XServer.h"
+
+#include <QLibrary>
+#include <QTest>
+
+#include <memory>
+
+using R = KelvoRenderer;
+
+namespace {
+const QRect page(50, 40, 400, 300);
+const QColor green(0, 160, 0);
+const QColor black(0, 0, 0);
+
+bool isRed(QColor color)
+{
+    return color.red() > 200 && color.green() < 60 && color.blue() < 60;
+}
+
+bool isBlue(QColor color)
+{
+    return color.blue() > 200 && color.green() < 60 && color.red() < 60;
+}
+
+/// As the toolkit of the console does: a drawing request for a window that is gone ends no program.
+void ignoreErrorsOfX()
+{
+    using Handler = int (*)(void *, void *);
+    const auto set = reinterpret_cast<Handler (*)(Handler)>(QLibrary("X11", 6).resolve("XSetErrorHandler"));
+    QVERIFY(set);
+    set([](void *, void *) { return 0; });
+}
+} // namespace
+
+/// What is seen of a video, in a window that stands for the console's page. Places are relative to that window.
+class GstVideoTest : public GstTestCase
+{
+    Q_OBJECT
+private:
+    std::unique_ptr<XServer> m_server;
+    uint m_page = 0;
+
+    QColor at(int x, int y) { return m_server->pixel(page.x() + x, page.y() + y); }
+    void set(QLatin1String name, const QVariant &value) { renderer()->setKelvoProperty(name, value); }
+    void place(const QString &rectangle) { set(R::PropertyRenderRectangle, rectangle); }
+    void play(const QString &file = QStringLiteral("red.mp4"))
+    {
+        renderer()->playUri(media(file));
+        TRY_STATE(Playing);
+    }
+    void pause()
+    {
+        renderer()->pause();
+        TRY_STATE(Paused);
+    }
+    /// Whether the video, and nothing but it, fills that part of the page.
+    bool shows(const QRect &place, bool (*color)(QColor) = isRed)
+    {
+        const int right = place.x() + place.width();
+        const int bottom = place.y() + place.height();
+        const QPoint centre = place.center();
+        return color(at(place.x() + 2, place.y() + 2)) && color(at(right - 3, bottom - 3))
+            && color(at(centre.x(), centre.y())) && at(place.x() - 1, centre.y()) == green
+            && at(right, centre.y()) == green && at(centre.x(), place.y() - 1) == green
+            && at(centre.x(), bottom) == green;
+    }
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        m_server = std::make_unique<XServer>();
+        QVERIFY(m_server->isRunning());
+        ignoreErrorsOfX();
+    }
+    void cleanupTestCase() { m_server.reset(); }
+
+    void init()
+    {
+        m_page = m_server->addWindow(page, green);
+        GstTestCase::init();
+        set(R::PropertyXid, m_page);
+        set(R::PropertyAutopaint, false);
+        place(QStringLiteral("20,30,160,120"));
+    }
+    void cleanup()
+    {
+        GstTestCase::cleanup();
+        m_server->destroy(m_page);
+        // The engine ends by itself, and must do so while there is a server.
+        QTRY_COMPARE_WITH_TIMEOUT(m_server->childrenOf(0), 0, 15000);
+    }
+
+    void showsInItsPlace()
+    {
+        play();
+        QTRY_VERIFY(shows(QRect(20, 30, 160, 120)));
+        QCOMPARE(heard().metadata(QStringLiteral("video-output")).toString(), QStringLiteral("ximagesink"));
+        QCOMPARE(heard().errors(), QList<int>{});
+    }
+
+    void keepsTheShapeOfThePicture()
+    {
+        place(QStringLiteral("20,30,300,120"));
+        play();
+        QTRY_VERIFY(isRed(at(170, 90)));
+        QCOMPARE(at(21, 90), black);
+        QCOMPARE(at(318, 90), black);
+        QVERIFY(isRed(at(170, 31)));
+    }
+
+    void isCutOffAtTheEdgeOfThePage()
+    {
+        place(QStringLiteral("320,240,160,120"));
+        play();
+        QTRY_VERIFY(isRed(at(390, 290)));
+        QVERIFY(!isRed(at(410, 290)));
+        QVERIFY(!isRed(at(390, 310)));
+    }
+
+    void followsItsPlace_data()
+    {
+        QTest::addColumn<bool>("paused");
+        QTest::newRow("playing") << false;
+        QTest::newRow("paused") << true;
+    }
+    void followsItsPlace()
+    {
+        QFETCH(bool, paused);
+        play();
+        if (paused)
+            pause();
+        place(QStringLiteral("100,60,160,120"));
+        QTRY_VERIFY(shows(QRect(100, 60, 160, 120)));
+        place(QStringLiteral("10,10,320,240"));
+        QTRY_VERIFY(shows(QRect(10, 10, 320, 240)));
+        place(QStringLiteral("40,40,80,60"));
+        QTRY_VERIFY(shows(QRect(40, 40, 80, 60)));
+        QCOMPARE(heard().state(), paused ? R::Paused : R::Playing);
+        m_server->move(m_page, QPoint(0, 0));
+        QTRY_VERIFY(isRed(m_server->pixel(80, 70)));
+        QCOMPARE(heard().errors(), QList<int>{});
+    }
+
+    void staysWhereItIsWhenResizedWhilePaused()
+    {
+        play();
+        renderer()->setPosition(5, R::SeekAbsolute);
+        pause();
+        const int before = heard().askPosition();
+        heard().clear();
+        place(QStringLiteral("10,10,320,240"));
+        QTRY_VERIFY(shows(QRect(10, 10, 320, 240)));
+        QCOMPARE(heard().askPosition(), before);
+        QCOMPARE(heard().states().count(), 0);
+    }
+
+    void comesBackWhenUncovered_data() { followsItsPlace_data(); }
+    void comesBackWhenUncovered()
+    {
+        QFETCH(bool, paused);
+        play();
+        if (paused)
+            pause();
+        QTRY_VERIFY(isRed(at(100, 90)));
+        m_server->setShown(m_page, false); // another tab
+        QVERIFY(!isRed(at(100, 90)));
+        m_server->setShown(m_page, true);
+        QTRY_VERIFY(shows(QRect(20, 30, 160, 120)));
+        const uint cover = m_server->addWindow(page, Qt::white);
+        QCOMPARE(at(100, 90), QColor(Qt::white));
+        m_server->destroy(cover);
+        QTRY_VERIFY(shows(QRect(20, 30, 160, 120)));
+    }
+
+    void doesNotFlickerWhenThePageIsRepainted()
+    {
+        play();
+        QTRY_VERIFY(isRed(at(100, 90)));
+        for (int round = 0; round < 100; ++round) {
+            m_server->repaint(m_page);
+            QVERIFY2(isRed(at(40 + round, 40 + round)), qPrintable(QString::number(round)));
+            QTest::qWait(2); // some pictures of the video in between
+        }
+    }
+
+    void goesAwayWhenStopped()
+    {
+        play();
+        QTRY_VERIFY(isRed(at(100, 90)));
+        renderer()->stop();
+        QTRY_COMPARE(at(100, 90), green);
+        play();
+        QTRY_VERIFY(isRed(at(100, 90)));
+    }
+
+    void goesAwayAtTheEnd()
+    {
+        play(QStringLiteral("silent.mp4"));
+        QTRY_VERIFY(at(100, 90) != green);
+        QTRY_COMPARE(heard().completed(), 1);
+        QTRY_COMPARE(at(100, 90), green);
+    }
+
+    void soundTakesThePictureAway()
+    {
+        play();
+        QTRY_VERIFY(isRed(at(100, 90)));
+        play(QStringLiteral("long.mp3"));
+        QTRY_COMPARE(at(100, 90), green);
+        QTRY_VERIFY(heard().metadata(QStringLiteral("audio-output")).isValid());
+        QCOMPARE(heard().metadataReports(QStringLiteral("video-output")), 1);
+    }
+
+    void nextVideoTakesThePlace()
+    {
+        play();
+        QTRY_VERIFY(isRed(at(100, 90)));
+        play(QStringLiteral("blue.mp4"));
+        QTRY_VERIFY(shows(QRect(20, 30, 160, 120), isBlue));
+    }
+
+    void failureTakesThePictureAway()
+    {
+        play();
+        QTRY_VERIFY(isRed(at(100, 90)));
+        renderer()->playUri(media(QStringLiteral("missing.mp4")));
+        TRY_STATE(Stopped);
+        QTRY_COMPARE(at(100, 90), green);
+    }
+
+    void movesToAnotherWindow()
+    {
+        play();
+        QTRY_VERIFY(isRed(at(100, 90)));
+        const uint other = m_server->addWindow(QRect(0, 0, 640, 480), Qt::white);
+        set(R::PropertyXid, other);
+        QTRY_VERIFY(isRed(m_server->pixel(100, 90)));
+        QCOMPARE(m_server->childrenOf(m_page), 0);
+        set(R::PropertyXid, m_page);
+        QTRY_COMPARE(m_server->pixel(100, 90), QColor(Qt::white));
+        m_server->destroy(other);
+        QTRY_VERIFY(shows(QRect(20, 30, 160, 120)));
+    }
+
+    void windowMayComeLate()
+    {
+        set(R::PropertyXid, 0U);
+        place(QStringLiteral("0,0,0,0"));
+        play();
+        QCOMPARE(at(100, 90), green);
+        set(R::PropertyXid, m_page);
+        place(QStringLiteral("20,30,160,120"));
+        QTRY_VERIFY(shows(QRect(20, 30, 160, 120)));
+        set(R::PropertyXid, 0U);
+        QTRY_COMPARE(at(100, 90), green);
+        QCOMPARE(heard().state(), R::Playing);
+    }
+
+    void survivesWhatIsNoWindow()
+    {
+        LogRecorder log;
+        play();
+        QTRY_VERIFY(isRed(at(100, 90)));
+        set(R::PropertyXid, 3U);
+        QTRY_VERIFY(!log.warnings().filter(QStringLiteral("Window 3 cannot show video")).isEmpty());
+        QTRY_COMPARE(at(100, 90), green);
+        QCOMPARE(heard().state(), R::Playing);
+        QCOMPARE(heard().errors(), QList<int>{});
+        set(R::PropertyXid, m_page);
+        QTRY_VERIFY(isRed(at(100, 90)));
+    }
+
+    void survivesTheEndOfTheWindow_data() { followsItsPlace_data(); }
+    void survivesTheEndOfTheWindow()
+    {
+        QFETCH(bool, paused);
+        play();
+        if (paused)
+            pause();
+        QTRY_VERIFY(isRed(at(100, 90)));
+        m_server->destroy(m_page);
+        m_page = m_server->addWindow(page, green);
+        const int position = heard().askPosition();
+        if (!paused)
+            QTRY_VERIFY(heard().askPosition() > position);
+        QCOMPARE(heard().errors(), QList<int>{});
+        set(R::PropertyXid, m_page);
+        QTRY_VERIFY(shows(QRect(20, 30, 160, 120)));
+        QCOMPARE(heard().state(), paused ? R::Paused : R::Playing);
+    }
+
+    void survivesNonsensePlaces_data()
+    {
+        QTest::addColumn<QString>("rectangle");
+        QTest::newRow("huge") << QStringLiteral("0,0,999999,999999");
+        QTest::newRow("far away") << QStringLiteral("-999999,999999,160,120");
+        QTest::newRow("empty") << QStringLiteral("10,10,0,120");
+    }
+    void survivesNonsensePlaces()
+    {
+        QFETCH(QString, rectangle);
+        play();
+        QTRY_VERIFY(isRed(at(100, 90)));
+        place(rectangle);
+        QTRY_COMPARE(heard().property(R::PropertyRenderRectangle).toString(), rectangle);
+        place(QStringLiteral("20,30,160,120"));
+        QTRY_VERIFY(shows(QRect(20, 30, 160, 120)));
+        QCOMPARE(heard().errors(), QList<int>{});
+    }
+
+    void goesAwayWithTheRenderer()
+    {
+        play();
+        QTRY_VERIFY(isRed(at(100, 90)));
+        registry().unloadPlugin(QStringLiteral("gst-renderer.so"));
+        QTRY_COMPARE(at(100, 90), green);
+        QTRY_COMPARE(m_server->childrenOf(m_page), 0);
+    }
+
+    void playsOnWhenTheOutputFails()
+    {
+        GstTestCase::cleanup();
+        qputenv("KELVO_VIDEO_SINK", "ximagesink display=:4711");
+        const bool loaded = loadRenderer();
+        qunsetenv("KELVO_VIDEO_SINK");
+        QVERIFY(loaded);
+        play();
+        QCOMPARE(heard().errors(), QList<int>{KelvoError::VideoOutputFailed});
+        QTRY_VERIFY(heard().askPosition() >= 1);
+        QCOMPARE(
+            heard().metadata(QStringLiteral("video-output")).toString(), QStringLiteral("no video output"));
+        QCOMPARE(heard().mediaIndexes().count(), 1);
+    }
+
+    void playsWithoutAnXServer()
+    {
+        GstTestCase::cleanup();
+        const QByteArray display = qgetenv("DISPLAY");
+        qunsetenv("DISPLAY");
+        const bool loaded = loadRenderer();
+        if (loaded)
+            play(QStringLiteral("clip.mp4"));
+        qputenv("DISPLAY", display);
+        QVERIFY(loaded);
+        QCOMPARE(
+            heard().metadata(QStringLiteral("video-output")).toString(), QStringLiteral("no video output"));
+        QTRY_COMPARE(heard().completed(), 1);
+        QCOMPARE(heard().errors(), QList<int>{});
+    }
+};
+
+KELVO_TEST(GstVideoTest)
+#include "GstVideoTest.moc"

@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: MIT
+#include "XServer.h"
+
+#include <cstdlib>
+
+#include <xcb/xcb.h>
+
+XServer::XServer()
+{
+    const QString screen = QStringLiteral("%1x%2x24").arg(size.width()).arg(size.height());
+    m_process.setStandardErrorFile(QProcess::nullDevice());
+    m_process.start(QStringLiteral("Xvfb"),
+        {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"), QStringLiteral("0"),
+            screen, QStringLiteral("-nolisten"), QStringLiteral("tcp"), QStringLiteral("-noreset")});
+    if (!m_process.waitForReadyRead(10000))
+        return;
+    qputenv("DISPLAY", ':' + m_process.readLine().trimmed());
+    m_connection = xcb_connect(nullptr, nullptr);
+    if (!xcb_connection_has_error(m_connection))
+        m_screen = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data;
+}
+
+XServer::~XServer()
+{
+    if (m_connection)
+        xcb_disconnect(m_connection);
+    qunsetenv("DISPLAY");
+    m_process.terminate();
+    if (!m_process.waitForFinished(5000))
+        m_process.kill();
+}
+
+uint XServer::addWindow(const QRect &place, QColor color)
+{
+    const uint window = xcb_generate_id(m_connection);
+    const quint32 pixel = color.rgb() & 0xffffff;
+    xcb_create_window(m_connection, m_screen->root_depth, window, m_screen->root, qint16(place.x()),
+        qint16(place.y()), quint16(place.width()), quint16(place.height()), 0, XCB_WINDOW_CLASS_INPUT_OUTPUT,
+        m_screen->root_visual, XCB_CW_BACK_PIXEL, &pixel);
+    setShown(window, true);
+    return window;
+}
+
+void XServer::move(uint window, QPoint to)
+{
+    const quint32 values[] = {quint32(to.x()), quint32(to.y())};
+    xcb_configure_window(m_connection, window, XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y, values);
+    sync();
+}
+
+void XServer::setShown(uint window, bool shown)
+{
+    if (shown)
+        xcb_map_window(m_connection, window);
+    else
+        xcb_unmap_window(m_connection, window);
+    sync();
+}
+
+void XServer::repaint(uint window)
+{
+    xcb_clear_area(m_connection, 0, window, 0, 0, 0, 0);
+    sync();
+}
+
+void XServer::destroy(uint window)
+{
+    xcb_destroy_window(m_connection, window);
+    sync();
+}
+
+int XServer::childrenOf(uint window)
+{
+    const xcb_query_tree_cookie_t request = xcb_query_tree(m_connection, window ? window : m_screen->root);
+    xcb_query_tree_reply_t *tree = xcb_query_tree_reply(m_connection, request, nullptr);
+    const int count = tree ? tree->children_len : -1;
+    std::free(tree);
+    return count;
+}
+
+QColor XServer::pixel(int x, int y)
+{
+    const xcb_get_image_cookie_t request = xcb_get_image(
+        m_connection, XCB_IMAGE_FORMAT_Z_PIXMAP, m_screen->root, qint16(x), qint16(y), 1, 1, ~0U);
+    xcb_get_image_reply_t *image = xcb_get_image_reply(m_connection, request, nullptr);
+    if (!image)
+        return {};
+    const uint8_t *bytes = xcb_get_image_data(image);
+    const QColor color(bytes[2], bytes[1], bytes[0]);
+    std::free(image);
+    return color;
+}
+
+/// Until the server has done all that it was asked for.
+void XServer::sync()
+{
+    std::free(xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr));
+}

@@ -1,0 +1,46 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QColor>
+#include <QProcess>
+#include <QRect>
+
+#include <memory>
+
+struct xcb_connection_t;
+struct xcb_screen_t;
+
+/// A private X server without a window manager, and what a test does and sees on it. While it runs it is the one
+/// that DISPLAY names.
+class XServer
+{
+public:
+    static constexpr QSize size{640, 480};
+
+    XServer();
+    ~XServer();
+    Q_DISABLE_COPY_MOVE(XServer)
+
+    /// False when it did not start.
+    bool isRunning() const { return m_screen; }
+
+    /// A window of one colour; shown.
+    uint addWindow(const QRect &place, QColor color);
+    void move(uint window, QPoint to);
+    void setShown(uint window, bool shown);
+    /// Paints the window with its colour, as a program that repaints does.
+    void repaint(uint window);
+    void destroy(uint window);
+    /// How many windows are within it; 0 stands for the screen.
+    int childrenOf(uint window);
+
+    /// What is on the screen there.
+    QColor pixel(int x, int y);
+
+private:
+    void sync();
+
+    QProcess m_process;
+    xcb_connection_t *m_connection = nullptr;
+    xcb_screen_t *m_screen = nullptr;
+};
