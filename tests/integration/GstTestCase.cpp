@@ -1,8 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "GstTestCase.h"
 
+#include <QDir>
+#include <QFile>
 #include <QStandardItemModel>
 #include <QTest>
+
+#include <algorithm>
 
 namespace {
 const QString pluginFile = QStringLiteral("gst-renderer.so");
@@ -55,6 +59,16 @@ bool GstTestCase::loadRenderer()
     m_renderer = m_registry->renderers().constFirst();
     m_recorder = std::make_unique<RendererRecorder>(m_renderer);
     return true;
+}
+
+bool GstTestCase::engineRuns()
+{
+    const QDir threads(QStringLiteral("/proc/self/task"));
+    const QStringList ids = threads.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    return std::any_of(ids.cbegin(), ids.cend(), [&threads](const QString &id) {
+        QFile name(threads.filePath(id + QStringLiteral("/comm")));
+        return name.open(QIODevice::ReadOnly) && name.readAll().trimmed() == "gst-engine";
+    });
 }
 
 void GstTestCase::init()

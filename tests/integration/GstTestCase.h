@@ -22,6 +22,8 @@ protected:
     static std::unique_ptr<KelvoGeneralSourcePlaylist> makePlaylist(const QList<QUrl> &urls);
 
     bool loadRenderer();
+    /// Whether the engine of a renderer still runs: it ends by itself, after the renderer.
+    static bool engineRuns();
     KelvoRenderer *renderer() const { return m_renderer; }
     RendererRecorder &heard() { return *m_recorder; }
     KelvoRegistry &registry() { return *m_registry; }

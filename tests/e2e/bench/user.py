@@ -125,6 +125,11 @@ class Input:
         self._settle()
         self._tree.round_trip()
 
+    def move_window(self, x, y, title="^KELVO test-GUI$"):
+        self._xdotool("windowmove", self.window(title), x, y)
+        self._settle()
+        self._tree.round_trip()
+
     def close_window(self, title="^KELVO test-GUI$"):
         """Closes through the window manager, as the title bar's button does."""
         self.activate(title)
