@@ -2,11 +2,13 @@
 # SPDX-License-Identifier: MIT
 """The whole console against gst-play-1.0 on the same file: start to Playing, CPU time and memory while playing.
 
-Both play in turn within this one run, through the same silent synchronised sink.
+Both play in turn within this one run, through the same silent synchronised sinks. Files given with --video are played
+once more with their picture on the screen, by the same sink and in the same size.
 """
 import argparse
 import os
 import pathlib
+import re
 import signal
 import statistics
 import subprocess
@@ -14,6 +16,7 @@ import threading
 import time
 
 SINK = "fakesink sync=true"
+SCREEN_SINK = "ximagesink"
 
 
 class Player:
@@ -23,6 +26,7 @@ class Player:
         self.playing = threading.Event()
         self.started = time.monotonic()
         self.reached = None
+        self.lines = []
         self.process = subprocess.Popen(command, env=environment, stdin=subprocess.DEVNULL,
                                         stdout=subprocess.DEVNULL, stderr=subprocess.PIPE)
         self.reader = threading.Thread(target=self._read, args=(marker,), daemon=True)
@@ -31,6 +35,7 @@ class Player:
     def _read(self, marker):
         # Read to the end: a process whose pipe is full stands still.
         for line in self.process.stderr:
+            self.lines.append(line)
             if self.reached is None and marker in line:
                 self.reached = time.monotonic()
                 self.playing.set()
@@ -51,6 +56,15 @@ class Player:
             sums[name] = int(value.split()[0])
         return sums["Rss"], sums["Pss"]
 
+    def last_match(self, pattern):
+        """The last line printed so far that matches, waited for."""
+        for _ in range(300):
+            found = [match for match in (re.search(pattern, line) for line in list(self.lines)) if match]
+            if found:
+                return found[-1]
+            time.sleep(0.1)
+        raise SystemExit(f"{self.process.args}: printed no {pattern!r}")
+
     def end(self):
         self.process.send_signal(signal.SIGTERM)
         self.process.wait()
@@ -62,8 +76,9 @@ def row(name, values, references, unit, goal=""):
     print(f"| {name} | {ours:.2f} {unit} | gst-play-1.0: {theirs:.2f} {unit} | {ours / theirs:.2f} | {goal} |", flush=True)
 
 
-def console(arguments, media):
-    environment = dict(os.environ, KELVO_AUDIO_SINK=SINK, KELVO_PLUGINS="gst-renderer", QT_QPA_PLATFORM="xcb")
+def console(arguments, media, video_sink=SINK):
+    environment = dict(os.environ, KELVO_AUDIO_SINK=SINK, KELVO_VIDEO_SINK=video_sink, KELVO_PLUGINS="gst-renderer",
+                       QT_QPA_PLATFORM="xcb")
     return Player([arguments.console, media.as_uri()], environment, b"Playing.")
 
 
@@ -74,9 +89,9 @@ def gst_play(media):
     return Player(command, environment, b"<playbin> completed state change to PLAYING")
 
 
-def quiet_gst_play(media):
+def quiet_gst_play(media, video_sink=SINK):
     """Without the state log, which would count against its CPU time."""
-    command = ["gst-play-1.0", "--no-interactive", f"--audiosink={SINK}", f"--videosink={SINK}", media.as_uri()]
+    command = ["gst-play-1.0", "--no-interactive", f"--audiosink={SINK}", f"--videosink={video_sink}", media.as_uri()]
     player = Player(command, dict(os.environ), b"")
     return player
 
@@ -113,17 +128,76 @@ def measure_playing(arguments, media):
     row(f"memory while playing (PSS), {kind}", [memory["ours"][1] / 1024], [memory["theirs"][1] / 1024], "MB", "reported")
 
 
+def xdotool(*arguments):
+    subprocess.run(["xdotool", *map(str, arguments)], check=True, timeout=10)
+
+
+def window_named(name):
+    for _ in range(100):
+        found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", name], capture_output=True, text=True,
+                               check=False, timeout=10).stdout.split()
+        if found:
+            return found[0]
+        time.sleep(0.1)
+    raise SystemExit(f"no window named {name!r}")
+
+
+def console_on_screen(arguments, media):
+    """Plays on the video tab; also gives the size of the picture's place."""
+    player = console(arguments, media, SCREEN_SINK)
+    player.wait_until_playing()
+    xdotool("windowfocus", window_named("KELVO test-GUI"))
+    xdotool("key", "ctrl+Tab")
+    time.sleep(1)  # the tab is laid out
+    place = player.last_match(rb'"render-rectangle" QVariant\(QString, "-?\d+,-?\d+,(\d+),(\d+)"\)')
+    return player, tuple(map(int, place.groups()))
+
+
+def gst_play_on_screen(media, size):
+    player = quiet_gst_play(media, SCREEN_SINK)
+    xdotool("windowsize", window_named("gst-play-1.0"), *size)
+    time.sleep(1)
+    return player
+
+
+def measure_on_screen(arguments, media):
+    """The files last longer than what is measured; at its end the console's renderer tells what it showed."""
+    figures = {"ours": [], "theirs": []}
+    memory = {}
+    dropped = []
+    for _ in range(arguments.cpu_rounds):
+        ours, size = console_on_screen(arguments, media)
+        for name, player in (("ours", ours), ("theirs", None)):
+            player = player or gst_play_on_screen(media, size)
+            before = player.cpu_seconds()
+            time.sleep(arguments.seconds)
+            figures[name].append((player.cpu_seconds() - before) / arguments.seconds * 100)
+            memory[name] = player.memory_kilobytes()
+            if name == "ours":
+                told = player.last_match(rb"Video pictures shown: (\d+) dropped: (\d+)")
+                dropped.append(int(told.group(2)))
+            player.end()
+    row(f"CPU while showing {media.stem} at {size[0]}x{size[1]}", figures["ours"], figures["theirs"], "%", "at most 1.1")
+    for kind, index in (("RSS", 0), ("PSS", 1)):
+        row(f"memory while showing {media.stem} ({kind})", [memory["ours"][index] / 1024],
+            [memory["theirs"][index] / 1024], "MB", "reported")
+    print(f"| pictures dropped, {media.stem}, most | {max(dropped)} |  | | 0 |", flush=True)
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--console", required=True)
     parser.add_argument("--rounds", type=int, default=9)
     parser.add_argument("--cpu-rounds", type=int, default=3)
     parser.add_argument("--seconds", type=int, default=10)
-    parser.add_argument("media", type=pathlib.Path, nargs="+")
+    parser.add_argument("--video", type=pathlib.Path, nargs="*", default=[])
+    parser.add_argument("--media", type=pathlib.Path, nargs="*", default=[])
     arguments = parser.parse_args()
     for media in arguments.media:
         measure_start(arguments, media.resolve())
         measure_playing(arguments, media.resolve())
+    for media in arguments.video:
+        measure_on_screen(arguments, media.resolve())
 
 
 if __name__ == "__main__":

@@ -22,6 +22,10 @@ make_media "$media/short.mp3" -f lavfi -i "sine=f=440:d=2" -c:a libmp3lame -b:a 
     -metadata title=Short -metadata artist=Artist -metadata album=Album -f mp3
 make_media "$media/film.mp4" -f lavfi -i "testsrc2=s=640x360:r=25:d=60" -f lavfi -i "sine=f=440:d=60" \
     -c:v libx264 -preset ultrafast -g 50 -pix_fmt yuv420p -c:a aac -f mp4
+for size in 640x360 1920x1080; do
+    make_media "$media/video-$size.mp4" -f lavfi -i "testsrc2=s=$size:r=25:d=20" -f lavfi -i "sine=f=440:d=20" \
+        -c:v libx264 -preset ultrafast -g 50 -pix_fmt yuv420p -c:a aac -f mp4
+done
 make_media "$media/long.mp3" -f lavfi -i "sine=f=330:d=7200" -c:a libmp3lame -b:a 64k -ac 1 -f mp3
 
 # A display of its own, so that no other window is taken for the program's.
@@ -34,9 +38,10 @@ echo "| what | here | reference in the same run | ratio | goal |"
 echo "|---|---|---|---|---|"
 KELVO_PLUGINS="" $build/benchmarks/startup-benchmark $build/benchmarks/empty-window $build/bin/kelvo-test-gui 2>/dev/null
 $build/benchmarks/registry-benchmark
-KELVO_AUDIO_SINK="fakesink sync=true" $build/benchmarks/playback-benchmark \
+KELVO_AUDIO_SINK="fakesink sync=true" KELVO_VIDEO_SINK="fakesink sync=true" $build/benchmarks/playback-benchmark \
     "$media/song.mp3" "$media/film.mp4" "$media/long.mp3"
-python3 benchmarks/process_benchmark.py --console $build/bin/kelvo-test-gui "$media/song.mp3" "$media/film.mp4"
+python3 benchmarks/process_benchmark.py --console $build/bin/kelvo-test-gui --media "$media/song.mp3" "$media/film.mp4" \
+    --video "$media/video-640x360.mp4" "$media/video-1920x1080.mp4"
 if [ -x $build/benchmarks/playlist-benchmark ]; then
     $build/benchmarks/playlist-benchmark
 fi
