@@ -17,6 +17,7 @@ const char *argumentOrEmpty(int argc, char *argv[], int index)
 
 int main(int argc, char *argv[])
 {
+    DisplayCheck::useNamedDisplay(argc, argv);
     DisplayCheck::preferX11();
     const QString problem = DisplayCheck::problem(argc, argv);
     if (!problem.isEmpty()) {

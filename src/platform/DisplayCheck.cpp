@@ -5,15 +5,21 @@
 #include <QLibrary>
 
 namespace {
-QByteArray requestedPlatform(int argc, char *argv[])
+/// What follows the option, which may have one dash or two.
+QByteArray argumentOf(const QByteArray &option, const QByteArray &otherwise, int argc, char *argv[])
 {
-    QByteArray platform = qgetenv("QT_QPA_PLATFORM");
+    QByteArray value = otherwise;
     for (int i = 1; i + 1 < argc; ++i) {
         const QByteArray argument(argv[i]);
-        if (argument == "-platform" || argument == "--platform")
-            platform = argv[i + 1];
+        if (argument == option || argument == '-' + option)
+            value = argv[i + 1];
     }
-    return platform;
+    return value;
+}
+
+QByteArray requestedPlatform(int argc, char *argv[])
+{
+    return argumentOf("-platform", qgetenv("QT_QPA_PLATFORM"), argc, argv);
 }
 
 /// True also when the client library cannot be asked: QApplication then gives its own answer.
@@ -31,6 +37,13 @@ bool x11DisplayOpens()
     return opens;
 }
 } // namespace
+
+void DisplayCheck::useNamedDisplay(int argc, char *argv[])
+{
+    const QByteArray display = argumentOf("-display", {}, argc, argv);
+    if (!display.isEmpty())
+        qputenv("DISPLAY", display);
+}
 
 void DisplayCheck::preferX11()
 {

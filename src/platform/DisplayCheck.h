@@ -6,6 +6,10 @@
 /// What must be known of the display before QApplication is built, which ends the process when it finds none.
 namespace DisplayCheck {
 
+/// Makes the X display named by "-display" that of the whole process: renderers open it for their video by
+/// connections of their own, and so do the programs that are started.
+void useNamedDisplay(int argc, char *argv[]);
+
 /// On a Wayland session with an X display, asks for X11 windows unless the user named a platform: renderers put
 /// their video into X11 windows.
 void preferX11();

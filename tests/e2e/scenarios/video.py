@@ -169,6 +169,12 @@ class Video(VideoCase):
         self.assertTrue(size.startswith("PNG 640 360 2"), size)
         self.assertEqual(len(list(path.parent.iterdir())), 1)
 
+    def test_follows_the_display_named_by_an_argument(self):
+        console = self.start("-display", self.desktop.env["DISPLAY"], media.url("red.mp4"), env={"DISPLAY": None})
+        console.wait_button("Pause", 20)
+        console.tab(ui.VIDEO)
+        self.wait_picture(console, "the picture shows", 15)
+
     def test_closing_while_the_video_plays(self):
         console = self.play()
         self.wait_picture(console, "the picture shows", 15)
