@@ -17,8 +17,6 @@
 #include <QDebug>
 #include <QMessageBox>
 
-#include <limits>
-
 void KelvoMainWindow::showHelpDialog()
 {
     qDebug() << "KelvoMainWindow::showHelpDialog";
@@ -88,7 +86,7 @@ void KelvoMainWindow::showRendererErrorLog(uint code, const QString &text)
 void KelvoMainWindow::showAdjustVolumeDialog(uint volume, KelvoRenderer *renderer)
 {
     qDebug() << "KelvoMainWindow::showAdjustVolumeDialog";
-    m_volumeDialog->setVolume(int(qMin(volume, uint(std::numeric_limits<int>::max()))), renderer);
+    m_volumeDialog->setVolume(int(volume), renderer); // a negative one is the least, not the greatest
     m_volumeDialog->exec();
 }
 

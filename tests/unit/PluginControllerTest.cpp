@@ -184,23 +184,38 @@ private Q_SLOTS:
         QCOMPARE(registry()->loadedPlugins(), QStringList());
     }
 
+    void pluginsThatFailLeaveTheDialogUsable_data()
+    {
+        QTest::addColumn<QByteArray>("start");
+        QTest::newRow("start is refused") << QByteArray("refuses");
+        QTest::newRow("start throws") << QByteArray("throws");
+        QTest::newRow("cannot be made") << QByteArray("throws when made");
+    }
     void pluginsThatFailLeaveTheDialogUsable()
     {
-        QFile text(m_folder->filePath("text.so"));
-        QVERIFY(text.open(QIODevice::WriteOnly));
-        text.write("not a library");
-        text.close();
+        QFETCH(QByteArray, start);
+        const QStringList failing = addPluginsThatFail();
+        QCOMPARE(failing.size(), 10);
+        qputenv("KELVO_TEST_PLUGIN", start);
         LogRecorder log;
-        openAnd(ModalCloser::Accept, [](const QWidget *dialog) {
-            load(dialog, "text");
+        openAnd(ModalCloser::Accept, [&failing](const QWidget *dialog) {
+            for (const QString &name : failing)
+                load(dialog, name);
             load(dialog, "one");
         });
-        QTRY_COMPARE(registry()->loadedPlugins(), QStringList({"one.so"}));
-        QTRY_VERIFY(log.warnings().join('\n').contains("text.so"));
+        for (const QString &name : failing) {
+            QTRY_VERIFY2(!log.warnings().filter(name + ".so cannot be used: ").isEmpty(), qPrintable(name));
+        }
+        QTRY_COMPARE(registry()->loadedPlugins(), QStringList("one.so"));
+        qunsetenv("KELVO_TEST_PLUGIN");
         QStringList available;
-        openAnd(ModalCloser::Accept,
-            [&](const QWidget *dialog) { available = texts(list(dialog, "m_availableItemsList")); });
-        QVERIFY(available.contains("text"));
+        openAnd(ModalCloser::Accept, [&available](const QWidget *dialog) {
+            available = texts(list(dialog, "m_availableItemsList"));
+            unload(dialog, "one");
+        });
+        QCOMPARE(available.filter(QRegularExpression("^(bad-|one$|two$)")), failing + QStringList("two"));
+        QCOMPARE(registry()->loadedPlugins(), QStringList());
+        QCOMPARE(registry()->renderers().size(), 0);
     }
 
     void fileReplacedWhileLoaded()
@@ -216,6 +231,32 @@ private Q_SLOTS:
 
 private:
     static KelvoRegistry *registry() { return KelvoRegistry::instance(); }
+
+    /// Returns their names as they are listed.
+    QStringList addPluginsThatFail()
+    {
+        const QDir made(qEnvironmentVariable("KELVO_TEST_PLUGIN_DIR"));
+        for (const char *name :
+            {"no-interface", "old-interface", "other-root", "missing-library", "missing-function"})
+            QFile::copy(made.filePath(name + QStringLiteral(".so")), badFile(name));
+        QFile::copy(made.filePath("good.so"), badFile("start"));
+        QFile good(made.filePath("good.so"));
+        const QByteArray bytes = good.open(QIODevice::ReadOnly) ? good.readAll() : QByteArray();
+        const std::pair<const char *, QByteArray> contents[] = {{"empty", {}}, {"header", bytes.left(64)},
+            {"text", "not a library"}, {"zeros", bytes.left(20) + QByteArray(bytes.size() - 20, '\0')}};
+        for (const auto &[name, content] : contents) {
+            QFile file(badFile(name));
+            if (file.open(QIODevice::WriteOnly))
+                file.write(content);
+        }
+        QStringList names = QDir(m_folder->path()).entryList({"bad-*"});
+        return names.replaceInStrings(".so", "");
+    }
+
+    QString badFile(const char *name) const
+    {
+        return m_folder->filePath(QStringLiteral("bad-%1.so").arg(QLatin1String(name)));
+    }
 
     void bringIn(const QString &fileName)
     {

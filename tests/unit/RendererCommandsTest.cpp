@@ -314,6 +314,20 @@ private Q_SLOTS:
         QCOMPARE(closer.seen(), QStringList("Adjust volume"));
     }
 
+    void rendererGoesWhileTheVolumeDialogIsOpen()
+    {
+        Q_EMIT m_renderer->kelvoPropertyChanged("volume", 40U);
+        ModalCloser closer;
+        closer.whenOpen = [this](const QWidget *dialog) {
+            KelvoRegistry::instance()->removeRenderer(m_renderer.get());
+            m_renderer.reset();
+            dialog->findChild<QPushButton *>("m_upButton")->click();
+            QCOMPARE(dialog->findChild<QLabel *>("m_volumeField")->text(), QStringLiteral("41"));
+        };
+        m_controller->adjustVolume();
+        QCOMPARE(closer.seen(), QStringList("Adjust volume"));
+    }
+
     void pauseFrameTwiceWithoutAReportSendsTheSame()
     {
         m_controller->showPauseFrame();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ConsoleFixture.h"
 #include "FakePlaylist.h"
+#include "FatalCall.h"
 #include "KelvoRegistry.h"
 #include "KelvoRendererController.h"
 #include "KelvoTestCase.h"
@@ -21,6 +22,9 @@
 #include <QTest>
 #include <QTextEdit>
 #include <QToolButton>
+
+#include <algorithm>
+#include <ctime>
 
 /// What the display makes of the reports and answers of the current renderer.
 class RendererReportsTest : public KelvoTestCase
@@ -304,6 +308,86 @@ private Q_SLOTS:
             QStringList(
                 {"KelvoRendererController::rendererPropertyChanged \"bitrate\" QVariant(QString, \"x\")",
                     "KelvoRendererController::rendererPropertyChanged \"volume\" QVariant(Invalid)"}));
+    }
+
+    void valuesOfTheWrongKindAreSurvived_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QVariant>("value");
+        QTest::addColumn<int>("volume");
+        QTest::addColumn<bool>("pauseFrame");
+        QTest::addColumn<QString>("warning");
+        const QString illegal = QStringLiteral("Illegal colorkey value: %1");
+        QTest::newRow("negative volume") << "volume" << QVariant(-5) << 0 << false << "";
+        QTest::newRow("volume beyond the scale") << "volume" << QVariant(120) << 99 << false << "";
+        QTest::newRow("volume in words") << "volume" << QVariant("loud") << 0 << false << "";
+        QTest::newRow("no volume") << "volume" << QVariant() << 0 << false << "";
+        QTest::newRow("list of volumes") << "volume" << QVariant(QVariantList({1, 2})) << 0 << false << "";
+        QTest::newRow("pause frame in words")
+            << "current-frame-on-pause" << QVariant("maybe") << 7 << true << "";
+        QTest::newRow("no pause frame") << "current-frame-on-pause" << QVariant() << 7 << false << "";
+        QTest::newRow("colour key of seven digits")
+            << "colorkey" << QVariant(0x1234567U) << 7 << false << illegal.arg(0x1234567);
+        QTest::newRow("negative colour key")
+            << "colorkey" << QVariant(-1) << 7 << false << illegal.arg(0xffffffffU);
+        QTest::newRow("colour key in words") << "colorkey" << QVariant("red") << 7 << false << "";
+    }
+
+    void valuesOfTheWrongKindAreSurvived()
+    {
+        QFETCH(QString, name);
+        QFETCH(QVariant, value);
+        QFETCH(QString, warning);
+        Q_EMIT m_renderer->kelvoPropertyChanged("volume", 7U);
+        LogRecorder log;
+        Q_EMIT m_renderer->kelvoPropertyChanged(name, value);
+        QVERIFY(log.lines().constFirst().startsWith(
+            QStringLiteral("KelvoRendererController::rendererPropertyChanged \"%1\" QVariant(").arg(name)));
+        Q_EMIT m_renderer->stateChanged(KelvoRenderer::Playing);
+        QCOMPARE(log.warnings(), warning.isEmpty() ? QStringList() : QStringList(warning));
+        QCOMPARE(label("m_video_videoLabel")->palette().color(QPalette::Window),
+            QApplication::palette().color(QPalette::Window));
+        QTEST(m_console->find<QAction>("m_actionShowPauseFrame")->isChecked(), "pauseFrame");
+        const ModalCloser closer;
+        m_controller->adjustVolume();
+        QCOMPARE(closer.seen(), QStringList("Adjust volume"));
+        QTEST(m_console->find<QSlider>("m_volumeSlider")->value(), "volume");
+    }
+
+    /// These two a renderer must never do.
+    void reportsThatAreFatal()
+    {
+        const QString policy = fatalMessage([this] {
+            Q_EMIT m_renderer->kelvoPropertyChanged(
+                KelvoRenderer::KELVO_RENDERER_PROPERTY_POLICY_OVERRIDE, "true");
+        });
+        QVERIFY2(
+            policy.startsWith("ASSERT: \"value.type() == QVariant::Bool\" in file "), qPrintable(policy));
+        QVERIFY2(policy.contains("src/KelvoRendererController"), qPrintable(policy));
+        const QString metadata
+            = fatalMessage([this] { Q_EMIT m_renderer->metadataChanged("title", QList<QVariant>()); });
+        QVERIFY2(metadata.contains("QList::at: \"index out of range\""), qPrintable(metadata));
+        QCOMPARE(
+            fatalMessage([this] { Q_EMIT m_renderer->metadataChanged("title", {QVariant()}); }), QString());
+    }
+
+    void aThousandErrorsOpenOneDialog()
+    {
+        const auto isOpenDialog = [](const QWidget *widget) {
+            return widget->isVisible() && qobject_cast<const QDialog *>(widget);
+        };
+        const std::clock_t start = std::clock();
+        for (int i = 0; i < 1000; ++i) {
+            Q_EMIT m_renderer->error(KelvoError(KelvoError::UnknownError, QString::number(i)));
+            QCoreApplication::processEvents(); // the window goes on in between
+        }
+        const double seconds = double(std::clock() - start) / CLOCKS_PER_SEC;
+        QVERIFY2(seconds < 1, qPrintable(QString::number(seconds)));
+        const QWidgetList windows = QApplication::topLevelWidgets();
+        QCOMPARE(std::count_if(windows.cbegin(), windows.cend(), isOpenDialog), 1);
+        const QStringList lines = m_console->find<QTextEdit>("m_errorLogField")->toPlainText().split('\n');
+        QCOMPARE(lines.size(), 1000);
+        QCOMPARE(lines.last(), QStringLiteral("Code 1, 999"));
     }
 
     void errorsCollectInTheLog()
