@@ -159,6 +159,33 @@ private Q_SLOTS:
         QCOMPARE(value(*songs, 0, "favorited").toBool(), true);
     }
 
+    void keepsTheCountsOfAMediumThatIsTakenOut()
+    {
+        const QString played = addSong("stick/played.mp3", {"Played", "Artist"});
+        addSong("stick/other.mp3", {"Other", "Artist"});
+        QVERIFY(index());
+        QSignalSpy counted(&store(), &KelvoTrackerStore::playCounted);
+        for (int plays = 1; plays <= 2; ++plays) {
+            store().countPlay(QUrl::fromLocalFile(played));
+            QTRY_COMPARE(counted.size(), plays);
+        }
+        const QString elsewhere = mediaFolder() + "-elsewhere";
+        QVERIFY(QDir().rename(mediaFolder() + "/stick", elsewhere));
+        QVERIFY(waitForFiles(0));
+        QCOMPARE(titles(Type::MostPlayedSongs), QStringList());
+        QVERIFY(QDir().rename(elsewhere, mediaFolder() + "/stick"));
+        QVERIFY(waitForFiles(2));
+        QTRY_COMPARE(titles(Type::MostPlayedSongs), QStringList("Played"));
+        QCOMPARE(titles(Type::RecentlyPlayedSongs), QStringList("Played"));
+        QCOMPARE(value(*result(Type::MostPlayedSongs), 0, "usageCounter").toInt(), 2);
+        // Given back once: what is counted from here on is not overwritten.
+        store().countPlay(QUrl::fromLocalFile(played));
+        QTRY_COMPARE(counted.size(), 3);
+        addSong("third.mp3", {"Third"});
+        QVERIFY(waitForFiles(3));
+        QCOMPARE(value(*result(Type::MostPlayedSongs), 0, "usageCounter").toInt(), 3);
+    }
+
     void survivesTwoFilesThatChangePlaces()
     {
         const QByteArray a = local(addSong("a.mp3", {"Was A", "X"}));

@@ -4,6 +4,7 @@
 #include "../store/Sparql.h"
 #include "FileUri.h"
 #include "KelvoMessageHandler.h"
+#include "PlayMemory.h"
 
 #include <QCryptographicHash>
 
@@ -182,6 +183,8 @@ bool StoreWriter::remove(const std::vector<KnownFile> &files, StoreError *error)
 {
     constexpr size_t perBatch = 500;
     std::vector<QByteArray> statements;
+    if (!PlayMemory::keep(m_connection, files, error))
+        return false;
     for (size_t i = 0; i < files.size(); ++i) {
         for (QByteArray &statement : removal(files[i].kind, files[i].number))
             statements.push_back(std::move(statement));
@@ -307,7 +310,8 @@ bool StoreWriter::tidyUp(StoreError *error)
             + Sparql::UnknownArtist + '>'),
     };
     m_present.clear();
-    return m_connection.update(statements, error) && sumUpPlaylists(error);
+    return m_connection.update(statements, error) && sumUpPlaylists(error)
+        && PlayMemory::giveBack(m_connection, error);
 }
 
 bool StoreWriter::sumUpPlaylists(StoreError *error)

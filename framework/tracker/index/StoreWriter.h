@@ -21,7 +21,8 @@ public:
     /// refuses is left out with a warning; false when nothing more can be written.
     bool write(const std::vector<MediaItem> &items, std::vector<bool> *written, StoreError *error);
     bool remove(const std::vector<KnownFile> &files, StoreError *error);
-    /// After all changes of a pass: drops albums and artists without songs, sums up the playlists, marks favourites.
+    /// After all changes of a pass: drops albums and artists without songs, sums up the playlists, marks favourites, gives
+    /// songs that are back their play counts.
     bool tidyUp(StoreError *error);
 
 private:
