@@ -14,18 +14,24 @@ const auto cancelCaption = QStringLiteral("Cancel");
 const auto executeCaption = QStringLiteral("Execute\nquery");
 const auto fetchRestCaption = QStringLiteral("Fetch\nrest");
 constexpr int bytesPerPixel = 4;
+constexpr qint64 largeMegabytes = 4;
 const auto browserAddress = QStringLiteral("https://www.example.org/");
 
 /// Null when the bytes are no picture, or one that would take more memory than the image loader allows a picture
-/// (however few bytes it was packed into).
-QPixmap pixmapFrom(const QByteArray &imageData)
+/// (however few bytes it was packed into). A large one comes in the size of the field.
+QPixmap pixmapFrom(const QByteArray &imageData, const QSize &field)
 {
     QBuffer buffer;
     buffer.setData(imageData);
     QImageReader reader(&buffer);
     const QSize size = reader.size();
     const qint64 megabytes = qint64(size.width()) * size.height() * bytesPerPixel / (1024 * 1024);
-    return megabytes > QImageReader::allocationLimit() ? QPixmap() : QPixmap::fromImageReader(&reader);
+    if (megabytes > QImageReader::allocationLimit())
+        return {};
+    // A photograph is read in a fraction of the time when it need not be read in full.
+    if (megabytes >= largeMegabytes)
+        reader.setScaledSize(field);
+    return QPixmap::fromImageReader(&reader);
 }
 
 QString resultsText(const QListView *view)
@@ -127,7 +133,7 @@ void KelvoMainWindow::showBrowseResultThumbnail(const QString &text)
 void KelvoMainWindow::showBrowseResultThumbnail(const QByteArray &imageData)
 {
     qDebug() << "KelvoMainWindow::showBrowseResultThumbnail, array";
-    const QPixmap picture = pixmapFrom(imageData);
+    const QPixmap picture = pixmapFrom(imageData, m_browse_pictureField->size());
     const bool loaded = !picture.isNull();
     qDebug() << "LOADING SUCCESS WAS" << loaded;
     if (!loaded) {

@@ -6,6 +6,7 @@
 
 #include <QBuffer>
 #include <QComboBox>
+#include <QImage>
 #include <QLabel>
 #include <QListView>
 #include <QRegularExpression>
@@ -209,6 +210,20 @@ private Q_SLOTS:
         QCOMPARE(field->pixmap().size(), field->size());
         QCOMPARE(field->pixmap().toImage().pixelColor(0, 0), QColor(Qt::green));
         QVERIFY(!field->isHidden());
+    }
+
+    void largeThumbnailFillsItsFieldToo()
+    {
+        QImage photograph(4000, 3000, QImage::Format_RGB32);
+        photograph.fill(Qt::blue);
+        QByteArray bytes;
+        QBuffer buffer(&bytes);
+        QVERIFY(photograph.save(&buffer, "JPG"));
+        m_window->showBrowseResultThumbnail(bytes);
+        const auto *field = find<QLabel>("m_browse_pictureField");
+        const QImage shown = field->pixmap().toImage();
+        QCOMPARE(shown.size(), field->size());
+        QVERIFY(shown.pixelColor(shown.rect().center()).blue() > 250);
     }
 
     void undecodableThumbnailIsSaid()
