@@ -60,7 +60,7 @@ for kind in ogg flac; do
     cut_to "whole.$kind" 85 "truncated.$kind"
     rm "whole.$kind"
 done
-cut_to clip.webm 60 truncated.webm
+cut_to clip.webm 75 truncated.webm # less than a second short, however it was packed
 # The index at the end, and cut off.
 # shellcheck disable=SC2086
 make -f lavfi -i "$(picture 2)" $h264 indexed-last.mp4
