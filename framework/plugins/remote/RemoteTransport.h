@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "KelvoError.h"
+#include "KelvoMediaInfo.h"
+#include "KelvoRenderer.h"
+
+#include <QList>
+#include <QObject>
+#include <QVariant>
+
+/// A player outside of this process, as its protocol lets it be driven: one item at a time.
+///
+/// A transport knows one protocol and its players' quirks; what is played next, repeat, auto-advance, pauseAt
+/// and everything else that a playlist needs is the business of the RemoteRenderer above it. GUI thread; nothing
+/// here blocks, and every signal comes from the event loop, never from within a call.
+///
+/// Each item has the epoch of its load() (1 and up). A report about an item carries the epoch that the
+/// transport takes to be in the player: that of the last load() that the player accepted, or 0 for what another
+/// controller put there. The renderer drops what comes of an older epoch.
+class RemoteTransport : public QObject
+{
+    Q_OBJECT
+public:
+    struct Item
+    {
+        quint64 epoch = 0;
+        KelvoMediaInfo info; ///< its URL is absolute; the rest may be unknown
+        bool paused = false; ///< go to Paused instead of Playing, where the protocol can
+        double rate = 1.0;
+    };
+
+    /// What the player says it can do; a player that has not said yet is taken to be able to do everything.
+    struct Abilities
+    {
+        bool seek = true;
+        bool pause = true;
+        bool volume = true;
+        double slowestRate = 1.0; ///< negative: backwards
+        double fastestRate = 1.0;
+    };
+
+    using QObject::QObject;
+
+    virtual Abilities abilities() const = 0;
+
+    /// Replaces what the player plays. Ends with a state report of the epoch, or with failed().
+    virtual void load(const Item &item) = 0;
+    /// Stops. Nothing is reported about an earlier epoch any more.
+    virtual void unload() = 0;
+    virtual void pause() = 0;
+    virtual void resume() = 0;
+    /// To that second from the item's beginning, already clamped to its duration where that is known.
+    virtual void seek(double seconds) = 0;
+    /// 0..99, on a cubic scale.
+    virtual void setVolume(int volume) = 0;
+    /// 1.0 normal; only called with what abilities() allows.
+    virtual void setRate(double rate) = 0;
+
+    /// Asks the player once; ends with positionReported() or, when the player does not answer, with nothing.
+    virtual void askPosition() = 0;
+
+Q_SIGNALS:
+    void stateReported(quint64 epoch, KelvoRenderer::State state);
+    /// The item played to its end by itself.
+    void ended(quint64 epoch);
+    /// The item cannot be played, or no further.
+    void failed(quint64 epoch, KelvoError::Code code, const QString &message);
+    /// A command was refused or not answered (KelvoError::CommandRefused, Timeout ...), with the player's own
+    /// words; what plays goes on.
+    void troubled(KelvoError::Code code, const QString &message);
+    /// Seconds with their fraction, true at the time of the report. Also without being asked, for instance when
+    /// somebody else seeks.
+    void positionReported(quint64 epoch, double seconds);
+    /// Seconds; below 0: not known.
+    void durationReported(quint64 epoch, double seconds);
+    /// As KelvoRenderer::metadataChanged(), but for "duration".
+    void fact(quint64 epoch, const QString &key, const QList<QVariant> &values);
+    /// Another controller put this into the player: it is epoch 0 from now on.
+    void replaced(const KelvoMediaInfo &item);
+    /// 0..99, on a cubic scale.
+    void volumeReported(int volume);
+    void rateReported(double rate);
+    void abilitiesChanged();
+    void nameReported(const QString &name);
+};
