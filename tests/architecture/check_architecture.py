@@ -4,6 +4,7 @@
 
     console -> {shared, tracker} -> core -> Qt Core and Gui
     plug-ins -> core (tracker-source also tracker) + their one foreign library
+    upnp, mpris -> remote (a static library) -> core
 
 Exit status 1 and one line for each arrow that points the wrong way.
 """
@@ -21,8 +22,9 @@ MAY_INCLUDE = {
     "framework/tracker": {"framework/core"},
     "framework/plugins/gst-renderer": {"framework/core"},
     "framework/plugins/simulator": {"framework/core"},
-    "framework/plugins/upnp": {"framework/core"},
-    "framework/plugins/mpris": {"framework/core"},
+    "framework/plugins/remote": {"framework/core"},
+    "framework/plugins/upnp": {"framework/core", "framework/plugins/remote"},
+    "framework/plugins/mpris": {"framework/core", "framework/plugins/remote"},
     "framework/plugins/tracker-source": {"framework/core", "framework/tracker"},
 }
 

@@ -6,7 +6,8 @@ import unittest
 from check_architecture import include_faults, link_faults
 
 OWNERS = {"KelvoRegistry.h": {"framework/core"}, "KelvoGstRenderer.h": {"framework/plugins/gst-renderer"},
-          "KelvoMainWindow.h": {"src"}}
+          "KelvoMainWindow.h": {"src"}, "RemoteRenderer.h": {"framework/plugins/remote"},
+          "MprisTransport.h": {"framework/plugins/mpris"}}
 
 
 class Includes(unittest.TestCase):
@@ -32,6 +33,16 @@ class Includes(unittest.TestCase):
     def test_back_ends_do_not_know_each_other(self):
         self.assertTrue(self.faults("framework/plugins/simulator/a.cpp", '"KelvoGstRenderer.h"'))
         self.assertTrue(self.faults("framework/plugins/simulator/a.cpp", "<gst/gst.h>"))
+
+    def test_what_renderers_of_remote_players_share(self):
+        self.assertEqual(self.faults("framework/plugins/mpris/a.cpp", '"RemoteRenderer.h"'), [])
+        self.assertEqual(self.faults("framework/plugins/upnp/a.cpp", '"RemoteRenderer.h"'), [])
+        self.assertEqual(self.faults("framework/plugins/remote/a.cpp", '"KelvoRegistry.h"'), [])
+        self.assertTrue(self.faults("framework/plugins/simulator/a.cpp", '"RemoteRenderer.h"'))
+        self.assertTrue(self.faults("framework/plugins/remote/a.cpp", '"MprisTransport.h"'))
+        self.assertTrue(self.faults("framework/plugins/upnp/a.cpp", '"MprisTransport.h"'))
+        self.assertTrue(self.faults("framework/plugins/remote/a.cpp", "<QDBusConnection>"))
+        self.assertTrue(self.faults("framework/core/a.cpp", '"RemoteRenderer.h"'))
 
 
 class Links(unittest.TestCase):

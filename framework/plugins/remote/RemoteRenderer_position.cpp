@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: MIT
+#include "RemoteRenderer.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace {
+// All in milliseconds.
+constexpr qint64 PollInterval = 1000;
+/// How long after a question the next one is expected.
+constexpr qint64 Interest = 3000;
+/// Before the end, when it is good to know the position.
+constexpr qint64 NearEnd = 3000;
+/// What was said earlier than this is asked for again before it is told on.
+constexpr qint64 Freshness = 1500;
+/// How long an answer waits for the player.
+constexpr int Patience = 1000;
+/// How long a player may still tell of the position before a seek.
+constexpr qint64 SeekTime = 700;
+/// A timer may run ahead of the player's clock, and a pause before its second has not reached it.
+constexpr double Behind = 20;
+/// Farther away from where a seek went, in seconds, is where it came from.
+constexpr double SeekTolerance = 1.5;
+
+bool isWithin(const QElapsedTimer &timer, qint64 milliseconds)
+{
+    return timer.isValid() && timer.elapsed() < milliseconds;
+}
+} // namespace
+
+void RemoteRenderer::askPosition()
+{
+    m_pollTimer.stop();
+    if (!m_loaded || (m_state != Playing && m_state != Paused))
+        return;
+    m_lastPoll.start();
+    m_transport->askPosition();
+    schedulePoll();
+}
+
+void RemoteRenderer::positionReported(quint64 epoch, double seconds)
+{
+    if (epoch != m_epoch || m_state == Stopped || !m_loaded)
+        return;
+    if (isWithin(m_lastSeek, SeekTime) && std::abs(seconds - m_position.now()) > SeekTolerance)
+        return;
+    m_position.moveTo(std::max(0.0, seconds));
+    m_positionKnown = true;
+    m_lastReport.start();
+    positionMoved();
+    answerWaiting();
+}
+
+void RemoteRenderer::durationReported(quint64 epoch, double seconds)
+{
+    if (epoch != m_epoch || seconds == m_duration)
+        return;
+    m_duration = seconds;
+    if (seconds >= 0)
+        later([this, whole = int(std::lround(seconds))] {
+            Q_EMIT metadataChanged(QStringLiteral("duration"), {whole});
+        });
+    schedulePoll();
+}
+
+/// Answers from the event loop, with the time that has passed since the player's last word added.
+void RemoteRenderer::answerPosition(std::function<void(double)> answer)
+{
+    m_lastAsked.start();
+    if (m_state == Stopped || !m_loaded) {
+        later([answer] { answer(0); });
+        return;
+    }
+    if (isPositionKnown()) {
+        schedulePoll();
+        const double limit = m_duration > 0 ? m_duration : m_position.now();
+        later([answer, position = std::min(m_position.now(), limit)] { answer(position); });
+        return;
+    }
+    m_waiting.append(std::move(answer));
+    if (!m_answerTimer.isActive()) {
+        m_answerTimer.start(Patience);
+        if (!isWithin(m_lastPoll, PollInterval))
+            askPosition();
+    }
+}
+
+void RemoteRenderer::answerWaiting()
+{
+    m_answerTimer.stop();
+    const double position = m_state == Stopped || !m_loaded ? 0 : m_position.now();
+    const auto waiting = std::exchange(m_waiting, {});
+    for (const auto &answer : waiting)
+        later([answer, position] { answer(position); });
+}
+
+bool RemoteRenderer::isPositionKnown() const
+{
+    return m_positionKnown && (m_state == Paused || isWithin(m_lastReport, Freshness));
+}
+
+/// The position or the way it moves changed.
+void RemoteRenderer::positionMoved()
+{
+    m_pauseTimer.stop();
+    if (!checkPausePoint())
+        schedulePoll();
+}
+
+/// Pauses when the position is at or past the point of pauseAt(), otherwise waits for it. A point that is passed
+/// while already paused has done its duty too.
+bool RemoteRenderer::checkPausePoint()
+{
+    if (!m_pauseAt || !m_loaded || (m_state != Playing && m_state != Paused))
+        return false;
+    const double wait = 1000 * (double(*m_pauseAt) - m_position.now());
+    if (wait <= 0) {
+        m_pauseAt.reset();
+        pause();
+        return true;
+    }
+    if (m_state == Playing && m_position.isRunning() && m_position.rate() > 0 && wait < 1e9)
+        m_pauseTimer.start(int(std::ceil(wait / m_position.rate() + Behind)));
+    return false;
+}
+
+bool RemoteRenderer::isPositionWanted() const
+{
+    return isWithin(m_lastAsked, Interest) || m_pauseAt
+        || (m_duration > 0 && 1000 * (m_duration - m_position.now()) <= NearEnd);
+}
+
+/// Asks the player at most once a second, while it plays and somebody needs to know.
+void RemoteRenderer::schedulePoll()
+{
+    const bool settles = m_state == Paused && isWithin(m_lastSeek, SeekTime);
+    if (!m_loaded || (m_state != Playing && !settles)) {
+        m_pollTimer.stop();
+        return;
+    }
+    const qint64 sincePoll = m_lastPoll.isValid() ? m_lastPoll.elapsed() : PollInterval;
+    if (settles)
+        m_pollTimer.start(int(SeekTime - m_lastSeek.elapsed() + 1));
+    else if (isPositionWanted())
+        m_pollTimer.start(int(std::max<qint64>(0, PollInterval - sincePoll)));
+    else if (m_duration > 0 && m_position.rate() > 0)
+        m_pollTimer.start(
+            int(std::min(1e9, (1000 * (m_duration - m_position.now()) - NearEnd) / m_position.rate() + 1)));
+    else
+        m_pollTimer.stop();
+}
