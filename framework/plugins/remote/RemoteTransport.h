@@ -76,7 +76,7 @@ Q_SIGNALS:
     void durationReported(quint64 epoch, double seconds);
     /// As KelvoRenderer::metadataChanged(), but for "duration".
     void fact(quint64 epoch, const QString &key, const QList<QVariant> &values);
-    /// Another controller put this into the player: it is epoch 0 from now on.
+    /// Another controller put this into the player: it is epoch 0 from now on. Never while a load() is under way.
     void replaced(const KelvoMediaInfo &item);
     /// 0..99, on a cubic scale.
     void volumeReported(int volume);
