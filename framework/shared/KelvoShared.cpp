@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoShared.h"
 
+#include "BusAddress.h"
+#include "BusConnector.h"
 #include "KelvoMessageHandler.h"
 #include "KelvoPlaylist.h"
 #include "KelvoRegistry.h"
-#include "dbus/BusAddress.h"
-#include "dbus/BusConnector.h"
 #include "dbus/PlaylistBrowser.h"
 #include "dbus/PlaylistExporter.h"
 #include "dbus/PlaylistProtocol.h"
@@ -20,6 +20,7 @@
 
 namespace {
 constexpr int defaultTimeout = 5000;
+const auto connectionName = QStringLiteral("kelvo-playlists");
 
 int timeoutOfEnvironment()
 {
@@ -97,7 +98,7 @@ bool KelvoShared::connectToBus()
     if (!BusAddress::mayListen(address))
         return false;
     PlaylistProtocol::registerTypes();
-    d->connector = std::make_unique<BusConnector>(address, d->timeout);
+    d->connector = std::make_unique<BusConnector>(address, connectionName, d->timeout);
     connect(d->connector.get(), &BusConnector::connected, this, &KelvoShared::startSharing);
     connect(d->connector.get(), &BusConnector::failed, this, [](const QString &reason) {
         qCWarning(lcKelvo).noquote() << "There is no use of the session bus," << reason + u':'
@@ -129,7 +130,7 @@ void KelvoShared::stopSharing()
     d->connector.reset();
     d->browser.reset();
     d->exporter.reset();
-    QDBusConnection::disconnectFromBus(BusConnector::connectionName());
+    QDBusConnection::disconnectFromBus(connectionName);
 }
 
 void KelvoShared::endWithApplication()

@@ -5,6 +5,7 @@
     console -> {shared, tracker} -> core -> Qt Core and Gui
     plug-ins -> core (tracker-source also tracker) + their one foreign library
     upnp, mpris -> remote (a static library) -> core
+    shared, mpris -> bus (a static library)
 
 Exit status 1 and one line for each arrow that points the wrong way.
 """
@@ -18,13 +19,14 @@ import sys
 MAY_INCLUDE = {
     "src": {"framework/core", "framework/shared", "framework/tracker"},
     "framework/core": set(),
-    "framework/shared": {"framework/core"},
+    "framework/bus": set(),
+    "framework/shared": {"framework/bus", "framework/core"},
     "framework/tracker": {"framework/core"},
     "framework/plugins/gst-renderer": {"framework/core"},
     "framework/plugins/simulator": {"framework/core"},
     "framework/plugins/remote": {"framework/core"},
     "framework/plugins/upnp": {"framework/core", "framework/plugins/remote"},
-    "framework/plugins/mpris": {"framework/core", "framework/plugins/remote"},
+    "framework/plugins/mpris": {"framework/bus", "framework/core", "framework/plugins/remote"},
     "framework/plugins/tracker-source": {"framework/core", "framework/tracker"},
 }
 
@@ -41,7 +43,7 @@ FOREIGN = {
     r"glib|gio/|gobject/": {
         "framework/plugins/gst-renderer", "framework/tracker", "framework/plugins/upnp"},
     r"QtWidgets/|Q(Widget|Dialog|MainWindow|Application|MessageBox)\b": {"src"},
-    r"QDBus": {"framework/shared", "framework/plugins/mpris"},
+    r"QDBus": {"framework/bus", "framework/shared", "framework/plugins/mpris"},
 }
 
 # Binary (relative to the build folder, as a pattern) -> libraries it may need besides the C and C++ runtime.

@@ -12,13 +12,13 @@ class BusConnector : public QObject
 {
     Q_OBJECT
 public:
+    /// @param connectionName  that Qt is to know the connection by
     /// @param timeout  milliseconds that the other end has to show that it is alive
-    BusConnector(const QString &address, int timeout, QObject *parent = nullptr);
+    BusConnector(
+        const QString &address, const QString &connectionName, int timeout, QObject *parent = nullptr);
     ~BusConnector() override;
 
     void start();
-    /// Name that Qt knows the connection by.
-    static QString connectionName();
 
 Q_SIGNALS:
     void connected(const QDBusConnection &connection);

@@ -13,8 +13,9 @@
 class BusConnector::Thread : public QThread
 {
 public:
-    Thread(const QString &address, int timeout)
+    Thread(const QString &address, const QString &connectionName, int timeout)
         : m_address(address)
+        , m_connectionName(connectionName)
         , m_timeout(timeout)
         , m_wakeUp(::eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK))
     {
@@ -22,6 +23,7 @@ public:
     ~Thread() override { ::close(m_wakeUp); }
 
     void callOff() { ::eventfd_write(m_wakeUp, 1); }
+    QString connectionName() const { return m_connectionName; }
     /// Once finished: why there is no connection, empty when there is one.
     QString failure() const { return m_failure; }
 
@@ -34,21 +36,23 @@ protected:
             m_failure = QStringLiteral("it does not answer");
             return;
         }
-        const auto connection = QDBusConnection::connectToBus(m_address, connectionName());
+        const auto connection = QDBusConnection::connectToBus(m_address, m_connectionName);
         if (!connection.isConnected())
             m_failure = connection.lastError().message();
     }
 
 private:
     const QString m_address;
+    const QString m_connectionName;
     const int m_timeout;
     const int m_wakeUp;
     QString m_failure;
 };
 
-BusConnector::BusConnector(const QString &address, int timeout, QObject *parent)
+BusConnector::BusConnector(
+    const QString &address, const QString &connectionName, int timeout, QObject *parent)
     : QObject(parent)
-    , m_thread(new Thread(address, timeout))
+    , m_thread(new Thread(address, connectionName, timeout))
 {
     connect(m_thread, &QThread::finished, this, &BusConnector::report);
 }
@@ -68,15 +72,10 @@ void BusConnector::start()
     m_thread->start();
 }
 
-QString BusConnector::connectionName()
-{
-    return QStringLiteral("kelvo-playlists");
-}
-
 void BusConnector::report()
 {
     if (m_thread->failure().isEmpty())
-        Q_EMIT connected(QDBusConnection(connectionName()));
+        Q_EMIT connected(QDBusConnection(m_thread->connectionName()));
     else
         Q_EMIT failed(m_thread->failure());
 }

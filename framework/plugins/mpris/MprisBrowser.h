@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QDBusConnection>
+#include <QHash>
+#include <QObject>
+#include <QPointer>
+
+class KelvoRegistry;
+class MprisPlayer;
+class QDBusMessage;
+
+/// Finds the players on the session bus as they come and go. GUI thread; never waits for the bus or for a player.
+/// Destroying it takes all their renderers out of the registry.
+class MprisBrowser : public QObject
+{
+    Q_OBJECT
+public:
+    /// @param timeout  milliseconds that a question to a player may take
+    MprisBrowser(
+        KelvoRegistry *registry, const QDBusConnection &connection, int timeout, QObject *parent = nullptr);
+    ~MprisBrowser() override;
+
+Q_SIGNALS:
+    /// The connection to the bus broke.
+    void busLost();
+
+private Q_SLOTS:
+    // Slots that take the message get it whatever its arguments are, so that wrong ones do no harm.
+    void handleNameOwnerChanged(const QDBusMessage &message);
+    void handlePlayerSignal(const QDBusMessage &message);
+
+private:
+    void subscribe();
+    void listNames();
+    void askOwner(const QString &name);
+    void setOwner(const QString &name, const QString &owner);
+    void addPlayer(const QString &name, const QString &owner);
+    void dropOwner(const QString &owner);
+    QString uniqueName(const QString &name, const QString &service) const;
+
+    QPointer<KelvoRegistry> m_registry;
+    QDBusConnection m_connection;
+    const int m_timeout;
+    QHash<QString, QString> m_owners; ///< unique names by well-known names
+    QHash<QString, MprisPlayer *> m_players; ///< by unique names
+};

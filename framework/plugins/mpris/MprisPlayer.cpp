@@ -1,0 +1,180 @@
+// SPDX-License-Identifier: MIT
+#include "MprisPlayer.h"
+
+#include "KelvoMessageHandler.h"
+#include "KelvoRegistry.h"
+#include "MprisSnapshot.h"
+#include "MprisTransport.h"
+#include "RemoteRenderer.h"
+
+#include <QDBusError>
+#include <QDBusPendingCall>
+
+namespace {
+// In time-outs of a question.
+constexpr int PingEvery = 2;
+constexpr int SilentFor = 5;
+
+/// "mpv" of "org.mpris.MediaPlayer2.mpv".
+QString restOf(const QString &service)
+{
+    return service.mid(Mpris::ServicePrefix.size());
+}
+} // namespace
+
+MprisPlayer::MprisPlayer(
+    KelvoRegistry *registry, MprisAddress address, QString service, Namer namer, QObject *parent)
+    : QObject(parent)
+    , m_registry(registry)
+    , m_address(std::move(address))
+    , m_service(std::move(service))
+    , m_namer(std::move(namer))
+{
+    m_address.label = restOf(m_service);
+    m_lastLife.start();
+    m_lastPing.start();
+    connect(&m_watch, &QTimer::timeout, this, &MprisPlayer::watch);
+    m_watch.start(m_address.timeout / 2);
+    ask();
+}
+
+MprisPlayer::~MprisPlayer()
+{
+    withdraw();
+}
+
+void MprisPlayer::leave()
+{
+    m_watch.stop();
+    deleteLater();
+    withdraw();
+}
+
+/// Who it is, and then what it can.
+void MprisPlayer::ask()
+{
+    m_asking = true;
+    auto *watcher = new QDBusPendingCallWatcher(
+        m_address.connection.asyncCall(m_address.getAll(Mpris::RootInterface), m_address.timeout), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
+        watcher->deleteLater();
+        if (watcher->isError() && Mpris::isSilence(watcher->error()))
+            m_asking = false;
+        else
+            takeIdentity(watcher->reply(), watcher->isError());
+    });
+}
+
+/// A player that does not tell of itself is known by its bus name.
+void MprisPlayer::takeIdentity(const QDBusMessage &reply, bool isError)
+{
+    QVariantMap properties;
+    if (!isError && m_address.isAnswer(reply) && !reply.arguments().isEmpty())
+        properties = MprisValues::map(reply.arguments().constFirst());
+    const QString identity = MprisValues::text(properties.value(QStringLiteral("Identity"))).simplified();
+    m_name = m_namer(identity.isEmpty() ? restOf(m_service) : identity.left(200));
+    m_address.label = m_name;
+    m_hasTrackList = properties.value(QStringLiteral("HasTrackList")).toBool();
+
+    auto *watcher = new QDBusPendingCallWatcher(
+        m_address.connection.asyncCall(m_address.getAll(Mpris::PlayerInterface), m_address.timeout), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
+        watcher->deleteLater();
+        m_asking = false;
+        takePlayer(watcher->reply(), watcher->isError() ? watcher->error().message() : QString(),
+            watcher->isError() && Mpris::isSilence(watcher->error()));
+    });
+}
+
+void MprisPlayer::takePlayer(const QDBusMessage &reply, const QString &error, bool silent)
+{
+    if (silent)
+        return;
+    m_lastLife.start();
+    const bool answers = error.isEmpty() && m_address.isAnswer(reply) && reply.signature() == u"a{sv}";
+    m_refused = !answers;
+    if (answers)
+        create(MprisValues::map(reply.arguments().constFirst()));
+    else
+        qCWarning(lcKelvo).noquote() << m_service << "is no player that can be driven:"
+                                     << (error.isEmpty()
+                                                ? QStringLiteral("its properties are of the type \"%1\"")
+                                                      .arg(reply.signature().left(100))
+                                                : error.left(500));
+}
+
+void MprisPlayer::create(const QVariantMap &properties)
+{
+    if (m_renderer || !m_registry)
+        return;
+    auto transport = std::make_unique<MprisTransport>(m_address, properties, m_hasTrackList);
+    m_transport = transport.get();
+    m_renderer = std::make_unique<RemoteRenderer>(
+        std::move(transport), QStringLiteral("mpris:") + restOf(m_service), m_name);
+    // Into the registry once all that is known already has been reported: the transport does so from the event loop,
+    // and so does the renderer after it.
+    QMetaObject::invokeMethod(
+        m_transport,
+        [this] {
+            QMetaObject::invokeMethod(
+                m_transport, [this] { publish(); }, Qt::QueuedConnection);
+        },
+        Qt::QueuedConnection);
+}
+
+void MprisPlayer::publish()
+{
+    if (m_registry)
+        m_registry->addRenderer(m_renderer.get());
+}
+
+/// Whoever hears of it may unload all of this: nothing is touched afterwards.
+void MprisPlayer::withdraw()
+{
+    const auto renderer = std::move(m_renderer);
+    m_transport = nullptr;
+    if (renderer && m_registry && m_registry->findRendererByUuid(renderer->uuid()) == renderer.get())
+        m_registry->removeRenderer(renderer.get());
+}
+
+void MprisPlayer::noteSignal(const QDBusMessage &message)
+{
+    if (!m_transport)
+        return;
+    if (message.member() == u"Seeked" && !message.arguments().isEmpty())
+        m_transport->noteSeek(message.arguments().constFirst());
+    else
+        m_transport->noteChange();
+}
+
+void MprisPlayer::watch()
+{
+    if (m_refused)
+        return;
+    if (!m_pinging && (!m_renderer || m_lastPing.elapsed() >= PingEvery * m_address.timeout))
+        ping();
+    if (m_renderer && m_lastLife.elapsed() > SilentFor * m_address.timeout) {
+        qCWarning(lcKelvo).noquote() << m_name << "does not answer any more";
+        withdraw();
+    }
+}
+
+void MprisPlayer::ping()
+{
+    m_pinging = true;
+    m_lastPing.start();
+    auto *watcher = new QDBusPendingCallWatcher(
+        m_address.connection.asyncCall(
+            m_address.call(Mpris::PeerInterface, QStringLiteral("Ping")), m_address.timeout),
+        this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
+        watcher->deleteLater();
+        m_pinging = false;
+        // Also a refusal is a sign of life.
+        if (watcher->isError() && Mpris::isSilence(watcher->error()))
+            return;
+        m_lastLife.start();
+        if (!m_renderer && !m_asking)
+            ask();
+    });
+}

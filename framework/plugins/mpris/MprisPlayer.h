@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "MprisAddress.h"
+
+#include <QElapsedTimer>
+#include <QObject>
+#include <QPointer>
+#include <QTimer>
+#include <QVariantMap>
+
+#include <functional>
+#include <memory>
+
+class KelvoRegistry;
+class MprisTransport;
+class RemoteRenderer;
+
+/// One player on the bus: its renderer is in the registry for as long as the player answers.
+class MprisPlayer : public QObject
+{
+    Q_OBJECT
+public:
+    /// Makes a display name unique among the players, from the one that the player has.
+    using Namer = std::function<QString(const QString &name)>;
+
+    /// @param service  well-known bus name
+    /// @param address  its label is not used
+    MprisPlayer(KelvoRegistry *registry, MprisAddress address, QString service, Namer namer,
+        QObject *parent = nullptr);
+    ~MprisPlayer() override;
+
+    /// Display name; empty before the player has told of itself.
+    QString name() const { return m_name; }
+    QString service() const { return m_service; }
+    /// It has gone: takes the renderer out at once and deletes this object from the event loop.
+    void leave();
+    /// One of its signals has come.
+    void noteSignal(const QDBusMessage &message);
+
+private:
+    void ask();
+    void takeIdentity(const QDBusMessage &reply, bool isError);
+    void takePlayer(const QDBusMessage &reply, const QString &error, bool silent);
+    void create(const QVariantMap &properties);
+    void publish();
+    void withdraw();
+    void watch();
+    void ping();
+
+    QPointer<KelvoRegistry> m_registry;
+    MprisAddress m_address;
+    const QString m_service;
+    const Namer m_namer;
+    QString m_name;
+    bool m_hasTrackList = false;
+    bool m_asking = false;
+    bool m_refused = false; ///< it is no player
+    bool m_pinging = false;
+    QElapsedTimer m_lastLife;
+    QElapsedTimer m_lastPing;
+    QTimer m_watch;
+    std::unique_ptr<RemoteRenderer> m_renderer;
+    MprisTransport *m_transport = nullptr; ///< of m_renderer
+};

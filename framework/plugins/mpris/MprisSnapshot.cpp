@@ -1,0 +1,166 @@
+// SPDX-License-Identifier: MIT
+#include "MprisSnapshot.h"
+
+#include <QDBusArgument>
+#include <QDBusObjectPath>
+#include <QDBusVariant>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+constexpr qsizetype MaximumText = 4096;
+// Ten years: what is longer is a mistake, and would not fit the types on the way.
+constexpr double MaximumSeconds = 3e8;
+
+QVariant unwrapped(const QVariant &value)
+{
+    return value.typeId() == qMetaTypeId<QDBusVariant>() ? value.value<QDBusVariant>().variant() : value;
+}
+
+bool isTrue(const QVariant &value)
+{
+    // Only a player that says so cannot do it.
+    return value.typeId() != QMetaType::Bool || value.toBool();
+}
+
+KelvoRenderer::State stateOf(const QVariant &value)
+{
+    const QString name = value.toString();
+    if (name.compare(QLatin1String("Playing"), Qt::CaseInsensitive) == 0)
+        return KelvoRenderer::Playing;
+    if (name.compare(QLatin1String("Paused"), Qt::CaseInsensitive) == 0)
+        return KelvoRenderer::Paused;
+    return KelvoRenderer::Stopped;
+}
+
+QString idOf(const QVariant &value)
+{
+    const QString id = value.typeId() == qMetaTypeId<QDBusObjectPath>()
+        ? value.value<QDBusObjectPath>().path()
+        : MprisValues::text(value);
+    const bool none = id.endsWith(QLatin1String("/NoTrack")) || id == QLatin1String("/noplaylist");
+    return none || !id.startsWith(QLatin1Char('/')) ? QString() : id;
+}
+} // namespace
+
+bool MprisTrack::isSameAs(const MprisTrack &other) const
+{
+    if (!url.isEmpty() && !other.url.isEmpty())
+        return url == other.url;
+    return id == other.id && (!id.isEmpty() || title == other.title);
+}
+
+MprisTrack MprisTrack::of(const QVariantMap &metadata)
+{
+    MprisTrack track;
+    track.id = idOf(unwrapped(metadata.value(QStringLiteral("mpris:trackid"))));
+    track.url = QUrl(MprisValues::text(metadata.value(QStringLiteral("xesam:url"))));
+    track.title = MprisValues::text(metadata.value(QStringLiteral("xesam:title")));
+    track.artist = MprisValues::text(metadata.value(QStringLiteral("xesam:artist")));
+    track.album = MprisValues::text(metadata.value(QStringLiteral("xesam:album")));
+    track.genre = MprisValues::text(metadata.value(QStringLiteral("xesam:genre")));
+    track.cover = MprisValues::text(metadata.value(QStringLiteral("mpris:artUrl")));
+    const auto length = MprisValues::seconds(metadata.value(QStringLiteral("mpris:length")));
+    track.length = length && *length > 0 ? *length : -1;
+    return track;
+}
+
+MprisSnapshot MprisSnapshot::of(const QVariantMap &properties)
+{
+    const auto property = [&properties](const char *name) {
+        return unwrapped(properties.value(QLatin1String(name)));
+    };
+    MprisSnapshot now;
+    now.state = stateOf(property("PlaybackStatus"));
+    now.track = MprisTrack::of(MprisValues::map(property("Metadata")));
+    now.position = MprisValues::seconds(property("Position"));
+    if (now.position)
+        now.position = std::max(0.0, *now.position);
+    const auto rate = MprisValues::number(property("Rate"));
+    if (rate && *rate != 0)
+        now.rate = rate;
+    const double slowest = MprisValues::number(property("MinimumRate")).value_or(1);
+    const double fastest = MprisValues::number(property("MaximumRate")).value_or(1);
+    if (slowest <= 1 && fastest >= 1) {
+        now.slowestRate = slowest;
+        now.fastestRate = fastest;
+    }
+    if (const auto volume = MprisValues::number(property("Volume")))
+        now.volume = MprisValues::cubicVolume(*volume);
+    now.canControl = isTrue(property("CanControl"));
+    now.canSeek = isTrue(property("CanSeek"));
+    now.canPause = isTrue(property("CanPause"));
+    return now;
+}
+
+std::optional<double> MprisValues::number(const QVariant &wrapped)
+{
+    const QVariant value = unwrapped(wrapped);
+    bool ok = false;
+    double number = 0;
+    switch (value.typeId()) {
+    case QMetaType::UChar:
+    case QMetaType::Short:
+    case QMetaType::UShort:
+    case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::LongLong:
+    case QMetaType::ULongLong:
+    case QMetaType::Double:
+    case QMetaType::Float:
+    case QMetaType::QString:
+        number = value.toDouble(&ok);
+        break;
+    default:
+        break;
+    }
+    return ok && std::isfinite(number) ? std::optional<double>(number) : std::nullopt;
+}
+
+std::optional<double> MprisValues::seconds(const QVariant &value)
+{
+    const auto time = number(value);
+    return time && std::abs(*time) < MaximumSeconds * 1e6 ? std::optional<double>(*time / 1e6) : std::nullopt;
+}
+
+qlonglong MprisValues::microseconds(double seconds)
+{
+    return std::llround(std::clamp(seconds, 0.0, MaximumSeconds) * 1e6);
+}
+
+QString MprisValues::text(const QVariant &wrapped)
+{
+    const QVariant value = unwrapped(wrapped);
+    QString text;
+    if (value.typeId() == QMetaType::QString) {
+        text = value.toString();
+    } else if (value.typeId() == QMetaType::QStringList) {
+        QStringList parts = value.toStringList();
+        parts.removeAll(QString());
+        text = parts.mid(0, 100).join(QLatin1String(", "));
+    }
+    return text.left(MaximumText);
+}
+
+QVariantMap MprisValues::map(const QVariant &wrapped)
+{
+    const QVariant value = unwrapped(wrapped);
+    if (value.typeId() == QMetaType::QVariantMap)
+        return value.toMap();
+    if (value.typeId() != qMetaTypeId<QDBusArgument>())
+        return {};
+    const auto argument = value.value<QDBusArgument>();
+    return argument.currentSignature() == QLatin1String("a{sv}") ? qdbus_cast<QVariantMap>(argument)
+                                                                 : QVariantMap();
+}
+
+double MprisValues::linearVolume(int volume)
+{
+    return std::pow(double(volume) / MaximumVolume, 3);
+}
+
+int MprisValues::cubicVolume(double linear)
+{
+    return int(std::lround(std::cbrt(std::clamp(linear, 0.0, 1.0)) * MaximumVolume));
+}

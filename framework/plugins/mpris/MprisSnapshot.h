@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "KelvoRenderer.h"
+
+#include <QUrl>
+#include <QVariantMap>
+
+#include <optional>
+
+/// What a player says about the track that is current.
+struct MprisTrack
+{
+    QString id; ///< object path; empty when there is none or it stands for "no track"
+    QUrl url;
+    QString title;
+    QString artist;
+    QString album;
+    QString genre;
+    QString cover; ///< URL of a picture
+    double length = -1; ///< seconds; -1: not known
+
+    bool isPresent() const { return !id.isEmpty() || !url.isEmpty() || !title.isEmpty(); }
+    /// Told apart by the URLs where both have one, else by the ids.
+    bool isSameAs(const MprisTrack &other) const;
+
+    static MprisTrack of(const QVariantMap &metadata);
+};
+
+/// The properties of a player at one moment. No property is taken for granted, nor its type: what is missing or makes no
+/// sense is left out.
+struct MprisSnapshot
+{
+    KelvoRenderer::State state = KelvoRenderer::Stopped;
+    MprisTrack track;
+    std::optional<double> position; ///< seconds, not below 0
+    std::optional<double> rate;
+    double slowestRate = 1;
+    double fastestRate = 1;
+    std::optional<int> volume; ///< 0..99, cubic
+    bool canSeek = true;
+    bool canPause = true;
+    bool canControl = true;
+
+    static MprisSnapshot of(const QVariantMap &properties);
+};
+
+/// Conversions between what crosses the bus and what the boundary has.
+namespace MprisValues {
+constexpr int MaximumVolume = 99;
+
+/// Numbers of any type, also as text: players differ in the types that they use.
+std::optional<double> number(const QVariant &value);
+/// Microseconds as seconds.
+std::optional<double> seconds(const QVariant &value);
+qlonglong microseconds(double seconds);
+/// A text, or the texts of a list in one, cut to a sensible length.
+QString text(const QVariant &value);
+/// a{sv}; empty for anything else.
+QVariantMap map(const QVariant &value);
+/// A volume of 0..99, cubic, as the linear one of MPRIS, and the other way round: there and back is the same.
+double linearVolume(int volume);
+int cubicVolume(double linear);
+} // namespace MprisValues

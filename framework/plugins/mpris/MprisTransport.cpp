@@ -1,0 +1,40 @@
+// SPDX-License-Identifier: MIT
+#include "MprisTransport.h"
+
+MprisTransport::MprisTransport(
+    MprisAddress address, const QVariantMap &properties, bool hasTrackList, QObject *parent)
+    : RemoteTransport(parent)
+    , m_address(std::move(address))
+    , m_hasTrackList(hasTrackList)
+    , m_last(MprisSnapshot::of(properties))
+{
+    m_nextQuestion.setSingleShot(true);
+    connect(&m_nextQuestion, &QTimer::timeout, this, &MprisTransport::refresh);
+    // Whoever made this wants to listen first.
+    QMetaObject::invokeMethod(
+        this, [this] { take(m_last); }, Qt::QueuedConnection);
+}
+
+RemoteTransport::Abilities MprisTransport::abilities() const
+{
+    const bool seek = m_last.canSeek && m_last.canControl;
+    const bool pause = m_last.canPause && m_last.canControl;
+    const bool volume = m_last.volume && m_last.canControl;
+    return {seek, pause, volume, m_last.slowestRate, m_last.fastestRate};
+}
+
+void MprisTransport::noteChange()
+{
+    m_looks = 0;
+    // Several signals in a row lead to one question.
+    refreshIn(5);
+}
+
+void MprisTransport::noteSeek(const QVariant &microseconds)
+{
+    const auto seconds = MprisValues::seconds(microseconds);
+    if (!seconds || m_phase != Phase::Following)
+        return;
+    m_position.moveTo(std::max(0.0, *seconds));
+    Q_EMIT positionReported(m_epoch, std::max(0.0, *seconds));
+}

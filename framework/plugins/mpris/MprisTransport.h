@@ -1,0 +1,118 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "MprisAddress.h"
+#include "MprisSnapshot.h"
+#include "RemotePosition.h"
+#include "RemoteTransport.h"
+
+#include <QElapsedTimer>
+#include <QHash>
+#include <QTimer>
+
+#include <functional>
+
+class QDBusError;
+
+/// Drives one player over MPRIS.
+///
+/// What players signal is late, partial and sometimes wrong, so a signal only leads to a question: all decisions are
+/// made from whole snapshots of the player's properties, one question being under way at a time. README.md tells which
+/// players need which of them.
+class MprisTransport : public RemoteTransport
+{
+    Q_OBJECT
+public:
+    /// @param properties    of the player's interface, just read
+    /// @param hasTrackList  the player has the interface for its list of tracks
+    MprisTransport(
+        MprisAddress address, const QVariantMap &properties, bool hasTrackList, QObject *parent = nullptr);
+
+    Abilities abilities() const override;
+    void load(const Item &item) override;
+    void unload() override;
+    void pause() override;
+    void resume() override;
+    void seek(double seconds) override;
+    void setVolume(int volume) override;
+    void setRate(double rate) override;
+    void askPosition() override { refresh(); }
+
+    /// The player signalled a change of its properties.
+    void noteChange();
+    /// The player signalled a seek.
+    void noteSeek(const QVariant &microseconds);
+
+private:
+    enum class Phase {
+        Idle, ///< nothing plays that we know of
+        Opening, ///< our item is on its way
+        Following, ///< something plays
+    };
+    using Done = std::function<void()>;
+    using Failed = std::function<void(KelvoError::Code code, const QString &message)>;
+
+    // Commands and questions (MprisTransport_commands.cpp)
+    void command(const QString &method, const QVariantList &arguments, Done done = {}, Failed failed = {});
+    void send(const QDBusMessage &message, const QString &what, Done done, Failed failed);
+    void setPlayerProperty(const QString &name, const QVariant &value, Done done);
+    void sendVolume();
+    void refresh();
+    void refreshIn(int milliseconds);
+    void askTitle();
+
+    // What a snapshot means (MprisTransport_following.cpp)
+    void take(const MprisSnapshot &now);
+    void takeCommon(const MprisSnapshot &now);
+    void takeOpening(const MprisSnapshot &now);
+    void takeOpeningOurs(const MprisSnapshot &now, bool fresh);
+    void takeAbsence();
+    void begin(const MprisSnapshot &now, KelvoRenderer::State state);
+    void fail(KelvoError::Code code, const QString &message);
+    void takeFollowing(const MprisSnapshot &now);
+    void takeIdle(const MprisSnapshot &now);
+    void takeReplacement(const MprisSnapshot &now);
+    void takeEnd();
+    void enter(KelvoRenderer::State state);
+    void tellFacts(const MprisSnapshot &now);
+    void tell(const char *key, const QString &text);
+    bool isOurs(const MprisTrack &track) const;
+    bool hasAdvanced(const MprisSnapshot &now) const;
+
+    const MprisAddress m_address;
+    const bool m_hasTrackList;
+    MprisSnapshot m_last;
+    Phase m_phase = Phase::Idle;
+    quint64 m_epoch = 0;
+    KelvoRenderer::State m_state = KelvoRenderer::Stopped; ///< reported last
+    MprisTrack m_track; ///< in play, or played last
+    QHash<QString, QString> m_told; ///< facts about it
+    bool m_trustsPosition = false; ///< the player says "Stopped" while it plays
+    RemotePosition m_position;
+    double m_duration = -1;
+
+    // Of the item on its way
+    Item m_item;
+    QUrl m_before; ///< what the player had when the item was given to it
+    bool m_accepted = false;
+    bool m_seen = false;
+    bool m_nudged = false;
+    QElapsedTimer m_sinceLoad;
+    QElapsedTimer m_sinceAbsence;
+    QElapsedTimer m_sinceUnload;
+    int m_looks = 0; ///< at a track that may be playing
+
+    // Questions
+    quint64 m_generation = 0; ///< answers to earlier questions are out of date
+    bool m_asking = false;
+    bool m_askAgain = false;
+    QTimer m_nextQuestion;
+    QString m_titleAskedFor;
+
+    int m_volume = -1;
+    int m_nextVolume = -1;
+    bool m_settingVolume = false;
+    bool m_volumeAwaited = false;
+    double m_rate = 0;
+    bool m_rateAwaited = false;
+};

@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: MIT
+// A real player: mpv with its MPRIS script, on a session bus of its own.
+#include "KelvoRegistry.h"
+#include "PrivateBus.h"
+#include "RendererSubject.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusReply>
+#include <QDir>
+#include <QStandardPaths>
+#include <QTest>
+
+#include <cstdio>
+#include <memory>
+
+namespace {
+constexpr char Script[] = "/usr/lib/mpv-mpris/mpris.so";
+// What CTest takes for a skipped test.
+constexpr int Skipped = 77;
+
+class MprisSubject : public RendererSubject
+{
+public:
+    MprisSubject()
+    {
+        m_cannot.insert(
+            Step::VideoProperties, QStringLiteral("the player shows video in a window of its own"));
+        m_cannot.insert(Step::Rewind, QStringLiteral("mpv plays no slower than at 0.01, never backwards"));
+        m_cannot.insert(Step::TellUnseekable, QStringLiteral("mpv says CanSeek of everything"));
+    }
+    ~MprisSubject() override
+    {
+        m_player.kill();
+        m_player.waitForFinished();
+    }
+
+    QString pluginFile() const override
+    {
+        // Asked for whenever the plug-in is loaded: the player is there then and plays nothing.
+        const_cast<MprisSubject *>(this)->bringToRest();
+        return QStringLiteral("mpris.so");
+    }
+    KelvoRenderer *findIn(const KelvoRegistry &registry) const override
+    {
+        return registry.findRendererByUuid(QStringLiteral("mpris:mpv"));
+    }
+    QList<QUrl> shortItems() const override { return {file("blip.wav"), file("blip.ogg"), file("blip.mp3")}; }
+    QUrl longItem() const override { return file("long.flac"); }
+    int longSeconds() const override { return 10; }
+    QUrl failingItem() const override { return file("missing.ogg"); }
+    int quietTime() const override { return 200; }
+
+private:
+    static QUrl file(const char *name)
+    {
+        return QUrl::fromLocalFile(QDir(QStringLiteral(KELVO_TEST_MEDIA)).filePath(QLatin1String(name)));
+    }
+    void bringToRest()
+    {
+        if (!m_bus)
+            start();
+        if (trackId() == QLatin1String("/noplaylist"))
+            return;
+        call(QStringLiteral("org.mpris.MediaPlayer2.Player"), QStringLiteral("Stop"), {});
+        if (!QTest::qWaitFor([this] { return trackId() == QLatin1String("/noplaylist"); }))
+            qFatal("mpv does not stop");
+    }
+    void start()
+    {
+        m_bus = std::make_unique<PrivateBus>();
+        m_player.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        m_player.start(QStringLiteral("mpv"),
+            {QStringLiteral("--no-config"), QStringLiteral("--script=") + QLatin1String(Script),
+                QStringLiteral("--ao=null"), QStringLiteral("--vo=null"), QStringLiteral("--idle=yes"),
+                QStringLiteral("--no-terminal")});
+        if (!QTest::qWaitFor([this] { return !trackId().isEmpty(); }, 20'000))
+            qFatal("mpv does not appear on the bus");
+    }
+    QString trackId()
+    {
+        const QDBusReply<QVariant> reply
+            = call(QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"),
+                {QStringLiteral("org.mpris.MediaPlayer2.Player"), QStringLiteral("Metadata")});
+        const auto metadata = qdbus_cast<QVariantMap>(reply.value());
+        return metadata.value(QStringLiteral("mpris:trackid")).value<QDBusObjectPath>().path();
+    }
+    QDBusMessage call(const QString &interface, const QString &method, const QVariantList &arguments)
+    {
+        auto message = QDBusMessage::createMethodCall(QStringLiteral("org.mpris.MediaPlayer2.mpv"),
+            QStringLiteral("/org/mpris/MediaPlayer2"), interface, method);
+        message.setArguments(arguments);
+        return QDBusConnection::sessionBus().call(message);
+    }
+
+    std::unique_ptr<PrivateBus> m_bus;
+    QProcess m_player;
+};
+} // namespace
+
+int main(int argc, char **argv)
+{
+    if (QStandardPaths::findExecutable(QStringLiteral("mpv")).isEmpty()
+        || !QFile::exists(QLatin1String(Script))) {
+        std::puts("Skipped: mpv or its script for MPRIS (packages mpv and mpv-mpris) is not installed.");
+        return Skipped;
+    }
+    MprisSubject subject;
+    return runRendererContract(subject, argc, argv);
+}
