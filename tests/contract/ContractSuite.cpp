@@ -13,8 +13,6 @@
 namespace {
 // Which part a process runs; without it, all of them.
 constexpr char PartVariable[] = "KELVO_CONTRACT_PART";
-// Each mostly waits for its media, but not so much that more would keep their time on a small machine.
-constexpr size_t SideBySide = 3;
 
 std::vector<std::unique_ptr<QObject>> makeParts(RendererSubject &subject)
 {
@@ -46,12 +44,12 @@ bool finishPart(QProcess &process)
     return process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
 }
 
-int runInProcesses(const std::vector<std::unique_ptr<QObject>> &parts)
+int runInProcesses(const std::vector<std::unique_ptr<QObject>> &parts, size_t atOnce)
 {
     std::vector<std::unique_ptr<QProcess>> running;
     int failures = 0;
     for (const auto &part : parts) {
-        if (running.size() == SideBySide) {
+        if (running.size() == atOnce) {
             failures += !finishPart(*running.front());
             running.erase(running.begin());
         }
@@ -69,7 +67,7 @@ int runRendererContract(RendererSubject &subject, int argc, char **argv)
     const std::vector<std::unique_ptr<QObject>> parts = makeParts(subject);
     const QByteArray chosen = qgetenv(PartVariable);
     if (chosen.isEmpty() && subject.inRealTime())
-        return runInProcesses(parts) ? 1 : 0;
+        return runInProcesses(parts, subject.partsAtOnce()) ? 1 : 0;
     int failures = 0;
     for (const auto &part : parts) {
         if (chosen.isEmpty() || chosen == part->metaObject()->className())

@@ -52,6 +52,8 @@ public:
     virtual qint64 time() const;
     /// Whether time() is that of the wall: then the parts of the suite run side by side, in processes of their own.
     virtual bool inRealTime() const { return true; }
+    /// How many: each mostly waits for its media, but not so much that more would keep their time on a small machine.
+    virtual size_t partsAtOnce() const { return 3; }
     /// After so many milliseconds without a report nothing more comes of a command.
     virtual int quietTime() const { return 60; }
 

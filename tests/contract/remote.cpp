@@ -12,6 +12,8 @@ public:
             Step::VideoProperties, QStringLiteral("a remote player shows video in a window of its own"));
     }
 
+    /// Nothing is decoded.
+    size_t partsAtOnce() const override { return 8; }
     QString pluginFile() const override { return QStringLiteral("pretended-player.so"); }
     QList<QUrl> shortItems() const override
     {

@@ -11,7 +11,7 @@ constexpr qint64 QuickTime = 1500;
 /// What a player that says it plays has not shown by then, it does not show at all.
 constexpr qint64 BenefitOfDoubt = 1500;
 /// Without any track for so long after it took the item, the player does not play it.
-constexpr qint64 AbsenceBefore = 1000;
+constexpr qint64 AbsenceBefore = 600;
 constexpr qint64 AbsenceAfter = 150; ///< once it had been there
 constexpr qint64 OpeningTime = 20'000;
 /// A player may say for so long that it still plays what was stopped.

@@ -147,6 +147,7 @@ private:
     QElapsedTimer m_lastPoll;
     QElapsedTimer m_lastAsked; ///< somebody wanted to know the position
     QElapsedTimer m_lastSeek;
+    std::optional<double> m_seekTarget; ///< until it plays on from there
     QTimer m_pollTimer;
     QTimer m_pauseTimer;
     QTimer m_answerTimer;

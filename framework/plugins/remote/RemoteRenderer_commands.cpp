@@ -187,6 +187,7 @@ void RemoteRenderer::setPosition(int seconds, int mode)
 void RemoteRenderer::seekTo(double seconds)
 {
     m_transport->seek(seconds);
+    m_seekTarget = seconds;
     m_position.moveTo(seconds);
     m_positionKnown = true;
     m_lastReport.start();

@@ -53,6 +53,7 @@ void RemoteRenderer::leaveItem()
     m_position.moveTo(0);
     m_positionKnown = false;
     m_lastSeek.invalidate();
+    m_seekTarget.reset();
     positionMoved();
     answerWaiting();
 }

@@ -22,6 +22,7 @@ constexpr qint64 SeekTime = 700;
 constexpr double Behind = 20;
 /// Farther away from where a seek went, in seconds, is where it came from.
 constexpr double SeekTolerance = 1.5;
+constexpr double PieceOfMedia = 0.3;
 
 bool isWithin(const QElapsedTimer &timer, qint64 milliseconds)
 {
@@ -45,7 +46,11 @@ void RemoteRenderer::positionReported(quint64 epoch, double seconds)
         return;
     if (isWithin(m_lastSeek, SeekTime) && std::abs(seconds - m_position.now()) > SeekTolerance)
         return;
-    m_position.moveTo(std::max(0.0, seconds));
+    // Players go to the beginning of the piece of media that holds the second.
+    const bool atTarget = m_seekTarget && seconds < *m_seekTarget && *m_seekTarget - seconds < PieceOfMedia;
+    m_position.moveTo(std::max(0.0, atTarget ? *m_seekTarget : seconds));
+    if (!atTarget && m_state == Playing)
+        m_seekTarget.reset();
     m_positionKnown = true;
     m_lastReport.start();
     positionMoved();
