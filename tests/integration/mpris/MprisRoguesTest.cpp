@@ -1,0 +1,335 @@
+// SPDX-License-Identifier: MIT
+// Players that are wrong, silent or gone. Waits are cut by the environment: a question may take 300 ms.
+#include "KelvoPlugin.h"
+#include "LogRecorder.h"
+#include "MprisCase.h"
+#include "TestGroup.h"
+
+#include <QDir>
+#include <QPluginLoader>
+#include <QProcess>
+#include <QStandardPaths>
+
+#include <csignal>
+
+namespace {
+constexpr auto Stopped = KelvoRenderer::Stopped;
+
+int openFiles()
+{
+    return int(
+        QDir(QStringLiteral("/proc/self/fd")).entryList(QDir::NoDotAndDotDot | QDir::AllEntries).size());
+}
+
+class MprisRoguesTest : public MprisCase
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void takesPropertiesOfAnyKind_data();
+    void takesPropertiesOfAnyKind();
+    void playsAlthough_data();
+    void playsAlthough();
+    void refusesWhatIsNoPlayer();
+    void knowsANamelessOneByItsBusName();
+    void commandWithoutAnAnswer();
+    void itemWithoutAnAnswer();
+    void refusedCommand();
+    void refusedItem();
+    void vanishesBeforeItAnswers();
+    void vanishesInMidPlay();
+    void vanishesAtOnce();
+    void ignoresStrangersSignals();
+    void survivesAFlood();
+    void frozenOneIsTakenOutAndComesBack();
+    void tellsThatThereIsNoBus();
+    void loadsAndUnloadsAThousandTimes();
+};
+
+void MprisRoguesTest::takesPropertiesOfAnyKind_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QVariant>("value");
+    const QList<QVariant> values{QVariant(7), QVariant("text"), QVariant(true), QVariant(QByteArray("bytes")),
+        QVariant(QStringList{"a", "b"}), QVariant(QVariantMap{{"a", 1}}), QVariant(qQNaN()), QVariant(qInf()),
+        QVariant(-1e300), QVariant::fromValue(QDBusObjectPath("/path")),
+        QVariant(std::numeric_limits<qlonglong>::min()),
+        QVariant(QVariantMap{{"mpris:trackid", 7}, {"xesam:url", 3.5}, {"mpris:length", "long"},
+            {"xesam:title", QStringList{"", "x"}}, {"xesam:artist", "one"}})};
+    for (const char *name : {"PlaybackStatus", "Metadata", "Position", "Rate", "MinimumRate", "MaximumRate",
+             "Volume", "CanSeek", "CanPause", "CanControl"}) {
+        for (int i = 0; i < values.size(); ++i)
+            QTest::addRow("%s %d", name, i) << QString(name) << values.at(i);
+    }
+}
+
+void MprisRoguesTest::takesPropertiesOfAnyKind()
+{
+    QFETCH(QString, name);
+    QFETCH(QVariant, value);
+    FakeMprisPlayer player;
+    player.player[name] = value;
+    player.appear();
+    QVERIFY(listen());
+    player.change();
+    m_renderer->playUri(QUrl("http://media/song"));
+    m_renderer->getPosition(m_heard.get(), "positionAnswer(uint)");
+    m_renderer->kelvoProperty("volume", m_heard.get(), "propertyAnswer(QString,QVariant)");
+    QTRY_COMPARE(m_heard->positionAnswers.size(), 1);
+    QTRY_COMPARE(m_heard->propertyAnswers.size(), 1);
+    QTRY_VERIFY(!player.calls.isEmpty());
+}
+
+void MprisRoguesTest::playsAlthough_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QVariant>("value");
+    QTest::newRow("no position") << "Position" << QVariant();
+    QTest::newRow("position as text") << "Position" << QVariant("20000");
+    QTest::newRow("position of another type") << "Position" << QVariant(20'000U);
+    QTest::newRow("no rate") << "Rate" << QVariant();
+    QTest::newRow("no volume") << "Volume" << QVariant();
+    QTest::newRow("rates that contradict each other") << "MinimumRate" << QVariant(5.0);
+}
+
+void MprisRoguesTest::playsAlthough()
+{
+    QFETCH(QString, name);
+    QFETCH(QVariant, value);
+    FakeMprisPlayer player;
+    player.onCall = [&](const QDBusMessage &) {
+        if (value.isValid())
+            player.player[name] = value;
+        else
+            player.player.remove(name);
+        return false;
+    };
+    player.appear();
+    QVERIFY(listen());
+    QVERIFY(playing());
+}
+
+void MprisRoguesTest::refusesWhatIsNoPlayer()
+{
+    FakeMprisPlayer rogue;
+    rogue.onCall = [&](const QDBusMessage &call) {
+        rogue.refuse(call, "no such interface");
+        return true;
+    };
+    LogRecorder log;
+    rogue.appear();
+    QTRY_COMPARE(log.warnings().size(), 1);
+    QVERIFY(log.warnings().constFirst().contains("org.mpris.MediaPlayer2.fake is no player"));
+    QVERIFY(log.warnings().constFirst().contains("no such interface"));
+    QCOMPARE(names(), QStringList());
+}
+
+void MprisRoguesTest::knowsANamelessOneByItsBusName()
+{
+    FakeMprisPlayer player("nameless.instance3");
+    player.root["Identity"] = 7;
+    player.appear();
+    QTRY_COMPARE(names(), QStringList{"nameless.instance3"});
+}
+
+void MprisRoguesTest::commandWithoutAnAnswer()
+{
+    FakeMprisPlayer player;
+    player.onCall = [](const QDBusMessage &call) {
+        return call.member() == u"Pause";
+    };
+    player.appear();
+    QVERIFY(listen());
+    QVERIFY(playing());
+    m_renderer->pause();
+    QTRY_COMPARE(m_heard->errorsOf(KelvoError::Timeout), 1);
+    const QString message = m_heard->errors.constFirst().message();
+    QVERIFY2(message.contains("Pause of Fake"), qPrintable(message));
+    QCOMPARE(m_heard->states.size(), 0);
+}
+
+void MprisRoguesTest::itemWithoutAnAnswer()
+{
+    FakeMprisPlayer player;
+    player.onCall = [](const QDBusMessage &call) {
+        return call.member() == u"OpenUri";
+    };
+    player.appear();
+    QVERIFY(listen());
+    m_renderer->playUri(QUrl("http://media/song"));
+    QTRY_COMPARE(m_heard->errorsOf(KelvoError::Timeout), 1);
+    QVERIFY(m_heard->errors.constFirst().message().contains("OpenUri of Fake"));
+    QTRY_COMPARE(m_heard->state(), Stopped);
+}
+
+void MprisRoguesTest::refusedCommand()
+{
+    FakeMprisPlayer player;
+    player.onCall = [&](const QDBusMessage &call) {
+        if (call.member() == u"SetPosition")
+            player.refuse(call, "not today");
+        return call.member() == u"SetPosition";
+    };
+    player.appear();
+    QVERIFY(listen());
+    QVERIFY(playing());
+    m_renderer->setPosition(5, KelvoRenderer::SeekAbsolute);
+    QTRY_COMPARE(m_heard->errorsOf(KelvoError::CommandRefused), 1);
+    QCOMPARE(m_heard->errors.constFirst().message(), QStringLiteral("SetPosition of Fake: not today"));
+}
+
+void MprisRoguesTest::refusedItem()
+{
+    FakeMprisPlayer player;
+    player.onCall = [&](const QDBusMessage &call) {
+        if (call.member() == u"OpenUri")
+            player.refuse(call, "what is this");
+        return call.member() == u"OpenUri";
+    };
+    player.appear();
+    QVERIFY(listen());
+    m_renderer->playUri(QUrl("strange:thing"));
+    QTRY_COMPARE(m_heard->errorsOf(KelvoError::CommandRefused), 1);
+    QTRY_COMPARE(m_heard->state(), Stopped);
+}
+
+void MprisRoguesTest::vanishesBeforeItAnswers()
+{
+    FakeMprisPlayer player;
+    bool asked = false;
+    player.onCall = [&asked](const QDBusMessage &call) {
+        asked = asked || call.member() == u"OpenUri";
+        return call.member() == u"OpenUri";
+    };
+    player.appear();
+    QVERIFY(listen());
+    m_renderer->playUri(QUrl("http://media/song"));
+    QTRY_VERIFY(asked);
+    player.vanish();
+    QTRY_VERIFY(!m_renderer);
+    QCOMPARE(names(), QStringList());
+}
+
+void MprisRoguesTest::vanishesInMidPlay()
+{
+    FakeMprisPlayer player;
+    player.appear();
+    QVERIFY(listen());
+    QVERIFY(playing());
+    m_renderer->getPosition(m_heard.get(), "positionAnswer(uint)");
+    player.vanish();
+    QTRY_VERIFY(!m_renderer);
+}
+
+void MprisRoguesTest::vanishesAtOnce()
+{
+    for (int i = 0; i < 20; ++i) {
+        FakeMprisPlayer player(QStringLiteral("short%1").arg(i));
+        player.appear();
+    }
+    FakeMprisPlayer last("last");
+    last.root["Identity"] = "Last";
+    last.appear();
+    QTRY_COMPARE(names(), QStringList{"Last"});
+}
+
+void MprisRoguesTest::ignoresStrangersSignals()
+{
+    FakeMprisPlayer player;
+    player.appear();
+    QVERIFY(listen());
+    QVERIFY(playing());
+    FakeMprisPlayer stranger("stranger"); // without a name on the bus
+    stranger.seekTo(50'000'000);
+    stranger.change();
+    player.seekTo(10'000'000);
+    QTRY_VERIFY([this] {
+        m_renderer->getPosition(m_heard.get(), "positionAnswer(uint)");
+        return !m_heard->positionAnswers.isEmpty() && m_heard->positionAnswers.constLast() >= 10;
+    }());
+    QVERIFY(m_heard->positionAnswers.constLast() < 20);
+}
+
+void MprisRoguesTest::survivesAFlood()
+{
+    FakeMprisPlayer player;
+    int questions = 0;
+    player.onCall = [&questions](const QDBusMessage &call) {
+        questions += call.member() == u"GetAll";
+        return false;
+    };
+    player.appear();
+    QVERIFY(listen());
+    questions = 0;
+    for (int i = 0; i < 5000; ++i)
+        player.change();
+    player.player["Volume"] = 0.0;
+    player.change();
+    QTRY_COMPARE(m_heard->property("volume"), QVariant(0U));
+    QVERIFY2(questions < 1000, qPrintable(QString::number(questions)));
+}
+
+void MprisRoguesTest::frozenOneIsTakenOutAndComesBack()
+{
+    const QString script = QStringLiteral("/usr/lib/mpv-mpris/mpris.so");
+    if (QStandardPaths::findExecutable(QStringLiteral("mpv")).isEmpty() || !QFile::exists(script))
+        QSKIP("mpv or its script for MPRIS is not installed");
+    QProcess player;
+    player.start("mpv",
+        {"--no-config", "--script=" + script, "--ao=null", "--vo=null", "--idle=yes", "--no-terminal"});
+    QTRY_VERIFY_WITH_TIMEOUT(find("mpv"), 20'000);
+    LogRecorder log;
+    ::kill(pid_t(player.processId()), SIGSTOP);
+    QTRY_VERIFY(!find("mpv"));
+    QCOMPARE(log.warnings().size(), 1);
+    QVERIFY(log.warnings().constFirst().contains("mpv does not answer any more"));
+    ::kill(pid_t(player.processId()), SIGCONT);
+    QTRY_VERIFY(find("mpv"));
+    player.kill();
+    QTRY_VERIFY(!find("mpv"));
+    player.waitForFinished();
+}
+
+void MprisRoguesTest::tellsThatThereIsNoBus()
+{
+    m_registry->unloadPlugin("mpris.so");
+    const QByteArray address = qgetenv("DBUS_SESSION_BUS_ADDRESS");
+    qputenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent/bus");
+    m_registry->loadPlugin("mpris.so");
+    const auto reason = [this] {
+        return m_registry->pluginLoader()->status("mpris.so").error;
+    };
+    QTRY_VERIFY(reason().contains("there is no session bus"));
+    qputenv("DBUS_SESSION_BUS_ADDRESS", address);
+    QCOMPARE(m_registry->loadedPlugins(), QStringList());
+}
+
+void MprisRoguesTest::loadsAndUnloadsAThousandTimes()
+{
+    FakeMprisPlayer player;
+    player.appear();
+    QVERIFY(listen());
+    m_registry->unloadPlugin("mpris.so");
+    // Without the loader, which looks into the file each time.
+    QPluginLoader loader(qEnvironmentVariable("KELVO_PLUGIN_PATH") + QStringLiteral("/mpris.so"));
+    auto *plugin = qobject_cast<KelvoPlugin *>(loader.instance());
+    QVERIFY2(plugin, qPrintable(loader.errorString()));
+    const int files = openFiles();
+    QString error;
+    for (int i = 0; i < 1000; ++i) {
+        QVERIFY2(plugin->start(m_registry.get(), &error), qPrintable(error));
+        // Now and then as far as a renderer, mostly in the middle of it.
+        if (i % 100 == 0)
+            QTRY_VERIFY(find("fake"));
+        else if (i % 3 == 0)
+            QCoreApplication::processEvents();
+        plugin->stop();
+        QCOMPARE(names(), QStringList());
+    }
+    delete loader.instance();
+    QTRY_VERIFY2(
+        openFiles() <= files + 2, qPrintable(QStringLiteral("%1, then %2").arg(files).arg(openFiles())));
+}
+} // namespace
+
+KELVO_TEST(MprisRoguesTest)
+#include "MprisRoguesTest.moc"
