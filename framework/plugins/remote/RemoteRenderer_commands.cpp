@@ -101,6 +101,7 @@ bool RemoteRenderer::moveWhileStopped(int index)
     if (m_queue.setIndex(index)) {
         // What the player holds is no longer the current item.
         m_epoch = 0;
+        m_inPlay = InPlay::OfPlaylist;
         const KelvoMediaInfo item = m_queue.current();
         later([this, index, content = KelvoContent{item.uuid(), item.url(), item.mimeType()}] {
             Q_EMIT mediaChanged(index, content);
