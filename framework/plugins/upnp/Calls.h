@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "GlibHandles.h"
+#include "UpnpTypes.h"
+
+#include <memory>
+#include <vector>
+
+/// Actions that are under way. UPnP thread.
+///
+/// Each is cancelled when its time is up, and each is answered exactly once, from the main loop, but for those
+/// that are still under way when this object is destroyed.
+class Calls
+{
+public:
+    Calls() = default;
+    ~Calls();
+    Q_DISABLE_COPY_MOVE(Calls)
+
+    /// Keeps the proxy alive for as long as it takes.
+    void run(GUPnPServiceProxy *proxy, const Upnp::Call &call, Upnp::AnswerHandler handler);
+
+private:
+    struct Running;
+    static void finished(GObject *proxy, GAsyncResult *result, void *running);
+    static int timedOut(void *running);
+    void forget(Running *running);
+
+    std::vector<Running *> m_running; // each deletes itself when it has finished
+};

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "GlibHandles.h"
+#include "UpnpTypes.h"
+
+/// Reads what a device tells of itself. Everything may be missing. UPnP thread.
+namespace DeviceDescription {
+
+Upnp::Description read(GUPnPDeviceInfo *device, Upnp::Kind kind);
+
+/// A service by its type without version; null when the device has none.
+GlibHandles::Object<GUPnPServiceProxy> service(GUPnPDeviceInfo *device, Upnp::Service service);
+
+/// "host:port" of the place that the description came from.
+QString authority(GUPnPDeviceInfo *device);
+
+} // namespace DeviceDescription

@@ -1,0 +1,221 @@
+// SPDX-License-Identifier: MIT
+#include "Discovery.h"
+
+#include "DeviceDescription.h"
+#include "KelvoMessageHandler.h"
+
+#include <algorithm>
+#include <array>
+
+namespace {
+constexpr guint tickInterval = 250; // milliseconds
+// After an interface has come up, and then each rescanInterval: what is sent at once may get lost.
+constexpr std::array<qint64, 2> firstRescans = {2000, 5000};
+constexpr qint64 rescanInterval = 30'000;
+// Without any interface everything is opened anew, at growing intervals. Milliseconds.
+constexpr qint64 firstPatience = 500;
+constexpr qint64 longestPatience = 30'000;
+// A device waits a random part of this before it answers a search.
+constexpr gushort answerWithin = 1; // seconds
+// Of a whole request; our own limits are shorter, this one is for what GUPnP asks by itself.
+constexpr guint httpTimeout = 20; // seconds
+
+qint64 now()
+{
+    return g_get_monotonic_time() / 1000;
+}
+
+GlibHandles::Source attach(GSource *source, int (*callback)(void *), void *self)
+{
+    g_source_set_callback(source, callback, self, nullptr);
+    g_source_attach(source, g_main_context_get_thread_default());
+    return GlibHandles::Source(source);
+}
+} // namespace
+
+Discovery::Discovery(const QStringList &interfaces, DeviceListener listener)
+    : m_interfaces(interfaces)
+    , m_listener(std::move(listener))
+    , m_searchStart(now())
+    , m_patience(firstPatience)
+    , m_ticks(attach(g_timeout_source_new(tickInterval), ticked, this))
+{
+    openManager();
+}
+
+Discovery::~Discovery()
+{
+    leave();
+}
+
+void Discovery::leave()
+{
+    g_source_destroy(m_ticks.get());
+    if (m_sweep)
+        g_source_destroy(m_sweep.get());
+    stopSearches();
+}
+
+void Discovery::openManager()
+{
+    m_opened = now();
+    m_manager.reset(gupnp_context_manager_create_full(GSSDP_UDA_VERSION_1_0, G_SOCKET_FAMILY_IPV4, 0));
+    GUPnPContextFilter *filter = gupnp_context_manager_get_context_filter(m_manager.get());
+    for (const QString &interface : m_interfaces)
+        gupnp_context_filter_add_entry(filter, interface.toUtf8().constData());
+    gupnp_context_filter_set_enabled(filter, !m_interfaces.isEmpty());
+    g_signal_connect(m_manager.get(), "context-available", G_CALLBACK(interfaceCame), this);
+    g_signal_connect(m_manager.get(), "context-unavailable", G_CALLBACK(interfaceWent), this);
+}
+
+void Discovery::stopSearches()
+{
+    g_signal_handlers_disconnect_by_data(m_manager.get(), this);
+    for (const Search &search : m_searches)
+        g_signal_handlers_disconnect_by_data(search.controlPoint.get(), this);
+    m_searches.clear();
+    m_devices.clear();
+}
+
+void Discovery::interfaceCame(GUPnPContextManager *, GUPnPContext *context, void *self)
+{
+    auto *discovery = static_cast<Discovery *>(self);
+    g_object_set(gupnp_context_get_session(context), "timeout", httpTimeout, nullptr);
+    discovery->startSearch(context, Upnp::Kind::Renderer);
+    discovery->startSearch(context, Upnp::Kind::Source);
+    discovery->m_searchStart = now();
+    discovery->m_rescans = 0;
+}
+
+void Discovery::startSearch(GUPnPContext *context, Upnp::Kind kind)
+{
+    // Devices of later versions answer as well.
+    const char *type = kind == Upnp::Kind::Renderer ? "urn:schemas-upnp-org:device:MediaRenderer:1"
+                                                    : "urn:schemas-upnp-org:device:MediaServer:1";
+    GlibHandles::Object<GUPnPControlPoint> controlPoint(gupnp_control_point_new(context, type));
+    g_signal_connect(controlPoint.get(), "device-proxy-available", G_CALLBACK(announced), this);
+    g_signal_connect(controlPoint.get(), "device-proxy-unavailable", G_CALLBACK(withdrawn), this);
+    gssdp_resource_browser_set_mx(GSSDP_RESOURCE_BROWSER(controlPoint.get()), answerWithin);
+    gssdp_resource_browser_set_active(GSSDP_RESOURCE_BROWSER(controlPoint.get()), TRUE);
+    gupnp_context_manager_manage_control_point(m_manager.get(), controlPoint.get());
+    m_searches.push_back({std::move(controlPoint), kind});
+}
+
+void Discovery::interfaceWent(GUPnPContextManager *, GUPnPContext *context, void *self)
+{
+    auto &searches = static_cast<Discovery *>(self)->m_searches;
+    for (auto search = searches.begin(); search != searches.end();) {
+        if (gupnp_control_point_get_context(search->controlPoint.get()) != context) {
+            ++search;
+            continue;
+        }
+        for (const GList *proxy = gupnp_control_point_list_device_proxies(search->controlPoint.get()); proxy;
+             proxy = proxy->next)
+            static_cast<Discovery *>(self)->remove(GUPNP_DEVICE_PROXY(proxy->data));
+        g_signal_handlers_disconnect_by_data(search->controlPoint.get(), self);
+        search = searches.erase(search);
+    }
+}
+
+void Discovery::announced(GUPnPControlPoint *controlPoint, GUPnPDeviceProxy *proxy, void *self)
+{
+    auto *discovery = static_cast<Discovery *>(self);
+    const auto search = std::find_if(discovery->m_searches.begin(), discovery->m_searches.end(),
+        [controlPoint](const Search &known) { return known.controlPoint.get() == controlPoint; });
+    if (search != discovery->m_searches.end())
+        discovery->add(search->kind, proxy);
+}
+
+void Discovery::withdrawn(GUPnPControlPoint *, GUPnPDeviceProxy *proxy, void *self)
+{
+    static_cast<Discovery *>(self)->remove(proxy);
+}
+
+void Discovery::add(Upnp::Kind kind, GUPnPDeviceProxy *proxy)
+{
+    GUPnPDeviceInfo *info = GUPNP_DEVICE_INFO(proxy);
+    const Upnp::DeviceKey key = DeviceDescription::read(info, kind).key;
+    if (key.udn.isEmpty()) {
+        qCWarning(lcKelvo) << "A device without a UDN at" << gupnp_device_info_get_location(info);
+        return;
+    }
+    if (kind == Upnp::Kind::Renderer && !DeviceDescription::service(info, Upnp::Service::AVTransport)) {
+        qCWarning(lcKelvo).noquote() << key.udn << "calls itself a renderer but has no AVTransport service";
+        return;
+    }
+    const auto known = m_devices.find(key);
+    if (known != m_devices.end())
+        known->second->add(proxy);
+    else
+        m_devices.emplace(key, std::make_unique<Device>(key, proxy, m_listener));
+}
+
+void Discovery::remove(GUPnPDeviceProxy *proxy)
+{
+    for (const auto &[key, device] : m_devices) {
+        if (device->has(proxy) && device->withdraw(proxy))
+            sweepSoon();
+    }
+}
+
+// A device whose description or place has changed is taken back and announced again in one turn of the main loop: it
+// stays the same device. So what is taken back goes with the next turn.
+void Discovery::sweepSoon()
+{
+    if (!m_sweep) {
+        GSource *source = g_idle_source_new();
+        g_source_set_priority(source, G_PRIORITY_DEFAULT);
+        m_sweep = attach(source, swept, this);
+    }
+}
+
+int Discovery::swept(void *self)
+{
+    static_cast<Discovery *>(self)->sweep();
+    return G_SOURCE_REMOVE;
+}
+
+void Discovery::sweep()
+{
+    m_sweep.reset();
+    std::erase_if(m_devices, [](const auto &entry) { return entry.second->isWithdrawn(); });
+}
+
+int Discovery::ticked(void *self)
+{
+    static_cast<Discovery *>(self)->tick();
+    return G_SOURCE_CONTINUE;
+}
+
+void Discovery::tick()
+{
+    const qint64 time = now();
+    // GUPnP takes a port for one protocol and then finds it in use for the other, and does not try again.
+    if (m_searches.empty() && time - m_opened >= m_patience) {
+        m_patience = std::min(2 * m_patience, longestPatience);
+        stopSearches();
+        openManager();
+    }
+    const qint64 due = m_rescans < firstRescans.size()
+        ? firstRescans.at(m_rescans)
+        : firstRescans.back() + rescanInterval * qint64(m_rescans - firstRescans.size() + 1);
+    if (time - m_searchStart >= due) {
+        ++m_rescans;
+        gupnp_context_manager_rescan_control_points(m_manager.get());
+    }
+    for (const auto &[key, device] : m_devices)
+        device->tick(time);
+}
+
+void Discovery::call(const Upnp::DeviceKey &key, const Upnp::Call &call, Upnp::AnswerHandler handler)
+{
+    const auto device = m_devices.find(key);
+    if (device != m_devices.end()) {
+        device->second->call(call, std::move(handler));
+        return;
+    }
+    Upnp::Answer answer;
+    answer.outcome = Upnp::Answer::Missing;
+    answer.message = QStringLiteral("the device is gone");
+    handler(answer);
+}

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "GlibHandles.h"
+#include "UpnpTypes.h"
+
+#include <functional>
+#include <memory>
+
+/// Hears what a renderer's services report, and learns what they can do. UPnP thread.
+class RendererServices
+{
+public:
+    struct Listener
+    {
+        std::function<void(const Upnp::Report &)> reported;
+        std::function<void(const Upnp::RendererLimits &)> limitsKnown;
+    };
+
+    /// Either service may be null.
+    RendererServices(GUPnPServiceProxy *transport, GUPnPServiceProxy *rendering, Listener listener);
+    ~RendererServices();
+    Q_DISABLE_COPY_MOVE(RendererServices)
+
+    /// After the device was away: what it knew of subscribers may be lost.
+    void subscribeAgain();
+
+private:
+    static void changed(GUPnPServiceProxy *service, const char *variable, GValue *value, void *self);
+    static void lost(GUPnPServiceProxy *service, const GError *reason, void *self);
+    void listen(GUPnPServiceProxy *service);
+    void silence(GUPnPServiceProxy *service);
+    void study(GUPnPServiceProxy *service);
+    void learn(GUPnPServiceIntrospection *introspection);
+
+    const GlibHandles::Object<GUPnPServiceProxy> m_transport;
+    const GlibHandles::Object<GUPnPServiceProxy> m_rendering;
+    const Listener m_listener;
+    const GlibHandles::Object<GCancellable> m_cancellable;
+    const std::shared_ptr<RendererServices *> m_self; // what late callbacks find it by
+    Upnp::RendererLimits m_limits;
+    int m_studies = 0; // under way
+};

@@ -1,0 +1,128 @@
+// SPDX-License-Identifier: MIT
+#include "UpnpThread.h"
+
+#include "GlibLog.h"
+#include "KelvoMessageHandler.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QList>
+
+#include <glib.h>
+
+namespace {
+// Milliseconds.
+constexpr int longestWait = 5000;
+constexpr guint farewellTime = 100;
+
+/// Threads that are ending while nobody holds them any more. GUI thread.
+QList<QThread *> &ending()
+{
+    static QList<QThread *> threads;
+    return threads;
+}
+
+void waitAndDelete(QThread *thread)
+{
+    if (thread->wait(longestWait))
+        delete thread;
+    else // Destroying a running QThread would end the program on the spot.
+        qCWarning(lcKelvo) << "Thread" << thread->objectName() << "does not end";
+}
+
+void waitForEnding()
+{
+    const QList<QThread *> threads = std::exchange(ending(), {});
+    for (QThread *thread : threads)
+        waitAndDelete(thread);
+}
+
+void letEnd(QThread *thread)
+{
+    if (!QCoreApplication::instance()) {
+        waitAndDelete(thread);
+        return;
+    }
+    static const bool isRegistered = (qAddPostRoutine(waitForEnding), true);
+    Q_UNUSED(isRegistered)
+    ending().append(thread);
+    const auto forget = [thread] {
+        if (ending().removeOne(thread))
+            thread->deleteLater();
+    };
+    QObject::connect(thread, &QThread::finished, QCoreApplication::instance(), forget, Qt::QueuedConnection);
+}
+
+int runCall(void *call)
+{
+    (*static_cast<UpnpThread::Call *>(call))();
+    return G_SOURCE_REMOVE;
+}
+
+void deleteCall(void *call)
+{
+    delete static_cast<UpnpThread::Call *>(call);
+}
+} // namespace
+
+struct UpnpThread::Loop
+{
+    GMainContext *context = g_main_context_new();
+    GMainLoop *loop = g_main_loop_new(context, FALSE);
+
+    Loop() = default;
+    Q_DISABLE_COPY_MOVE(Loop)
+    ~Loop()
+    {
+        g_main_loop_unref(loop);
+        g_main_context_unref(context);
+    }
+
+    void post(Call call) const { attach(g_idle_source_new(), std::move(call)); }
+    void postLater(guint milliseconds, Call call) const
+    {
+        attach(g_timeout_source_new(milliseconds), std::move(call));
+    }
+    void attach(GSource *source, Call call) const
+    {
+        g_source_set_priority(source, G_PRIORITY_DEFAULT);
+        g_source_set_callback(source, runCall, new Call(std::move(call)), deleteCall);
+        g_source_attach(source, context);
+        g_source_unref(source);
+    }
+
+    void run() const
+    {
+        g_main_context_push_thread_default(context);
+        GlibLog::catchXmlErrors();
+        g_main_loop_run(loop);
+        // What was cancelled still has to hear of it, else it would never be released.
+        while (g_main_context_iteration(context, FALSE)) { }
+        g_main_context_pop_thread_default(context);
+    }
+};
+
+UpnpThread::UpnpThread()
+    : m_loop(std::make_shared<Loop>())
+    , m_thread(QThread::create([loop = m_loop] { loop->run(); }))
+{
+    m_thread->setObjectName(QStringLiteral("kelvo-upnp"));
+    m_thread->start();
+}
+
+UpnpThread::~UpnpThread()
+{
+    letEnd(m_thread);
+    post([loop = m_loop, farewell = m_farewell, last = m_last] {
+        farewell();
+        loop->postLater(farewellTime, [loop, last] {
+            last();
+            g_main_loop_quit(loop->loop);
+        });
+    });
+}
+
+void UpnpThread::post(Call call) const
+{
+    m_loop->post(std::move(call));
+}

@@ -1,0 +1,166 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "PlayClock.h"
+#include "RemoteTransport.h"
+#include "RendererLink.h"
+
+#include <QElapsedTimer>
+#include <QTimer>
+
+#include <memory>
+#include <optional>
+
+class MediaUrls;
+
+/// A media renderer of the network, driven by AVTransport and RenderingControl.
+///
+/// What is wanted of the device is kept as wishes, of each kind only the newest, and granted one after the other:
+/// never is more than one request of ours under way. A wish is tried once; what the device or another controller
+/// makes of it is reported, not fought.
+///
+/// An event that changes the state to Stopped is confirmed by asking, because a late one of the item before would
+/// end the item in play.
+class UpnpTransport : public RemoteTransport
+{
+    Q_OBJECT
+public:
+    /// Milliseconds.
+    struct Patience
+    {
+        int seek = 1000; ///< so long the target counts as the position, because devices answer 0 for a while
+        int start = 2000; ///< until an accepted item must play
+        int retry = 300; ///< until an accepted item that does not play is started again
+        int change = 3000; ///< until a device must be in the state that it accepted to go to
+        int progress = 10'000; ///< until the position of what plays must have moved on
+    };
+
+    /// The addresses must outlive this object.
+    UpnpTransport(std::unique_ptr<RendererLink> link, MediaUrls &urls, Patience patience);
+    ~UpnpTransport() override;
+
+    Abilities abilities() const override;
+    void load(const Item &item) override;
+    void unload() override;
+    void pause() override;
+    void resume() override;
+    void seek(double seconds) override;
+    void setVolume(int volume) override;
+    void setRate(double rate) override;
+    void askPosition() override;
+
+private:
+    using State = KelvoRenderer::State;
+
+    struct Wishes
+    {
+        bool stop = false;
+        bool load = false;
+        bool play = false;
+        bool knowState = false;
+        std::optional<bool> paused = {};
+        std::optional<double> position = {};
+        std::optional<int> volume = {};
+        bool rate = false;
+        bool knowMedia = false;
+        bool knowVolume = false;
+        bool knowPosition = false;
+    };
+
+    /// A device volume as it was set, and what for.
+    struct SetVolume
+    {
+        int volume;
+        int deviceVolume;
+    };
+
+    // --- asking, in UpnpTransport_commands.cpp ---
+    void next();
+    bool sendFirstWish();
+    void send(Upnp::Service service, const char *action, QList<QPair<QByteArray, QString>> in,
+        QList<QByteArray> out, std::function<void(const Upnp::Answer &)> handler);
+    void sendStop();
+    void sendUri();
+    void uriAnswered(quint64 epoch, const QString &uri, const Upnp::Answer &answer);
+    void sendPlay();
+    void playAnswered(quint64 epoch, const Upnp::Answer &answer);
+    void sendPaused();
+    void sendSeek();
+    void seekAnswered(double target, const Upnp::Answer &answer);
+    void judgeTarget(double target, const Upnp::Answer &refusal);
+    void sendVolume();
+    void unmute();
+    void sendRate();
+    void askState();
+    void askMedia();
+    void askVolume();
+    void sendPositionQuestion();
+    /// A refused change of state is none when the device is in that state already.
+    void forgive(State wanted, const char *action, const Upnp::Answer &refusal);
+
+    // --- hearing, in UpnpTransport_reports.cpp ---
+    void hear(const Upnp::Report &report);
+    void hearRendering(const Upnp::Report &report);
+    void hearUri(const QString &uri);
+    void hearTrack(const Upnp::Track &track);
+    void hearDuration(const QString &text);
+    void hearState(State state, bool isCertain);
+    void awaitExpected();
+    void hearStarting(State state, bool isCertain);
+    void hearMedia(const Upnp::Answer &answer);
+    void hearVolume(int deviceVolume);
+    void hearPosition(const Upnp::Answer &answer);
+    void enterState(State state);
+    void finishItem();
+    void fail(KelvoError::Code code, const QString &message);
+    void becomeForeign(const KelvoMediaInfo &info);
+    void checkProgress();
+
+    void tell(std::function<void()> report);
+    void trouble(const char *action, const Upnp::Answer &answer);
+    QString describe(const char *action, const Upnp::Answer &answer) const;
+    void expect(State state);
+    void expectationEnds();
+    void forgetItem();
+    bool isLoading() const { return m_wishes.load || m_wishes.play || m_isLoading; }
+    void noteAbilities();
+
+    const std::unique_ptr<RendererLink> m_link;
+    MediaUrls &m_urls;
+    const Patience m_patience;
+    Upnp::RendererLimits m_limits;
+    QSet<QString> m_allowedActions; // of the present state; empty: not said
+    Abilities m_lastAbilities;
+
+    Wishes m_wishes;
+    bool m_isBusy = false;
+    bool m_isLoading = false; // the present request puts an item in
+    Item m_item; // the newest that was asked for
+    QString m_uri; // what of ours the device accepted last
+    QString m_foreignUri; // what of somebody else's is in the device
+    std::optional<quint64> m_epoch; // in the device; nothing: nothing that anybody is to hear of
+    std::optional<quint64> m_stoppedEpoch; // stopped by somebody else, and still in the device
+    State m_state = KelvoRenderer::Stopped;
+    bool m_isStarting = false; // accepted, and has not played yet
+    int m_playTries = 0; // of the item
+    bool m_isStopping = false;
+    bool m_isStopTried = false; // because the device would not take an item while playing
+    std::optional<State> m_expected;
+    QElapsedTimer m_expectedSince;
+    int m_checkDelay = 0;
+    int m_changeTries = 0;
+    QTimer m_check;
+
+    double m_duration = -1;
+    double m_position = 0; // as the device said last
+    PlayClock m_clock;
+    QElapsedTimer m_seeked;
+    QTimer m_progress;
+    bool m_isProgressJudged = false;
+    QHash<QString, QString> m_facts;
+
+    int m_volume = -1;
+    std::optional<SetVolume> m_setVolume;
+    bool m_isMuted = false;
+    int m_volumeBeforeMute = -1;
+};
