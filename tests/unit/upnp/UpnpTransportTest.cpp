@@ -1,0 +1,410 @@
+// SPDX-License-Identifier: MIT
+// What the transport makes of devices, with a device that does as it is told.
+#include "UpnpTransport.h"
+#include "KelvoTestCase.h"
+#include "MediaUrls.h"
+#include "TestGroup.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+#include <memory>
+
+namespace {
+using Upnp::Answer;
+constexpr auto Stopped = KelvoRenderer::Stopped;
+constexpr auto Playing = KelvoRenderer::Playing;
+constexpr auto Paused = KelvoRenderer::Paused;
+constexpr auto Transitioning = KelvoRenderer::Transitioning;
+
+/// A device that answers from the event loop: as its state is, or with what it was told to say to an action.
+class FakeLink : public RendererLink
+{
+public:
+    QString deviceName() const override { return QStringLiteral("Fake"); }
+    void call(const Upnp::Call &call, Upnp::AnswerHandler handler) override
+    {
+        ++underWay;
+        mostUnderWay = qMax(mostUnderWay, underWay);
+        calls.append(call);
+        QMetaObject::invokeMethod(
+            this,
+            [this, call, handler] {
+                --underWay;
+                handler(answerTo(call));
+            },
+            Qt::QueuedConnection);
+    }
+    Answer answerTo(const Upnp::Call &call)
+    {
+        if (answers.contains(call.action) && (answerOnce != call.action || count(call.action) <= 1))
+            return answers.value(call.action);
+        static const QHash<QByteArray, QString> states
+            = {{"Play", "PLAYING"}, {"Pause", "PAUSED_PLAYBACK"}, {"Stop", "STOPPED"}};
+        state = states.value(call.action, state);
+        if (call.action == "SetAVTransportURI")
+            uri = call.in.at(1).second;
+        if (call.action == "SetVolume")
+            volume = call.in.at(2).second;
+        Answer answer;
+        answer.values = {{"CurrentTransportState", state}, {"CurrentURI", uri}, {"RelTime", position},
+            {"TrackDuration", "0:00:10"}, {"CurrentVolume", volume}};
+        return answer;
+    }
+    void refuse(const QByteArray &action, int code, const QString &message = QStringLiteral("No"))
+    {
+        Answer answer;
+        answer.outcome = Answer::Refused;
+        answer.code = code;
+        answer.message = message;
+        answers.insert(action, answer);
+    }
+    int count(const QByteArray &action) const
+    {
+        return int(std::count_if(
+            calls.begin(), calls.end(), [&](const Upnp::Call &call) { return call.action == action; }));
+    }
+
+    QList<Upnp::Call> calls;
+    QHash<QByteArray, Answer> answers;
+    QByteArray answerOnce; ///< from the second call of this action on, as the state is
+    QString state = QStringLiteral("STOPPED");
+    QString uri;
+    QString position = QStringLiteral("0:00:01");
+    QString volume = QStringLiteral("50");
+    int underWay = 0;
+    int mostUnderWay = 0;
+};
+
+class UpnpTransportTest : public KelvoTestCase
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init();
+    void loadsAndPlays();
+    void loadsPaused();
+    void refusalNamesCodeAndText();
+    void timeoutNamesActionAndDevice();
+    void refusedTransitionIsSuccessWhenTheStateMatches();
+    void stopsADeviceThatTakesNothingWhilePlaying();
+    void startsAgainWhatWasLost();
+    void endIsConfirmed();
+    void earlyStopIsSomebodyElses();
+    void clearedAddressIsNotForeign();
+    void foreignItemReplacesOurs();
+    void itemPlayingAtFirstIsForeign();
+    void somebodyLetsTheItemPlayAgain();
+    void seeksAreCoalescedAndHeld();
+    void seekPastAnUnknownEndEndsTheItem();
+    void volumesAreCoalesced();
+    void volumeThatTheDeviceRoundsIsTheOneSet();
+    void volumeSurvivesMuting();
+    void itemThatDoesNotMoveOnFails();
+    void unreadableEventAsks();
+    void abilitiesComeFromTheDevice();
+
+private:
+    void playItem(quint64 epoch = 1);
+    Upnp::Report report(const QByteArray &name, const QString &value) { return {.values = {{name, value}}}; }
+    QList<KelvoRenderer::State> states() const;
+
+    MediaUrls m_urls;
+    FakeLink *m_link = nullptr;
+    std::unique_ptr<UpnpTransport> m_transport;
+    std::unique_ptr<QSignalSpy> m_states;
+    std::unique_ptr<QSignalSpy> m_ended;
+    std::unique_ptr<QSignalSpy> m_failed;
+    std::unique_ptr<QSignalSpy> m_troubled;
+    std::unique_ptr<QSignalSpy> m_replaced;
+    std::unique_ptr<QSignalSpy> m_volumes;
+    std::unique_ptr<QSignalSpy> m_positions;
+};
+
+void UpnpTransportTest::init()
+{
+    KelvoTestCase::init();
+    auto link = std::make_unique<FakeLink>();
+    m_link = link.get();
+    UpnpTransport::Patience patience;
+    patience.start = 300;
+    patience.retry = 40;
+    patience.change = 200;
+    patience.progress = 100;
+    m_transport = std::make_unique<UpnpTransport>(std::move(link), m_urls, patience);
+    UpnpTransport *transport = m_transport.get();
+    m_states = std::make_unique<QSignalSpy>(transport, &RemoteTransport::stateReported);
+    m_ended = std::make_unique<QSignalSpy>(transport, &RemoteTransport::ended);
+    m_failed = std::make_unique<QSignalSpy>(transport, &RemoteTransport::failed);
+    m_troubled = std::make_unique<QSignalSpy>(transport, &RemoteTransport::troubled);
+    m_replaced = std::make_unique<QSignalSpy>(transport, &RemoteTransport::replaced);
+    m_volumes = std::make_unique<QSignalSpy>(transport, &RemoteTransport::volumeReported);
+    m_positions = std::make_unique<QSignalSpy>(transport, &RemoteTransport::positionReported);
+}
+
+QList<KelvoRenderer::State> UpnpTransportTest::states() const
+{
+    QList<KelvoRenderer::State> list;
+    for (const QVariantList &arguments : *m_states)
+        list.append(arguments.at(1).value<KelvoRenderer::State>());
+    return list;
+}
+
+void UpnpTransportTest::playItem(quint64 epoch)
+{
+    m_transport->load({.epoch = epoch, .info = KelvoMediaInfo("i", QUrl("http://h/item.mp3"), "Title", 10)});
+    QTRY_VERIFY(states().endsWith(Playing));
+    m_link->calls.clear();
+}
+
+void UpnpTransportTest::loadsAndPlays()
+{
+    m_transport->load({.epoch = 7, .info = KelvoMediaInfo("i", QUrl("http://h/a b.mp3"), "Title")});
+    QVERIFY(m_states->isEmpty());
+    QTRY_COMPARE(states(), (QList{Transitioning, Playing}));
+    QCOMPARE(m_states->at(1).at(0).toULongLong(), 7ull);
+    QCOMPARE(m_link->uri, QStringLiteral("http://h/a%20b.mp3"));
+    QCOMPARE(m_link->mostUnderWay, 1);
+}
+
+void UpnpTransportTest::loadsPaused()
+{
+    m_transport->load({.epoch = 1, .info = KelvoMediaInfo("i", QUrl("http://h/a")), .paused = true});
+    QTRY_VERIFY(states().endsWith(Paused));
+    QVERIFY(!states().contains(Playing));
+}
+
+void UpnpTransportTest::refusalNamesCodeAndText()
+{
+    m_link->refuse("SetAVTransportURI", 716, QStringLiteral("Resource not found"));
+    m_transport->load({.epoch = 1, .info = KelvoMediaInfo("i", QUrl("http://h/a"))});
+    QTRY_COMPARE(m_failed->size(), 1);
+    QCOMPARE(m_failed->at(0).at(1).value<KelvoError::Code>(), KelvoError::NotFound);
+    QCOMPARE(m_failed->at(0).at(2).toString(),
+        QStringLiteral("SetAVTransportURI: Fake refused: 716 Resource not found"));
+}
+
+void UpnpTransportTest::timeoutNamesActionAndDevice()
+{
+    playItem();
+    Answer late;
+    late.outcome = Answer::TimedOut;
+    m_link->answers.insert("Pause", late);
+    m_transport->pause();
+    QTRY_COMPARE(m_troubled->size(), 1);
+    QCOMPARE(m_troubled->at(0).at(0).value<KelvoError::Code>(), KelvoError::Timeout);
+    QCOMPARE(m_troubled->at(0).at(1).toString(), QStringLiteral("Pause: Fake did not answer in time"));
+}
+
+void UpnpTransportTest::refusedTransitionIsSuccessWhenTheStateMatches()
+{
+    playItem();
+    m_link->refuse("Pause", 701);
+    m_link->state = QStringLiteral("PAUSED_PLAYBACK");
+    m_transport->pause();
+    QTRY_VERIFY(states().endsWith(Paused));
+    QVERIFY(m_troubled->isEmpty());
+    m_link->answers.clear();
+    m_link->refuse("Play", 701);
+    m_transport->resume();
+    QTRY_COMPARE(m_troubled->size(), 1);
+    QCOMPARE(m_troubled->at(0).at(0).value<KelvoError::Code>(), KelvoError::CommandRefused);
+}
+
+void UpnpTransportTest::stopsADeviceThatTakesNothingWhilePlaying()
+{
+    playItem();
+    m_link->refuse("SetAVTransportURI", 705);
+    m_link->answerOnce = "SetAVTransportURI";
+    m_transport->load({.epoch = 2, .info = KelvoMediaInfo("i", QUrl("http://h/b"))});
+    QTRY_COMPARE(m_states->constLast().at(0).toULongLong(), 2ull);
+    QCOMPARE(m_link->uri, QStringLiteral("http://h/b"));
+    QCOMPARE(m_link->count("Stop"), 1);
+    QVERIFY(m_failed->isEmpty());
+}
+
+void UpnpTransportTest::startsAgainWhatWasLost()
+{
+    m_link->answers.insert("Play", Answer());
+    m_transport->load({.epoch = 1, .info = KelvoMediaInfo("i", QUrl("http://h/b"))});
+    m_link->answerOnce = "Play";
+    QTRY_VERIFY(states().endsWith(Playing));
+    QCOMPARE(m_link->count("Play"), 2);
+    m_link->answerOnce.clear();
+    m_link->answers.insert("Play", Answer());
+    m_link->state = QStringLiteral("STOPPED");
+    m_transport->load({.epoch = 2, .info = KelvoMediaInfo("i", QUrl("http://h/c"))});
+    QTRY_COMPARE(m_failed->size(), 1);
+    QCOMPARE(m_failed->at(0).at(0).toULongLong(), 2ull);
+}
+
+void UpnpTransportTest::endIsConfirmed()
+{
+    playItem();
+    // An event of before.
+    Q_EMIT m_link->reported(report("TransportState", QStringLiteral("STOPPED")));
+    QTRY_COMPARE(m_link->count("GetTransportInfo"), 1);
+    QTRY_COMPARE(m_link->underWay, 0);
+    QVERIFY(m_ended->isEmpty());
+    m_link->state = QStringLiteral("STOPPED");
+    Q_EMIT m_link->reported(report("TransportState", QStringLiteral("STOPPED")));
+    QTRY_COMPARE(m_ended->size(), 1);
+    QCOMPARE(m_ended->at(0).at(0).toULongLong(), 1ull);
+}
+
+void UpnpTransportTest::earlyStopIsSomebodyElses()
+{
+    playItem();
+    Q_EMIT m_link->reported(report("CurrentTrackDuration", QStringLiteral("0:03:00")));
+    m_link->state = QStringLiteral("STOPPED");
+    Q_EMIT m_link->reported(report("TransportState", QStringLiteral("STOPPED")));
+    QTRY_VERIFY(states().endsWith(Stopped));
+    QVERIFY(m_ended->isEmpty());
+}
+
+void UpnpTransportTest::clearedAddressIsNotForeign()
+{
+    playItem();
+    m_link->state = QStringLiteral("STOPPED");
+    m_link->uri.clear();
+    Q_EMIT m_link->reported({.values = {{"TransportState", "STOPPED"}, {"AVTransportURI", ""}}});
+    QTRY_COMPARE(m_ended->size(), 1);
+    QVERIFY(m_replaced->isEmpty());
+}
+
+void UpnpTransportTest::foreignItemReplacesOurs()
+{
+    playItem();
+    m_link->uri = QStringLiteral("http://other/song");
+    Q_EMIT m_link->reported(report("AVTransportURI", m_link->uri));
+    QTRY_COMPARE(m_replaced->size(), 1);
+    QCOMPARE(m_replaced->at(0).at(0).value<KelvoMediaInfo>().url(), QUrl("http://other/song"));
+    QTRY_COMPARE(m_states->constLast().at(0).toULongLong(), 0ull);
+    QCOMPARE(m_link->count("SetAVTransportURI"), 0);
+    m_link->state = QStringLiteral("STOPPED");
+    Q_EMIT m_link->reported(report("TransportState", QStringLiteral("STOPPED")));
+    QTRY_VERIFY(states().endsWith(Stopped));
+    QCOMPARE(m_ended->size(), 0);
+}
+
+void UpnpTransportTest::itemPlayingAtFirstIsForeign()
+{
+    m_link->uri = QStringLiteral("http://other/song");
+    m_link->state = QStringLiteral("PLAYING");
+    QTRY_COMPARE(m_replaced->size(), 1);
+    QTRY_COMPARE(states(), QList{Playing});
+}
+
+void UpnpTransportTest::somebodyLetsTheItemPlayAgain()
+{
+    playItem();
+    Q_EMIT m_link->reported(report("CurrentTrackDuration", QStringLiteral("0:03:00")));
+    m_link->state = QStringLiteral("STOPPED");
+    Q_EMIT m_link->reported(report("TransportState", QStringLiteral("STOPPED")));
+    QTRY_VERIFY(states().endsWith(Stopped));
+    m_link->state = QStringLiteral("PLAYING");
+    Q_EMIT m_link->reported(report("TransportState", QStringLiteral("PLAYING")));
+    QTRY_VERIFY(states().endsWith(Playing));
+    QCOMPARE(m_states->constLast().at(0).toULongLong(), 1ull);
+    QVERIFY(m_replaced->isEmpty());
+}
+
+void UpnpTransportTest::seeksAreCoalescedAndHeld()
+{
+    playItem();
+    for (int second = 1; second <= 50; ++second)
+        m_transport->seek(second);
+    QTRY_VERIFY(!m_positions->isEmpty() && m_positions->constLast().at(1).toDouble() == 50);
+    QCOMPARE(m_link->count("Seek"), 2);
+    QCOMPARE(m_link->calls.constLast().in.at(2).second, QStringLiteral("0:00:50"));
+    m_link->position = QStringLiteral("0:00:00");
+    m_transport->askPosition();
+    m_positions->clear();
+    QTRY_COMPARE(m_positions->size(), 1);
+    QVERIFY(m_positions->at(0).at(1).toDouble() >= 50);
+}
+
+void UpnpTransportTest::seekPastAnUnknownEndEndsTheItem()
+{
+    playItem();
+    m_link->refuse("Seek", 711);
+    m_transport->seek(5);
+    QTRY_COMPARE(m_troubled->size(), 1);
+    QVERIFY(m_ended->isEmpty());
+    m_transport->seek(11);
+    QTRY_COMPARE(m_ended->size(), 1);
+    QCOMPARE(m_troubled->size(), 1);
+}
+
+void UpnpTransportTest::volumesAreCoalesced()
+{
+    playItem();
+    for (int volume = 0; volume <= 99; ++volume)
+        m_transport->setVolume(volume);
+    QTRY_VERIFY(!m_volumes->isEmpty() && m_volumes->constLast().at(0).toInt() == 99);
+    QCOMPARE(m_link->volume, QStringLiteral("100"));
+    QVERIFY(m_link->count("SetVolume") <= 2);
+}
+
+void UpnpTransportTest::volumeThatTheDeviceRoundsIsTheOneSet()
+{
+    playItem();
+    m_transport->setVolume(37);
+    QTRY_COMPARE(m_volumes->constLast().at(0).toInt(), 37);
+    m_link->volume = QStringLiteral("36");
+    Q_EMIT m_link->reported(report("Volume", QStringLiteral("36")));
+    QTRY_COMPARE(m_link->count("GetVolume"), 1);
+    QTRY_COMPARE(m_link->underWay, 0);
+    QCOMPARE(m_volumes->constLast().at(0).toInt(), 37);
+    m_link->volume = QStringLiteral("80");
+    Q_EMIT m_link->reported(report("Volume", QStringLiteral("80")));
+    QTRY_COMPARE(m_volumes->constLast().at(0).toInt(), 79);
+}
+
+void UpnpTransportTest::volumeSurvivesMuting()
+{
+    playItem();
+    m_transport->setVolume(60);
+    QTRY_COMPARE(m_volumes->constLast().at(0).toInt(), 60);
+    const QString before = m_link->volume;
+    m_link->volume = QStringLiteral("0");
+    Q_EMIT m_link->reported({.values = {{"Mute", "1"}, {"Volume", "0"}}});
+    Q_EMIT m_link->reported({.values = {{"Mute", "0"}, {"Volume", "0"}}});
+    QTRY_COMPARE(m_link->volume, before);
+}
+
+void UpnpTransportTest::itemThatDoesNotMoveOnFails()
+{
+    m_link->position = QStringLiteral("0:00:00");
+    playItem();
+    QTRY_COMPARE(m_failed->size(), 1);
+    QCOMPARE(m_failed->at(0).at(1).value<KelvoError::Code>(), KelvoError::Stalled);
+    QTRY_COMPARE(m_link->count("Stop"), 1);
+}
+
+void UpnpTransportTest::unreadableEventAsks()
+{
+    playItem();
+    m_link->state = QStringLiteral("PAUSED_PLAYBACK");
+    Q_EMIT m_link->reported({.values = {}, .track = {}, .isUnreadable = true});
+    QTRY_VERIFY(states().endsWith(Paused));
+}
+
+void UpnpTransportTest::abilitiesComeFromTheDevice()
+{
+    QVERIFY(m_transport->abilities().seek);
+    Upnp::RendererLimits limits;
+    limits.actions = {"Play", "SetVolume", "Seek"};
+    limits.speeds = {"1", "1/2", "2", "-1"};
+    Q_EMIT m_link->limitsKnown(limits);
+    QVERIFY(m_transport->abilities().seek);
+    QVERIFY(!m_transport->abilities().pause);
+    QCOMPARE(m_transport->abilities().slowestRate, -1.0);
+    QCOMPARE(m_transport->abilities().fastestRate, 2.0);
+    playItem();
+    Q_EMIT m_link->reported(report("CurrentTransportActions", QStringLiteral("STOP,PAUSE")));
+    QVERIFY(!m_transport->abilities().seek);
+}
+} // namespace
+
+KELVO_TEST(UpnpTransportTest)
+#include "UpnpTransportTest.moc"
