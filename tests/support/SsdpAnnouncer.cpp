@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+#include "SsdpAnnouncer.h"
+
+#include <QElapsedTimer>
+#include <QNetworkInterface>
+
+namespace {
+constexpr int tries = 20;
+constexpr int answerTime = 1500; // milliseconds; devices use a random part of a second
+constexpr int interval = 30;
+constexpr quint16 port = 1900;
+
+QHostAddress everybody()
+{
+    return QHostAddress(QStringLiteral("239.255.255.250"));
+}
+
+QByteArray header(const QByteArray &message, const QByteArray &name)
+{
+    for (const QByteArray &line : message.split('\n')) {
+        if (line.toLower().startsWith(name.toLower() + ':'))
+            return line.mid(name.size() + 1).trimmed();
+    }
+    return {};
+}
+} // namespace
+
+SsdpAnnouncer::SsdpAnnouncer(const QByteArray &deviceType, QObject *parent)
+    : QObject(parent)
+{
+    m_socket.bind(QHostAddress(QHostAddress::LocalHost));
+    m_socket.setMulticastInterface(QNetworkInterface::interfaceFromName(QStringLiteral("lo")));
+    m_timer.setInterval(interval);
+    connect(&m_timer, &QTimer::timeout, this, &SsdpAnnouncer::announce);
+    for (int i = 0; i < tries && !isReady(); ++i)
+        search(deviceType);
+}
+
+bool SsdpAnnouncer::search(const QByteArray &deviceType)
+{
+    const QByteArray question
+        = "M-SEARCH * HTTP/1.1\r\nHOST: 239.255.255.250:1900\r\nMAN: \"ssdp:discover\"\r\n"
+          "MX: 1\r\nST: "
+        + deviceType + "\r\n\r\n";
+    m_socket.writeDatagram(question, everybody(), port);
+    QElapsedTimer timer;
+    timer.start();
+    while (timer.elapsed() < answerTime) {
+        if (!m_socket.hasPendingDatagrams() && !m_socket.waitForReadyRead(answerTime))
+            continue;
+        QByteArray message(m_socket.pendingDatagramSize(), '\0');
+        m_socket.readDatagram(message.data(), message.size());
+        m_usn = header(message, "USN");
+        m_type = header(message, "ST");
+        m_location = header(message, "LOCATION");
+        if (isReady())
+            return true;
+    }
+    return false;
+}
+
+void SsdpAnnouncer::announce()
+{
+    const QByteArray message
+        = "NOTIFY * HTTP/1.1\r\nHOST: 239.255.255.250:1900\r\nCACHE-CONTROL: max-age=1800\r\n"
+          "NTS: ssdp:alive\r\nSERVER: test UPnP/1.0 test\r\nLOCATION: "
+        + m_location + "\r\nNT: " + m_type + "\r\nUSN: " + m_usn + "\r\n\r\n";
+    m_socket.writeDatagram(message, everybody(), port);
+}

@@ -1,0 +1,73 @@
+#!/bin/sh
+# SPDX-License-Identifier: MIT
+# run-upnp-peers.sh media-folder program [arguments]
+# Starts a UPnP renderer and a server (rygel) on the loopback interface of a network namespace of its own, when root
+# may make one, runs the program beside them and ends them. The program gets
+#   KELVO_UPNP_INTERFACE      where they are
+#   KELVO_TEST_UPNP_PEERS     process id of rygel; empty when there is none
+#   KELVO_TEST_UPNP_MISSING   why there is none
+set -u
+media=$1
+shift
+if [ "${KELVO_TEST_NAMESPACE:-}" = "" ] && unshare --net true 2>/dev/null; then
+    export KELVO_TEST_NAMESPACE=1
+    exec unshare --net -- "$0" "$media" "$@"
+fi
+if [ "${KELVO_TEST_NAMESPACE:-}" = "1" ]; then
+    ip link set lo up multicast on
+fi
+export KELVO_UPNP_INTERFACE=lo KELVO_TEST_UPNP_PEERS="" KELVO_TEST_UPNP_MISSING=""
+if ! command -v rygel > /dev/null; then
+    export KELVO_TEST_UPNP_MISSING="rygel is not installed"
+    exec "$@"
+fi
+folder=$(mktemp -d "${TMPDIR:-/tmp}/kelvo-upnp.XXXXXX") || exit 1
+bus=""
+peers=""
+finish() {
+    [ -n "$peers" ] && kill -CONT "$peers" 2>/dev/null
+    [ -n "$peers" ] && kill "$peers" 2>/dev/null
+    [ -n "$bus" ] && kill "$bus" 2>/dev/null
+    rm -rf "$folder"
+}
+trap finish EXIT
+trap 'exit 143' TERM INT
+mkdir -p "$folder/config" "$folder/media" "$folder/cache"
+for name in tone.mp3 short.mp3; do
+    ln -s "$media/$name" "$folder/media/$name"
+done
+cat > "$folder/config/rygel.conf" << CONFIG
+[general]
+ipv6=false
+enable-transcoding=false
+interface=lo
+media-engine=librygel-media-engine-gst.so
+log-level=*:2
+[Playbin]
+enabled=true
+title=Test renderer
+[MediaExport]
+enabled=true
+title=Test server
+uris=$folder/media
+monitor-changes=false
+[Tracker3]
+enabled=false
+[MPRIS]
+enabled=false
+[External]
+enabled=false
+CONFIG
+# The name of the bus must be found from a network namespace: a path.
+dbus-daemon --session --nofork --nopidfile --address="unix:path=$folder/bus" > /dev/null 2>&1 &
+bus=$!
+# No device of the machine makes a sound or shows a picture: what is left keeps time silently.
+silent=""
+for sink in alsa pulse openal jackaudio oss oss4 xv x gl glimage wayland gtk kms; do
+    silent="$silent${sink}sink:NONE,${sink}imagesink:NONE,"
+done
+DBUS_SESSION_BUS_ADDRESS="unix:path=$folder/bus" XDG_CONFIG_HOME="$folder/config" XDG_CACHE_HOME="$folder/cache" \
+    GST_PLUGIN_FEATURE_RANK="${silent}fakesink:NONE" rygel > "$folder/rygel.log" 2>&1 &
+peers=$!
+export KELVO_TEST_UPNP_PEERS=$peers KELVO_TEST_UPNP_LOG="$folder/rygel.log"
+"$@"
