@@ -6,7 +6,6 @@
 #include "KelvoSource.h"
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
-#include "MediaUrls.h"
 #include "RemoteRenderer.h"
 #include "RendererRecorder.h"
 #include "SsdpAnnouncer.h"
@@ -45,13 +44,12 @@ struct OtherConsole
         QObject::connect(&network, &UpnpNetwork::appeared, &network, [this](const Upnp::Description &device) {
             if (device.key.kind == Upnp::Kind::Renderer)
                 renderer = std::make_unique<RemoteRenderer>(
-                    std::make_unique<UpnpTransport>(network.link(device), urls, UpnpTransport::Patience()),
+                    std::make_unique<UpnpTransport>(network.link(device), UpnpTransport::Patience()),
                     device.key.udn, device.name);
         });
     }
 
     UpnpNetwork network;
-    MediaUrls urls;
     std::unique_ptr<RemoteRenderer> renderer;
 };
 

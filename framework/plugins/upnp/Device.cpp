@@ -134,9 +134,17 @@ void Device::call(const Call &call, Upnp::AnswerHandler handler)
         return;
     }
     ++m_underWay;
-    m_calls->run(service.get(), call, [this, handler = std::move(handler)](const Answer &answer) {
+    Call sent = call;
+    QString uri;
+    for (auto &[name, text] : sent.in) {
+        if (name == "CurrentURI")
+            uri = text = m_files.offer(gupnp_device_info_get_context(info()), text);
+    }
+    m_calls->run(service.get(), sent, [this, uri, handler = std::move(handler)](Answer answer) {
         --m_underWay;
         heard(answer);
+        if (!uri.isEmpty())
+            answer.values.insert("CurrentURI", uri);
         handler(answer);
     });
 }

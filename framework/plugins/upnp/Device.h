@@ -4,6 +4,7 @@
 #include "ActionList.h"
 #include "Calls.h"
 #include "DeviceHealth.h"
+#include "FileHost.h"
 #include "GlibHandles.h"
 #include "RendererServices.h"
 #include "UpnpTypes.h"
@@ -76,6 +77,7 @@ private:
     QString m_lastState;
     Upnp::Description m_description;
     DeviceHealth m_health;
+    FileHost m_files;
     std::unique_ptr<RendererServices> m_services;
     std::unique_ptr<ActionList> m_search;
     std::unique_ptr<Calls> m_calls; // last, so that nothing is answered to a half destroyed device

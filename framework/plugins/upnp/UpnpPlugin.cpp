@@ -3,7 +3,6 @@
 
 #include "KelvoMessageHandler.h"
 #include "KelvoRegistry.h"
-#include "MediaUrls.h"
 #include "RemoteRenderer.h"
 #include "UpnpNetwork.h"
 #include "UpnpSource.h"
@@ -31,7 +30,6 @@ UpnpPlugin::~UpnpPlugin()
 bool UpnpPlugin::start(KelvoRegistry *registry, QString *)
 {
     m_registry = registry;
-    m_urls = std::make_unique<MediaUrls>();
     m_network = std::make_unique<UpnpNetwork>(chosenInterfaces());
     connect(m_network.get(), &UpnpNetwork::appeared, this, &UpnpPlugin::add);
     connect(m_network.get(), &UpnpNetwork::disappeared, this, &UpnpPlugin::remove);
@@ -51,7 +49,6 @@ void UpnpPlugin::stop()
     // It may be in the middle of a signal whose receiver unloads this plug-in.
     if (m_network)
         m_network.release()->deleteLater();
-    m_urls.reset();
 }
 
 void UpnpPlugin::add(const Upnp::Description &device)
@@ -82,7 +79,7 @@ void UpnpPlugin::addRenderer(const Upnp::Description &device)
 {
     const QString udn = device.key.udn;
     auto transport
-        = std::make_unique<UpnpTransport>(m_network->link(device), *m_urls, UpnpTransport::Patience());
+        = std::make_unique<UpnpTransport>(m_network->link(device), UpnpTransport::Patience());
     const auto [renderer, isNew]
         = m_renderers.emplace(udn, std::make_unique<RemoteRenderer>(std::move(transport), udn, device.name));
     if (isNew && !m_registry->addRenderer(renderer->second.get()))

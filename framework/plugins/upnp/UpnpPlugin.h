@@ -12,7 +12,6 @@
 
 class KelvoRegistry;
 class KelvoRenderer;
-class MediaUrls;
 class UpnpNetwork;
 class UpnpSource;
 
@@ -42,7 +41,6 @@ private:
 
     KelvoRegistry *m_registry = nullptr;
     std::unique_ptr<UpnpNetwork> m_network;
-    std::unique_ptr<MediaUrls> m_urls;
     std::unordered_map<QString, std::unique_ptr<KelvoRenderer>> m_renderers; // by UDN
     std::unordered_map<QString, std::unique_ptr<UpnpSource>> m_sources;
 };

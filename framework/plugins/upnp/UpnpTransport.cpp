@@ -9,9 +9,8 @@ namespace {
 constexpr int firstCheck = 20; // milliseconds; doubled each time
 } // namespace
 
-UpnpTransport::UpnpTransport(std::unique_ptr<RendererLink> link, MediaUrls &urls, Patience patience)
+UpnpTransport::UpnpTransport(std::unique_ptr<RendererLink> link, Patience patience)
     : m_link(std::move(link))
-    , m_urls(urls)
     , m_patience(patience)
 {
     connect(m_link.get(), &RendererLink::reported, this, &UpnpTransport::hear);

@@ -11,7 +11,6 @@
 #include <memory>
 #include <optional>
 
-class MediaUrls;
 
 /// A media renderer of the network, driven by AVTransport and RenderingControl.
 ///
@@ -35,8 +34,7 @@ public:
         int progress = 10'000; ///< until the position of what plays must have moved on
     };
 
-    /// The addresses must outlive this object.
-    UpnpTransport(std::unique_ptr<RendererLink> link, MediaUrls &urls, Patience patience);
+    UpnpTransport(std::unique_ptr<RendererLink> link, Patience patience);
     ~UpnpTransport() override;
 
     Abilities abilities() const override;
@@ -126,7 +124,6 @@ private:
     void noteAbilities();
 
     const std::unique_ptr<RendererLink> m_link;
-    MediaUrls &m_urls;
     const Patience m_patience;
     Upnp::RendererLimits m_limits;
     QSet<QString> m_allowedActions; // of the present state; empty: not said

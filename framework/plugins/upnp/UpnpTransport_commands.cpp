@@ -1,5 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include "MediaUrls.h"
 #include "UpnpText.h"
 #include "UpnpTransport.h"
 
@@ -112,9 +111,12 @@ void UpnpTransport::sendStop()
 void UpnpTransport::sendUri()
 {
     m_isLoading = true;
-    const QString uri = m_urls.forRenderer(m_item.info.url()).toString(QUrl::FullyEncoded);
+    const QString uri = m_item.info.url().toString(QUrl::FullyEncoded);
     send(Service::AVTransport, "SetAVTransportURI", {{"CurrentURI", uri}}, {},
-        [this, uri, epoch = m_item.epoch](const Answer &answer) { uriAnswered(epoch, uri, answer); });
+        [this, uri, epoch = m_item.epoch](const Answer &answer) {
+            // A file of this computer has got an address for the device.
+            uriAnswered(epoch, answer.values.value("CurrentURI", uri), answer);
+        });
 }
 
 void UpnpTransport::uriAnswered(quint64 epoch, const QString &uri, const Answer &answer)

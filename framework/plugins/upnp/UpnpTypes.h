@@ -50,6 +50,8 @@ struct Call
 {
     Service service = Service::AVTransport;
     QByteArray action;
+    /// "CurrentURI" may be that of a file of this computer: the device is given an address that it can fetch it from,
+    /// which the answer holds under the same name.
     QList<QPair<QByteArray, QString>> in;
     QList<QByteArray> out; ///< names of the results that are wanted
     /// With an argument "CurrentURI": "CurrentURIMetaData" is made of this.

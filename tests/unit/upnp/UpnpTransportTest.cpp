@@ -2,7 +2,6 @@
 // What the transport makes of devices, with a device that does as it is told.
 #include "UpnpTransport.h"
 #include "KelvoTestCase.h"
-#include "MediaUrls.h"
 #include "TestGroup.h"
 
 #include <QSignalSpy>
@@ -108,7 +107,6 @@ private:
     Upnp::Report report(const QByteArray &name, const QString &value) { return {.values = {{name, value}}}; }
     QList<KelvoRenderer::State> states() const;
 
-    MediaUrls m_urls;
     FakeLink *m_link = nullptr;
     std::unique_ptr<UpnpTransport> m_transport;
     std::unique_ptr<QSignalSpy> m_states;
@@ -130,7 +128,7 @@ void UpnpTransportTest::init()
     patience.retry = 40;
     patience.change = 200;
     patience.progress = 100;
-    m_transport = std::make_unique<UpnpTransport>(std::move(link), m_urls, patience);
+    m_transport = std::make_unique<UpnpTransport>(std::move(link), patience);
     UpnpTransport *transport = m_transport.get();
     m_states = std::make_unique<QSignalSpy>(transport, &RemoteTransport::stateReported);
     m_ended = std::make_unique<QSignalSpy>(transport, &RemoteTransport::ended);
