@@ -17,12 +17,13 @@ export HOME="$folder/home" XDG_CONFIG_HOME="$folder/config" XDG_DATA_HOME="$fold
     XDG_CACHE_HOME="$folder/cache" XDG_STATE_HOME="$folder/state" XDG_RUNTIME_DIR="$folder/runtime" \
     LC_ALL=C.UTF-8
 unset DISPLAY WAYLAND_DISPLAY DBUS_SESSION_BUS_ADDRESS
+# Addresses that nobody listens on: no test may reach the user's servers, nor start any.
+export PULSE_SERVER="unix:$folder/no-sound"
 if [ -n "$bus" ]; then
     # Without the services that the machine offers on demand: the desktop's index would answer instead of a test's own.
     sed '/<standard_session_servicedirs/d' /usr/share/dbus-1/session.conf > "$folder/bus.conf"
     dbus-run-session --config-file="$folder/bus.conf" -- "$@"
 else
-    # An address that nobody listens on: no test may reach the user's bus, nor start one.
     export DBUS_SESSION_BUS_ADDRESS="unix:path=$folder/no-bus"
     "$@"
 fi

@@ -86,8 +86,9 @@ class Desktop:
         env.update({RUN_VARIABLE: self.id, "HOME": str(self.home), "LANG": "C.UTF-8",
                     "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "1", "QT_QPA_PLATFORM": "xcb",
                     "NO_AT_BRIDGE": "1",
-                    # An address that nobody listens on, until there is a bus: nothing may reach the caller's.
-                    "DBUS_SESSION_BUS_ADDRESS": f"unix:path={self.folder}/no-bus"})
+                    # Addresses that nobody listens on, until there is a bus: nothing may reach the caller's.
+                    "DBUS_SESSION_BUS_ADDRESS": f"unix:path={self.folder}/no-bus",
+                    "PULSE_SERVER": f"unix:{self.folder}/no-sound"})
         self.home.mkdir()
         for name in ("CONFIG", "DATA", "CACHE", "STATE"):
             path = self.folder / name.lower()

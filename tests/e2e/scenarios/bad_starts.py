@@ -60,7 +60,8 @@ class BadUrls(Scenario):
 
     def test_a_missing_file_gives_an_error(self):
         console = self.start("file:///nowhere/at/all.pls")
-        console.dialog("dialog", "Renderer error log", limit=20)
+        text = console.dialog("dialog", "Renderer error log", limit=20).wait_find("text")
+        until(lambda: re.fullmatch(r"Code 100, \S.*", text.text()), lambda: f"the error; there is {text.text()!r}")
         self.assert_usable(console)
 
     def test_a_url_of_100_kb_gives_an_error(self):

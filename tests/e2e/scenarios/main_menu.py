@@ -1,7 +1,10 @@
 # SPDX-License-Identifier: MIT
 """The Main menu: the help page, and back ends that are loaded and unloaded while the console runs."""
 
+from bench import console as ui
+from bench import media
 from bench.scenario import Scenario
+from bench.screen import strong_red
 from bench.waiting import until
 
 
@@ -28,6 +31,27 @@ class MainMenu(Scenario):
         console.user.click(dialog.wait_find("push button", button))
         console.user.click(dialog.wait_find("push button", "Done"))
         until(lambda: not console.dialogs(), "the dialog closes")
+
+    def shows_video(self, console):
+        x, y, width, height = console.window().wait_find("label", "Video").extents()
+        return console.screen.picture().count((x + width // 2, y + height // 2, 1, 1), strong_red) == 1
+
+    def test_the_real_renderer_goes_in_mid_play_and_plays_the_start_url_again(self):
+        console = self.start(media.url("red.mp4"))
+        console.wait_button("Pause", 20)
+        console.tab(ui.VIDEO)
+        until(lambda: self.shows_video(console), "the video shows", 15)
+        mark = console.log.mark()
+        self.choose_plugin(console, "gst-renderer", "Unload")
+        console.log.wait_for("KelvoRendererController::rendererRemoved", mark)
+        until(lambda: not self.shows_video(console), "the video goes with its renderer", 10)
+        mark = console.log.mark()
+        self.choose_plugin(console, "gst-renderer", "Load")
+        console.log.wait_for(r"^Playing\.", mark, 20)
+        until(lambda: self.shows_video(console), "the video is back", 10)
+        console.tab(ui.MUSIC)
+        self.assertEqual(self.renderers(console), ["KelvoGstRenderer"])
+        self.assertEqual(console.dialogs(), [])
 
     def renderers(self, console):
         return console.combos()[0].find("list", showing=False).rows()

@@ -1,0 +1,139 @@
+// SPDX-License-Identifier: MIT
+#include "GstTestCase.h"
+#include "TestGroup.h"
+
+#include <QProcess>
+#include <QRegularExpression>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+
+using R = KelvoRenderer;
+
+namespace {
+/// A sound server of the test's own, with one output that nobody hears. While it runs it is the one that PULSE_SERVER
+/// names. A telephone call takes the sound away from everybody else.
+class SoundServer
+{
+public:
+    SoundServer()
+    {
+        const QString socket = m_folder.filePath(QStringLiteral("socket"));
+        m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        m_process.start(QStringLiteral("pulseaudio"),
+            {QStringLiteral("-n"), QStringLiteral("--daemonize=no"), QStringLiteral("--use-pid-file=no"),
+                QStringLiteral("--disable-shm=yes"), QStringLiteral("--exit-idle-time=-1"),
+                QStringLiteral("--log-level=error"), QStringLiteral("-L"),
+                QStringLiteral("module-null-sink sink_name=silence"), QStringLiteral("-L"),
+                QStringLiteral("module-role-cork trigger_roles=phone cork_roles=no_role"),
+                QStringLiteral("-L"),
+                QStringLiteral("module-native-protocol-unix auth-anonymous=1 socket=") + socket});
+        qputenv("PULSE_SERVER", QFile::encodeName(QStringLiteral("unix:") + socket));
+        m_isRunning = QTest::qWaitFor([&socket] { return QFile::exists(socket); }, 10000);
+    }
+    ~SoundServer()
+    {
+        end();
+        qunsetenv("PULSE_SERVER");
+    }
+    Q_DISABLE_COPY_MOVE(SoundServer)
+
+    bool isRunning() const { return m_isRunning; }
+    void end()
+    {
+        m_process.kill();
+        m_process.waitForFinished(5000);
+    }
+
+    /// What the mixer prints; it runs on the server as other programs of the desktop do.
+    static QString mixer(const QStringList &arguments)
+    {
+        QProcess process;
+        process.start(QStringLiteral("pactl"), arguments);
+        process.waitForFinished(5000);
+        return QString::fromUtf8(process.readAllStandardOutput());
+    }
+    /// The streams that are connected, as the mixer lists them.
+    static QString streams() { return mixer({QStringLiteral("list"), QStringLiteral("sink-inputs")}); }
+    static void setVolume(const QString &percent)
+    {
+        const QRegularExpression number(QStringLiteral("Sink Input #(\\d+)"));
+        mixer({QStringLiteral("set-sink-input-volume"), number.match(streams()).captured(1), percent});
+    }
+
+private:
+    QTemporaryDir m_folder;
+    QProcess m_process;
+    bool m_isRunning = false;
+};
+} // namespace
+
+/// The renderer on a real sound server, where other programs have their say.
+class GstMixerTest : public GstTestCase
+{
+    Q_OBJECT
+private:
+    std::unique_ptr<SoundServer> m_server;
+
+private Q_SLOTS:
+    void init()
+    {
+        m_server = std::make_unique<SoundServer>();
+        QVERIFY(m_server->isRunning());
+        GstTestCase::init();
+        renderer()->playUri(media(QStringLiteral("long.mp3")));
+        TRY_STATE(Playing);
+        QCOMPARE(heard().metadata(QStringLiteral("audio-output")).toString(), QStringLiteral("pulsesink"));
+    }
+    void cleanup()
+    {
+        GstTestCase::cleanup();
+        QTRY_VERIFY_WITH_TIMEOUT(!engineRuns(), 10000);
+        m_server.reset();
+    }
+
+    void volumeFollowsTheMixer()
+    {
+        SoundServer::setVolume(QStringLiteral("40%"));
+        QTRY_COMPARE(heard().property(R::PropertyVolume), QVariant(40U));
+        SoundServer::setVolume(QStringLiteral("0%"));
+        QTRY_COMPARE(heard().property(R::PropertyVolume), QVariant(0U));
+        SoundServer::setVolume(QStringLiteral("150%")); // louder than loudest
+        QTRY_COMPARE(heard().property(R::PropertyVolume), QVariant(99U));
+        QCOMPARE(heard().askProperty(R::PropertyVolume), QVariant(99U));
+    }
+
+    void mixerFollowsTheVolume()
+    {
+        renderer()->setKelvoProperty(R::PropertyVolume, 33);
+        QTRY_VERIFY2(
+            SoundServer::streams().contains(QStringLiteral(" 33% ")), qPrintable(SoundServer::streams()));
+    }
+
+    void telephoneCallOverrides()
+    {
+        QProcess call;
+        call.start(QStringLiteral("pacat"),
+            {QStringLiteral("--playback"), QStringLiteral("--property=media.role=phone"),
+                QStringLiteral("/dev/zero")});
+        TRY_STATE(Paused);
+        QCOMPARE(heard().property(R::KELVO_RENDERER_PROPERTY_POLICY_OVERRIDE), QVariant(true));
+        call.kill();
+        call.waitForFinished(5000);
+        TRY_STATE(Playing);
+        QCOMPARE(heard().property(R::KELVO_RENDERER_PROPERTY_POLICY_OVERRIDE), QVariant(false));
+    }
+
+    void goesOnSilentlyAfterTheServer()
+    {
+        m_server->end();
+        QTRY_COMPARE_WITH_TIMEOUT(heard().errors(), QList<int>{KelvoError::AudioOutputFailed}, 10000);
+        const int position = heard().askPosition();
+        QTRY_VERIFY(heard().askPosition() > position);
+        QCOMPARE(heard().state(), R::Playing);
+    }
+};
+
+KELVO_TEST(GstMixerTest)
+#include "GstMixerTest.moc"
