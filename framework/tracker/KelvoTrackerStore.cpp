@@ -15,6 +15,8 @@
 #include <QThreadPool>
 #include <QTimer>
 
+#include <atomic>
+
 struct KelvoTrackerStore::Private
 {
     explicit Private(KelvoTrackerStore *store)
@@ -29,8 +31,8 @@ struct KelvoTrackerStore::Private
     State state = Closed;
     QString error;
     bool readOnly = false;
-    /// Counts openings, so that what comes late from an earlier one is told from news.
-    quint64 attempt = 0;
+    /// Counts openings, so that what comes late from an earlier one is told from news. Read on any thread.
+    std::atomic<quint64> attempt = 0;
     std::shared_ptr<StoreSession> session;
     bool indexing = false;
     std::shared_ptr<Indexer> indexer;
@@ -204,6 +206,11 @@ void KelvoTrackerStore::open()
     });
     d->operations.start(
         [this, attempt, session = d->session, mailbox = d->mailbox, path = StoreFolder::defaultPath()] {
+            // Closed again before its turn came: those asked for later, and the end of the program, wait for it.
+            if (attempt != d->attempt) {
+                session->failed({StoreError::Closed, QStringLiteral("The tracker store is closed")});
+                return;
+            }
             const OpeningEnd end = openFor(*session, path, {});
             mailbox->post([=, this] { finishOpening(attempt, end.state, end.text, end.readOnly); });
         });

@@ -4,6 +4,7 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
 #include <QSignalSpy>
@@ -136,6 +137,22 @@ private Q_SLOTS:
         QSignalSpy closed(&store(), &KelvoTrackerStore::closed);
         QVERIFY(closed.wait());
         QCOMPARE(store().state(), KelvoTrackerStore::Closed);
+    }
+
+    void openingsThatAreNoLongerWantedAreSkipped()
+    {
+        QElapsedTimer time;
+        time.start();
+        for (int round = 0; round < 500; ++round) {
+            QObject user;
+            store().hold(&user);
+            store().countPlay(QUrl("file:///song.mp3")); // waits for the opening
+            store().release(&user);
+            QCoreApplication::processEvents();
+        }
+        QVERIFY(openStore());
+        QVERIFY2(time.elapsed() < 5000, qPrintable(QString::number(time.elapsed())));
+        closeStore();
     }
 
     void isReadWhileAnotherProcessOwnsIt()
