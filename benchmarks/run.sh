@@ -38,6 +38,10 @@ echo "| what | here | reference in the same run | ratio | goal |"
 echo "|---|---|---|---|---|"
 KELVO_PLUGINS="" $build/benchmarks/startup-benchmark $build/benchmarks/empty-window $build/bin/kelvo-test-gui 2>/dev/null
 $build/benchmarks/registry-benchmark
+nothing=$(mktemp -d)
+HOME=$nothing XDG_DATA_HOME=$nothing XDG_CONFIG_HOME=$nothing XDG_CACHE_HOME=$nothing KELVO_MEDIA_DIRS=$nothing \
+    dbus-run-session -- $build/benchmarks/plugin-benchmark $build/lib/kelvo/plugins 2>/dev/null
+rm -r "$nothing"
 KELVO_AUDIO_SINK="fakesink sync=true" KELVO_VIDEO_SINK="fakesink sync=true" $build/benchmarks/playback-benchmark \
     "$media/song.mp3" "$media/film.mp4" "$media/long.mp3"
 python3 benchmarks/process_benchmark.py --console $build/bin/kelvo-test-gui --media "$media/song.mp3" "$media/film.mp4" \
