@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// playback-benchmark SONG FILM LONG_SONG
+// playback-benchmark SONG FILM LONG_SONG LARGE_FILM
 // gst-renderer as the console uses it, against a bare playbin on the same files, in turn within one run.
 #include "KelvoRegistry.h"
 #include "KelvoRenderer.h"
@@ -13,6 +13,7 @@
 
 #include <gst/gst.h>
 
+#include <ctime>
 #include <functional>
 #include <stdexcept>
 
@@ -52,6 +53,12 @@ public:
             m_state = state;
             m_loop.quit();
         });
+        connect(m_renderer, &KelvoRenderer::metadataChanged, this, [this](const QString &key) {
+            if (key != QLatin1String("pause-frame"))
+                return;
+            m_frameReported = true;
+            m_loop.quit();
+        });
         connect(m_renderer, &KelvoRenderer::error, this, [](const KelvoError &error) {
             std::fprintf(stderr, "error %d: %s\n", int(error.code()), qPrintable(error.message()));
         });
@@ -77,6 +84,12 @@ public:
     {
         m_renderer->stop();
         waitFor(KelvoRenderer::Stopped);
+    }
+
+    void waitForFrame()
+    {
+        runUntil([this] { return m_frameReported; });
+        m_frameReported = false;
     }
 
     /// Seconds, with their fraction.
@@ -124,6 +137,7 @@ private:
     KelvoRenderer *m_renderer = nullptr;
     KelvoRenderer::State m_state = KelvoRenderer::Stopped;
     double m_position = -1;
+    bool m_frameReported = false;
 };
 
 /// A bare playbin, re-used, with nothing around it.
@@ -133,8 +147,9 @@ public:
     Playbin()
         : m_playbin(gst_element_factory_make("playbin", nullptr))
     {
-        g_object_set(m_playbin, "audio-sink", gst_parse_bin_from_description("fakesink sync=true", TRUE, nullptr),
-            "video-sink", gst_parse_bin_from_description("fakesink sync=true", TRUE, nullptr), nullptr);
+        g_object_set(m_playbin, "audio-sink",
+            gst_parse_bin_from_description("fakesink sync=true", TRUE, nullptr), "video-sink",
+            gst_parse_bin_from_description("fakesink sync=true", TRUE, nullptr), nullptr);
     }
     ~Playbin()
     {
@@ -211,7 +226,8 @@ void measureSeek(Player &player, Playbin &playbin, const QUrl &url, const std::s
     playbin.stop();
     Measurement::row("seek to settled position, " + name + ", median", Measurement::median(ours), "ms",
         "bare playbin, same criterion", Measurement::median(bare), "reported");
-    Measurement::row("- longest", Measurement::maximum(ours), "ms", "bare playbin", Measurement::maximum(bare));
+    Measurement::row(
+        "- longest", Measurement::maximum(ours), "ms", "bare playbin", Measurement::maximum(bare));
 }
 
 void measurePauseAt(Player &player, const QUrl &url)
@@ -225,8 +241,38 @@ void measurePauseAt(Player &player, const QUrl &url)
         player.stop();
     }
     const std::string kind = QFileInfo(url.path()).suffix().toStdString();
-    Measurement::row("pauseAt error, " + kind + ", median", Measurement::median(errors), "ms", "", 0, "at most 2 ms");
+    Measurement::row(
+        "pauseAt error, " + kind + ", median", Measurement::median(errors), "ms", "", 0, "at most 2 ms");
     Measurement::row("- largest", Measurement::maximum(errors), "ms", "", 0, "at most 10 ms");
+}
+/// Work of the calling thread so far.
+double threadMilliseconds()
+{
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return double(time.tv_sec) * 1e3 + double(time.tv_nsec) / 1e6;
+}
+
+void measurePauseFrame(Player &player, const QUrl &url)
+{
+    std::vector<double> work;
+    std::vector<double> delays;
+    player->setKelvoProperty(KelvoRenderer::PropertyCurrentFrameOnPause, true);
+    for (int round = 0; round < rounds; ++round) {
+        player.startMilliseconds(url);
+        QElapsedTimer timer;
+        timer.start();
+        const double before = threadMilliseconds();
+        player->pause();
+        player.waitForFrame();
+        work.push_back(threadMilliseconds() - before);
+        delays.push_back(milliseconds(timer));
+        player.stop();
+    }
+    player->setKelvoProperty(KelvoRenderer::PropertyCurrentFrameOnPause, false);
+    Measurement::row("frame on pause, 1920x1080: work of the GUI thread, longest", Measurement::maximum(work),
+        "ms", "", 0, "at most 5 ms");
+    Measurement::row("- pause to its report, median", Measurement::median(delays), "ms", "", 0, "reported");
 }
 } // namespace
 
@@ -234,8 +280,8 @@ int main(int argc, char *argv[])
 try {
     QCoreApplication application(argc, argv);
     gst_init(&argc, &argv);
-    if (argc != 4)
-        throw std::runtime_error("usage: playback-benchmark SONG FILM LONG_SONG");
+    if (argc != 5)
+        throw std::runtime_error("usage: playback-benchmark SONG FILM LONG_SONG LARGE_FILM");
     qInstallMessageHandler(discardDebugLines);
     const auto url = [argv](int index) {
         return QUrl::fromLocalFile(QFileInfo(QString::fromLocal8Bit(argv[index])).absoluteFilePath());
@@ -249,6 +295,7 @@ try {
     measureSeek(player, playbin, url(3), "mp3 of two hours", 7200);
     measurePauseAt(player, url(1));
     measurePauseAt(player, url(2));
+    measurePauseFrame(player, url(4));
     return 0;
 } catch (const std::exception &exception) {
     std::fprintf(stderr, "playback-benchmark: %s\n", exception.what());

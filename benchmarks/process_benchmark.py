@@ -9,6 +9,7 @@ import argparse
 import os
 import pathlib
 import re
+import shutil
 import signal
 import statistics
 import subprocess
@@ -71,9 +72,9 @@ class Player:
         self.reader.join()
 
 
-def row(name, values, references, unit, goal=""):
+def row(name, values, references, unit, goal="", reference="gst-play-1.0"):
     ours, theirs = statistics.median(values), statistics.median(references)
-    print(f"| {name} | {ours:.2f} {unit} | gst-play-1.0: {theirs:.2f} {unit} | {ours / theirs:.2f} | {goal} |", flush=True)
+    print(f"| {name} | {ours:.2f} {unit} | {reference}: {theirs:.2f} {unit} | {ours / theirs:.2f} | {goal} |", flush=True)
 
 
 def console(arguments, media, video_sink=SINK):
@@ -160,15 +161,28 @@ def gst_play_on_screen(media, size):
     return player
 
 
+def mpv_on_screen(media, size):
+    """In one window of that size, decoding in software as the others do."""
+    player = Player(["mpv", "--no-config", "--no-terminal", "--hwdec=no", "--ao=null", "--vo=x11", "--no-osc",
+                     "--no-keepaspect-window", f"--geometry={size[0]}x{size[1]}", "--title=reference", media], None, b"")
+    window_named("^reference$")
+    time.sleep(1)
+    return player
+
+
 def measure_on_screen(arguments, media):
     """The files last longer than what is measured; at its end the console's renderer tells what it showed."""
-    figures = {"ours": [], "theirs": []}
+    has_mpv = shutil.which("mpv") is not None
+    figures = {"ours": [], "theirs": [], "mpv": []}
     memory = {}
     dropped = []
     for _ in range(arguments.cpu_rounds):
         ours, size = console_on_screen(arguments, media)
-        for name, player in (("ours", ours), ("theirs", None)):
-            player = player or gst_play_on_screen(media, size)
+        starts = {"ours": lambda: ours, "theirs": lambda: gst_play_on_screen(media, size)}
+        if has_mpv:
+            starts["mpv"] = lambda: mpv_on_screen(media, size)
+        for name, start in starts.items():
+            player = start()
             before = player.cpu_seconds()
             time.sleep(arguments.seconds)
             figures[name].append((player.cpu_seconds() - before) / arguments.seconds * 100)
@@ -178,9 +192,14 @@ def measure_on_screen(arguments, media):
                 dropped.append(int(told.group(2)))
             player.end()
     row(f"CPU while showing {media.stem} at {size[0]}x{size[1]}", figures["ours"], figures["theirs"], "%", "at most 1.1")
+    if has_mpv:
+        row("- the same", figures["ours"], figures["mpv"], "%", "reported", "mpv --vo=x11")
     for kind, index in (("RSS", 0), ("PSS", 1)):
         row(f"memory while showing {media.stem} ({kind})", [memory["ours"][index] / 1024],
             [memory["theirs"][index] / 1024], "MB", "reported")
+        if has_mpv:
+            row("- the same", [memory["ours"][index] / 1024], [memory["mpv"][index] / 1024], "MB", "reported",
+                "mpv --vo=x11")
     print(f"| pictures dropped, {media.stem}, most | {max(dropped)} |  | | 0 |", flush=True)
 
 

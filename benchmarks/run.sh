@@ -43,7 +43,7 @@ HOME=$nothing XDG_DATA_HOME=$nothing XDG_CONFIG_HOME=$nothing XDG_CACHE_HOME=$no
     dbus-run-session -- $build/benchmarks/plugin-benchmark $build/lib/kelvo/plugins 2>/dev/null
 rm -r "$nothing"
 KELVO_AUDIO_SINK="fakesink sync=true" KELVO_VIDEO_SINK="fakesink sync=true" $build/benchmarks/playback-benchmark \
-    "$media/song.mp3" "$media/film.mp4" "$media/long.mp3"
+    "$media/song.mp3" "$media/film.mp4" "$media/long.mp3" "$media/video-1920x1080.mp4"
 python3 benchmarks/process_benchmark.py --console $build/bin/kelvo-test-gui --media "$media/song.mp3" "$media/film.mp4" \
     --video "$media/video-640x360.mp4" "$media/video-1920x1080.mp4"
 if [ -x $build/benchmarks/playlist-benchmark ]; then
