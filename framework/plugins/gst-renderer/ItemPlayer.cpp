@@ -63,7 +63,7 @@ void ItemPlayer::initialise()
             problem ? QString::fromUtf8(problem->message) : QStringLiteral("GStreamer does not start"));
         return;
     }
-    for (const char *name : {"playbin", "fakesink", "videoconvertscale"}) {
+    for (const char *name : {"playbin", "fakesink", "videoconvert", "videoscale"}) {
         if (!hasFactory(name)) {
             Q_EMIT initialised(QStringLiteral("GStreamer has no element \"%1\"").arg(QLatin1String(name)));
             return;
