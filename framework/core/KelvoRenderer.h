@@ -58,7 +58,8 @@ public:
     static constexpr QLatin1String KELVO_RENDERER_PROPERTY_POLICY_OVERRIDE{"policy-override"};
     /// Set and reported as bool, true at start: whether the next item follows by itself at an item's end.
     static constexpr QLatin1String KELVO_RENDERER_PROPERTY_AUTO_ADVANCE{"auto-advance"};
-    /// Set as uint: native id of the X window that video goes to; 0: none.
+    /// Set as uint: native id of the X window that video goes to; 0: none. A renderer that shows video elsewhere takes
+    /// no notice of this and of the next two.
     static constexpr QLatin1String PropertyXid{"xid"};
     /// Set as bool: whether the renderer may paint the window's background itself.
     static constexpr QLatin1String PropertyAutopaint{"autopaint"};

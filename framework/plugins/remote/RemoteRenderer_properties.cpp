@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "KelvoMessageHandler.h"
 #include "RemoteRenderer.h"
 
 #include <cmath>
@@ -22,11 +23,11 @@ std::optional<double> asNumber(const QVariant &value)
     }
 }
 
+/// What every renderer is told as soon as it is chosen, whether it has a use for a window or not.
 bool isOfTheWindow(const QString &name)
 {
     return name == KelvoRenderer::PropertyXid || name == KelvoRenderer::PropertyAutopaint
-        || name == KelvoRenderer::PropertyRenderRectangle
-        || name == KelvoRenderer::PropertyCurrentFrameOnPause;
+        || name == KelvoRenderer::PropertyRenderRectangle;
 }
 } // namespace
 
@@ -37,6 +38,9 @@ void RemoteRenderer::setKelvoProperty(const QString &name, const QVariant &value
     else if (name == PropertyPlaybackSpeed)
         setSpeed(value);
     else if (isOfTheWindow(name))
+        qCDebug(lcKelvo).noquote() << m_name << "shows video in a window of its own and has no use for"
+                                   << name;
+    else if (name == PropertyCurrentFrameOnPause)
         reportError(KelvoError::NotSupported,
             QStringLiteral("%1: %2 shows video in a window of its own").arg(name, m_name));
     else if (name != KELVO_RENDERER_PROPERTY_AUTO_ADVANCE)

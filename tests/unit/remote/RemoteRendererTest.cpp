@@ -48,8 +48,8 @@ private Q_SLOTS:
     void tellsWhatThePlayerCannot_data();
     void tellsWhatThePlayerCannot();
     void refusesASpeedThatThePlayerHasNot();
-    void refusesTheWindowsProperties_data();
-    void refusesTheWindowsProperties();
+    void takesNoNoticeOfTheWindow_data();
+    void takesNoNoticeOfTheWindow();
     void hasNoPolicyOverride();
     void reportsTheVolumeItWasGiven();
     void reportsTheSameVolumeToo();
@@ -414,25 +414,27 @@ void RemoteRendererTest::refusesASpeedThatThePlayerHasNot()
     QCOMPARE(m_heard->property("playback-speed"), QVariant(2.0));
 }
 
-void RemoteRendererTest::refusesTheWindowsProperties_data()
+void RemoteRendererTest::takesNoNoticeOfTheWindow_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<QVariant>("value");
-    QTest::newRow("xid") << "xid" << QVariant(1U);
-    QTest::newRow("autopaint") << "autopaint" << QVariant(true);
-    QTest::newRow("render-rectangle") << "render-rectangle" << QVariant(QStringLiteral("0,0,1,1"));
-    QTest::newRow("current-frame-on-pause") << "current-frame-on-pause" << QVariant(true);
+    QTest::addColumn<int>("errors");
+    QTest::newRow("xid") << "xid" << QVariant(1U) << 0;
+    QTest::newRow("autopaint") << "autopaint" << QVariant(true) << 0;
+    QTest::newRow("render-rectangle") << "render-rectangle" << QVariant(QStringLiteral("0,0,1,1")) << 0;
+    QTest::newRow("current-frame-on-pause") << "current-frame-on-pause" << QVariant(true) << 1;
 }
 
-void RemoteRendererTest::refusesTheWindowsProperties()
+// The console offers its window to every renderer that is chosen; a frame is only asked for by a tester.
+void RemoteRendererTest::takesNoNoticeOfTheWindow()
 {
     QFETCH(QString, name);
     QFETCH(QVariant, value);
+    QFETCH(int, errors);
     m_renderer->setKelvoProperty(name, value);
     flush();
-    QCOMPARE(m_heard->errorsOf(KelvoError::NotSupported), 1);
-    QVERIFY(m_heard->errors.constFirst().message().contains(QLatin1String("window of its own")));
-    QCOMPARE(m_heard->properties.size(), 0);
+    QCOMPARE(m_heard->errorsOf(KelvoError::NotSupported), errors);
+    QCOMPARE(m_heard->errors.size(), errors);
 }
 
 void RemoteRendererTest::hasNoPolicyOverride()
