@@ -64,16 +64,22 @@ private:
     {
         if (!m_bus)
             start();
-        if (trackId() == QLatin1String("/noplaylist"))
+        if (isAtRest())
             return;
         call(QStringLiteral("org.mpris.MediaPlayer2.Player"), QStringLiteral("Stop"), {});
         // Without the event loop, in which a test would hear of it.
-        QDeadlineTimer limit(5000);
-        while (trackId() != QLatin1String("/noplaylist")) {
+        QDeadlineTimer limit(20'000);
+        while (!isAtRest()) {
             if (limit.hasExpired())
                 qFatal("mpv does not stop");
             QThread::msleep(2);
         }
+    }
+    /// When it has just started it says for a moment that it plays, although it has nothing.
+    bool isAtRest()
+    {
+        return trackId() == QLatin1String("/noplaylist")
+            && property(QStringLiteral("PlaybackStatus")).toString() == QLatin1String("Stopped");
     }
     void start()
     {
@@ -86,12 +92,15 @@ private:
         if (!QTest::qWaitFor([this] { return !trackId().isEmpty(); }, 20'000))
             qFatal("mpv does not appear on the bus");
     }
+    QVariant property(const QString &name)
+    {
+        const QDBusReply<QVariant> reply = call(QStringLiteral("org.freedesktop.DBus.Properties"),
+            QStringLiteral("Get"), {QStringLiteral("org.mpris.MediaPlayer2.Player"), name});
+        return reply.value();
+    }
     QString trackId()
     {
-        const QDBusReply<QVariant> reply
-            = call(QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"),
-                {QStringLiteral("org.mpris.MediaPlayer2.Player"), QStringLiteral("Metadata")});
-        const auto metadata = qdbus_cast<QVariantMap>(reply.value());
+        const auto metadata = qdbus_cast<QVariantMap>(property(QStringLiteral("Metadata")));
         return metadata.value(QStringLiteral("mpris:trackid")).value<QDBusObjectPath>().path();
     }
     QDBusMessage call(const QString &interface, const QString &method, const QVariantList &arguments)
