@@ -125,6 +125,18 @@ class Console:
     def dialogs(self):
         return self.root().find_all("dialog") + self.root().find_all("alert message")
 
+    def play_uri(self, uri):
+        """Plays a URI that the dialog offers since it read ~/qkelvo-gui-uris.txt when the console started."""
+        self.menu("Playlists", "Play uri...", wait=False)
+        dialog = self.dialog("dialog", "Play uri")
+        self.user.click(dialog.wait_find("push button", "Add uri"))
+        item = until(lambda: dialog.find("list item", uri, deep=True), f"{uri} in the list")
+        self.user.click(item, (0.05, 0.5))  # it may be longer than the list is wide
+        mark = self.log.mark()
+        self.user.click(dialog.wait_find("push button", "Play uri"), wait=False)
+        until(lambda: not self.root().find("dialog", "Play uri"), "the dialog closes")
+        return mark
+
     def close_error_log(self):
         """Presses Ok in the error log, if it is open."""
         for dialog in self.root().find_all("dialog", "Renderer error log"):
