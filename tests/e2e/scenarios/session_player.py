@@ -1,25 +1,18 @@
 # SPDX-License-Identifier: MIT
 """A media player of the desktop session, driven from the console's own buttons."""
 
-import os
 import re
-import shutil
 import unittest
 
-from bench import media
+from bench import media, players
 from bench.scenario import Scenario
 from bench.waiting import until
 
-SCRIPT = "/usr/lib/mpv-mpris/mpris.so"
 PLAYER = "org.mpris.MediaPlayer2.Player"
 
 
-@unittest.skipUnless(shutil.which("mpv") and os.path.exists(SCRIPT), "mpv or its script for MPRIS is not installed")
+@unittest.skipUnless(players.have_mpv(), players.NO_MPV)
 class SessionPlayer(Scenario):
-    def start_player(self):
-        self.desktop.start(["mpv", "--no-config", f"--script={SCRIPT}", "--ao=null", "--vo=null", "--idle=yes",
-                            "--no-terminal"])
-
     def property(self, name):
         """What the player itself says, as GLib prints it."""
         return self.desktop.run(["gdbus", "call", "--session", "--dest", "org.mpris.MediaPlayer2.mpv",
@@ -39,7 +32,7 @@ class SessionPlayer(Scenario):
         return console
 
     def test_it_is_driven_by_the_console(self):
-        self.start_player()
+        players.start_mpv(self.desktop)
         console = self.start_console()
         console.play_uri(media.url("long.mp3"))
         console.wait_button("Pause", 20)
