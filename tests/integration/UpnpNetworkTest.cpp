@@ -250,10 +250,14 @@ void UpnpNetworkTest::loadingAndUnloadingLeavesNothingBehind()
 void UpnpNetworkTest::hungDevicesAreTakenOutAndComeBack()
 {
     KelvoRegistry registry;
-    load(registry);
     // What is asked at first must not be under way any more, and its answers end with the volume.
-    QSignalSpy properties(registry.renderers().constFirst(), &KelvoRenderer::kelvoPropertyChanged);
-    QTRY_VERIFY(!properties.isEmpty());
+    std::unique_ptr<QSignalSpy> properties;
+    connect(&registry, &KelvoRegistry::rendererAdded, &registry, [&](const QString &uuid) {
+        properties = std::make_unique<QSignalSpy>(
+            registry.findRendererByUuid(uuid), &KelvoRenderer::kelvoPropertyChanged);
+    });
+    load(registry);
+    QTRY_VERIFY(!properties->isEmpty());
     QSignalSpy errors(registry.renderers().constFirst(), &KelvoRenderer::error);
     QElapsedTimer timer;
     timer.start();
