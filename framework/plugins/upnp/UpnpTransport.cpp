@@ -71,7 +71,9 @@ void UpnpTransport::load(const Item &item)
     m_item = item;
     forgetItem();
     m_wishes.load = true;
-    m_isStopTried = false;
+    // Some that are given an item while they pause fall back into the pause once it plays.
+    m_wishes.stop = m_state == KelvoRenderer::Paused;
+    m_isStopTried = m_wishes.stop;
     m_isStopping = false;
     if (item.paused)
         m_wishes.paused = true;

@@ -128,6 +128,7 @@ void UpnpTransport::uriAnswered(quint64 epoch, const QString &uri, const Answer 
         return;
     if (answer.outcome == Answer::Done) {
         m_epoch = epoch;
+        m_isStopping = false;
         m_state = KelvoRenderer::Transitioning;
         m_wishes.play = true;
         tell([this, epoch] { Q_EMIT stateReported(epoch, KelvoRenderer::Transitioning); });

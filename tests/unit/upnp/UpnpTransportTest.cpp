@@ -86,6 +86,7 @@ private Q_SLOTS:
     void timeoutNamesActionAndDevice();
     void refusedTransitionIsSuccessWhenTheStateMatches();
     void stopsADeviceThatTakesNothingWhilePlaying();
+    void stopsADeviceThatPauses();
     void startsAgainWhatWasLost();
     void endIsConfirmed();
     void earlyStopIsSomebodyElses();
@@ -218,6 +219,20 @@ void UpnpTransportTest::stopsADeviceThatTakesNothingWhilePlaying()
     QCOMPARE(m_link->uri, QStringLiteral("http://h/b"));
     QCOMPARE(m_link->count("Stop"), 1);
     QVERIFY(m_failed->isEmpty());
+}
+
+void UpnpTransportTest::stopsADeviceThatPauses()
+{
+    playItem();
+    m_transport->pause();
+    QTRY_VERIFY(states().endsWith(Paused));
+    m_transport->load({.epoch = 2, .info = KelvoMediaInfo("i", QUrl("http://h/b"))});
+    QTRY_COMPARE(m_states->constLast().at(0).toULongLong(), 2ull);
+    QTRY_VERIFY(states().endsWith(KelvoRenderer::Playing));
+    QCOMPARE(m_link->uri, QStringLiteral("http://h/b"));
+    QCOMPARE(m_link->count("Stop"), 1);
+    QVERIFY(m_failed->isEmpty());
+    QVERIFY(m_troubled->isEmpty());
 }
 
 void UpnpTransportTest::startsAgainWhatWasLost()
