@@ -1,17 +1,24 @@
 #!/bin/sh
 # SPDX-License-Identifier: MIT
-# run-upnp-peers.sh media-folder program [arguments]
+# run-upnp-peers.sh [--prepare] media-folder program [arguments]
 # Starts a UPnP renderer and a server (rygel) on the loopback interface of a network namespace of its own, when root
-# may make one, runs the program beside them and ends them. The program gets
+# may make one, runs the program beside them and ends them. With --prepare the program starts and ends them itself.
+# The program gets
 #   KELVO_UPNP_INTERFACE      where they are
 #   KELVO_TEST_UPNP_PEERS     process id of rygel; empty when there is none
+#   KELVO_TEST_UPNP_START     a command that becomes rygel
 #   KELVO_TEST_UPNP_MISSING   why there is none
 set -u
+prepare=""
+if [ "$1" = "--prepare" ]; then
+    prepare=$1
+    shift
+fi
 media=$1
 shift
 if [ "${KELVO_TEST_NAMESPACE:-}" = "" ] && unshare --net true 2>/dev/null; then
     export KELVO_TEST_NAMESPACE=1
-    exec unshare --net -- "$0" "$media" "$@"
+    exec unshare --net -- "$0" $prepare "$media" "$@"
 fi
 if [ "${KELVO_TEST_NAMESPACE:-}" = "1" ]; then
     ip link set lo up multicast on
@@ -66,8 +73,17 @@ silent=""
 for sink in alsa pulse openal jackaudio oss oss4 xv x gl glimage wayland gtk kms; do
     silent="$silent${sink}sink:NONE,${sink}imagesink:NONE,"
 done
-DBUS_SESSION_BUS_ADDRESS="unix:path=$folder/bus" XDG_CONFIG_HOME="$folder/config" XDG_CACHE_HOME="$folder/cache" \
-    GST_PLUGIN_FEATURE_RANK="${silent}fakesink:NONE" rygel > "$folder/rygel.log" 2>&1 &
-peers=$!
-export KELVO_TEST_UPNP_PEERS=$peers KELVO_TEST_UPNP_LOG="$folder/rygel.log"
+cat > "$folder/start" << START
+#!/bin/sh
+export DBUS_SESSION_BUS_ADDRESS="unix:path=$folder/bus" XDG_CONFIG_HOME="$folder/config" XDG_CACHE_HOME="$folder/cache"
+export GST_PLUGIN_FEATURE_RANK="${silent}fakesink:NONE"
+exec rygel >> "$folder/rygel.log" 2>&1
+START
+chmod +x "$folder/start"
+export KELVO_TEST_UPNP_START="$folder/start" KELVO_TEST_UPNP_LOG="$folder/rygel.log"
+if [ "$prepare" = "" ]; then
+    "$folder/start" &
+    peers=$!
+    export KELVO_TEST_UPNP_PEERS=$peers
+fi
 "$@"

@@ -17,6 +17,8 @@ using Protocol = GlibHandles::Object<GUPnPProtocolInfo>;
 
 // A text longer than this is no description of one item.
 constexpr qsizetype longestDidl = 200'000;
+// Seconds. What claims to be longer is not known.
+constexpr long longestDuration = 1'000'000'000;
 
 QByteArray utf8(const QString &text)
 {
@@ -66,7 +68,7 @@ void readResource(GUPnPDIDLLiteObject *object, Upnp::Track *track)
     if (resources) {
         auto *first = static_cast<GUPnPDIDLLiteResource *>(resources->data);
         const long duration = gupnp_didl_lite_resource_get_duration(first);
-        track->duration = duration > 0 ? double(duration) : -1;
+        track->duration = duration > 0 && duration <= longestDuration ? double(duration) : -1;
         if (GUPnPProtocolInfo *protocol = gupnp_didl_lite_resource_get_protocol_info(first))
             track->mimeType = text(gupnp_protocol_info_get_mime_type(protocol));
     }
