@@ -5,8 +5,9 @@
 #include <QNetworkInterface>
 
 namespace {
-constexpr int tries = 20;
-constexpr int answerTime = 1500; // milliseconds; devices use a random part of a second
+constexpr int tries = 200;
+// Milliseconds. Devices answer each question after a random part of a second: who asks often is answered soon.
+constexpr int answerTime = 150;
 constexpr int interval = 30;
 constexpr quint16 port = 1900;
 
