@@ -15,5 +15,5 @@ if command -v ccache >/dev/null; then launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=cc
 if [ ! -f "$build/build.ninja" ]; then cmake --preset asan "${launcher[@]}"; fi
 cmake --build --preset asan --parallel "$(nproc)"
 echo "==> tests"
-# One more than a small machine has cores: most tests wait for their media, not for the processor.
-ctest --preset asan -j3 "$@"
+# Twice as many as a small machine has cores: most tests wait for their media, not for the processor.
+ctest --preset asan -j4 "$@"

@@ -75,12 +75,7 @@ private:
             QThread::msleep(2);
         }
     }
-    /// When it has just started it says for a moment that it plays, although it has nothing.
-    bool isAtRest()
-    {
-        return trackId() == QLatin1String("/noplaylist")
-            && property(QStringLiteral("PlaybackStatus")).toString() == QLatin1String("Stopped");
-    }
+    bool isAtRest() { return trackId() == QLatin1String("/noplaylist"); }
     void start()
     {
         m_bus = std::make_unique<PrivateBus>();
@@ -91,6 +86,13 @@ private:
                 QStringLiteral("--no-terminal")});
         if (!QTest::qWaitFor([this] { return !trackId().isEmpty(); }, 20'000))
             qFatal("mpv does not appear on the bus");
+        // It says for a moment that it plays, although it has nothing.
+        const auto isStopped = [this] {
+            return isAtRest()
+                && property(QStringLiteral("PlaybackStatus")).toString() == QLatin1String("Stopped");
+        };
+        if (!QTest::qWaitFor(isStopped, 20'000))
+            qFatal("mpv plays although it has nothing");
     }
     QVariant property(const QString &name)
     {
