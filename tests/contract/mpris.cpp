@@ -86,13 +86,6 @@ private:
                 QStringLiteral("--no-terminal")});
         if (!QTest::qWaitFor([this] { return !trackId().isEmpty(); }, 20'000))
             qFatal("mpv does not appear on the bus");
-        // It says for a moment that it plays, although it has nothing.
-        const auto isStopped = [this] {
-            return isAtRest()
-                && property(QStringLiteral("PlaybackStatus")).toString() == QLatin1String("Stopped");
-        };
-        if (!QTest::qWaitFor(isStopped, 20'000))
-            qFatal("mpv plays although it has nothing");
     }
     QVariant property(const QString &name)
     {

@@ -34,13 +34,22 @@ KelvoRenderer::State stateOf(const QVariant &value)
     return KelvoRenderer::Stopped;
 }
 
+QString pathOf(const QVariant &value)
+{
+    return value.typeId() == qMetaTypeId<QDBusObjectPath>() ? value.value<QDBusObjectPath>().path()
+                                                            : MprisValues::text(value);
+}
+
+/// What players say to have nothing to play.
+bool isNoTrack(const QString &id)
+{
+    return id.endsWith(QLatin1String("/NoTrack")) || id == QLatin1String("/noplaylist");
+}
+
 QString idOf(const QVariant &value)
 {
-    const QString id = value.typeId() == qMetaTypeId<QDBusObjectPath>()
-        ? value.value<QDBusObjectPath>().path()
-        : MprisValues::text(value);
-    const bool none = id.endsWith(QLatin1String("/NoTrack")) || id == QLatin1String("/noplaylist");
-    return none || !id.startsWith(QLatin1Char('/')) ? QString() : id;
+    const QString id = pathOf(value);
+    return isNoTrack(id) || !id.startsWith(QLatin1Char('/')) ? QString() : id;
 }
 } // namespace
 
@@ -72,8 +81,12 @@ MprisSnapshot MprisSnapshot::of(const QVariantMap &properties)
         return unwrapped(properties.value(QLatin1String(name)));
     };
     MprisSnapshot now;
-    now.state = stateOf(property("PlaybackStatus"));
-    now.track = MprisTrack::of(MprisValues::map(property("Metadata")));
+    const QVariantMap metadata = MprisValues::map(property("Metadata"));
+    now.track = MprisTrack::of(metadata);
+    // mpv may say after its start that it plays although it has nothing, until it is given something.
+    now.state = isNoTrack(pathOf(unwrapped(metadata.value(QStringLiteral("mpris:trackid")))))
+        ? KelvoRenderer::Stopped
+        : stateOf(property("PlaybackStatus"));
     now.position = MprisValues::seconds(property("Position"));
     if (now.position)
         now.position = std::max(0.0, *now.position);
