@@ -30,5 +30,5 @@ public:
 
 private:
     QObject *m_worker;
-    QThread *m_thread;
+    std::unique_ptr<QThread> m_thread;
 };

@@ -2,56 +2,12 @@
 #include "UpnpThread.h"
 
 #include "GlibLog.h"
-#include "KelvoMessageHandler.h"
-
-#include <QCoreApplication>
-#include <QElapsedTimer>
-#include <QList>
+#include "ThreadEnd.h"
 
 #include <glib.h>
 
 namespace {
-// Milliseconds.
-constexpr int longestWait = 5000;
-constexpr guint farewellTime = 100;
-
-/// Threads that are ending while nobody holds them any more. GUI thread.
-QList<QThread *> &ending()
-{
-    static QList<QThread *> threads;
-    return threads;
-}
-
-void waitAndDelete(QThread *thread)
-{
-    if (thread->wait(longestWait))
-        delete thread;
-    else // Destroying a running QThread would end the program on the spot.
-        qCWarning(lcKelvo) << "Thread" << thread->objectName() << "does not end";
-}
-
-void waitForEnding()
-{
-    const QList<QThread *> threads = std::exchange(ending(), {});
-    for (QThread *thread : threads)
-        waitAndDelete(thread);
-}
-
-void letEnd(QThread *thread)
-{
-    if (!QCoreApplication::instance()) {
-        waitAndDelete(thread);
-        return;
-    }
-    static const bool isRegistered = (qAddPostRoutine(waitForEnding), true);
-    Q_UNUSED(isRegistered)
-    ending().append(thread);
-    const auto forget = [thread] {
-        if (ending().removeOne(thread))
-            thread->deleteLater();
-    };
-    QObject::connect(thread, &QThread::finished, QCoreApplication::instance(), forget, Qt::QueuedConnection);
-}
+constexpr guint FarewellTime = 100; // milliseconds
 
 int runCall(void *call)
 {
@@ -112,10 +68,10 @@ UpnpThread::UpnpThread()
 
 UpnpThread::~UpnpThread()
 {
-    letEnd(m_thread);
+    deleteWhenEnded(std::move(m_thread));
     post([loop = m_loop, farewell = m_farewell, last = m_last] {
         farewell();
-        loop->postLater(farewellTime, [loop, last] {
+        loop->postLater(FarewellTime, [loop, last] {
             last();
             g_main_loop_quit(loop->loop);
         });

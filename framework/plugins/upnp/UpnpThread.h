@@ -30,7 +30,7 @@ public:
 private:
     struct Loop;
     std::shared_ptr<Loop> m_loop;
-    QThread *m_thread;
+    std::unique_ptr<QThread> m_thread;
     Call m_farewell;
     Call m_last;
 };
