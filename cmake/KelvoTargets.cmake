@@ -15,6 +15,10 @@ target_compile_options(kelvo-options INTERFACE
     -fmacro-prefix-map=${CMAKE_SOURCE_DIR}/=)
 # Qt's link interface names libraries that most targets never call.
 target_link_options(kelvo-options INTERFACE -Wl,--as-needed)
+if(CMAKE_UNITY_BUILD)
+    # Several sources that are built as one look like a header to the compiler.
+    target_compile_options(kelvo-options INTERFACE -Wno-subobject-linkage)
+endif()
 if(KELVO_WERROR)
     target_compile_options(kelvo-options INTERFACE -Werror)
 endif()

@@ -4,9 +4,6 @@
 #include "ContractSuite.h"
 
 namespace {
-constexpr auto Stopped = KelvoRenderer::Stopped;
-constexpr auto Playing = KelvoRenderer::Playing;
-
 class ErrorContract : public ContractCase
 {
     Q_OBJECT

@@ -3,10 +3,6 @@
 #include "ContractSuite.h"
 
 namespace {
-constexpr auto Absolute = KelvoRenderer::SeekAbsolute;
-constexpr auto Playing = KelvoRenderer::Playing;
-constexpr auto Paused = KelvoRenderer::Paused;
-
 class PauseAtContract : public ContractCase
 {
     Q_OBJECT

@@ -5,9 +5,6 @@
 
 namespace {
 using States = QList<KelvoRenderer::State>;
-constexpr auto Stopped = KelvoRenderer::Stopped;
-constexpr auto Playing = KelvoRenderer::Playing;
-constexpr auto Transitioning = KelvoRenderer::Transitioning;
 
 class PlaylistContract : public ContractCase
 {

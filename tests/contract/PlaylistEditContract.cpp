@@ -7,9 +7,6 @@
 
 namespace {
 using States = QList<KelvoRenderer::State>;
-constexpr auto Stopped = KelvoRenderer::Stopped;
-constexpr auto Playing = KelvoRenderer::Playing;
-constexpr auto Paused = KelvoRenderer::Paused;
 
 class PlaylistEditContract : public ContractCase
 {

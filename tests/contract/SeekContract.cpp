@@ -4,9 +4,6 @@
 #include "ContractSuite.h"
 
 namespace {
-constexpr auto Absolute = KelvoRenderer::SeekAbsolute;
-constexpr auto Relative = KelvoRenderer::SeekRelative;
-
 class SeekContract : public ContractCase
 {
     Q_OBJECT

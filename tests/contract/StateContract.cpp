@@ -7,10 +7,6 @@
 
 namespace {
 using States = QList<KelvoRenderer::State>;
-constexpr auto Stopped = KelvoRenderer::Stopped;
-constexpr auto Playing = KelvoRenderer::Playing;
-constexpr auto Paused = KelvoRenderer::Paused;
-constexpr auto Transitioning = KelvoRenderer::Transitioning;
 
 /// One cell of the table "command in state".
 struct Cell

@@ -42,7 +42,7 @@ void addProperties(gpointer type, gpointer)
 }
 
 /// A silent clock like GStreamer's own, that claims to be overlay hardware.
-void registerOutput()
+void registerOverlay()
 {
     GstElement *model = gst_element_factory_make("fakesink", nullptr);
     gst_object_ref_sink(model);
@@ -63,7 +63,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         gst_init(nullptr, nullptr);
-        registerOutput();
+        registerOverlay();
     }
     void init()
     {

@@ -16,7 +16,7 @@ std::atomic<GstElement *> output = nullptr; ///< the audio output that the rende
 int outputsMade = 0;
 
 /// A silent clock like GStreamer's own, that the test can get hold of.
-void registerOutput()
+void registerSink()
 {
     GstElement *model = gst_element_factory_make("fakesink", nullptr);
     gst_object_ref_sink(model);
@@ -71,7 +71,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         gst_init(nullptr, nullptr);
-        registerOutput();
+        registerSink();
     }
     void init() { GstTestCase::init(); }
 

@@ -21,11 +21,6 @@ QDir folder()
         + QStringLiteral("/kelvo-test-gui/pause-frames"));
 }
 
-bool isRed(QColor color)
-{
-    return color.red() > 200 && color.green() < 60 && color.blue() < 60;
-}
-
 bool makeFile(const QString &path)
 {
     QFile file(path);

@@ -6,7 +6,15 @@
 #include "KelvoTestCase.h"
 #include "RendererRecorder.h"
 
+#include <QColor>
+
 #include <memory>
+
+/// With the room that lossy pictures need.
+inline bool isRed(QColor color)
+{
+    return color.red() > 200 && color.green() < 60 && color.blue() < 60;
+}
 
 /// Base of the tests of the GStreamer renderer: each test function gets the renderer of a freshly loaded
 /// plug-in and a recorder of what it reports, and fails when the GUI thread was kept from its work for too

@@ -16,11 +16,6 @@ const QRect page(50, 40, 400, 300);
 const QColor green(0, 160, 0);
 const QColor black(0, 0, 0);
 
-bool isRed(QColor color)
-{
-    return color.red() > 200 && color.green() < 60 && color.blue() < 60;
-}
-
 bool isBlue(QColor color)
 {
     return color.blue() > 200 && color.green() < 60 && color.red() < 60;

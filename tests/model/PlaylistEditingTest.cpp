@@ -13,12 +13,6 @@
 namespace {
 using Changes = QList<ContentsChange>;
 constexpr uint minusOne = uint(-1);
-
-QStringList sortedCopy(QStringList list)
-{
-    list.sort();
-    return list;
-}
 } // namespace
 
 /// Sorting, shuffling and removing.

@@ -20,6 +20,12 @@ struct ContentsChange
 };
 char *toString(const QList<ContentsChange> &changes);
 
+inline QStringList sortedCopy(QStringList list)
+{
+    list.sort();
+    return list;
+}
+
 /// A playlist with an item model tester attached, that holds every contentsChanged() against the list of
 /// before: nothing outside the reported range may differ, the counts have to add up, and itemModel() has to
 /// agree with the items already. Persistent indexes set with mark() are held against the item they were set

@@ -11,12 +11,6 @@
 namespace {
 using Changes = QList<ContentsChange>;
 
-QStringList sortedCopy(QStringList list)
-{
-    list.sort();
-    return list;
-}
-
 /// A flat model that can move its rows, and forget to say what it does.
 class MovableModel : public QAbstractTableModel
 {

@@ -20,21 +20,19 @@ struct Entry
 /// Called before main() by KELVO_TEST and KELVO_WIDGET_TEST.
 bool add(const Entry &entry);
 
-template<typename Application>
-std::unique_ptr<QCoreApplication> createApplication(int &argc, char **argv)
+template <typename Application> std::unique_ptr<QCoreApplication> createApplication(int &argc, char **argv)
 {
     return std::make_unique<Application>(argc, argv);
 }
 
-template<typename Test>
-std::unique_ptr<QObject> createTest()
+template <typename Test> std::unique_ptr<QObject> createTest()
 {
     return std::make_unique<Test>();
 }
 } // namespace TestGroup
 
-#define KELVO_TEST_WITH(Application, Class)                                                                            \
-    static const bool isAddedToGroup                                                                                   \
+#define KELVO_TEST_WITH(Application, Class)                                                                  \
+    static const bool is##Class##Added                                                                       \
         = TestGroup::add({#Class, TestGroup::createApplication<Application>, TestGroup::createTest<Class>});
 
 /// At the end of a test's source: adds the class to the program that it is built into.

@@ -3,6 +3,7 @@
 
 #include "DeviceDescription.h"
 #include "KelvoMessageHandler.h"
+#include "MonotonicTime.h"
 
 #include <algorithm>
 
@@ -11,21 +12,14 @@ using Upnp::Call;
 using Upnp::Kind;
 using Upnp::Service;
 
-namespace {
-qint64 now()
-{
-    return g_get_monotonic_time() / 1000;
-}
-} // namespace
-
 Device::Device(const Upnp::DeviceKey &key, GUPnPDeviceProxy *proxy, const DeviceListener &listener)
     : m_key(key)
     , m_listener(listener)
-    , m_health(now())
+    , m_health(monotonicTime())
     , m_calls(std::make_unique<Calls>())
 {
     adopt(GlibHandles::share(proxy));
-    showOrHide(now());
+    showOrHide(monotonicTime());
 }
 
 Device::~Device()
@@ -46,7 +40,7 @@ void Device::adopt(Proxy proxy)
     const bool isNew
         = description.name != m_description.name || description.properties != m_description.properties;
     m_description = std::move(description);
-    m_health = DeviceHealth(now());
+    m_health = DeviceHealth(monotonicTime());
     if (m_isShown && isNew)
         m_listener.described(m_description);
     if (m_isShown)
@@ -151,7 +145,7 @@ void Device::call(const Call &call, Upnp::AnswerHandler handler)
 
 void Device::heard(const Answer &answer)
 {
-    const qint64 time = now();
+    const qint64 time = monotonicTime();
     if (!answer.isFromDevice()) {
         m_health.doubt(time);
         return;
@@ -191,7 +185,7 @@ void Device::poll()
 void Device::polled(const Answer &answer)
 {
     if (!answer.isFromDevice()) {
-        m_health.failed(now());
+        m_health.failed(monotonicTime());
         return;
     }
     const QString state = answer.values.value("CurrentTransportState");

@@ -3,6 +3,7 @@
 
 #include "DeviceDescription.h"
 #include "KelvoMessageHandler.h"
+#include "MonotonicTime.h"
 
 #include <algorithm>
 #include <array>
@@ -20,11 +21,6 @@ constexpr gushort answerWithin = 1; // seconds
 // Of a whole request; our own limits are shorter, this one is for what GUPnP asks by itself.
 constexpr guint httpTimeout = 20; // seconds
 
-qint64 now()
-{
-    return g_get_monotonic_time() / 1000;
-}
-
 GlibHandles::Source attach(GSource *source, int (*callback)(void *), void *self)
 {
     g_source_set_callback(source, callback, self, nullptr);
@@ -36,7 +32,7 @@ GlibHandles::Source attach(GSource *source, int (*callback)(void *), void *self)
 Discovery::Discovery(const QStringList &interfaces, DeviceListener listener)
     : m_interfaces(interfaces)
     , m_listener(std::move(listener))
-    , m_searchStart(now())
+    , m_searchStart(monotonicTime())
     , m_patience(firstPatience)
     , m_ticks(attach(g_timeout_source_new(tickInterval), ticked, this))
 {
@@ -58,7 +54,7 @@ void Discovery::leave()
 
 void Discovery::openManager()
 {
-    m_opened = now();
+    m_opened = monotonicTime();
     m_manager.reset(gupnp_context_manager_create_full(GSSDP_UDA_VERSION_1_0, G_SOCKET_FAMILY_IPV4, 0));
     GUPnPContextFilter *filter = gupnp_context_manager_get_context_filter(m_manager.get());
     for (const QString &interface : m_interfaces)
@@ -83,7 +79,7 @@ void Discovery::interfaceCame(GUPnPContextManager *, GUPnPContext *context, void
     g_object_set(gupnp_context_get_session(context), "timeout", httpTimeout, nullptr);
     discovery->startSearch(context, Upnp::Kind::Renderer);
     discovery->startSearch(context, Upnp::Kind::Source);
-    discovery->m_searchStart = now();
+    discovery->m_searchStart = monotonicTime();
     discovery->m_rescans = 0;
 }
 
@@ -189,7 +185,7 @@ int Discovery::ticked(void *self)
 
 void Discovery::tick()
 {
-    const qint64 time = now();
+    const qint64 time = monotonicTime();
     // GUPnP takes a port for one protocol and then finds it in use for the other, and does not try again.
     if (m_searches.empty() && time - m_opened >= m_patience) {
         m_patience = std::min(2 * m_patience, longestPatience);

@@ -26,7 +26,6 @@ constexpr int gatherMilliseconds = 2000;
 constexpr int tickMilliseconds = 2000;
 // How often everything is looked through when not everything can be watched, and after a failure.
 constexpr int repeatMilliseconds = 60'000;
-constexpr size_t itemsPerBatch = 500;
 constexpr int batchMilliseconds = 1000;
 
 bool isFolder(const QByteArray &path)
@@ -267,7 +266,7 @@ bool Indexer::applyFound(StoreWriter &writer, std::vector<FolderTree::Found> &fi
         items.push_back(read(found));
         if (!replaceOfOtherKind(writer, found, &items.back()))
             return false;
-        if (items.size() < itemsPerBatch && !sinceFlush.hasExpired(batchMilliseconds))
+        if (items.size() < ItemsPerBatch && !sinceFlush.hasExpired(batchMilliseconds))
             continue;
         if (!flush(writer, &items, report))
             return false;

@@ -38,6 +38,8 @@ public:
     bool isRunning() const;
 
 private:
+    static constexpr size_t ItemsPerBatch = 500; ///< written to the store at once
+
     Indexer(std::shared_ptr<StoreSession> session, IndexSettings settings, Report report);
 
     void run();

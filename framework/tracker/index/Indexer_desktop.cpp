@@ -11,7 +11,6 @@
 namespace {
 // The desktop's index tells of changes, but not which: reading all of it again takes milliseconds.
 constexpr int desktopInterval = 10'000;
-constexpr size_t itemsPerBatch = 500;
 } // namespace
 
 // False when there is no such index: then the folders are looked through.
@@ -80,7 +79,7 @@ bool Indexer::applyDesktop(StoreWriter &writer, std::vector<MediaItem> items, Ke
         if (item.kind == MediaKind::Playlist)
             readPlaylist(&item);
         batch.push_back(std::move(item));
-        if (batch.size() >= itemsPerBatch && !flush(writer, &batch, report))
+        if (batch.size() >= ItemsPerBatch && !flush(writer, &batch, report))
             return false;
     }
     const auto gone = known.values();

@@ -8,7 +8,7 @@
 #include <algorithm>
 
 namespace {
-const QByteArray graph = QByteArray("GRAPH <") + Sparql::MusicGraph + "> { ";
+const QByteArray inGraph = QByteArray("GRAPH <") + Sparql::MusicGraph + "> { ";
 
 // A bookmark, which no query of songs finds, with the song's URI for its title.
 QByteArray memoryOf(quint64 song)
@@ -35,7 +35,7 @@ bool PlayMemory::keep(StoreConnection &connection, const std::vector<KnownFile> 
     if (songs.isEmpty())
         return true;
     std::vector<QByteArray> statements;
-    StoreCursor cursor = connection.select("SELECT ?song ?url ?count ?time { " + graph
+    StoreCursor cursor = connection.select("SELECT ?song ?url ?count ?time { " + inGraph
             + "?song a nmm:MusicPiece ; nie:url ?url ; nie:usageCounter ?count . FILTER (?count > 0) "
               "OPTIONAL { ?song "
               "nie:contentAccessed ?time } } }",
@@ -43,7 +43,7 @@ bool PlayMemory::keep(StoreConnection &connection, const std::vector<KnownFile> 
     while (cursor && cursor.next(error)) {
         const quint64 number = resourceNumber(cursor.text(0));
         if (songs.contains(number))
-            statements.push_back("INSERT OR REPLACE { " + graph + memoryOf(number)
+            statements.push_back("INSERT OR REPLACE { " + inGraph + memoryOf(number)
                 + " a nfo:Bookmark ; nie:title " + Sparql::literal(QByteArray(cursor.text(1))) + " ;"
                 + plays(cursor, 2, 3) + " } }");
     }
@@ -54,14 +54,15 @@ bool PlayMemory::keep(StoreConnection &connection, const std::vector<KnownFile> 
 bool PlayMemory::giveBack(StoreConnection &connection, StoreError *error)
 {
     std::vector<QByteArray> statements;
-    StoreCursor cursor = connection.select("SELECT ?memory ?song ?count ?time { " + graph
+    StoreCursor cursor = connection.select("SELECT ?memory ?song ?count ?time { " + inGraph
             + "?memory a nfo:Bookmark ; nie:title ?url ; nie:usageCounter ?count . ?song nie:url ?url ; a "
               "nmm:MusicPiece . OPTIONAL { ?memory nie:contentAccessed ?time } } }",
         {}, nullptr, error);
     while (cursor && cursor.next(error)) {
         statements.push_back(
-            "INSERT OR REPLACE { " + graph + Sparql::iri(cursor.text(1)) + plays(cursor, 2, 3) + " } }");
-        statements.push_back("DELETE DATA { " + graph + Sparql::iri(cursor.text(0)) + " a rdfs:Resource } }");
+            "INSERT OR REPLACE { " + inGraph + Sparql::iri(cursor.text(1)) + plays(cursor, 2, 3) + " } }");
+        statements.push_back(
+            "DELETE DATA { " + inGraph + Sparql::iri(cursor.text(0)) + " a rdfs:Resource } }");
     }
     cursor = StoreCursor();
     return !*error && (statements.empty() || connection.update(statements, error));

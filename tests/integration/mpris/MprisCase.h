@@ -11,6 +11,11 @@
 
 #include <memory>
 
+constexpr auto Stopped = KelvoRenderer::Stopped;
+constexpr auto Playing = KelvoRenderer::Playing;
+constexpr auto Paused = KelvoRenderer::Paused;
+constexpr auto Transitioning = KelvoRenderer::Transitioning;
+
 /// The plug-in, loaded anew for each test, on a session bus that has only the players of the test.
 class MprisCase : public KelvoTestCase
 {

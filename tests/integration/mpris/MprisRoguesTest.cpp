@@ -15,8 +15,6 @@
 #include <csignal>
 
 namespace {
-constexpr auto Stopped = KelvoRenderer::Stopped;
-
 int openFiles()
 {
     return int(

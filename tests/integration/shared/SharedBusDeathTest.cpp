@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-#include "KelvoRegistry.h"
 #include "KelvoShared.h"
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
 #include "PeerProcess.h"
 #include "PrivateBus.h"
 #include "SharedLists.h"
+#include "SharedRegistry.h"
 #include "TestGroup.h"
 
 #include <QPointer>
@@ -13,18 +13,6 @@
 #include <QTest>
 
 #include <csignal>
-
-namespace {
-KelvoRegistry *registry()
-{
-    return KelvoRegistry::instance();
-}
-
-KelvoPlaylist *find(const QString &id)
-{
-    return registry()->findPlaylistByUuid(id);
-}
-} // namespace
 
 // The session bus falls silent and dies while playlists are shared. One story, in this order.
 class SharedBusDeathTest : public KelvoTestCase

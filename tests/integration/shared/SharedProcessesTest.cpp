@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoPlayQueue.h"
-#include "KelvoRegistry.h"
 #include "KelvoShared.h"
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
 #include "PeerProcess.h"
 #include "SharedLists.h"
+#include "SharedRegistry.h"
 #include "TestGroup.h"
 
 #include <QAbstractItemModelTester>
@@ -14,16 +14,6 @@
 #include <QTest>
 
 namespace {
-KelvoRegistry *registry()
-{
-    return KelvoRegistry::instance();
-}
-
-KelvoPlaylist *find(const QString &id)
-{
-    return registry()->findPlaylistByUuid(id);
-}
-
 QStringList titles(KelvoPlaylist *playlist)
 {
     QStringList list;

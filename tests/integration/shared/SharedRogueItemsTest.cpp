@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoPlaylist.h"
-#include "KelvoRegistry.h"
 #include "KelvoShared.h"
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
 #include "RoguePeer.h"
+#include "SharedRegistry.h"
 #include "TestGroup.h"
 
 #include <QAbstractItemModel>
@@ -15,16 +15,6 @@
 #include <QTest>
 
 namespace {
-KelvoRegistry *registry()
-{
-    return KelvoRegistry::instance();
-}
-
-KelvoPlaylist *find(const QString &id)
-{
-    return registry()->findPlaylistByUuid(id);
-}
-
 uint startOf(const QDBusMessage &call)
 {
     return call.arguments().at(0).toUInt();

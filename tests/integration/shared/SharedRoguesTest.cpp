@@ -1,26 +1,16 @@
 // SPDX-License-Identifier: MIT
-#include "KelvoRegistry.h"
 #include "KelvoShared.h"
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
 #include "RoguePeer.h"
 #include "SharedLists.h"
+#include "SharedRegistry.h"
 #include "TestGroup.h"
 
 #include <QSignalSpy>
 #include <QTest>
 
 namespace {
-KelvoRegistry *registry()
-{
-    return KelvoRegistry::instance();
-}
-
-KelvoPlaylist *find(const QString &id)
-{
-    return registry()->findPlaylistByUuid(id);
-}
-
 QStringList names()
 {
     QStringList list;
