@@ -10,10 +10,6 @@
 #include <QEvent>
 #include <QTimer>
 
-namespace {
-constexpr int positionInterval = 1000; // ms
-} // namespace
-
 KelvoRendererController::KelvoRendererController(KelvoGUIMain *application, KelvoMainWindow *mainWindow)
     : m_application(application)
     , m_registry(KelvoRegistry::instance())
@@ -21,7 +17,7 @@ KelvoRendererController::KelvoRendererController(KelvoGUIMain *application, Kelv
     , m_positionTimer(new QTimer(this))
 {
     qDebug() << "KelvoRendererController::KelvoRendererController (" << this << ")";
-    m_positionTimer->setInterval(positionInterval);
+    m_positionTimer->setInterval(PositionInterval);
     connect(m_positionTimer, SIGNAL(timeout()), this, SLOT(invokeGetPosition()));
     initRenderers();
     connect(m_registry, SIGNAL(rendererAdded(QString, QString)), this, SLOT(rendererAdded(QString, QString)));

@@ -107,6 +107,7 @@ private:
     int m_pendingPosition = 0;
     bool m_showPauseFrameOn = false;
     uint m_colorKey = 0;
+    static constexpr int PositionInterval = 1000; ///< milliseconds
     QTimer *m_positionTimer;
     bool m_seekClickSwallowed = false;
     bool m_fastPlaybackArmed = false;

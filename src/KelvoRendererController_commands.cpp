@@ -7,7 +7,6 @@
 #include <QTimer>
 
 namespace {
-constexpr int positionInterval = 1000; // ms
 constexpr int fastPositionInterval = 500; // ms, while positions move faster
 constexpr int fastPlaybackDelay = 700; // ms that a seek button is held before fast playback starts
 constexpr int seekStep = 10; // seconds
@@ -184,7 +183,7 @@ void KelvoRendererController::stopFastPlayback()
     if (!m_fastPlaybackActive)
         return;
     m_fastPlaybackActive = false;
-    m_positionTimer->setInterval(positionInterval);
+    m_positionTimer->setInterval(PositionInterval);
     setPlaybackSpeed(normalSpeed);
 }
 

@@ -15,16 +15,6 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-namespace {
-// How soon a change of a file shows in the store.
-constexpr int soon = 5000;
-
-QByteArray local(const QString &path)
-{
-    return QFile::encodeName(path);
-}
-} // namespace
-
 class TrackerIndexTest : public TrackerTestCase
 {
     Q_OBJECT
@@ -105,17 +95,17 @@ private Q_SLOTS:
         QVERIFY(index());
         QCOMPARE(titles(Type::AllSongs), QStringList());
         addSong("one.mp3", {"One"});
-        QVERIFY(waitForFiles(1, soon));
+        QVERIFY(waitForFiles(1, Soon));
         addSong("deep/er/two.mp3", {"Two"});
-        QVERIFY(waitForFiles(2, soon));
+        QVERIFY(waitForFiles(2, Soon));
         QCOMPARE(titles(Type::AllSongs), QStringList({"One", "Two"}));
         addSong("one.mp3", {"One again"});
-        QTRY_COMPARE_WITH_TIMEOUT(titles(Type::AllSongs), QStringList({"One again", "Two"}), soon);
+        QTRY_COMPARE_WITH_TIMEOUT(titles(Type::AllSongs), QStringList({"One again", "Two"}), Soon);
         QVERIFY(QFile::remove(place("deep/er/two.mp3")));
-        QVERIFY(waitForFiles(1, soon));
+        QVERIFY(waitForFiles(1, Soon));
         QVERIFY(QDir(mediaFolder() + "/deep").removeRecursively());
         addSong("deep/three.mp3", {"Three"});
-        QVERIFY(waitForFiles(2, soon));
+        QVERIFY(waitForFiles(2, Soon));
         QCOMPARE(titles(Type::AllSongs), QStringList({"One again", "Three"}));
     }
 
@@ -148,7 +138,7 @@ private Q_SLOTS:
         store().setFavorite(QUrl::fromLocalFile(path), true);
         QSignalSpy indexed(&store(), &KelvoTrackerStore::indexed);
         QVERIFY(QDir(mediaFolder()).rename("here", "there"));
-        QVERIFY(indexed.wait(soon));
+        QVERIFY(indexed.wait(Soon));
         const auto report = indexed.first().first().value<KelvoIndexReport>();
         QCOMPARE(report.moved, 1);
         QCOMPARE(report.added + report.removed + report.changed, 0);

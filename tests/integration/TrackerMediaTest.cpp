@@ -20,21 +20,6 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-namespace {
-// How soon a change of a file shows in the store.
-constexpr int soon = 5000;
-
-const QString videoQuery(
-    "SELECT ?video nfo:fileName(?video) nie:url(?video) ?length nfo:fileSize(?video)WHERE {    ?video a "
-    "nmm:Video .    "
-    "OPTIONAL    {      ?video nfo:duration ?length .    } } ORDER BY nfo:fileName(?video)");
-
-QByteArray local(const QString &path)
-{
-    return QFile::encodeName(path);
-}
-} // namespace
-
 /// What takes the media engine or the playlist parser: videos, broken files, playing, playlists. Apart from the rest
 /// because leaks of those libraries have to be traced, which is slow.
 class TrackerMediaTest : public TrackerTestCase
@@ -49,7 +34,7 @@ private Q_SLOTS:
         QSparqlConnection connection("QTRACKER", QSparqlConnectionOptions());
         QSparqlQueryModel model;
         QSignalSpy finished(&model, &QSparqlQueryModel::finished);
-        model.setQuery(QSparqlQuery(videoQuery, QSparqlQuery::SelectStatement), connection);
+        model.setQuery(QSparqlQuery(VideoQuery, QSparqlQuery::SelectStatement), connection);
         QVERIFY(finished.wait());
         QCOMPARE(texts(model, "fileName"), QStringList({"a.webm", "b.mp4"}));
         QCOMPARE(texts(model, "length"), QStringList({"2", "2"}));
@@ -115,7 +100,7 @@ private Q_SLOTS:
         QVERIFY(waitForFiles(1));
         growing.write(bytes.mid(100));
         growing.close();
-        QTRY_COMPARE_WITH_TIMEOUT(value(*result(Type::AllSongs), 0, "songLength").toInt(), 3, soon);
+        QTRY_COMPARE_WITH_TIMEOUT(value(*result(Type::AllSongs), 0, "songLength").toInt(), 3, Soon);
         QCOMPARE(titles(Type::AllSongs), QStringList("tone"));
     }
 

@@ -10,11 +10,6 @@
 #include <QTest>
 
 namespace {
-const QString videoQuery(
-    "SELECT ?video nfo:fileName(?video) nie:url(?video) ?length nfo:fileSize(?video)WHERE {    ?video a "
-    "nmm:Video .    "
-    "OPTIONAL    {      ?video nfo:duration ?length .    } } ORDER BY nfo:fileName(?video)");
-
 MediaItem video(int number)
 {
     MediaItem item;
@@ -50,7 +45,7 @@ private Q_SLOTS:
         QSparqlQueryModel model;
         QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
         QSignalSpy finished(&model, &QSparqlQueryModel::finished);
-        model.setQuery(QSparqlQuery(videoQuery, QSparqlQuery::SelectStatement), connection);
+        model.setQuery(QSparqlQuery(VideoQuery, QSparqlQuery::SelectStatement), connection);
         QCOMPARE(model.columnCount(), 5);
         QVERIFY(finished.wait());
         QCOMPARE(model.rowCount(), 2);
@@ -74,8 +69,8 @@ private Q_SLOTS:
         QSparqlQueryModel second;
         QSignalSpy firstFinished(&first, &QSparqlQueryModel::finished);
         QSignalSpy secondFinished(&second, &QSparqlQueryModel::finished);
-        first.setQuery(QSparqlQuery(videoQuery, QSparqlQuery::SelectStatement), connection);
-        second.setQuery(QSparqlQuery(videoQuery, QSparqlQuery::SelectStatement), connection);
+        first.setQuery(QSparqlQuery(VideoQuery, QSparqlQuery::SelectStatement), connection);
+        second.setQuery(QSparqlQuery(VideoQuery, QSparqlQuery::SelectStatement), connection);
         QVERIFY(firstFinished.wait(10000));
         QTRY_COMPARE(secondFinished.count(), 1);
         QCOMPARE(first.rowCount(), 0);
@@ -135,7 +130,7 @@ private Q_SLOTS:
         QCOMPARE(log.warnings().size(), 1);
         QSparqlQueryModel model;
         QSignalSpy failed(&model, &QSparqlQueryModel::error);
-        model.setQuery(QSparqlQuery(videoQuery), connection);
+        model.setQuery(QSparqlQuery(VideoQuery), connection);
         QVERIFY(failed.wait());
         QVERIFY(failed.first().first().toString().contains("QMYSQL"));
     }
@@ -150,7 +145,7 @@ private Q_SLOTS:
         auto connection = std::make_unique<QSparqlConnection>("QTRACKER");
         QSparqlQueryModel model;
         QSignalSpy finished(&model, &QSparqlQueryModel::finished);
-        model.setQuery(QSparqlQuery(videoQuery), *connection);
+        model.setQuery(QSparqlQuery(VideoQuery), *connection);
         connection.reset();
         QVERIFY(finished.wait());
         QCOMPARE(model.rowCount(), 500);

@@ -6,6 +6,7 @@
 #include "KelvoSourcePropertiesDialog.h"
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
+#include "RecordingContext.h"
 #include "RecordingSource.h"
 #include "TestGroup.h"
 #include "platform/QInputContext.h"
@@ -30,13 +31,6 @@ const FormCell selectSourcesForm[] = {
     {"m_doneButton", "QPushButton", "Done", 0, 1, 0, 1, 1},
     {"label", "QLabel", "Note that Cancel \ncloses the dialog and \nresets the selection", 0, 1, 2, 1, 1},
     {"m_cancelButton", "QPushButton", "Cancel", 0, 1, 3, 1, 1},
-};
-
-class RecordingContext : public QInputContext
-{
-public:
-    void attach(QWidget *textEntry) override { attached.append(textEntry); }
-    QWidgetList attached;
 };
 
 using Sources = std::vector<std::unique_ptr<RecordingSource>>;

@@ -6,6 +6,7 @@
 #include "KelvoTestCase.h"
 #include "KelvoVolumeDialog.h"
 #include "LogRecorder.h"
+#include "RecordingContext.h"
 #include "RecordingRenderer.h"
 #include "TestGroup.h"
 #include "platform/QInputContext.h"
@@ -53,13 +54,6 @@ const FormCell playUriForm[] = {
     {"m_enterUriButton", "QPushButton", "Add uri", 16, 5, 1, 2, 1},
     {"m_selectUriComboBox", "QComboBox", nullptr, 20, 5, 0, 2, 1},
     {"m_isPlaylistCheckBox", "QCheckBox", "Is Playlist", 16, 2, 1, 1, 1},
-};
-
-class RecordingContext : public QInputContext
-{
-public:
-    void attach(QWidget *textEntry) override { attached.append(textEntry); }
-    QWidgetList attached;
 };
 
 void writeFile(const QString &path, const QByteArray &content)

@@ -3,12 +3,12 @@
 #include "FakePlaylist.h"
 #include "KelvoGeneralSourcePlaylist.h"
 #include "KelvoPlaylistController.h"
-#include "KelvoRegistry.h"
 #include "KelvoShared.h"
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
 #include "RecordingRenderer.h"
 #include "TestGroup.h"
+#include "TestRegistry.h"
 
 #include <QComboBox>
 #include <QListView>
@@ -20,11 +20,6 @@
 namespace {
 const char *const playlistBoxes[]
     = {"m_music_playlistCombo", "m_browse_playlistCombo", "m_query_playlistCombo"};
-
-KelvoRegistry *registry()
-{
-    return KelvoRegistry::instance();
-}
 
 /// The three boxes list these, show the same one, and that one is current.
 void compareBoxes(const ConsoleFixture &console, const QStringList &uuids, bool eachEntry)

@@ -3,11 +3,11 @@
 #include "FakePlaylist.h"
 #include "KelvoGeneralSourcePlaylist.h"
 #include "KelvoPlaylistController.h"
-#include "KelvoRegistry.h"
 #include "KelvoShared.h"
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
 #include "TestGroup.h"
+#include "TestRegistry.h"
 
 #include <QComboBox>
 #include <QDialog>
@@ -20,11 +20,6 @@
 #include <QTextEdit>
 
 namespace {
-KelvoRegistry *registry()
-{
-    return KelvoRegistry::instance();
-}
-
 const char *const wrongType
     = "void KelvoPlaylistController::addToPlaylist(const QAbstractItemModel&, int, int) "
       "playlist is not KelvoGeneralSourcePlaylist or underlying model is not QStandardItemModel";

@@ -3,6 +3,7 @@
 #include "KelvoPluginLoader.h"
 #include "KelvoRegistry.h"
 #include "KelvoTestCase.h"
+#include "ListTexts.h"
 #include "LogRecorder.h"
 #include "TestGroup.h"
 
@@ -18,14 +19,6 @@ namespace {
 QListWidget *list(const QWidget *dialog, const char *name)
 {
     return dialog->findChild<QListWidget *>(QLatin1String(name));
-}
-
-QStringList texts(const QListWidget *list)
-{
-    QStringList texts;
-    for (int row = 0; row < list->count(); ++row)
-        texts.append(list->item(row)->text());
-    return texts;
 }
 
 /// Moves the entry as a tester does: a click on it, and one on the button.

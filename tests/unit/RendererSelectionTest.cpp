@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "ConsoleFixture.h"
 #include "FakePlaylist.h"
-#include "KelvoRegistry.h"
 #include "KelvoRendererController.h"
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
 #include "RecordingRenderer.h"
 #include "TestGroup.h"
+#include "TestRegistry.h"
 
 #include <QComboBox>
 #include <QMetaMethod>
@@ -14,11 +14,6 @@
 #include <QToolButton>
 
 namespace {
-KelvoRegistry *registry()
-{
-    return KelvoRegistry::instance();
-}
-
 QStringList entries(const ConsoleFixture &console)
 {
     QStringList texts;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoSelectItemsDialog.h"
 #include "KelvoTestCase.h"
+#include "ListTexts.h"
 #include "LogRecorder.h"
 #include "TestGroup.h"
 
@@ -22,14 +23,6 @@ QList<QListWidgetItem *> makeItems(const QStringList &fileNames)
     for (const QString &fileName : fileNames)
         items.append(makeItem(fileName));
     return items;
-}
-
-QStringList texts(const QListWidget *list)
-{
-    QStringList texts;
-    for (int row = 0; row < list->count(); ++row)
-        texts.append(list->item(row)->text());
-    return texts;
 }
 
 struct Cell

@@ -2,6 +2,8 @@
 #include "SourceControllerCase.h"
 #include "TestGroup.h"
 
+#include <QPushButton>
+
 namespace {
 QStringList requests(const QStringList &keys)
 {

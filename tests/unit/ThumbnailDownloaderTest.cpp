@@ -17,7 +17,7 @@
 using namespace std::chrono_literals;
 
 namespace {
-constexpr int patience = 20'000;
+constexpr int longPatience = 20'000;
 constexpr qint64 megabyte = 1024 * 1024;
 
 QByteArray png(const QSize &size, QImage::Format format)
@@ -91,7 +91,7 @@ private Q_SLOTS:
         m_server->serve("/fast", {.body = "fast"});
         fetch("/slow");
         fetch("/fast");
-        QTRY_COMPARE_WITH_TIMEOUT(m_finished->count(), 2, patience);
+        QTRY_COMPARE_WITH_TIMEOUT(m_finished->count(), 2, longPatience);
         QCOMPARE(result(0), QByteArray("fast"));
         QCOMPARE(result(1), QByteArray(300, 's'));
     }
@@ -120,7 +120,7 @@ private Q_SLOTS:
         url.setScheme("https");
         m_downloader->setLimits(megabyte, 5s);
         m_downloader->download(url.toString());
-        QTRY_COMPARE_WITH_TIMEOUT(m_finished->count(), 1, patience);
+        QTRY_COMPARE_WITH_TIMEOUT(m_finished->count(), 1, longPatience);
         QCOMPARE(result(), QByteArray());
     }
 
@@ -140,7 +140,7 @@ private Q_SLOTS:
     {
         m_server->serve("/huge", {.body = "start", .padding = 100 * megabyte});
         fetch("/huge");
-        QTRY_COMPARE_WITH_TIMEOUT(m_finished->count(), 1, patience);
+        QTRY_COMPARE_WITH_TIMEOUT(m_finished->count(), 1, longPatience);
         QCOMPARE(result(), QByteArray());
         // What is not asked for is not kept either.
         QVERIFY(m_server->bytesSent() < 60 * megabyte);

@@ -5,8 +5,8 @@
 #include "PeerProcess.h"
 #include "PrivateBus.h"
 #include "SharedLists.h"
-#include "SharedRegistry.h"
 #include "TestGroup.h"
+#include "TestRegistry.h"
 
 #include <QPointer>
 #include <QSignalSpy>

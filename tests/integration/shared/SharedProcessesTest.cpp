@@ -5,8 +5,8 @@
 #include "LogRecorder.h"
 #include "PeerProcess.h"
 #include "SharedLists.h"
-#include "SharedRegistry.h"
 #include "TestGroup.h"
+#include "TestRegistry.h"
 
 #include <QAbstractItemModelTester>
 #include <QPointer>

@@ -4,8 +4,8 @@
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
 #include "RoguePeer.h"
-#include "SharedRegistry.h"
 #include "TestGroup.h"
+#include "TestRegistry.h"
 
 #include <QAbstractItemModel>
 #include <QAbstractItemModelTester>

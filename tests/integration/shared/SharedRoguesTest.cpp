@@ -4,8 +4,8 @@
 #include "LogRecorder.h"
 #include "RoguePeer.h"
 #include "SharedLists.h"
-#include "SharedRegistry.h"
 #include "TestGroup.h"
+#include "TestRegistry.h"
 
 #include <QSignalSpy>
 #include <QTest>

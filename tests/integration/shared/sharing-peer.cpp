@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Shares playlists with other processes, as told line by line on standard input; each line is answered by one.
+#include "KelvoRegistry.h"
 #include "KelvoShared.h"
 #include "SharedLists.h"
-#include "SharedRegistry.h"
 
 #include <QCoreApplication>
 #include <QHash>
@@ -16,6 +16,11 @@
 namespace {
 using Words = QStringList;
 using Command = std::function<QString(const Words &)>;
+
+KelvoRegistry *registry()
+{
+    return KelvoRegistry::instance();
+}
 
 KelvoPlaylist *playlist(const Words &words)
 {

@@ -6,6 +6,7 @@
 #include "KelvoTrackerStore.h"
 #include "index/MediaItem.h"
 
+#include <QFile>
 #include <QTemporaryDir>
 
 #include <memory>
@@ -27,6 +28,16 @@ protected:
         int year = 0;
     };
 
+    /// What the console asks for videos.
+    static inline const QString VideoQuery = QStringLiteral(
+        "SELECT ?video nfo:fileName(?video) nie:url(?video) ?length nfo:fileSize(?video)WHERE {    ?video a "
+        "nmm:Video .    "
+        "OPTIONAL    {      ?video nfo:duration ?length .    } } ORDER BY nfo:fileName(?video)");
+    /// Milliseconds in which a change of a file has to show in the store.
+    static constexpr int Soon = 5000;
+
+    /// As the file system has it.
+    static QByteArray local(const QString &path) { return QFile::encodeName(path); }
     /// A file of the generated test media.
     static QString generated(const QString &name);
     /// A path in the media folder; the folders on the way are made.
@@ -69,7 +80,8 @@ protected Q_SLOTS:
 private:
     void copyEmptyStore() const;
 
-    std::unique_ptr<QTemporaryDir> m_emptyStore; ///< copied for each function: to make one takes ten times as long
+    std::unique_ptr<QTemporaryDir>
+        m_emptyStore; ///< copied for each function: to make one takes ten times as long
     std::unique_ptr<QTemporaryDir> m_folder;
     std::unique_ptr<QObject> m_user;
 };
