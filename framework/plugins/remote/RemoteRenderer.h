@@ -95,6 +95,7 @@ private:
     void answerWaiting();
     void positionMoved();
     void schedulePoll();
+    bool isSeeking() const;
     bool isPositionWanted() const;
     bool isPositionKnown() const;
     bool checkPausePoint();
@@ -147,6 +148,7 @@ private:
     QElapsedTimer m_lastPoll;
     QElapsedTimer m_lastAsked; ///< somebody wanted to know the position
     QElapsedTimer m_lastSeek;
+    bool m_seekArrived = true;
     std::optional<double> m_seekTarget; ///< until it plays on from there
     QTimer m_pollTimer;
     QTimer m_pauseTimer;

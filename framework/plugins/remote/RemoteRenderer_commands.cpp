@@ -189,6 +189,7 @@ void RemoteRenderer::seekTo(double seconds)
 {
     m_transport->seek(seconds);
     m_seekTarget = seconds;
+    m_seekArrived = false;
     m_position.moveTo(seconds);
     m_positionKnown = true;
     m_lastReport.start();

@@ -16,8 +16,10 @@ constexpr qint64 NearEnd = 3000;
 constexpr qint64 Freshness = 1500;
 /// How long an answer waits for the player.
 constexpr int Patience = 1000;
-/// How long a player may still tell of the position before a seek.
+/// How long a player may still tell of the position before a seek; while it is paused there is no hurry to know better.
 constexpr qint64 SeekTime = 700;
+constexpr qint64 PausedSeekTime = 3000;
+constexpr qint64 SettleInterval = 300;
 /// A timer may run ahead of the player's clock, and a pause before its second has not reached it.
 constexpr double Behind = 20;
 /// Farther away from where a seek went, in seconds, is where it came from.
@@ -44,8 +46,10 @@ void RemoteRenderer::positionReported(quint64 epoch, double seconds)
 {
     if (epoch != m_epoch || m_state == Stopped || !m_loaded)
         return;
-    if (isWithin(m_lastSeek, SeekTime) && std::abs(seconds - m_position.now()) > SeekTolerance)
+    const bool isNear = std::abs(seconds - m_position.now()) <= SeekTolerance;
+    if (isSeeking() && !isNear)
         return;
+    m_seekArrived = m_seekArrived || isNear;
     // Players go to the beginning of the piece of media that holds the second.
     const bool atTarget = m_seekTarget && seconds < *m_seekTarget && *m_seekTarget - seconds < PieceOfMedia;
     m_position.moveTo(std::max(0.0, atTarget ? *m_seekTarget : seconds));
@@ -130,6 +134,13 @@ bool RemoteRenderer::checkPausePoint()
     return false;
 }
 
+/// Whether the player may not yet have arrived where it was sent.
+bool RemoteRenderer::isSeeking() const
+{
+    return isWithin(m_lastSeek, SeekTime)
+        || (m_state == Paused && !m_seekArrived && isWithin(m_lastSeek, PausedSeekTime));
+}
+
 bool RemoteRenderer::isPositionWanted() const
 {
     return isWithin(m_lastAsked, Interest) || m_pauseAt
@@ -139,14 +150,16 @@ bool RemoteRenderer::isPositionWanted() const
 /// Asks the player at most once a second, while it plays and somebody needs to know.
 void RemoteRenderer::schedulePoll()
 {
-    const bool settles = m_state == Paused && isWithin(m_lastSeek, SeekTime);
+    const bool settles = m_state == Paused && isSeeking();
     if (!m_loaded || (m_state != Playing && !settles)) {
         m_pollTimer.stop();
         return;
     }
     const qint64 sincePoll = m_lastPoll.isValid() ? m_lastPoll.elapsed() : PollInterval;
     if (settles)
-        m_pollTimer.start(int(SeekTime - m_lastSeek.elapsed() + 1));
+        m_pollTimer.start(int(m_seekArrived
+                ? SeekTime - m_lastSeek.elapsed() + 1
+                : std::min(SettleInterval, PausedSeekTime - m_lastSeek.elapsed() + 1)));
     else if (isPositionWanted())
         m_pollTimer.start(int(std::max<qint64>(0, PollInterval - sincePoll)));
     else if (m_duration > 0 && m_position.rate() > 0)
