@@ -85,8 +85,11 @@ void ContractCase::settle()
 
 QByteArray ContractCase::story(const char *expectation) const
 {
-    return QByteArray("expected: ") + expectation
+    QByteArray text = QByteArray("expected: ") + expectation
         + "; heard: " + m_probe->events.join(QLatin1String(", ")).toUtf8();
+    if (!m_probe->positionAnswers.isEmpty())
+        text += "; last position: " + QByteArray::number(m_probe->positionAnswers.constLast());
+    return text;
 }
 
 RendererProbe::Status ContractCase::status()

@@ -53,7 +53,8 @@ void RemoteRenderer::positionReported(quint64 epoch, double seconds)
     // Players go to the beginning of the piece of media that holds the second.
     const bool atTarget = m_seekTarget && seconds < *m_seekTarget && *m_seekTarget - seconds < PieceOfMedia;
     m_position.moveTo(std::max(0.0, atTarget ? *m_seekTarget : seconds));
-    if (!atTarget && m_state == Playing)
+    // Right after a seek a player may be a little ahead at first and go back when it pauses.
+    if (!atTarget && m_state == Playing && !isSeeking())
         m_seekTarget.reset();
     m_positionKnown = true;
     m_lastReport.start();
