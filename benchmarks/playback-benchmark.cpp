@@ -245,13 +245,6 @@ void measurePauseAt(Player &player, const QUrl &url)
         "pauseAt error, " + kind + ", median", Measurement::median(errors), "ms", "", 0, "at most 2 ms");
     Measurement::row("- largest", Measurement::maximum(errors), "ms", "", 0, "at most 10 ms");
 }
-/// Work of the calling thread so far.
-double threadMilliseconds()
-{
-    timespec time{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return double(time.tv_sec) * 1e3 + double(time.tv_nsec) / 1e6;
-}
 
 void measurePauseFrame(Player &player, const QUrl &url)
 {
@@ -262,10 +255,10 @@ void measurePauseFrame(Player &player, const QUrl &url)
         player.startMilliseconds(url);
         QElapsedTimer timer;
         timer.start();
-        const double before = threadMilliseconds();
+        const double before = Measurement::workOfThread();
         player->pause();
         player.waitForFrame();
-        work.push_back(threadMilliseconds() - before);
+        work.push_back(Measurement::workOfThread() - before);
         delays.push_back(milliseconds(timer));
         player.stop();
     }

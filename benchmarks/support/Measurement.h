@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <ctime>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,15 @@ inline double median(std::vector<double> values)
 inline double maximum(const std::vector<double> &values)
 {
     return values.empty() ? 0 : *std::max_element(values.begin(), values.end());
+}
+
+/// Milliseconds that the calling thread has worked so far: without those in which other threads or programs had the
+/// processor.
+inline double workOfThread()
+{
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return double(time.tv_sec) * 1e3 + double(time.tv_nsec) / 1e6;
 }
 
 /// One row: "| name | value unit | reference | ratio | goal |".

@@ -115,6 +115,7 @@ struct Times
     double first = 0;
     double all = 0;
     double longestStall = 0;
+    double mostWork = 0; ///< of the GUI thread between two turns of its event loop
     double bytesPerRow = 0;
     double residentPerRow = 0;
     int rows = 0;
@@ -145,11 +146,14 @@ Times readModel(KelvoTrackerModelFactory &factory, std::unique_ptr<KelvoTrackerM
     QEventLoop loop;
     QElapsedTimer timer;
     QElapsedTimer sinceTick;
+    double workBefore = Measurement::workOfThread();
     QTimer tick;
     tick.setInterval(1);
     QObject::connect(&tick, &QTimer::timeout, &tick, [&] {
         times.longestStall = std::max(times.longestStall, milliseconds(sinceTick));
         sinceTick.start();
+        const double work = Measurement::workOfThread();
+        times.mostWork = std::max(times.mostWork, work - std::exchange(workBefore, work));
     });
     timer.start();
     sinceTick.start();
@@ -282,6 +286,7 @@ bool measure(const QString &folder, int count)
     row(what + "all rows in the model", model.all, "ms", "bare cursor", bare.all, "at most 1.5");
     row("- the bare cursor", bare.all, "ms", "SQLite", raw.all);
     row("- longest stall of the event loop", model.longestStall, "ms", "", 0, "at most 16 ms");
+    row("- most work between two turns of it", model.mostWork, "ms", "", 0, "at most 16 ms");
     row("- memory of a row", model.bytesPerRow, "bytes", "", 0, "at most 1200");
     row("- growth of the process by a row", model.residentPerRow, "bytes", "", 0, "at most 1200");
     measureFirstBlocks(factory, plain, what);
