@@ -1,0 +1,139 @@
+// SPDX-License-Identifier: MIT
+// What the renderer makes of what others do to its player.
+#include "RemoteCase.h"
+#include "TestGroup.h"
+
+namespace {
+class RemoteOthersTest : public RemoteCase
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void stopElsewhereIsNoEnd();
+    void goesOnWhenResumedElsewhere();
+    void pauseElsewhereIsShown();
+    void anotherControllersItemIsShown();
+    void anotherControllersItemEndsOurPlaylist();
+    void anotherControllersItemIsDriven();
+    void playTakesOurPlaylistUpAgain();
+    void playingWithoutAnItemIsShown();
+    void previousInAnotherControllersItemBeginsItAgain();
+};
+
+void RemoteOthersTest::stopElsewhereIsNoEnd()
+{
+    assign(2);
+    m_renderer->play();
+    say(Playing);
+    say(Stopped);
+    flush();
+    QCOMPARE(m_heard->states, (States{Transitioning, Playing, Stopped}));
+    QCOMPARE(m_heard->completed, 0);
+    // Nothing is fought, nothing follows.
+    QCOMPARE(m_transport->calls, QStringList{"load http://media/0"});
+    QCOMPARE(position(), 0.0);
+}
+
+void RemoteOthersTest::goesOnWhenResumedElsewhere()
+{
+    playing();
+    say(Stopped);
+    say(Playing);
+    flush();
+    QCOMPARE(m_heard->states, (States{Stopped, Transitioning, Playing}));
+}
+
+void RemoteOthersTest::pauseElsewhereIsShown()
+{
+    playing();
+    say(Paused);
+    say(Playing);
+    flush();
+    QCOMPARE(m_heard->states, (States{Paused, Playing}));
+    QCOMPARE(m_transport->calls, QStringList());
+}
+
+void RemoteOthersTest::anotherControllersItemIsShown()
+{
+    playing();
+    Q_EMIT m_transport->replaced(KelvoMediaInfo({}, QUrl("http://elsewhere/song")));
+    Q_EMIT m_transport->stateReported(0, Paused);
+    Q_EMIT m_transport->fact(0, QStringLiteral("title"), {QStringLiteral("Theirs")});
+    flush();
+    QCOMPARE(m_heard->media.size(), 1);
+    QCOMPARE(m_heard->media.constFirst().index, -1);
+    QCOMPARE(m_heard->media.constFirst().content.url, QUrl("http://elsewhere/song"));
+    QVERIFY(!m_heard->playlists.constLast());
+    QCOMPARE(m_heard->states, States{Paused});
+    QCOMPARE(m_heard->metadata("title"), QVariant(QStringLiteral("Theirs")));
+}
+
+void RemoteOthersTest::anotherControllersItemEndsOurPlaylist()
+{
+    assign(3);
+    m_renderer->play();
+    say(Playing);
+    Q_EMIT m_transport->replaced(KelvoMediaInfo({}, QUrl("http://elsewhere/song")));
+    Q_EMIT m_transport->stateReported(0, Playing);
+    Q_EMIT m_transport->ended(0);
+    flush();
+    QCOMPARE(m_transport->items.size(), 1);
+    QCOMPARE(m_heard->state(), Stopped);
+    // Edits of a playlist that is not in play change nothing.
+    m_playlist->clear();
+    flush();
+    QCOMPARE(m_heard->states, (States{Transitioning, Playing, Stopped}));
+}
+
+void RemoteOthersTest::anotherControllersItemIsDriven()
+{
+    Q_EMIT m_transport->replaced(KelvoMediaInfo({}, QUrl("http://elsewhere/song")));
+    Q_EMIT m_transport->stateReported(0, Playing);
+    Q_EMIT m_transport->durationReported(0, 60);
+    m_renderer->pause();
+    Q_EMIT m_transport->stateReported(0, Paused);
+    m_renderer->resume();
+    m_renderer->setPosition(100, KelvoRenderer::SeekAbsolute);
+    m_renderer->stop();
+    QCOMPARE(m_transport->calls, (QStringList{"pause", "resume", "seek 60", "unload"}));
+    flush();
+    QCOMPARE(m_heard->states, (States{Transitioning, Playing, Paused, Stopped}));
+}
+
+void RemoteOthersTest::playTakesOurPlaylistUpAgain()
+{
+    assign(3);
+    m_renderer->gotoIndex(1);
+    say(Playing);
+    Q_EMIT m_transport->replaced(KelvoMediaInfo({}, QUrl("http://elsewhere/song")));
+    Q_EMIT m_transport->stateReported(0, Playing);
+    m_renderer->play();
+    say(Playing);
+    flush();
+    QCOMPARE(m_transport->calls.constLast(), QStringLiteral("load http://media/1"));
+    QCOMPARE(m_heard->media.constLast().index, 1);
+    QCOMPARE(m_heard->playlists.constLast(), m_playlist.get());
+}
+
+void RemoteOthersTest::playingWithoutAnItemIsShown()
+{
+    Q_EMIT m_transport->stateReported(0, Stopped);
+    Q_EMIT m_transport->stateReported(0, Playing);
+    flush();
+    QCOMPARE(m_heard->states, (States{Transitioning, Playing}));
+    QCOMPARE(m_heard->media.size(), 1);
+    QCOMPARE(m_heard->media.constFirst().index, -1);
+}
+
+void RemoteOthersTest::previousInAnotherControllersItemBeginsItAgain()
+{
+    Q_EMIT m_transport->replaced(KelvoMediaInfo({}, QUrl("http://elsewhere/song")));
+    Q_EMIT m_transport->stateReported(0, Playing);
+    m_renderer->previous();
+    QCOMPARE(m_transport->calls, QStringList{"seek 0"});
+    m_renderer->next();
+    QCOMPARE(m_transport->calls.constLast(), QStringLiteral("unload"));
+}
+} // namespace
+
+KELVO_TEST(RemoteOthersTest)
+#include "RemoteOthersTest.moc"

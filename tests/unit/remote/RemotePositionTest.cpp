@@ -1,0 +1,110 @@
+// SPDX-License-Identifier: MIT
+// Where the item in play is, and when the player is asked for that.
+#include "RemoteCase.h"
+#include "TestGroup.h"
+
+namespace {
+class RemotePositionTest : public RemoteCase
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void asksNobodyWhileNobodyWantsToKnow();
+    void asksAtMostOnceASecond();
+    void answersWithThePlayersPosition();
+    void answersWhenThePlayerIsSilent();
+    void staleReportAfterASeekIsIgnored();
+    void pausesBetweenPolls();
+    void doesNotAskWhilePaused();
+};
+
+void RemotePositionTest::asksNobodyWhileNobodyWantsToKnow()
+{
+    playing();
+    Q_EMIT m_transport->durationReported(m_transport->epoch(), 600);
+    QVERIFY(waitMs(300));
+    QCOMPARE(m_transport->polls, 0);
+    // Near the end the position matters.
+    Q_EMIT m_transport->positionReported(m_transport->epoch(), 598);
+    QTRY_COMPARE(m_transport->polls, 1);
+}
+
+void RemotePositionTest::asksAtMostOnceASecond()
+{
+    playing();
+    for (int i = 0; i < 20; ++i) {
+        m_renderer->getPosition(m_heard.get(), "positionAnswer(uint)");
+        flush();
+    }
+    QCOMPARE(m_transport->polls, 1);
+    Q_EMIT m_transport->positionReported(m_transport->epoch(), 5);
+    QTRY_COMPARE(m_heard->positionAnswers.size(), 20);
+    QVERIFY(waitMs(500));
+    QCOMPARE(m_transport->polls, 1);
+    QTRY_COMPARE(m_transport->polls, 2);
+}
+
+void RemotePositionTest::answersWithThePlayersPosition()
+{
+    playing();
+    Q_EMIT m_transport->positionReported(m_transport->epoch(), 12.25);
+    const double first = position();
+    QVERIFY(first >= 12.25 && first < 12.5);
+    QVERIFY(waitMs(200));
+    QVERIFY(position() >= first + 0.2);
+    // Never past the end.
+    Q_EMIT m_transport->durationReported(m_transport->epoch(), 12);
+    QCOMPARE(position(), 12.0);
+}
+
+void RemotePositionTest::answersWhenThePlayerIsSilent()
+{
+    playing();
+    QElapsedTimer timer;
+    timer.start();
+    QVERIFY(position() < 2);
+    QVERIFY(timer.elapsed() < 1500);
+}
+
+void RemotePositionTest::staleReportAfterASeekIsIgnored()
+{
+    playing();
+    Q_EMIT m_transport->positionReported(m_transport->epoch(), 3);
+    m_renderer->setPosition(50, KelvoRenderer::SeekAbsolute);
+    Q_EMIT m_transport->positionReported(m_transport->epoch(), 3.1);
+    QVERIFY(position() >= 50);
+    // But a seek that never took place is found out.
+    QVERIFY(waitMs(750));
+    Q_EMIT m_transport->positionReported(m_transport->epoch(), 3.9);
+    QVERIFY(position() < 5);
+}
+
+void RemotePositionTest::pausesBetweenPolls()
+{
+    playing();
+    m_renderer->pauseAt(10);
+    Q_EMIT m_transport->positionReported(m_transport->epoch(), 9.7);
+    QCOMPARE(m_transport->calls, QStringList());
+    QElapsedTimer timer;
+    timer.start();
+    QTRY_COMPARE(m_transport->calls, QStringList{"pause"});
+    QVERIFY(timer.elapsed() >= 250 && timer.elapsed() < 600);
+    say(Paused);
+    Q_EMIT m_transport->positionReported(m_transport->epoch(), 10.03);
+    QCOMPARE(int(position()), 10);
+}
+
+void RemotePositionTest::doesNotAskWhilePaused()
+{
+    playing();
+    say(Paused);
+    QCOMPARE(m_transport->polls, 1); // Where exactly it paused.
+    Q_EMIT m_transport->positionReported(m_transport->epoch(), 4.5);
+    QCOMPARE(position(), 4.5);
+    QVERIFY(waitMs(1200));
+    QCOMPARE(position(), 4.5);
+    QCOMPARE(m_transport->polls, 1);
+}
+} // namespace
+
+KELVO_TEST(RemotePositionTest)
+#include "RemotePositionTest.moc"
