@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "MprisTransport.h"
+#include "RemoteUrl.h"
 
 #include <cmath>
 
@@ -247,7 +248,9 @@ void MprisTransport::tellFacts(const MprisSnapshot &now)
     tell("artist", now.track.artist);
     tell("album", now.track.album);
     tell("genre", now.track.genre);
-    tell("cover", now.track.cover);
+    const QUrl cover(now.track.cover);
+    if (RemoteUrl::isWeb(cover) || cover.isLocalFile())
+        tell("cover", now.track.cover);
     if (now.track.title.isEmpty())
         askTitle();
 }

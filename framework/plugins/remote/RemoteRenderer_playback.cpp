@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
+#include "KelvoMessageHandler.h"
 #include "KelvoPlaylist.h"
 #include "RemoteRenderer.h"
+#include "RemoteUrl.h"
 
 #include <utility>
 
@@ -8,6 +10,16 @@ namespace {
 /// What ends or fails earlier than this did not play, whatever state the player passed through. Milliseconds.
 constexpr qint64 NoPlaying = 100;
 constexpr qint64 FalseStart = 1000;
+
+/// Without an address that could do harm where it is shown or opened.
+KelvoMediaInfo withoutUnfitAddress(const KelvoMediaInfo &item)
+{
+    KelvoMediaInfo harmless(item.uuid(), {}, item.title(), item.duration());
+    harmless.setArtist(item.artist());
+    harmless.setAlbum(item.album());
+    harmless.setMimeType(item.mimeType());
+    return harmless;
+}
 } // namespace
 
 /// The user chose what to play.
@@ -161,6 +173,11 @@ void RemoteRenderer::takeReplacement(const KelvoMediaInfo &item)
     leaveItem();
     m_inPlay = InPlay::OfAnother;
     m_item = item;
+    if (!item.url().isEmpty() && !RemoteUrl::isMedia(item.url())) {
+        qCDebug(lcKelvo).noquote() << m_name << "names an address that is none of media:"
+                                   << item.url().toDisplayString().left(200);
+        m_item = withoutUnfitAddress(item);
+    }
     m_pauseAt.reset();
     m_loaded = m_state == Playing || m_state == Paused;
     m_position.setRunning(m_state == Playing);

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "RemoteUrl.h"
 #include "UpnpText.h"
 #include "UpnpTransport.h"
 
@@ -113,7 +114,8 @@ void UpnpTransport::hearTrack(const Upnp::Track &track)
         return;
     const QList<QPair<QString, QString>> facts
         = {{QStringLiteral("title"), track.title}, {QStringLiteral("artist"), track.artist},
-            {QStringLiteral("album"), track.album}, {QStringLiteral("genre"), track.genre}};
+            {QStringLiteral("album"), track.album}, {QStringLiteral("genre"), track.genre},
+            {QStringLiteral("cover"), RemoteUrl::isWeb(QUrl(track.cover)) ? track.cover : QString()}};
     for (const auto &[key, text] : facts) {
         if (text.isEmpty() || m_facts.value(key) == text)
             continue;

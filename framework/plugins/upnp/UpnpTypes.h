@@ -66,7 +66,7 @@ struct Track
     QString artist;
     QString album;
     QString genre;
-    QString cover;
+    QString cover; ///< address of a picture, as the device wrote it
     QString mimeType;
     double duration = -1; ///< seconds
 };

@@ -12,6 +12,8 @@ private Q_SLOTS:
     void goesOnWhenResumedElsewhere();
     void pauseElsewhereIsShown();
     void anotherControllersItemIsShown();
+    void anotherControllersAddressMustBeOfMedia_data();
+    void anotherControllersAddressMustBeOfMedia();
     void anotherControllersItemEndsOurPlaylist();
     void anotherControllersItemIsDriven();
     void playTakesOurPlaylistUpAgain();
@@ -65,6 +67,34 @@ void RemoteOthersTest::anotherControllersItemIsShown()
     QVERIFY(!m_heard->playlists.constLast());
     QCOMPARE(m_heard->states, States{Paused});
     QCOMPARE(m_heard->metadata("title"), QVariant(QStringLiteral("Theirs")));
+}
+
+void RemoteOthersTest::anotherControllersAddressMustBeOfMedia_data()
+{
+    QTest::addColumn<QUrl>("url");
+    QTest::addColumn<bool>("isOfMedia");
+    QTest::newRow("web") << QUrl("https://elsewhere/song") << true;
+    QTest::newRow("file") << QUrl("file:///song") << true;
+    QTest::newRow("player's own") << QUrl("radio:7") << true;
+    QTest::newRow("script") << QUrl("JAVASCRIPT:alert(1)") << false;
+    QTest::newRow("other script") << QUrl("vbscript:x") << false;
+    QTest::newRow("content") << QUrl("data:audio/mpeg;base64,AAAA") << false;
+    QTest::newRow("relative") << QUrl("song.mp3") << false;
+    QTest::newRow("without a scheme") << QUrl("//elsewhere/song") << false;
+    QTest::newRow("none") << QUrl() << false;
+}
+
+void RemoteOthersTest::anotherControllersAddressMustBeOfMedia()
+{
+    QFETCH(QUrl, url);
+    QFETCH(bool, isOfMedia);
+    KelvoMediaInfo item({}, url, QStringLiteral("Theirs"));
+    item.setMimeType(QStringLiteral("audio/mpeg"));
+    Q_EMIT m_transport->replaced(item);
+    flush();
+    QCOMPARE(m_heard->media.size(), 1);
+    QCOMPARE(m_heard->media.constFirst().content.url, isOfMedia ? url : QUrl());
+    QCOMPARE(m_heard->media.constFirst().content.mimeType, QStringLiteral("audio/mpeg"));
 }
 
 void RemoteOthersTest::anotherControllersItemEndsOurPlaylist()
