@@ -43,6 +43,11 @@ void HttpTestServer::serve(const QString &path, const Resource &resource)
     m_resources.insert(path.toLatin1(), resource);
 }
 
+void HttpTestServer::serve(const QString &path, const Answerer &answerer)
+{
+    m_answerers.insert(path.toLatin1(), answerer);
+}
+
 void HttpTestServer::serveFile(const QString &path, const QString &fileName, const QByteArray &contentType)
 {
     QFile file(fileName);
@@ -89,9 +94,11 @@ void HttpTestServer::answer(QTcpSocket *socket, const QByteArray &head)
     const QList<QByteArray> request = head.left(head.indexOf('\r')).split(' ');
     const QByteArray path = request.value(1);
     const qint64 from = firstByte(head);
-    m_requests.append({path, from});
+    m_requests.append({path, from, head});
     Resource resource = m_resources.value(path);
-    if (!m_resources.contains(path))
+    if (const Answerer answerer = m_answerers.value(path))
+        resource = answerer(m_requests.constLast());
+    else if (!m_resources.contains(path))
         resource.status = 404;
     if (resource.silent)
         return;
@@ -110,6 +117,7 @@ void HttpTestServer::answer(QTcpSocket *socket, const QByteArray &head)
     if (part)
         answer += "Content-Range: bytes " + QByteArray::number(from) + "-"
             + QByteArray::number(transfer->end - 1) + "/" + QByteArray::number(transfer->end) + "\r\n";
+    answer += resource.headers;
     if (!resource.location.isEmpty())
         answer += "Location: " + resource.location + "\r\n";
     socket->write(answer + "\r\n");

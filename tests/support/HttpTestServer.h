@@ -8,6 +8,8 @@
 #include <QTcpServer>
 #include <QUrl>
 
+#include <functional>
+
 class QTcpSocket;
 
 /// A web server on the loopback address that misbehaves as told. Lives on the test's thread: it serves while
@@ -30,17 +32,22 @@ public:
         qint64 closeAfter = -1; ///< closes the connection at this offset, once
         bool silent = false; ///< accepts, and never answers
         bool ranges = true; ///< answers requests for a part with that part
+        QByteArray headers = {}; ///< further ones, each with the end of its line
     };
 
     struct Request
     {
         QByteArray path;
         qint64 from = 0; ///< first byte asked for
+        QByteArray head = {}; ///< all of its lines
     };
+    using Answerer = std::function<Resource(const Request &)>;
 
     explicit HttpTestServer(QObject *parent = nullptr);
 
     void serve(const QString &path, const Resource &resource);
+    /// Makes up an answer for each request.
+    void serve(const QString &path, const Answerer &answerer);
     void serveFile(const QString &path, const QString &fileName, const QByteArray &contentType);
     QUrl url(const QString &path) const;
     /// A URL that refuses connections.
@@ -59,6 +66,7 @@ private:
 
     QTcpServer m_server;
     QHash<QByteArray, Resource> m_resources;
+    QHash<QByteArray, Answerer> m_answerers;
     QList<Request> m_requests;
     qint64 m_bytesSent = 0;
     bool m_released = false;

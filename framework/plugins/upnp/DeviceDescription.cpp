@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "DeviceDescription.h"
 
+#include "RemoteUrl.h"
 #include "UpnpText.h"
 
 namespace {
@@ -8,6 +9,12 @@ QString take(char *text)
 {
     const GlibHandles::Text owner(text);
     return UpnpText::cleaned(QString::fromUtf8(text));
+}
+
+/// Whoever shows these may open them, so they lead to the web or are left out.
+QString web(const QString &url)
+{
+    return RemoteUrl::isWeb(QUrl(url)) ? url : QString();
 }
 
 QString iconUrl(GUPnPDeviceInfo *device)
@@ -28,15 +35,15 @@ QHash<QString, QVariant> sourceProperties(GUPnPDeviceInfo *device)
     const QList<QPair<const char *, QString>> texts = {
         {"deviceType", QString::fromUtf8(gupnp_device_info_get_device_type(device))},
         {"manufacturer", take(gupnp_device_info_get_manufacturer(device))},
-        {"manufacturerURL", take(gupnp_device_info_get_manufacturer_url(device))},
+        {"manufacturerURL", web(take(gupnp_device_info_get_manufacturer_url(device)))},
         {"modelDescription", take(gupnp_device_info_get_model_description(device))},
         {"modelName", take(gupnp_device_info_get_model_name(device))},
         {"modelNumber", take(gupnp_device_info_get_model_number(device))},
-        {"modelURL", take(gupnp_device_info_get_model_url(device))},
+        {"modelURL", web(take(gupnp_device_info_get_model_url(device)))},
         {"serialNumber", take(gupnp_device_info_get_serial_number(device))},
-        {"presentationURL", take(gupnp_device_info_get_presentation_url(device))},
+        {"presentationURL", web(take(gupnp_device_info_get_presentation_url(device)))},
         {"universalProductCode", take(gupnp_device_info_get_upc(device))},
-        {"iconURL", iconUrl(device)},
+        {"iconURL", web(iconUrl(device))},
     };
     QHash<QString, QVariant> properties;
     for (const auto &[key, text] : texts) {
@@ -44,6 +51,14 @@ QHash<QString, QVariant> sourceProperties(GUPnPDeviceInfo *device)
             properties.insert(QLatin1String(key), text);
     }
     return properties;
+}
+
+/// GUPnP does not survive an address that libsoup cannot send to.
+bool canSend(char *address)
+{
+    const GlibHandles::Text owner(address);
+    const bool isWeb = RemoteUrl::isWeb(QUrl(QString::fromUtf8(address)));
+    return isWeb && GlibHandles::Object<SoupMessage>(soup_message_new("POST", address));
 }
 
 const char *typeOf(Upnp::Service service)
@@ -80,7 +95,18 @@ GlibHandles::Object<GUPnPServiceProxy> DeviceDescription::service(
     GUPnPDeviceInfo *device, Upnp::Service service)
 {
     GUPnPServiceInfo *info = gupnp_device_info_get_service(device, typeOf(service));
-    return GlibHandles::Object<GUPnPServiceProxy>(info ? GUPNP_SERVICE_PROXY(info) : nullptr);
+    GlibHandles::Object<GUPnPServiceProxy> proxy(info ? GUPNP_SERVICE_PROXY(info) : nullptr);
+    return info && canSend(gupnp_service_info_get_control_url(info)) ? std::move(proxy) : nullptr;
+}
+
+bool DeviceDescription::sendsEvents(GUPnPServiceProxy *service)
+{
+    return canSend(gupnp_service_info_get_event_subscription_url(GUPNP_SERVICE_INFO(service)));
+}
+
+bool DeviceDescription::isDescribed(GUPnPServiceProxy *service)
+{
+    return canSend(gupnp_service_info_get_scpd_url(GUPNP_SERVICE_INFO(service)));
 }
 
 QString DeviceDescription::authority(GUPnPDeviceInfo *device)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "RendererServices.h"
 
+#include "DeviceDescription.h"
 #include "KelvoMessageHandler.h"
 #include "LastChange.h"
 
@@ -33,10 +34,10 @@ RendererServices::RendererServices(
     , m_self(std::make_shared<RendererServices *>(this))
 {
     for (GUPnPServiceProxy *service : {transport, rendering}) {
-        if (service) {
+        if (service && DeviceDescription::sendsEvents(service))
             listen(service);
+        if (service && DeviceDescription::isDescribed(service))
             study(service);
-        }
     }
 }
 
@@ -44,7 +45,7 @@ RendererServices::~RendererServices()
 {
     g_cancellable_cancel(m_cancellable.get());
     for (GUPnPServiceProxy *service : {m_transport.get(), m_rendering.get()}) {
-        if (service)
+        if (service && DeviceDescription::sendsEvents(service))
             silence(service);
     }
 }
@@ -66,7 +67,7 @@ void RendererServices::silence(GUPnPServiceProxy *service)
 void RendererServices::subscribeAgain()
 {
     for (GUPnPServiceProxy *service : {m_transport.get(), m_rendering.get()}) {
-        if (service) {
+        if (service && DeviceDescription::sendsEvents(service)) {
             gupnp_service_proxy_set_subscribed(service, FALSE);
             gupnp_service_proxy_set_subscribed(service, TRUE);
         }
