@@ -121,6 +121,8 @@ QString Didl::write(const KelvoMediaInfo &info, const QString &uri)
 std::optional<Upnp::Track> Didl::parse(const QString &text)
 {
     std::optional<Upnp::Track> track;
+    if (text.size() > longestDidl)
+        qCDebug(lcKelvo) << "Metadata that is too long:" << text.size() << "characters";
     if (text.size() > longestDidl || !text.contains(QLatin1Char('<')))
         return track;
     const GlibHandles::Object<GUPnPDIDLLiteParser> parser(gupnp_didl_lite_parser_new());

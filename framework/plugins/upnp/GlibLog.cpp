@@ -3,6 +3,7 @@
 
 #include "KelvoMessageHandler.h"
 
+#include <QElapsedTimer>
 #include <QString>
 
 #include <cstdarg>
@@ -28,6 +29,19 @@ void log(const char *domain, GLogLevelFlags level, const char *message, void *)
         qCDebug(lcKelvo).noquote().nospace() << (domain ? domain : "GLib") << ": " << text;
 }
 
+/// A text may be wrong in each of its characters, and each would be three lines.
+bool isTooMuch()
+{
+    constexpr int most = 30; // lines in a second
+    thread_local QElapsedTimer second;
+    thread_local int lines = 0;
+    if (!second.isValid() || second.hasExpired(1000)) {
+        second.start();
+        lines = 0;
+    }
+    return ++lines > most;
+}
+
 // The signature is libxml2's.
 __attribute__((format(printf, 2, 3))) void logXml(void *, const char *format, ...)
 {
@@ -38,7 +52,7 @@ __attribute__((format(printf, 2, 3))) void logXml(void *, const char *format, ..
     va_end(arguments);
     // It comes in pieces: also the line that is wrong, and a mark below the place.
     const QString line = QString::fromUtf8(text).trimmed();
-    if (line.size() > 1)
+    if (line.size() > 1 && !isTooMuch())
         qCDebug(lcKelvo).noquote() << "XML of a device:" << line;
 }
 } // namespace

@@ -7,7 +7,7 @@ namespace GlibLog {
 /// Any thread, as often as wanted: from now on the warnings of these libraries are warnings of this program, and
 /// what they call fatal no longer ends it.
 void catchWarnings();
-/// For the calling thread: libxml2 writes to the standard error output otherwise.
+/// For the calling thread: libxml2 writes to the standard error output otherwise. At most 30 lines in a second.
 void catchXmlErrors();
 
 } // namespace GlibLog

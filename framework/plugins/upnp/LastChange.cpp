@@ -10,8 +10,19 @@
 
 #include <array>
 
+namespace {
+// Bytes. An event that is longer says nothing that would be worth its time.
+constexpr qsizetype longestEvent = 300'000;
+} // namespace
+
 Upnp::Report LastChange::parse(const QByteArray &xml)
 {
+    if (xml.size() > longestEvent) {
+        qCDebug(lcKelvo) << "A renderer's event is too long:" << xml.size() << "bytes";
+        Upnp::Report unread;
+        unread.isUnreadable = true;
+        return unread;
+    }
     const GlibHandles::Object<GUPnPLastChangeParser> parser(gupnp_last_change_parser_new());
     constexpr std::array names = {"TransportState", "TransportStatus", "AVTransportURI", "CurrentTrackURI",
         "CurrentTrackDuration", "CurrentTransportActions", "TransportPlaySpeed", "Volume", "Mute"};
