@@ -2,10 +2,7 @@
 #include "Device.h"
 
 #include "DeviceDescription.h"
-#include "KelvoMessageHandler.h"
 #include "MonotonicTime.h"
-
-#include <algorithm>
 
 using Upnp::Answer;
 using Upnp::Call;
@@ -27,94 +24,6 @@ Device::~Device()
     m_calls.reset();
     if (m_isShown)
         m_listener.hidden(m_key);
-}
-
-void Device::adopt(Proxy proxy)
-{
-    m_services.reset();
-    m_search.reset();
-    m_lastState.clear();
-    m_active = std::move(proxy);
-    m_isWithdrawn = false;
-    Upnp::Description description = DeviceDescription::read(info(), m_key.kind);
-    const bool isNew
-        = description.name != m_description.name || description.properties != m_description.properties;
-    m_description = std::move(description);
-    m_health = DeviceHealth(monotonicTime());
-    if (m_isShown && isNew)
-        m_listener.described(m_description);
-    if (m_isShown)
-        connectServices();
-}
-
-void Device::add(GUPnPDeviceProxy *proxy)
-{
-    if (m_isWithdrawn) {
-        const bool isSamePlace
-            = DeviceDescription::authority(GUPNP_DEVICE_INFO(proxy)) == DeviceDescription::authority(info());
-        if (isSamePlace) {
-            adopt(GlibHandles::share(proxy));
-        } else {
-            m_isWithdrawn = false;
-            m_claim = GlibHandles::share(proxy);
-            checkClaim();
-        }
-        return;
-    }
-    m_others.push_back(GlibHandles::share(proxy));
-}
-
-void Device::checkClaim()
-{
-    m_isClaimOpen = true;
-    if (m_key.kind == Kind::Source && !hasService(Service::ContentDirectory)) {
-        settleClaim(false);
-        return;
-    }
-    Call call = pollCall();
-    call.timeout = 1500;
-    this->call(call, [this](const Answer &answer) { settleClaim(answer.isFromDevice()); });
-}
-
-void Device::settleClaim(bool isFirstAlive)
-{
-    if (!std::exchange(m_isClaimOpen, false) || !m_claim)
-        return;
-    if (!isFirstAlive) {
-        adopt(std::move(m_claim));
-        return;
-    }
-    if (!std::exchange(m_isWarned, true)) {
-        qCWarning(lcKelvo).noquote() << "Two devices call themselves" << m_key.udn << "- only the first,"
-                                     << m_description.name + ", is shown";
-    }
-}
-
-bool Device::withdraw(GUPnPDeviceProxy *proxy)
-{
-    const auto other = std::find_if(
-        m_others.begin(), m_others.end(), [proxy](const Proxy &known) { return known.get() == proxy; });
-    if (other != m_others.end()) {
-        m_others.erase(other);
-        return false;
-    }
-    if (m_claim.get() == proxy)
-        m_claim.reset();
-    if (!m_others.empty()) {
-        Proxy next = std::move(m_others.front());
-        m_others.erase(m_others.begin());
-        adopt(std::move(next));
-        return false;
-    }
-    m_isWithdrawn = true;
-    return true;
-}
-
-bool Device::has(GUPnPDeviceProxy *proxy) const
-{
-    return m_active.get() == proxy || m_claim.get() == proxy
-        || std::any_of(
-            m_others.begin(), m_others.end(), [proxy](const Proxy &known) { return known.get() == proxy; });
 }
 
 void Device::call(const Call &call, Upnp::AnswerHandler handler)
@@ -159,6 +68,9 @@ void Device::heard(const Answer &answer)
 
 void Device::tick(qint64 time)
 {
+    forgetSilent(time);
+    readAgain(time);
+    tellDescription(time);
     if (m_underWay == 0 && m_health.isPollDue(time))
         poll();
     showOrHide(time);
@@ -186,6 +98,8 @@ void Device::polled(const Answer &answer)
 {
     if (!answer.isFromDevice()) {
         m_health.failed(monotonicTime());
+        // Nobody will take its announcement back a second time.
+        m_isGone = m_isGone || (!m_isAnnounced && m_health.state() == DeviceHealth::NotResponding);
         return;
     }
     const QString state = answer.values.value("CurrentTransportState");
@@ -259,6 +173,10 @@ void Device::reportSearch(const Answer &capabilities)
         return;
     }
     const auto directory = DeviceDescription::service(info(), Service::ContentDirectory);
+    if (!directory || !DeviceDescription::isDescribed(directory.get())) {
+        m_listener.searchKnown(m_key, false);
+        return;
+    }
     m_search = std::make_unique<ActionList>(
         directory.get(), "Search", [this](bool hasSearch) { m_listener.searchKnown(m_key, hasSearch); });
 }

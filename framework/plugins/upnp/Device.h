@@ -3,6 +3,7 @@
 
 #include "ActionList.h"
 #include "Calls.h"
+#include "DescriptionReader.h"
 #include "DeviceHealth.h"
 #include "FileHost.h"
 #include "GlibHandles.h"
@@ -25,6 +26,16 @@ struct DeviceListener
     std::function<void(const Upnp::DeviceKey &, bool)> searchKnown;
 };
 
+/// What a device sends to all, again and again. Empty texts: not said.
+struct Announcement
+{
+    QString udn = {};
+    QString location = {}; ///< of its description; empty: a farewell
+    QByteArray bootId = {}; ///< another one after each start
+    QByteArray configId = {}; ///< another one with each change of the description
+    bool isUpdate = false; ///< tells of a coming change
+};
+
 /// One device, known by its UDN, and the one or more announcements that it is reached by. UPnP thread.
 class Device
 {
@@ -36,11 +47,25 @@ public:
     /// The same UDN was announced again: by another interface, from another place, with another description, or by
     /// another device that claims to be this one. The first that answers stays.
     void add(GUPnPDeviceProxy *proxy);
-    /// An announcement was taken back. True when none is left once the present turn of the main loop is over,
-    /// unless add() is called until then.
+    /// An announcement was taken back. True when none is left: settleFarewell() is to be called once the present turn
+    /// of the main loop is over.
     bool withdraw(GUPnPDeviceProxy *proxy);
-    bool isWithdrawn() const { return m_isWithdrawn; }
+    /// When there is still no announcement the device is gone. But where two devices had this UDN the farewell may be
+    /// the other one's: then it is asked.
+    void settleFarewell();
+    bool isGone() const { return m_isGone; }
+    /// Two devices were announced with this UDN.
+    bool isContested() const { return m_isContested; }
     bool has(GUPnPDeviceProxy *proxy) const;
+    /// Whether its description is at that address.
+    bool isAt(const QString &location) const;
+    /// An announcement from there was heard, whatever GUPnP makes of that.
+    void hear(const Announcement &announcement);
+    /// An announcement from another place was heard on that interface. GUPnP takes the one from here back at once, and
+    /// the other comes when it has read the description there.
+    void hearElsewhere(GSSDPClient *client);
+    /// A farewell was heard.
+    void hearFarewell() { m_movingUntil = never; }
 
     void call(const Upnp::Call &call, Upnp::AnswerHandler handler);
     /// Called every now and then: polls, shows and hides.
@@ -50,9 +75,17 @@ private:
     using Proxy = GlibHandles::Object<GUPnPDeviceProxy>;
 
     GUPnPDeviceInfo *info() const { return GUPNP_DEVICE_INFO(m_active.get()); }
+    // What is announced, in Device_announcements.cpp
     void adopt(Proxy proxy);
-    void checkClaim();
+    void keep(Proxy proxy);
+    bool isHere(GUPnPDeviceProxy *proxy) const;
+    void askFirst();
+    void forgetSilent(qint64 now);
     void settleClaim(bool isFirstAlive);
+    void describe(Upnp::Description description);
+    void tellDescription(qint64 now);
+    void readAgain(qint64 now);
+
     void connectServices();
     void askSearch();
     void reportSearch(const Upnp::Answer &capabilities);
@@ -64,18 +97,31 @@ private:
     Upnp::Call pollCall() const;
     bool hasService(Upnp::Service service) const;
 
+    static constexpr qint64 never = -1'000'000;
+
     const Upnp::DeviceKey m_key;
     const DeviceListener &m_listener;
     Proxy m_active;
     std::vector<Proxy> m_others; // the same device by other interfaces
     Proxy m_claim; // announced as this device, from another place, in place of the active one
-    bool m_isClaimOpen = false;
+    bool m_isAnnounced = true; // the active one, and it was not taken back
+    bool m_isAsked = false; // whether it is still there
     bool m_isWithdrawn = false;
-    bool m_isWarned = false;
+    bool m_isContested = false;
+    bool m_isSilent = false; // when it was asked
+    bool m_isGone = false;
     bool m_isShown = false;
     int m_underWay = 0;
     QString m_lastState;
     Upnp::Description m_description;
+    bool m_isDescriptionNew = false; // and not told yet
+    bool m_isDescriptionOld = false; // and to be read again
+    bool m_isRestarted = false;
+    qint64 m_describedAt = never; // milliseconds
+    qint64 m_readAt = never;
+    qint64 m_movingUntil = never;
+    Announcement m_heard; // last
+    std::unique_ptr<DescriptionReader> m_reader;
     DeviceHealth m_health;
     FileHost m_files;
     std::unique_ptr<RendererServices> m_services;

@@ -27,6 +27,19 @@ GlibHandles::Source attach(GSource *source, int (*callback)(void *), void *self)
     g_source_attach(source, g_main_context_get_thread_default());
     return GlibHandles::Source(source);
 }
+
+/// Everything that GSSDP hears. It keeps the identifiers of start and configuration to itself otherwise.
+constexpr char heardSignal[] = "message-received";
+
+bool hasHeardSignal()
+{
+    const guint id = g_signal_lookup(heardSignal, GSSDP_TYPE_CLIENT);
+    GSignalQuery signal = {};
+    if (id)
+        g_signal_query(id, &signal);
+    return signal.n_params == 4
+        && (signal.param_types[3] & ~G_SIGNAL_TYPE_STATIC_SCOPE) == SOUP_TYPE_MESSAGE_HEADERS;
+}
 } // namespace
 
 Discovery::Discovery(const QStringList &interfaces, DeviceListener listener)
@@ -67,8 +80,11 @@ void Discovery::openManager()
 void Discovery::stopSearches()
 {
     g_signal_handlers_disconnect_by_data(m_manager.get(), this);
-    for (const Search &search : m_searches)
+    for (const Search &search : m_searches) {
         g_signal_handlers_disconnect_by_data(search.controlPoint.get(), this);
+        g_signal_handlers_disconnect_by_data(
+            gupnp_control_point_get_context(search.controlPoint.get()), this);
+    }
     m_searches.clear();
     m_devices.clear();
 }
@@ -77,6 +93,9 @@ void Discovery::interfaceCame(GUPnPContextManager *, GUPnPContext *context, void
 {
     auto *discovery = static_cast<Discovery *>(self);
     g_object_set(gupnp_context_get_session(context), "timeout", httpTimeout, nullptr);
+    // Before GUPnP hears of it.
+    if (hasHeardSignal())
+        g_signal_connect(context, heardSignal, G_CALLBACK(heard), self);
     discovery->startSearch(context, Upnp::Kind::Renderer);
     discovery->startSearch(context, Upnp::Kind::Source);
     discovery->m_searchStart = monotonicTime();
@@ -100,6 +119,7 @@ void Discovery::startSearch(GUPnPContext *context, Upnp::Kind kind)
 void Discovery::interfaceWent(GUPnPContextManager *, GUPnPContext *context, void *self)
 {
     auto &searches = static_cast<Discovery *>(self)->m_searches;
+    g_signal_handlers_disconnect_by_data(context, self);
     for (auto search = searches.begin(); search != searches.end();) {
         if (gupnp_control_point_get_context(search->controlPoint.get()) != context) {
             ++search;
@@ -154,8 +174,43 @@ void Discovery::remove(GUPnPDeviceProxy *proxy)
     }
 }
 
-// A device whose description or place has changed is taken back and announced again in one turn of the main loop: it
-// stays the same device. So what is taken back goes with the next turn.
+void Discovery::heard(
+    GSSDPClient *context, const char *, unsigned, int, SoupMessageHeaders *headers, void *self)
+{
+    const auto header = [headers](const char *name) {
+        return QByteArray(soup_message_headers_get_one(headers, name)).trimmed();
+    };
+    const QByteArray name = header("USN");
+    const QByteArray news = header("NTS");
+    const bool isFarewell = news == "ssdp:byebye";
+    if (name.isEmpty())
+        return;
+    Announcement announcement;
+    announcement.udn = QString::fromUtf8(name.left(name.indexOf("::"))).trimmed();
+    announcement.location = isFarewell ? QString() : QString::fromUtf8(header("Location"));
+    announcement.bootId = header("BOOTID.UPNP.ORG");
+    announcement.configId = header("CONFIGID.UPNP.ORG");
+    announcement.isUpdate = news == "ssdp:update";
+    static_cast<Discovery *>(self)->hear(context, announcement);
+}
+
+void Discovery::hear(GSSDPClient *context, const Announcement &announcement)
+{
+    for (const Upnp::Kind kind : {Upnp::Kind::Renderer, Upnp::Kind::Source}) {
+        const auto device = m_devices.find({kind, announcement.udn});
+        if (device == m_devices.end())
+            continue;
+        if (announcement.location.isEmpty())
+            device->second->hearFarewell();
+        else if (device->second->isAt(announcement.location))
+            device->second->hear(announcement);
+        else
+            device->second->hearElsewhere(context);
+    }
+}
+
+// A device that has moved is taken back, and announced again in the same turn of the main loop or once its new description
+// is there: it stays the same device.
 void Discovery::sweepSoon()
 {
     if (!m_sweep) {
@@ -174,7 +229,22 @@ int Discovery::swept(void *self)
 void Discovery::sweep()
 {
     m_sweep.reset();
-    std::erase_if(m_devices, [](const auto &entry) { return entry.second->isWithdrawn(); });
+    for (const auto &[key, device] : m_devices)
+        device->settleFarewell();
+    forgetGone();
+}
+
+void Discovery::forgetGone()
+{
+    bool isOtherLeft = false;
+    std::erase_if(m_devices, [&isOtherLeft](const auto &entry) {
+        const Device &device = *entry.second;
+        isOtherLeft = isOtherLeft || (device.isGone() && device.isContested());
+        return device.isGone();
+    });
+    // The farewell of the one made GUPnP forget the other.
+    if (isOtherLeft)
+        gupnp_context_manager_rescan_control_points(m_manager.get());
 }
 
 int Discovery::ticked(void *self)
@@ -201,6 +271,7 @@ void Discovery::tick()
     }
     for (const auto &[key, device] : m_devices)
         device->tick(time);
+    forgetGone();
 }
 
 void Discovery::call(const Upnp::DeviceKey &key, const Upnp::Call &call, Upnp::AnswerHandler handler)

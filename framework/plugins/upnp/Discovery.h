@@ -41,12 +41,16 @@ private:
     static void interfaceWent(GUPnPContextManager *manager, GUPnPContext *context, void *self);
     static void announced(GUPnPControlPoint *controlPoint, GUPnPDeviceProxy *proxy, void *self);
     static void withdrawn(GUPnPControlPoint *controlPoint, GUPnPDeviceProxy *proxy, void *self);
+    static void heard(GSSDPClient *context, const char *from, unsigned port, int type,
+        SoupMessageHeaders *headers, void *self);
     static int ticked(void *self);
     static int swept(void *self);
 
     void startSearch(GUPnPContext *context, Upnp::Kind kind);
     void add(Upnp::Kind kind, GUPnPDeviceProxy *proxy);
     void remove(GUPnPDeviceProxy *proxy);
+    void hear(GSSDPClient *context, const Announcement &announcement);
+    void forgetGone();
     void sweep();
     void tick();
     void sweepSoon();
