@@ -54,6 +54,8 @@ void MprisBrowser::subscribe()
         SLOT(handleNameOwnerChanged(QDBusMessage)));
     m_connection.connect(anyone, Mpris::Path, Mpris::PropertiesInterface, QStringLiteral("PropertiesChanged"),
         {Mpris::PlayerInterface}, QString(), this, SLOT(handlePlayerSignal(QDBusMessage)));
+    m_connection.connect(anyone, Mpris::Path, Mpris::PropertiesInterface, QStringLiteral("PropertiesChanged"),
+        {Mpris::RootInterface}, QString(), this, SLOT(handleRootSignal(QDBusMessage)));
     m_connection.connect(anyone, Mpris::Path, Mpris::PlayerInterface, QStringLiteral("Seeked"), this,
         SLOT(handlePlayerSignal(QDBusMessage)));
     m_connection.connect(anyone, QStringLiteral("/org/freedesktop/DBus/Local"),
@@ -146,4 +148,10 @@ void MprisBrowser::handlePlayerSignal(const QDBusMessage &message)
 {
     if (MprisPlayer *player = m_players.value(message.service()))
         player->noteSignal(message);
+}
+
+void MprisBrowser::handleRootSignal(const QDBusMessage &message)
+{
+    if (MprisPlayer *player = m_players.value(message.service()))
+        player->noteNewIdentity();
 }

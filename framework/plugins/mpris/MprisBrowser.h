@@ -29,6 +29,7 @@ private Q_SLOTS:
     // Slots that take the message get it whatever its arguments are, so that wrong ones do no harm.
     void handleNameOwnerChanged(const QDBusMessage &message);
     void handlePlayerSignal(const QDBusMessage &message);
+    void handleRootSignal(const QDBusMessage &message);
 
 private:
     void subscribe();

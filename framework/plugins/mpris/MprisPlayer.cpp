@@ -10,10 +10,14 @@
 #include <QDBusError>
 #include <QDBusPendingCall>
 
+#include <algorithm>
+
 namespace {
 // In time-outs of a question.
 constexpr int PingEvery = 2;
 constexpr int SilentFor = 5;
+/// Milliseconds: a name that changes more often than this is not followed each time.
+constexpr qint64 NameEvery = 1000;
 
 /// "mpv" of "org.mpris.MediaPlayer2.mpv".
 QString restOf(const QString &service)
@@ -35,6 +39,8 @@ MprisPlayer::MprisPlayer(
     m_lastPing.start();
     connect(&m_watch, &QTimer::timeout, this, &MprisPlayer::watch);
     m_watch.start(m_address.timeout / 2);
+    m_nextName.setSingleShot(true);
+    connect(&m_nextName, &QTimer::timeout, this, &MprisPlayer::askName);
     ask();
 }
 
@@ -46,6 +52,7 @@ MprisPlayer::~MprisPlayer()
 void MprisPlayer::leave()
 {
     m_watch.stop();
+    m_nextName.stop();
     deleteLater();
     withdraw();
 }
@@ -65,14 +72,48 @@ void MprisPlayer::ask()
     });
 }
 
+QVariantMap MprisPlayer::rootProperties(const QDBusMessage &reply, bool isError) const
+{
+    if (isError || !m_address.isAnswer(reply) || reply.arguments().isEmpty())
+        return {};
+    return MprisValues::map(reply.arguments().constFirst());
+}
+
 /// A player that does not tell of itself is known by its bus name.
+QString MprisPlayer::nameFrom(const QVariantMap &rootProperties) const
+{
+    const QString identity = MprisValues::text(rootProperties.value(QStringLiteral("Identity"))).simplified();
+    return m_namer(identity.isEmpty() ? restOf(m_service) : identity.left(200));
+}
+
+void MprisPlayer::noteNewIdentity()
+{
+    const qint64 passed = m_lastName.isValid() ? m_lastName.elapsed() : NameEvery;
+    if (!m_nextName.isActive())
+        m_nextName.start(int(std::max<qint64>(0, NameEvery - passed)));
+}
+
+void MprisPlayer::askName()
+{
+    m_lastName.start();
+    auto *watcher = new QDBusPendingCallWatcher(
+        m_address.connection.asyncCall(m_address.getAll(Mpris::RootInterface), m_address.timeout), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
+        watcher->deleteLater();
+        const QVariantMap properties = rootProperties(watcher->reply(), watcher->isError());
+        // Before there is a renderer its name is still being asked for.
+        if (properties.isEmpty() || !m_transport)
+            return;
+        m_name = nameFrom(properties);
+        m_address.label = m_name;
+        m_transport->rename(m_name);
+    });
+}
+
 void MprisPlayer::takeIdentity(const QDBusMessage &reply, bool isError)
 {
-    QVariantMap properties;
-    if (!isError && m_address.isAnswer(reply) && !reply.arguments().isEmpty())
-        properties = MprisValues::map(reply.arguments().constFirst());
-    const QString identity = MprisValues::text(properties.value(QStringLiteral("Identity"))).simplified();
-    m_name = m_namer(identity.isEmpty() ? restOf(m_service) : identity.left(200));
+    const QVariantMap properties = rootProperties(reply, isError);
+    m_name = nameFrom(properties);
     m_address.label = m_name;
     m_hasTrackList = properties.value(QStringLiteral("HasTrackList")).toBool();
 

@@ -37,9 +37,14 @@ public:
     void leave();
     /// One of its signals has come.
     void noteSignal(const QDBusMessage &message);
+    /// It may have another name now.
+    void noteNewIdentity();
 
 private:
     void ask();
+    QVariantMap rootProperties(const QDBusMessage &reply, bool isError) const;
+    QString nameFrom(const QVariantMap &rootProperties) const;
+    void askName();
     void takeIdentity(const QDBusMessage &reply, bool isError);
     void takePlayer(const QDBusMessage &reply, const QString &error, bool silent);
     void create(const QVariantMap &properties);
@@ -60,6 +65,8 @@ private:
     QElapsedTimer m_lastLife;
     QElapsedTimer m_lastPing;
     QTimer m_watch;
+    QTimer m_nextName; ///< to be asked for
+    QElapsedTimer m_lastName; ///< asked for
     std::unique_ptr<RemoteRenderer> m_renderer;
     MprisTransport *m_transport = nullptr; ///< of m_renderer
 };

@@ -23,6 +23,12 @@ RemoteTransport::Abilities MprisTransport::abilities() const
     return {seek, pause, volume, m_last.slowestRate, m_last.fastestRate};
 }
 
+void MprisTransport::rename(const QString &name)
+{
+    if (std::exchange(m_address.label, name) != name)
+        Q_EMIT nameReported(name);
+}
+
 void MprisTransport::noteChange()
 {
     m_looks = 0;

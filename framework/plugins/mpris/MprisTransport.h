@@ -38,6 +38,8 @@ public:
     void setRate(double rate) override;
     void askPosition() override { refresh(); }
 
+    /// The player has another name now.
+    void rename(const QString &name);
     /// The player signalled a change of its properties.
     void noteChange();
     /// The player signalled a seek.
@@ -79,7 +81,7 @@ private:
     bool isOurs(const MprisTrack &track) const;
     bool hasAdvanced(const MprisSnapshot &now) const;
 
-    const MprisAddress m_address;
+    MprisAddress m_address;
     const bool m_hasTrackList;
     MprisSnapshot m_last;
     Phase m_phase = Phase::Idle;

@@ -66,6 +66,16 @@ void FakeMprisPlayer::change()
     m_connection.send(message);
 }
 
+void FakeMprisPlayer::rename(const QString &identity)
+{
+    root["Identity"] = identity;
+    auto message = QDBusMessage::createSignal(
+        path, QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("PropertiesChanged"));
+    message.setArguments(
+        {QStringLiteral("org.mpris.MediaPlayer2"), QVariantMap{{"Identity", identity}}, QStringList()});
+    m_connection.send(message);
+}
+
 void FakeMprisPlayer::seekTo(qlonglong microseconds)
 {
     player["Position"] = microseconds;

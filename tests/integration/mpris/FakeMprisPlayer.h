@@ -36,6 +36,8 @@ public:
     void vanish();
     /// Signals that its properties have changed.
     void change();
+    /// Signals another name.
+    void rename(const QString &identity);
     void seekTo(qlonglong microseconds);
     void reply(const QDBusMessage &call, const QVariantList &arguments = {});
     void refuse(const QDBusMessage &call, const QString &text);
