@@ -20,6 +20,8 @@ constexpr qint64 longestPatience = 30'000;
 constexpr gushort answerWithin = 1; // seconds
 // Of a whole request; our own limits are shorter, this one is for what GUPnP asks by itself.
 constexpr guint httpTimeout = 20; // seconds
+// Milliseconds, longer than that.
+constexpr qint64 retirement = 30'000;
 
 GlibHandles::Source attach(GSource *source, int (*callback)(void *), void *self)
 {
@@ -55,6 +57,10 @@ Discovery::Discovery(const QStringList &interfaces, DeviceListener listener)
 Discovery::~Discovery()
 {
     leave();
+    for (const Retired &retired : m_retired)
+        soup_session_abort(
+            gupnp_context_get_session(gupnp_control_point_get_context(retired.controlPoint.get())));
+    while (g_main_context_iteration(g_main_context_get_thread_default(), FALSE)) { }
 }
 
 void Discovery::leave()
@@ -80,13 +86,21 @@ void Discovery::openManager()
 void Discovery::stopSearches()
 {
     g_signal_handlers_disconnect_by_data(m_manager.get(), this);
-    for (const Search &search : m_searches) {
-        g_signal_handlers_disconnect_by_data(search.controlPoint.get(), this);
-        g_signal_handlers_disconnect_by_data(
-            gupnp_control_point_get_context(search.controlPoint.get()), this);
-    }
+    for (Search &search : m_searches)
+        retire(std::move(search));
     m_searches.clear();
     m_devices.clear();
+}
+
+/// GUPnP does not survive the end of a control point that is just reading a description: it finds nothing any more, but
+/// it stays until that must have ended.
+void Discovery::retire(Search search)
+{
+    GUPnPControlPoint *controlPoint = search.controlPoint.get();
+    g_signal_handlers_disconnect_by_data(controlPoint, this);
+    g_signal_handlers_disconnect_by_data(gupnp_control_point_get_context(controlPoint), this);
+    gssdp_resource_browser_set_active(GSSDP_RESOURCE_BROWSER(controlPoint), FALSE);
+    m_retired.push_back({std::move(search.controlPoint), monotonicTime()});
 }
 
 void Discovery::interfaceCame(GUPnPContextManager *, GUPnPContext *context, void *self)
@@ -128,7 +142,7 @@ void Discovery::interfaceWent(GUPnPContextManager *, GUPnPContext *context, void
         for (const GList *proxy = gupnp_control_point_list_device_proxies(search->controlPoint.get()); proxy;
              proxy = proxy->next)
             static_cast<Discovery *>(self)->remove(GUPNP_DEVICE_PROXY(proxy->data));
-        g_signal_handlers_disconnect_by_data(search->controlPoint.get(), self);
+        static_cast<Discovery *>(self)->retire(std::move(*search));
         search = searches.erase(search);
     }
 }
@@ -272,6 +286,7 @@ void Discovery::tick()
     for (const auto &[key, device] : m_devices)
         device->tick(time);
     forgetGone();
+    std::erase_if(m_retired, [time](const Retired &retired) { return time - retired.since >= retirement; });
 }
 
 void Discovery::call(const Upnp::DeviceKey &key, const Upnp::Call &call, Upnp::AnswerHandler handler)

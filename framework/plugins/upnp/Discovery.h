@@ -56,11 +56,19 @@ private:
     void sweepSoon();
     void openManager();
     void stopSearches();
+    void retire(Search search);
 
     const QStringList m_interfaces;
     const DeviceListener m_listener;
     GlibHandles::Object<GUPnPContextManager> m_manager;
+    struct Retired
+    {
+        GlibHandles::Object<GUPnPControlPoint> controlPoint;
+        qint64 since;
+    };
+
     std::vector<Search> m_searches;
+    std::vector<Retired> m_retired; // oldest first
     Devices m_devices;
     qint64 m_searchStart = 0; // milliseconds
     size_t m_rescans = 0; // since then
