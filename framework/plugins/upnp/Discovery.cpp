@@ -110,6 +110,8 @@ void Discovery::interfaceCame(GUPnPContextManager *, GUPnPContext *context, void
     // Before GUPnP hears of it.
     if (hasHeardSignal())
         g_signal_connect(context, heardSignal, G_CALLBACK(heard), self);
+    // GUPnP silences an interface that goes down, and may bring the same one back without giving it its voice again.
+    g_object_set(context, "active", TRUE, nullptr);
     discovery->startSearch(context, Upnp::Kind::Renderer);
     discovery->startSearch(context, Upnp::Kind::Source);
     discovery->m_searchStart = monotonicTime();
