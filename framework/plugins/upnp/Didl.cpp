@@ -100,7 +100,9 @@ QString Didl::write(const KelvoMediaInfo &info, const QString &uri)
     const Item item(gupnp_didl_lite_writer_add_item(writer.get()));
     GUPnPDIDLLiteObject *object = GUPNP_DIDL_LITE_OBJECT(item.get());
     const QString mimeType = mimeTypeOf(info, uri);
-    const QString title = info.title().isEmpty() ? QUrl(uri).fileName() : info.title();
+    // A file of this computer has another name where the device fetches it.
+    const QString name = info.url().isEmpty() ? QUrl(uri).fileName() : info.url().fileName();
+    const QString title = info.title().isEmpty() ? name : info.title();
     gupnp_didl_lite_object_set_id(object, "1");
     gupnp_didl_lite_object_set_parent_id(object, "-1");
     gupnp_didl_lite_object_set_restricted(object, TRUE);
