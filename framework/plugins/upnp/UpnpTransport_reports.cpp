@@ -127,10 +127,15 @@ void UpnpTransport::hearTrack(const Upnp::Track &track)
 void UpnpTransport::hearDuration(const QString &text)
 {
     const double duration = UpnpText::parseTime(text).value_or(-1);
-    if (!m_epoch || isLoading() || duration <= 0 || qFuzzyCompare(duration, m_duration))
+    if (!m_epoch || isLoading() || qFuzzyCompare(duration, m_duration))
         return;
-    m_duration = duration;
-    tell([this, epoch = *m_epoch, duration] { Q_EMIT durationReported(epoch, duration); });
+    // At first some tell of the item before, and take it back with the 0 that they write for what has no duration, or
+    // one below a second.
+    const bool isTakenBack = duration == 0 && m_duration > 0 && m_clock.position() < earlyStop;
+    if (duration <= 0 && !isTakenBack)
+        return;
+    m_duration = isTakenBack ? -1 : duration;
+    tell([this, epoch = *m_epoch, known = m_duration] { Q_EMIT durationReported(epoch, known); });
 }
 
 void UpnpTransport::hearState(State state, bool isCertain)

@@ -90,6 +90,7 @@ private Q_SLOTS:
     void startsAgainWhatWasLost();
     void endIsConfirmed();
     void earlyStopIsSomebodyElses();
+    void durationOfTheItemBeforeIsTakenBack();
     void clearedAddressIsNotForeign();
     void foreignItemReplacesOurs();
     void itemPlayingAtFirstIsForeign();
@@ -272,6 +273,16 @@ void UpnpTransportTest::earlyStopIsSomebodyElses()
     Q_EMIT m_link->reported(report("TransportState", QStringLiteral("STOPPED")));
     QTRY_VERIFY(states().endsWith(Stopped));
     QVERIFY(m_ended->isEmpty());
+}
+
+void UpnpTransportTest::durationOfTheItemBeforeIsTakenBack()
+{
+    playItem();
+    Q_EMIT m_link->reported(report("CurrentTrackDuration", QStringLiteral("0:03:00")));
+    Q_EMIT m_link->reported(report("CurrentTrackDuration", QStringLiteral("0:00:00")));
+    m_link->state = QStringLiteral("STOPPED");
+    Q_EMIT m_link->reported(report("TransportState", QStringLiteral("STOPPED")));
+    QTRY_COMPARE(m_ended->size(), 1);
 }
 
 void UpnpTransportTest::clearedAddressIsNotForeign()
