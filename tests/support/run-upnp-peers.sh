@@ -39,47 +39,11 @@ finish() {
 }
 trap finish EXIT
 trap 'exit 143' TERM INT
-mkdir -p "$folder/config" "$folder/media" "$folder/cache"
-for name in tone.mp3 short.mp3; do
-    ln -s "$media/$name" "$folder/media/$name"
-done
-cat > "$folder/config/rygel.conf" << CONFIG
-[general]
-ipv6=false
-enable-transcoding=false
-interface=lo
-media-engine=librygel-media-engine-gst.so
-log-level=*:2
-[Playbin]
-enabled=true
-title=Test renderer
-[MediaExport]
-enabled=true
-title=Test server
-uris=$folder/media
-monitor-changes=false
-[Tracker3]
-enabled=false
-[MPRIS]
-enabled=false
-[External]
-enabled=false
-CONFIG
+. "$(dirname -- "$0")/rygel-peer.sh"
+prepare_rygel "$folder" "$media" lo
 # The name of the bus must be found from a network namespace: a path.
 dbus-daemon --session --nofork --nopidfile --address="unix:path=$folder/bus" > /dev/null 2>&1 &
 bus=$!
-# No device of the machine makes a sound or shows a picture: what is left keeps time silently.
-silent=""
-for sink in alsa pulse openal jackaudio oss oss4 xv x gl glimage wayland gtk kms; do
-    silent="$silent${sink}sink:NONE,${sink}imagesink:NONE,"
-done
-cat > "$folder/start" << START
-#!/bin/sh
-export DBUS_SESSION_BUS_ADDRESS="unix:path=$folder/bus" XDG_CONFIG_HOME="$folder/config" XDG_CACHE_HOME="$folder/cache"
-export GST_PLUGIN_FEATURE_RANK="${silent}fakesink:NONE"
-exec rygel >> "$folder/rygel.log" 2>&1
-START
-chmod +x "$folder/start"
 export KELVO_TEST_UPNP_START="$folder/start" KELVO_TEST_UPNP_LOG="$folder/rygel.log"
 if [ "$prepare" = "" ]; then
     "$folder/start" &
