@@ -13,6 +13,8 @@ private Q_SLOTS:
     void answersWithThePlayersPosition();
     void answersWhenThePlayerIsSilent();
     void staleReportAfterASeekIsIgnored();
+    void lateSeekIsWaitedForWhilePaused();
+    void aimIsKeptWhileThePlayerSettles();
     void pausesBetweenPolls();
     void doesNotAskWhilePaused();
 };
@@ -76,6 +78,40 @@ void RemotePositionTest::staleReportAfterASeekIsIgnored()
     QVERIFY(waitMs(750));
     Q_EMIT m_transport->positionReported(m_transport->epoch(), 3.9);
     QVERIFY(position() < 5);
+}
+
+void RemotePositionTest::lateSeekIsWaitedForWhilePaused()
+{
+    playing();
+    say(Paused);
+    Q_EMIT m_transport->positionReported(m_transport->epoch(), 3);
+    const int before = m_transport->polls;
+    m_renderer->setPosition(50, KelvoRenderer::SeekAbsolute);
+    // A busy player goes on telling where it was.
+    for (int told = 0; told < 4; ++told) {
+        QTRY_VERIFY(m_transport->polls > before + told);
+        Q_EMIT m_transport->positionReported(m_transport->epoch(), 3);
+        QCOMPARE(position(), 50.0);
+    }
+    Q_EMIT m_transport->positionReported(m_transport->epoch(), 50.1);
+    QCOMPARE(position(), 50.1);
+    // And is believed once it had more than time enough.
+    m_renderer->setPosition(20, KelvoRenderer::SeekAbsolute);
+    const auto staysBehind = [this] {
+        Q_EMIT m_transport->positionReported(m_transport->epoch(), 50.1);
+        return position() == 50.1;
+    };
+    QTRY_VERIFY(staysBehind());
+}
+
+void RemotePositionTest::aimIsKeptWhileThePlayerSettles()
+{
+    playing();
+    m_renderer->setPosition(8, KelvoRenderer::SeekAbsolute);
+    Q_EMIT m_transport->positionReported(m_transport->epoch(), 8.02);
+    say(Paused);
+    Q_EMIT m_transport->positionReported(m_transport->epoch(), 7.9);
+    QCOMPARE(position(), 8.0);
 }
 
 void RemotePositionTest::pausesBetweenPolls()
