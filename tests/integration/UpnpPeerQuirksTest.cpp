@@ -2,6 +2,7 @@
 // The habits of one widespread renderer (gmediarender, by libupnp), and what a user of the console sees of them: nothing.
 // The standard's own texts are asked for by another control point. The tests run in this order; the last two let
 // the renderer crash, and meet its twin.
+#include "LogRecorder.h"
 #include "RemoteRenderer.h"
 #include "RendererRecorder.h"
 #include "TestGroup.h"
@@ -157,7 +158,7 @@ void UpnpPeerQuirksTest::endsWhatIsSoughtPastItsEnd()
     QTRY_COMPARE(transport("GetMediaInfo", "CurrentURI"), QString());
     m_heard->clear();
     play("long.mp3");
-    QTRY_COMPARE(m_heard->metadata("duration"), QVariant(20));
+    QVERIFY(waitForDuration(*m_heard, 20));
     m_renderer->setPosition(600, KelvoRenderer::SeekAbsolute);
     QTRY_COMPARE(m_heard->completed(), 1);
     QCOMPARE(m_heard->state(), KelvoRenderer::Stopped);
@@ -203,7 +204,7 @@ void UpnpPeerQuirksTest::tellsTitleAndDurationOnceItHasLooked()
     QSignalSpy metadata(m_renderer, &KelvoRenderer::metadataChanged);
     play("tone.mp3");
     QTRY_COMPARE(m_heard->metadata("title"), QVariant("tone"));
-    QTRY_COMPARE(m_heard->metadata("duration"), QVariant(3));
+    QVERIFY(waitForDuration(*m_heard, 3));
     QTRY_VERIFY(m_heard->askPosition() >= 1);
     // The name that we gave it is sent back at first; and the same again with each event.
     QStringList told;
@@ -215,7 +216,7 @@ void UpnpPeerQuirksTest::tellsTitleAndDurationOnceItHasLooked()
 void UpnpPeerQuirksTest::tellsTheDurationOfTheItemBefore()
 {
     play("long.mp3");
-    QTRY_COMPARE(m_heard->metadata("duration"), QVariant(20));
+    QVERIFY(waitForDuration(*m_heard, 20));
     m_heard->clear();
     // Taken for an item of 20 s, it would seem to have been stopped by somebody.
     play("blip.mp3");
@@ -345,7 +346,8 @@ void UpnpPeerQuirksTest::crashIsAnErrorAndARestartHealsIt()
 void UpnpPeerQuirksTest::twoThatShareAUdnAreOne()
 {
     // Whoever is not given a UDN has the same one everywhere, and begins by taking back what it announced in an earlier
-    // life: so the first one goes, and either of them comes.
+    // life: so the first one goes and either of them comes, or it still answers and stays.
+    LogRecorder log;
     qsizetype most = 0;
     int added = 0;
     connect(&registry(), &KelvoRegistry::rendererAdded, m_heard.get(), [&] {
@@ -354,7 +356,8 @@ void UpnpPeerQuirksTest::twoThatShareAUdnAreOne()
     });
     QProcess second;
     second.start(startCommand(quirky), {"--port", "49600"});
-    QTRY_VERIFY_WITH_TIMEOUT(added > 0, LongWait);
+    QTRY_VERIFY_WITH_TIMEOUT(
+        added > 0 || !log.warnings().filter("Two devices call themselves").isEmpty(), LongWait);
     const auto plays = [this] {
         KelvoRenderer *renderer = rendererNamed("Test gmediarender");
         if (!renderer)
@@ -364,7 +367,7 @@ void UpnpPeerQuirksTest::twoThatShareAUdnAreOne()
         return QTest::qWaitFor([&heard] { return heard.state() == KelvoRenderer::Playing; }, 1000);
     };
     QTRY_VERIFY_WITH_TIMEOUT(plays(), LongWait);
-    QCOMPARE(most, qsizetype(1));
+    QVERIFY(most <= 1);
     second.kill();
     QVERIFY(second.waitForFinished());
 }

@@ -230,6 +230,14 @@ QUrl UpnpPeersCase::media(const char *name)
     return QUrl::fromLocalFile(QDir(KELVO_TEST_MEDIA).filePath(name));
 }
 
+bool UpnpPeersCase::waitForDuration(RendererRecorder &heard, int seconds)
+{
+    const auto isKnown = [&heard, seconds] {
+        return heard.askPosition() >= 0 && heard.metadata("duration") == seconds;
+    };
+    return QTest::qWaitFor(isKnown, LongWait);
+}
+
 void UpnpPeersCase::cleanup()
 {
     stopRenderers();

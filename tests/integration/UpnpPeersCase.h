@@ -13,6 +13,7 @@
 #include <memory>
 
 class KelvoSource;
+class RendererRecorder;
 class UpnpNetwork;
 
 /// Base of the tests with UPnP peers of several makes at the other end of a cable (see run-upnp-namespaces.sh). The
@@ -64,6 +65,8 @@ protected:
     QString ask(const KelvoRenderer &renderer, Upnp::Service service, const char *action, const char *result);
 
     static QUrl media(const char *name);
+    /// Asks for the position now and then, as the console does: not every device tells the duration unasked.
+    static bool waitForDuration(RendererRecorder &heard, int seconds);
 
 protected Q_SLOTS:
     void cleanup();

@@ -127,8 +127,9 @@ void UpnpPeersTest::serverTellsItsProperties()
     QFETCH(QStringList, unknown);
     if (!isInstalled(peer))
         QSKIP(qPrintable(missing(peer)));
-    KelvoSource *source = sourceNamed(name);
-    QVERIFY(source);
+    // Some begin by taking back what they announced in an earlier life, and may have been found by then.
+    KelvoSource *source = nullptr;
+    QTRY_VERIFY((source = sourceNamed(name)));
     PropertyListener listener;
     QStringList refused;
     const QStringList keys = {"signIn", "signedIn", "deviceType", "manufacturer", "manufacturerURL",
@@ -191,7 +192,7 @@ void UpnpPeersTest::rendererPlaysAFileOfThisComputer()
     QCOMPARE(address.host(), nearAddress());
     static const QRegularExpression path("^/[0-9a-f]{32}\\.mp3$");
     QVERIFY2(path.match(address.path()).hasMatch(), qPrintable(address.toString()));
-    QTRY_COMPARE(heard.metadata("duration"), QVariant(20));
+    QVERIFY(waitForDuration(heard, 20));
 
     renderer->setKelvoProperty("volume", 40);
     QTRY_COMPARE(heard.property("volume"), QVariant(40U));
@@ -237,11 +238,11 @@ void UpnpPeersTest::rendererAdvancesThroughAPlaylist()
     renderer->assignPlaylist(&playlist);
     renderer->play();
     QTRY_VERIFY2_WITH_TIMEOUT(heard.completed() == 1, qPrintable(heard.events().join(", ")), LongWait);
+    QCOMPARE(heard.errorTexts(), QStringList());
     QCOMPARE(heard.mediaIndexes(), (QList<int>{0, 1}));
     QCOMPARE(heard.mediaUrls(), (QList<QUrl>{media("blip.mp3"), media("blip.ogg")}));
-    QCOMPARE(heard.states().count(KelvoRenderer::Playing), 2);
+    QVERIFY2(heard.states().count(KelvoRenderer::Playing) == 2, qPrintable(heard.events().join(", ")));
     QCOMPARE(heard.state(), KelvoRenderer::Stopped);
-    QCOMPARE(heard.errorTexts(), QStringList());
 }
 
 void UpnpPeersTest::twoRenderersPlayAtOnce()
