@@ -73,11 +73,12 @@ void UpnpPeersTest::initTestCase()
     };
     bool areFound = QTest::qWaitFor(isFound, 8000);
     // Now and then rygel finds the port that it has picked taken, and stays without a network.
-    if (!areFound && isRunning("rygel")) {
+    if (!areFound && isRunning("rygel") && !rendererNamed("Test renderer") && !sourceNamed("Test server")) {
         killPeer("rygel");
         startPeers({"rygel"});
-        areFound = QTest::qWaitFor(isFound, LongWait);
     }
+    // On a busy machine its server takes a while to look through its media.
+    areFound = areFound || QTest::qWaitFor(isFound, 2 * LongWait);
     QVERIFY2(areFound, qPrintable((rendererNames() + sourceNames()).join(", ")));
 }
 
@@ -238,7 +239,7 @@ void UpnpPeersTest::rendererAdvancesThroughAPlaylist()
     renderer->assignPlaylist(&playlist);
     renderer->play();
     QTRY_VERIFY2_WITH_TIMEOUT(heard.completed() == 1, qPrintable(heard.events().join(", ")), LongWait);
-    QCOMPARE(heard.errorTexts(), QStringList());
+    QVERIFY2(heard.errors().isEmpty(), qPrintable((heard.events() + heard.errorTexts()).join(", ")));
     QCOMPARE(heard.mediaIndexes(), (QList<int>{0, 1}));
     QCOMPARE(heard.mediaUrls(), (QList<QUrl>{media("blip.mp3"), media("blip.ogg")}));
     QVERIFY2(heard.states().count(KelvoRenderer::Playing) == 2, qPrintable(heard.events().join(", ")));

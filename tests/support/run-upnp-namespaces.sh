@@ -150,6 +150,7 @@ export KELVO_UPNP_INTERFACE=kelvo0 KELVO_TEST_UPNP_ADDRESS="$far" KELVO_TEST_UPN
 code=$?
 if [ $code != 0 ]; then
     for log in "$folder"/*/*.log; do
+        [ -e "$log" ] || continue
         echo "--- the end of $(basename "$log") ---"
         tail -n 15 "$log"
     done
