@@ -152,7 +152,8 @@ void UpnpIdentityTest::followsTheName()
     else
         device.announce("byebye");
     device.announce(how == "update" ? "update" : "alive");
-    QTRY_COMPARE(find("uuid:fake") ? find("uuid:fake")->name() : QString(), QStringLiteral("After"));
+    QTRY_COMPARE_WITH_TIMEOUT(
+        find("uuid:fake") ? find("uuid:fake")->name() : QString(), QStringLiteral("After"), 20'000);
     if (how != "again")
         QCOMPARE(m_comings, QStringList{"+uuid:fake"});
 }

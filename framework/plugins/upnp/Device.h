@@ -47,6 +47,8 @@ public:
     /// The same UDN was announced again: by another interface, from another place, with another description, or by
     /// another device that claims to be this one. The first that answers stays.
     void add(GUPnPDeviceProxy *proxy);
+    /// What GUPnP read may be from an earlier life of the device.
+    void doubtDescription() { m_isDescriptionOld = true; }
     /// An announcement was taken back. True when none is left: settleFarewell() is to be called once the present turn
     /// of the main loop is over.
     bool withdraw(GUPnPDeviceProxy *proxy);

@@ -22,6 +22,8 @@ constexpr gushort answerWithin = 1; // seconds
 constexpr guint httpTimeout = 20; // seconds
 // Milliseconds, longer than that.
 constexpr qint64 retirement = 30'000;
+// So long, in milliseconds, GUPnP may know the old description of a device that has gone: what still asks it has it.
+constexpr qint64 afterlife = 30'000;
 
 GlibHandles::Source attach(GSource *source, int (*callback)(void *), void *self)
 {
@@ -180,6 +182,8 @@ void Discovery::add(Upnp::Kind kind, GUPnPDeviceProxy *proxy)
         known->second->add(proxy);
     else
         m_devices.emplace(key, std::make_unique<Device>(key, proxy, m_listener));
+    if (m_gone.erase(key) > 0)
+        m_devices.at(key)->doubtDescription();
 }
 
 void Discovery::remove(GUPnPDeviceProxy *proxy)
@@ -253,8 +257,10 @@ void Discovery::sweep()
 void Discovery::forgetGone()
 {
     bool isOtherLeft = false;
-    std::erase_if(m_devices, [&isOtherLeft](const auto &entry) {
+    std::erase_if(m_devices, [this, &isOtherLeft](const auto &entry) {
         const Device &device = *entry.second;
+        if (device.isGone())
+            m_gone[entry.first] = monotonicTime();
         isOtherLeft = isOtherLeft || (device.isGone() && device.isContested());
         return device.isGone();
     });
@@ -288,6 +294,7 @@ void Discovery::tick()
     for (const auto &[key, device] : m_devices)
         device->tick(time);
     forgetGone();
+    std::erase_if(m_gone, [time](const auto &entry) { return time - entry.second >= afterlife; });
     std::erase_if(m_retired, [time](const Retired &retired) { return time - retired.since >= retirement; });
 }
 

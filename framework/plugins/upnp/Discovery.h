@@ -70,6 +70,7 @@ private:
     std::vector<Search> m_searches;
     std::vector<Retired> m_retired; // oldest first
     Devices m_devices;
+    std::unordered_map<Upnp::DeviceKey, qint64, KeyHash> m_gone; // since when
     qint64 m_searchStart = 0; // milliseconds
     size_t m_rescans = 0; // since then
     qint64 m_opened = 0; // milliseconds
