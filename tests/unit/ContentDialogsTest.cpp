@@ -11,6 +11,7 @@
 #include "TestGroup.h"
 #include "platform/QInputContext.h"
 
+#include <QCheckBox>
 #include <QDialogButtonBox>
 #include <QMetaMethod>
 #include <QSignalSpy>
