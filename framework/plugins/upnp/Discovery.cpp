@@ -4,6 +4,7 @@
 #include "DeviceDescription.h"
 #include "KelvoMessageHandler.h"
 #include "MonotonicTime.h"
+#include "ServerConnections.h"
 
 #include <algorithm>
 #include <array>
@@ -53,6 +54,7 @@ Discovery::Discovery(const QStringList &interfaces, DeviceListener listener)
     , m_patience(firstPatience)
     , m_ticks(attach(g_timeout_source_new(tickInterval), ticked, this))
 {
+    ServerConnections::leaveSockets(); // before anybody waits for this thread
     openManager();
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "FileHost.h"
 
+#include "ServerConnections.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QRandomGenerator>
@@ -51,6 +53,7 @@ QString FileHost::offer(GUPnPContext *context, const QString &url)
         m_url = url;
         m_context = GlibHandles::share(context);
         gupnp_context_host_path(context, QFile::encodeName(file).constData(), m_path.constData());
+        ServerConnections::endWithTheirAnswer(gupnp_context_get_server(context));
     }
     return addressOf(context) + QString::fromLatin1(m_path);
 }

@@ -4,6 +4,7 @@
 #include "DeviceDescription.h"
 #include "KelvoMessageHandler.h"
 #include "LastChange.h"
+#include "ServerConnections.h"
 
 #include <algorithm>
 #include <limits>
@@ -55,6 +56,9 @@ void RendererServices::listen(GUPnPServiceProxy *service)
     gupnp_service_proxy_add_notify(service, eventVariable, G_TYPE_STRING, changed, this);
     g_signal_connect(service, "subscription-lost", G_CALLBACK(lost), this);
     gupnp_service_proxy_set_subscribed(service, TRUE);
+    // Events come to it, mostly over a new connection each.
+    ServerConnections::endWithTheirAnswer(
+        gupnp_context_get_server(gupnp_service_info_get_context(GUPNP_SERVICE_INFO(service))));
 }
 
 void RendererServices::silence(GUPnPServiceProxy *service)

@@ -1,0 +1,148 @@
+// SPDX-License-Identifier: MIT
+// The connections that others open to a server of ours.
+#include "KelvoTestCase.h"
+#include "ServerConnections.h"
+#include "TestGroup.h"
+
+#include <QSignalSpy>
+#include <QTcpSocket>
+#include <QTest>
+#include <QTimer>
+
+#include <libsoup/soup.h>
+
+namespace {
+constexpr char request[] = "GET / HTTP/1.1\r\nHost: localhost\r\n\r\n";
+
+int living = 0; // sockets that requests came by
+
+void serve()
+{
+    while (g_main_context_iteration(nullptr, FALSE)) { }
+}
+
+void ended(void *, GObject *)
+{
+    --living;
+}
+
+void seen(SoupServer *, SoupServerMessage *message, GObject **last)
+{
+    auto *socket = G_OBJECT(soup_server_message_get_socket(message));
+    if (socket == *last)
+        return;
+    *last = socket;
+    ++living;
+    g_object_weak_ref(socket, ended, nullptr);
+}
+
+void answer(SoupServer *, SoupServerMessage *message, const char *, GHashTable *, void *)
+{
+    soup_server_message_set_status(message, SOUP_STATUS_OK, nullptr);
+    soup_server_message_set_response(message, "text/plain", SOUP_MEMORY_STATIC, "yes", 3);
+}
+} // namespace
+
+class ServerConnectionsTest : public KelvoTestCase
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init()
+    {
+        KelvoTestCase::init();
+        living = 0;
+        m_last = nullptr;
+        m_server.reset(soup_server_new(nullptr, nullptr));
+        QVERIFY(soup_server_listen_local(m_server.get(), 0, SOUP_SERVER_LISTEN_IPV4_ONLY, nullptr));
+        GSList *addresses = soup_server_get_uris(m_server.get());
+        m_port = quint16(g_uri_get_port(static_cast<GUri *>(addresses->data)));
+        g_slist_free_full(addresses, GDestroyNotify(g_uri_unref));
+        soup_server_add_handler(m_server.get(), nullptr, answer, nullptr, nullptr);
+        g_signal_connect(m_server.get(), "request-started", G_CALLBACK(seen), &m_last);
+        // The server runs in this thread's GLib context, whatever loop Qt runs on.
+        m_turn.callOnTimeout(serve);
+        m_turn.start(1);
+    }
+
+    void cleanup() { m_server.reset(); }
+
+    void endWithTheirAnswer()
+    {
+        ServerConnections::endWithTheirAnswer(m_server.get());
+        ServerConnections::endWithTheirAnswer(m_server.get()); // no second time
+        for (int i = 0; i < 3; ++i) {
+            QTcpSocket client;
+            QVERIFY(connectTo(client));
+            const QByteArray answer = ask(client);
+            QVERIFY2(answer.startsWith("HTTP/1.1 200"), answer.constData());
+            QVERIFY2(answer.contains("\r\nConnection: close\r\n"), answer.constData());
+            QTRY_COMPARE(client.state(), QAbstractSocket::UnconnectedState);
+        }
+        QTRY_COMPARE(living, 0);
+    }
+
+    void endWithPeersThatDoNotWait()
+    {
+        ServerConnections::endWithTheirAnswer(m_server.get());
+        for (int i = 0; i < 3; ++i) {
+            QTcpSocket client;
+            QVERIFY(connectTo(client));
+            client.write(request);
+            QTRY_COMPARE(living, 1);
+            client.abort();
+            QTRY_COMPARE(living, 0);
+        }
+    }
+
+    // From a socket that is still there then it is concluded that it would stay for ever.
+    void endAtOnceWhenTheServerDoes()
+    {
+        ServerConnections::endWithTheirAnswer(m_server.get());
+        QTcpSocket client;
+        QVERIFY(connectTo(client));
+        client.write(request);
+        QTRY_COMPARE(living, 1);
+        soup_server_disconnect(m_server.get());
+        serve();
+        QCOMPARE(living, 0);
+    }
+
+    void leaveSocketsWithSomeVersions()
+    {
+        QTcpSocket client;
+        QVERIFY(connectTo(client));
+        client.write(request);
+        QTRY_COMPARE(living, 1);
+        soup_server_disconnect(m_server.get());
+        serve();
+        QCOMPARE(ServerConnections::leaveSockets(), living == 1);
+        if (living == 1)
+            g_object_unref(m_last);
+        QCOMPARE(living, 0);
+    }
+
+private:
+    bool connectTo(QTcpSocket &client) const
+    {
+        client.connectToHost(QStringLiteral("127.0.0.1"), m_port);
+        return QTest::qWaitFor([&] { return client.state() == QAbstractSocket::ConnectedState; });
+    }
+    static QByteArray ask(QTcpSocket &client)
+    {
+        client.write(request);
+        QByteArray answer;
+        const bool isWhole = QTest::qWaitFor([&] {
+            answer += client.readAll();
+            return answer.endsWith("\r\n\r\nyes");
+        });
+        return isWhole ? answer : "no answer but: " + answer;
+    }
+
+    GlibHandles::Object<SoupServer> m_server;
+    GObject *m_last = nullptr; // not owned
+    quint16 m_port = 0;
+    QTimer m_turn;
+};
+
+KELVO_TEST(ServerConnectionsTest)
+#include "ServerConnectionsTest.moc"
