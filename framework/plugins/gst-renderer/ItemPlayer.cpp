@@ -300,6 +300,7 @@ void ItemPlayer::fail(KelvoError::Code code, const QString &message)
     m_video->setShown(false);
     // After an error only a pipeline that was shut down completely can be relied on.
     shutDown();
+    m_video->forgetCaps();
     Q_EMIT failed(m_item.epoch, code, message, progressed);
 }
 

@@ -129,8 +129,11 @@ GstHandles::Element VideoOutput::makeSink(bool blind)
             g_object_set(element, "autopaint-colorkey", gboolean(m_autopaint), nullptr);
     });
     const GstHandles::Pad pad(gst_element_get_static_pad(m_sink.get(), "sink"));
-    if (pad)
+    m_caps = std::make_shared<IdleCapsCache>();
+    if (pad) {
         VideoFrameTap::attach(m_tap, pad.get());
+        IdleCapsCache::attach(m_caps, pad.get());
+    }
     return GstHandles::Element(GST_ELEMENT(gst_object_ref(m_sink.get())));
 }
 
@@ -188,6 +191,12 @@ VideoFrame VideoOutput::frame() const
 void VideoOutput::forgetFrame()
 {
     m_tap->clear();
+}
+
+void VideoOutput::forgetCaps()
+{
+    if (m_caps)
+        m_caps->clear();
 }
 
 void VideoOutput::logStatistics() const

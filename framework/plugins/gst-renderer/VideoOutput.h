@@ -2,6 +2,7 @@
 #pragma once
 
 #include "GstHandles.h"
+#include "IdleCapsCache.h"
 #include "VideoFrameTap.h"
 
 #include <QObject>
@@ -41,6 +42,8 @@ public:
     /// The picture that was last given to the output; null when there is none.
     VideoFrame frame() const;
     void forgetFrame();
+    /// After a failure: what the output accepts may have changed while it was closed.
+    void forgetCaps();
     /// How many pictures were shown and how many came too late, into the log.
     void logStatistics() const;
 
@@ -58,6 +61,7 @@ private:
     const QString m_description;
     const WindowId m_windowId;
     std::shared_ptr<VideoFrameTap> m_tap;
+    std::shared_ptr<IdleCapsCache> m_caps; ///< of the sink
     std::unique_ptr<VideoWindow> m_window;
     GstHandles::Element m_sink;
     uint m_parent = 0;
