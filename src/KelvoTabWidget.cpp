@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoTabWidget.h"
 
+#include <QEvent>
 #include <QStyleOptionTab>
 #include <QTabBar>
+
+#include <utility>
 
 namespace {
 int trailingBlanks(const QString &text)
@@ -47,4 +50,20 @@ KelvoTabWidget::KelvoTabWidget(QWidget *parent)
     : QTabWidget(parent)
 {
     setTabBar(new YieldingTabBar(this));
+}
+
+// A label asks for a layout with each new text, which the label of the position has in every second, and the layout of a
+// tab widget ends in painting everything in it.
+bool KelvoTabWidget::event(QEvent *event)
+{
+    if (event->type() == QEvent::LayoutRequest && !isOtherSizeWanted())
+        return QWidget::event(event);
+    return QTabWidget::event(event);
+}
+
+bool KelvoTabWidget::isOtherSizeWanted()
+{
+    const QList<QSize> wanted
+        = {sizeHint(), minimumSizeHint(), tabBar()->sizeHint(), tabBar()->minimumSizeHint()};
+    return std::exchange(m_wantedSizes, wanted) != wanted;
 }
