@@ -22,6 +22,8 @@ class KelvoPlaylist;
 /// What every renderer does, whatever it is made of (tests/contract holds them to it):
 /// - The state goes Stopped -> Transitioning -> Playing or Paused, and back to Stopped. Each change is reported
 ///   once. Between two items of a playlist the state passes through Transitioning.
+/// - A renderer that others may have started tells what goes on again, the state as well, when it is given a window
+///   ("xid"): that is how it learns that somebody has chosen it.
 /// - play() plays the assigned playlist from its current item (the first one after assignPlaylist()); without a
 ///   playlist, the URI given last; with neither, error NothingToPlay.
 /// - playUri() and playUriWithType() replace what is playing. The assigned playlist stays assigned.

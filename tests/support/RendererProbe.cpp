@@ -7,6 +7,7 @@
 #include <QThread>
 
 #include <algorithm>
+#include <utility>
 
 namespace {
 QString nameOf(int state)
@@ -135,7 +136,8 @@ void RendererProbe::hearState(KelvoRenderer::State state)
 {
     note(nameOf(state));
     const bool skipped = m_state == KelvoRenderer::Stopped && state != KelvoRenderer::Transitioning;
-    if (state == m_state || skipped || state < KelvoRenderer::Stopped || state > KelvoRenderer::Transitioning)
+    const bool repeated = state == m_state && !std::exchange(m_sameStateExpected, false);
+    if (repeated || skipped || state < KelvoRenderer::Stopped || state > KelvoRenderer::Transitioning)
         violations.append(nameOf(m_state) + QLatin1String(" -> ") + nameOf(state));
     m_state = state;
     states.append(state);

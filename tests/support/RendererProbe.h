@@ -36,6 +36,8 @@ public:
     QVariant property(const QString &name) const;
     int metadataCount(const QString &key) const;
     QVariant metadata(const QString &key) const;
+    /// The state may be told once more although it is the same.
+    void expectSameState() { m_sameStateExpected = true; }
     /// Forgets what was heard, not the state.
     void clear();
 
@@ -72,4 +74,5 @@ private:
     float m_lastBuffering = -1;
     float m_lastScanning = -1;
     bool m_inCommand = false;
+    bool m_sameStateExpected = false;
 };

@@ -50,7 +50,7 @@ void RemoteRenderer::connectTransport()
     connect(transport, &RemoteTransport::fact, this,
         [this](quint64 epoch, const QString &key, const QList<QVariant> &values) {
             if (epoch == m_epoch && !values.isEmpty())
-                later([this, key, values] { Q_EMIT metadataChanged(key, values); });
+                takeFact({key, values});
         });
     connect(transport, &RemoteTransport::replaced, this, &RemoteRenderer::takeReplacement);
     connect(transport, &RemoteTransport::volumeReported, this, &RemoteRenderer::volumeReported);
@@ -77,6 +77,29 @@ void RemoteRenderer::setState(State state)
         setState(Transitioning);
     m_state = state;
     later([this, state] { Q_EMIT stateChanged(state); });
+}
+
+void RemoteRenderer::takeFact(const Fact &fact)
+{
+    std::erase_if(m_facts, [&fact](const Fact &known) { return known.key == fact.key; });
+    m_facts.push_back(fact);
+    tellFact(fact);
+}
+
+void RemoteRenderer::tellFact(const Fact &fact)
+{
+    later([this, fact] { Q_EMIT metadataChanged(fact.key, fact.values); });
+}
+
+/// For whoever has chosen this renderer only now: nobody knows what goes on in a player that somebody else started.
+void RemoteRenderer::tellAgain()
+{
+    if (m_state == Stopped)
+        return;
+    announceItem();
+    later([this, state = m_state] { Q_EMIT stateChanged(state); });
+    for (const Fact &fact : m_facts)
+        tellFact(fact);
 }
 
 void RemoteRenderer::reportError(KelvoError::Code code, const QString &message)

@@ -15,6 +15,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 /// A renderer over a player outside of this process.
 ///
@@ -54,11 +55,20 @@ public:
 private:
     /// What plays, or played last.
     enum class InPlay { Single, OfPlaylist, OfAnother };
+    /// Of the item in play, as metadataChanged() tells it.
+    struct Fact
+    {
+        QString key;
+        QList<QVariant> values;
+    };
 
     // Reports (RemoteRenderer.cpp)
     void connectTransport();
     void later(std::function<void()> call);
     void setState(State state);
+    void takeFact(const Fact &fact);
+    void tellFact(const Fact &fact);
+    void tellAgain();
     void reportError(KelvoError::Code code, const QString &message);
     void transportTroubled(KelvoError::Code code, const QString &message);
 
@@ -142,6 +152,7 @@ private:
 
     RemotePosition m_position;
     double m_duration = -1; ///< seconds; -1: not known
+    std::vector<Fact> m_facts; ///< each key once
     bool m_positionKnown = false;
     std::optional<uint> m_pauseAt;
     QElapsedTimer m_lastReport;

@@ -61,6 +61,7 @@ void RemoteRenderer::leaveItem()
     m_seekWhenLoaded.reset();
     m_playingSince.invalidate();
     m_duration = -1;
+    m_facts.clear();
     m_position.setRunning(false);
     m_position.moveTo(0);
     m_positionKnown = false;

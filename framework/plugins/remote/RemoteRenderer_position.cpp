@@ -68,9 +68,7 @@ void RemoteRenderer::durationReported(quint64 epoch, double seconds)
         return;
     m_duration = seconds;
     if (seconds >= 0)
-        later([this, whole = int(std::lround(seconds))] {
-            Q_EMIT metadataChanged(QStringLiteral("duration"), {whole});
-        });
+        takeFact({QStringLiteral("duration"), {int(std::lround(seconds))}});
     schedulePoll();
 }
 

@@ -23,7 +23,7 @@ std::optional<double> asNumber(const QVariant &value)
     }
 }
 
-/// What every renderer is told as soon as it is chosen, whether it has a use for a window or not.
+/// What every renderer is told, whether it has a use for a window or not.
 bool isOfTheWindow(const QString &name)
 {
     return name == KelvoRenderer::PropertyXid || name == KelvoRenderer::PropertyAutopaint
@@ -33,6 +33,8 @@ bool isOfTheWindow(const QString &name)
 
 void RemoteRenderer::setKelvoProperty(const QString &name, const QVariant &value)
 {
+    if (name == PropertyXid)
+        tellAgain(); // the window is told as soon as a renderer is chosen
     if (name == PropertyVolume)
         setVolume(value);
     else if (name == PropertyPlaybackSpeed)

@@ -12,7 +12,7 @@ def have_mpv():
     return bool(shutil.which("mpv")) and os.path.exists(_MPV_SCRIPT)
 
 
-def start_mpv(desktop):
-    """A silent one that plays nothing yet."""
+def start_mpv(desktop, *media):
+    """A silent one that plays these media, or nothing yet."""
     return desktop.start(["mpv", "--no-config", f"--script={_MPV_SCRIPT}", "--ao=null", "--vo=null", "--idle=yes",
-                          "--no-terminal"])
+                          "--no-terminal", *media])

@@ -49,6 +49,21 @@ class SessionPlayer(Scenario):
         console.wait_position(lambda at: at == 0, "is 0")
         self.assertEqual(console.dialogs(), [])
 
+    def test_what_plays_already_is_shown_when_it_is_chosen(self):
+        players.start_mpv(self.desktop, media.url("long.mp3"))
+        console = self.start(env={"KELVO_PLUGINS": "simulator,mpris.so"})
+        box = console.combos()[0]
+        until(lambda: "mpv" in box.find("list", showing=False).rows(), "the player is there", 20)
+        self.wait_property("PlaybackStatus", "Playing")
+        self.assertNotEqual(box.name(), "mpv")
+        console.wait_button("Play")
+        console.user.choose_in_combo(box, "mpv")
+        console.wait_button("Pause")
+        console.wait_position(lambda at: at >= 1, "is the player's")
+        self.assertEqual(console.times()[1], 60)
+        self.pause_and_seek(console)
+        self.assertEqual(console.dialogs(), [])
+
     def pause_and_seek(self, console):
         console.press("Pause")
         self.wait_property("PlaybackStatus", "Paused")

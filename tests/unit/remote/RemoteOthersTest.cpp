@@ -19,6 +19,9 @@ private Q_SLOTS:
     void playTakesOurPlaylistUpAgain();
     void playingWithoutAnItemIsShown();
     void previousInAnotherControllersItemBeginsItAgain();
+    void whatGoesOnIsToldToWhoeverChoosesIt();
+    void ourItemIsToldAgain();
+    void nothingIsToldOfAStoppedPlayer();
 };
 
 void RemoteOthersTest::stopElsewhereIsNoEnd()
@@ -162,6 +165,60 @@ void RemoteOthersTest::previousInAnotherControllersItemBeginsItAgain()
     QCOMPARE(m_transport->calls, QStringList{"seek 0"});
     m_renderer->next();
     QCOMPARE(m_transport->calls.constLast(), QStringLiteral("unload"));
+}
+
+void RemoteOthersTest::whatGoesOnIsToldToWhoeverChoosesIt()
+{
+    Q_EMIT m_transport->replaced(KelvoMediaInfo({}, QUrl("http://elsewhere/song")));
+    Q_EMIT m_transport->stateReported(0, Playing);
+    for (const char *title : {"First", "Second"})
+        Q_EMIT m_transport->fact(0, QStringLiteral("title"), {QString::fromLatin1(title)});
+    Q_EMIT m_transport->durationReported(0, 59.6);
+    flush();
+    m_heard->clear();
+
+    m_heard->expectSameState();
+    m_renderer->setKelvoProperty(KelvoRenderer::PropertyXid, 7U);
+    m_renderer->setKelvoProperty(KelvoRenderer::PropertyAutopaint, false);
+    flush();
+    QCOMPARE(m_heard->states, States{Playing});
+    QCOMPARE(m_heard->media.size(), 1);
+    QCOMPARE(m_heard->media.constFirst().index, -1);
+    QCOMPARE(m_heard->media.constFirst().content.url, QUrl("http://elsewhere/song"));
+    QCOMPARE(m_heard->metadata("title"), QVariant(QStringLiteral("Second")));
+    QCOMPARE(m_heard->metadata("duration"), QVariant(60));
+    QVERIFY(m_heard->errors.isEmpty());
+}
+
+void RemoteOthersTest::ourItemIsToldAgain()
+{
+    assign(3);
+    m_renderer->gotoIndex(1);
+    m_renderer->play();
+    say(Playing);
+    say(Paused);
+    flush();
+    m_heard->clear();
+    m_heard->expectSameState();
+    m_renderer->setKelvoProperty(KelvoRenderer::PropertyXid, 7U);
+    flush();
+    QCOMPARE(m_heard->states, States{Paused});
+    QCOMPARE(m_heard->media.size(), 1);
+    QCOMPARE(m_heard->media.constFirst().index, 1);
+}
+
+void RemoteOthersTest::nothingIsToldOfAStoppedPlayer()
+{
+    playing();
+    Q_EMIT m_transport->fact(m_transport->epoch(), QStringLiteral("title"), {QStringLiteral("Ours")});
+    m_renderer->stop();
+    flush();
+    m_heard->clear();
+    m_renderer->setKelvoProperty(KelvoRenderer::PropertyXid, 7U);
+    flush();
+    QCOMPARE(m_heard->states, States{});
+    QVERIFY(m_heard->media.isEmpty());
+    QVERIFY(!m_heard->metadata("title").isValid());
 }
 } // namespace
 

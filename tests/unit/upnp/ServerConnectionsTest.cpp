@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The connections that others open to a server of ours.
-#include "KelvoTestCase.h"
 #include "ServerConnections.h"
+#include "KelvoTestCase.h"
 #include "TestGroup.h"
 
 #include <QSignalSpy>
