@@ -116,7 +116,7 @@ int main(int argc, char *argv[])
     row("10,000 renderers come and go: longest event", run.longestStall(), "ms", "", 0, "at most 16 ms");
     row("- one comes, median", run.medianAdding(), "ms");
     row("- one goes, median", run.medianRemoving(), "ms");
-    row("- memory after the second round", residentKilobytes(), "kB", "after the first", run.memoryAfterFirstRound(),
-        "1");
+    row("- memory after the second round", residentKilobytes(), "kB", "after the first",
+        run.memoryAfterFirstRound(), "1");
     return 0;
 }

@@ -10,8 +10,7 @@ namespace {
 using Header = ElfW(Ehdr);
 using Segment = ElfW(Phdr);
 
-template<typename Record>
-bool readRecord(QFile &file, quint64 offset, Record &record)
+template <typename Record> bool readRecord(QFile &file, quint64 offset, Record &record)
 {
     return file.seek(qint64(offset))
         && file.read(reinterpret_cast<char *>(&record), sizeof record) == qint64(sizeof record);

@@ -53,7 +53,8 @@ void KelvoAnswer::State::call(QVariantList arguments) const
         }
         QVariant value = converted(arguments.at(i), type);
         if (!value.isValid()) {
-            qWarning("An answer for %s does not fit its parameter %d", method.methodSignature().constData(), int(i));
+            qWarning("An answer for %s does not fit its parameter %d", method.methodSignature().constData(),
+                int(i));
             return;
         }
         arguments[i] = value;

@@ -14,8 +14,7 @@
 namespace {
 /// The objects of one kind, in the order of their arrival. Uuid and name are kept beside the pointer, so that an
 /// object can still be named when its own destructor has already run.
-template<typename Object>
-class Shelf
+template <typename Object> class Shelf
 {
 public:
     struct Entry
@@ -73,8 +72,9 @@ struct KelvoRegistry::Private
 
     using Notify = void (KelvoRegistry::*)(const QString &, const QString &);
 
-    template<typename Object>
-    static bool add(KelvoRegistry *registry, Shelf<Object> &shelf, Object *object, Notify added, Notify removed)
+    template <typename Object>
+    static bool add(
+        KelvoRegistry *registry, Shelf<Object> &shelf, Object *object, Notify added, Notify removed)
     {
         if (!object || object->uuid().isEmpty()) {
             qCWarning(lcKelvo) << "Refused to register an object without a uuid:" << object;
@@ -93,7 +93,7 @@ struct KelvoRegistry::Private
         return true;
     }
 
-    template<typename Object>
+    template <typename Object>
     static bool remove(KelvoRegistry *registry, Shelf<Object> &shelf, Object *object, Notify removed)
     {
         auto entry = shelf.take(object);
@@ -106,8 +106,7 @@ struct KelvoRegistry::Private
         return true;
     }
 
-    template<typename Entry>
-    static void report(KelvoRegistry *registry, const Entry &entry, Notify removed)
+    template <typename Entry> static void report(KelvoRegistry *registry, const Entry &entry, Notify removed)
     {
         QObject::disconnect(entry.destroyed);
         Q_EMIT(registry->*removed)(entry.uuid, entry.name);
@@ -178,7 +177,8 @@ KelvoPlaylist *KelvoRegistry::findPlaylistByUuid(const QString &uuid) const
 
 bool KelvoRegistry::addRenderer(KelvoRenderer *renderer)
 {
-    return Private::add(this, d->renderers, renderer, &KelvoRegistry::rendererAdded, &KelvoRegistry::rendererRemoved);
+    return Private::add(
+        this, d->renderers, renderer, &KelvoRegistry::rendererAdded, &KelvoRegistry::rendererRemoved);
 }
 
 bool KelvoRegistry::removeRenderer(KelvoRenderer *renderer)
@@ -198,7 +198,8 @@ bool KelvoRegistry::removeSource(KelvoSource *source)
 
 bool KelvoRegistry::addPlaylist(KelvoPlaylist *playlist)
 {
-    return Private::add(this, d->playlists, playlist, &KelvoRegistry::playlistAdded, &KelvoRegistry::playlistRemoved);
+    return Private::add(
+        this, d->playlists, playlist, &KelvoRegistry::playlistAdded, &KelvoRegistry::playlistRemoved);
 }
 
 bool KelvoRegistry::removePlaylist(KelvoPlaylist *playlist)

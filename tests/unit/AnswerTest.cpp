@@ -88,7 +88,8 @@ private Q_SLOTS:
         Receiver receiver;
         LogRecorder log;
         KelvoAnswer(&receiver, "position(uint)").deliver({QStringList{"no", "number"}});
-        QTRY_COMPARE(log.warnings(), QStringList("An answer for position(uint) does not fit its parameter 0"));
+        QTRY_COMPARE(
+            log.warnings(), QStringList("An answer for position(uint) does not fit its parameter 0"));
         KelvoAnswer(&receiver, "position(uint)").deliver({});
         QCOMPARE(log.warnings().last(), "An answer for position(uint) has 0 values");
         QVERIFY(receiver.calls.isEmpty());

@@ -2,8 +2,8 @@
 #include "KelvoMainWindow.h"
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
-#include "platform/QInputContext.h"
 #include "TestGroup.h"
+#include "platform/QInputContext.h"
 
 #include <QCoreApplication>
 #include <QLineEdit>

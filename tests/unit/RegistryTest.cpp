@@ -10,8 +10,7 @@
 
 namespace {
 /// The registry's operations for one kind of object, so that each test runs for all three.
-template<typename Object, auto add, auto remove, auto find, auto list, auto added, auto removed>
-struct Kind
+template <typename Object, auto add, auto remove, auto find, auto list, auto added, auto removed> struct Kind
 {
     static constexpr auto addOne = add;
     static constexpr auto removeOne = remove;
@@ -23,8 +22,8 @@ struct Kind
 };
 
 using R = KelvoRegistry;
-using Renderers = Kind<MinimalRenderer, &R::addRenderer, &R::removeRenderer, &R::findRendererByUuid, &R::renderers,
-    &R::rendererAdded, &R::rendererRemoved>;
+using Renderers = Kind<MinimalRenderer, &R::addRenderer, &R::removeRenderer, &R::findRendererByUuid,
+    &R::renderers, &R::rendererAdded, &R::rendererRemoved>;
 using Sources = Kind<MinimalSource, &R::addSource, &R::removeSource, &R::findSourceByUuid, &R::sources,
     &R::sourceAdded, &R::sourceRemoved>;
 using Playlists = Kind<MinimalPlaylist, &R::addPlaylist, &R::removePlaylist, &R::findPlaylistByUuid,
@@ -32,8 +31,7 @@ using Playlists = Kind<MinimalPlaylist, &R::addPlaylist, &R::removePlaylist, &R:
 
 const QVariantList firstReport{QString("u1"), QString("One")};
 
-template<typename K>
-void addAndRemove()
+template <typename K> void addAndRemove()
 {
     KelvoRegistry registry;
     typename K::Type one("u1", "One");
@@ -63,8 +61,7 @@ void addAndRemove()
     QCOMPARE((registry.*K::all)().first(), &two);
 }
 
-template<typename K>
-void refusals()
+template <typename K> void refusals()
 {
     KelvoRegistry registry;
     typename K::Type one("u1", "One");
@@ -88,8 +85,7 @@ void refusals()
     QVERIFY(!(registry.*K::findOne)(QString()));
 }
 
-template<typename K>
-void takenOutByDestruction()
+template <typename K> void takenOutByDestruction()
 {
     KelvoRegistry registry;
     QSignalSpy removed(&registry, K::removedSignal);
@@ -103,8 +99,7 @@ void takenOutByDestruction()
     QVERIFY(!(registry.*K::findOne)("u1"));
 }
 
-template<typename K>
-void removedAndDeleted()
+template <typename K> void removedAndDeleted()
 {
     KelvoRegistry registry;
     QSignalSpy removed(&registry, K::removedSignal);

@@ -156,9 +156,9 @@ void RemoteRenderer::schedulePoll()
     }
     const qint64 sincePoll = m_lastPoll.isValid() ? m_lastPoll.elapsed() : PollInterval;
     if (settles)
-        m_pollTimer.start(int(m_seekArrived
-                ? SeekTime - m_lastSeek.elapsed() + 1
-                : std::min(SettleInterval, PausedSeekTime - m_lastSeek.elapsed() + 1)));
+        m_pollTimer.start(
+            int(m_seekArrived ? SeekTime - m_lastSeek.elapsed() + 1
+                              : std::min(SettleInterval, PausedSeekTime - m_lastSeek.elapsed() + 1)));
     else if (isPositionWanted())
         m_pollTimer.start(int(std::max<qint64>(0, PollInterval - sincePoll)));
     else if (m_duration > 0 && m_position.rate() > 0)

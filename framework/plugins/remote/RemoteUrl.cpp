@@ -13,8 +13,8 @@ bool RemoteUrl::isWeb(const QUrl &url)
 bool RemoteUrl::isMedia(const QUrl &url)
 {
     // Not those that players may have, because players have schemes of their own for what only they can play.
-    static const QSet<QString> unfit = {QStringLiteral("about"), QStringLiteral("blob"),
-        QStringLiteral("data"), QStringLiteral("javascript"), QStringLiteral("vbscript"),
-        QStringLiteral("view-source")};
+    static const QSet<QString> unfit
+        = {QStringLiteral("about"), QStringLiteral("blob"), QStringLiteral("data"),
+            QStringLiteral("javascript"), QStringLiteral("vbscript"), QStringLiteral("view-source")};
     return url.isValid() && !url.isRelative() && !unfit.contains(url.scheme());
 }

@@ -78,8 +78,7 @@ void UpnpPlugin::addSource(const Upnp::Description &device)
 void UpnpPlugin::addRenderer(const Upnp::Description &device)
 {
     const QString udn = device.key.udn;
-    auto transport
-        = std::make_unique<UpnpTransport>(m_network->link(device), UpnpTransport::Patience());
+    auto transport = std::make_unique<UpnpTransport>(m_network->link(device), UpnpTransport::Patience());
     const auto [renderer, isNew]
         = m_renderers.emplace(udn, std::make_unique<RemoteRenderer>(std::move(transport), udn, device.name));
     if (isNew && !m_registry->addRenderer(renderer->second.get()))

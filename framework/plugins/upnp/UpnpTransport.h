@@ -11,7 +11,6 @@
 #include <memory>
 #include <optional>
 
-
 /// A media renderer of the network, driven by AVTransport and RenderingControl.
 ///
 /// What is wanted of the device is kept as wishes, of each kind only the newest, and granted one after the other:

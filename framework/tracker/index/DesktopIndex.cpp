@@ -12,7 +12,21 @@
 
 namespace {
 // The columns that the three queries share, then those of songs.
-enum Column { Url, Size, Modified, Title, Length, MimeType, Track, Artist, Album, AlbumArtist, Genre, Year, Disc };
+enum Column {
+    Url,
+    Size,
+    Modified,
+    Title,
+    Length,
+    MimeType,
+    Track,
+    Artist,
+    Album,
+    AlbumArtist,
+    Genre,
+    Year,
+    Disc
+};
 
 QString textAt(const StoreCursor &cursor, int column)
 {

@@ -128,7 +128,8 @@ std::vector<std::pair<QByteArray, KnownFile>> StoreWriter::readKnown(StoreError 
             // Each graph is a file of its own, and the names of resources are in yet another: when the power goes in
             // the wrong moment they can differ.
             if (!cursor.text(0)) {
-                *error = {StoreError::Damaged, QStringLiteral("The tracker store is damaged: a song has no name")};
+                *error = {
+                    StoreError::Damaged, QStringLiteral("The tracker store is damaged: a song has no name")};
                 return {};
             }
             const QByteArray path = FileUri::toPath(cursor.text(1));

@@ -140,7 +140,8 @@ QByteArray StoreFolder::identity(const QString &folder)
     for (const QString &name : names) {
         struct stat file = {};
         if (::stat(QFile::encodeName(files.filePath(name)).constData(), &file) == 0)
-            result += QByteArray::number(quint64(file.st_dev)) + ':' + QByteArray::number(quint64(file.st_ino)) + ' ';
+            result += QByteArray::number(quint64(file.st_dev)) + ':'
+                + QByteArray::number(quint64(file.st_ino)) + ' ';
     }
     return result;
 }

@@ -34,9 +34,11 @@ int main(int argc, char *argv[])
     die(error);
     const TrackerEndpointDBus *endpoint = tracker_endpoint_dbus_new(store, bus, nullptr, nullptr, &error);
     die(error);
-    const auto owned = +[](GDBusConnection *, const char *, gpointer) { std::cout << "ready" << std::endl; };
-    g_bus_own_name_on_connection(
-        bus, "org.freedesktop.Tracker3.Miner.Files", G_BUS_NAME_OWNER_FLAGS_NONE, owned, nullptr, nullptr, nullptr);
+    const auto owned = +[](GDBusConnection *, const char *, gpointer) {
+        std::cout << "ready" << std::endl;
+    };
+    g_bus_own_name_on_connection(bus, "org.freedesktop.Tracker3.Miner.Files", G_BUS_NAME_OWNER_FLAGS_NONE,
+        owned, nullptr, nullptr, nullptr);
     std::thread([store] {
         for (std::string line; std::getline(std::cin, line);) {
             GError *failure = nullptr;
