@@ -3,6 +3,10 @@
 #include "SourceControllerCase.h"
 #include "TestGroup.h"
 
+#include <QDialogButtonBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QSpinBox>
 #include <QStandardItemModel>
 
 // Queries, and what is done with their results.

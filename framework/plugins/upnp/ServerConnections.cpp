@@ -74,14 +74,23 @@ void watchSocket(SoupServer *, SoupServerMessage *message, GSocket **socket)
     g_object_add_weak_pointer(G_OBJECT(*socket), reinterpret_cast<void **>(socket));
 }
 
-GlibHandles::Object<GSocketConnection> ask(SoupServer *server)
+guint16 portOf(SoupServer *server)
 {
-    const GlibHandles::Object<GSocketClient> client(g_socket_client_new());
     GSList *addresses = soup_server_get_uris(server);
     const int port = addresses ? g_uri_get_port(static_cast<GUri *>(addresses->data)) : 0;
     g_slist_free_full(addresses, GDestroyNotify(g_uri_unref));
+    return guint16(port);
+}
+
+GlibHandles::Object<GSocketConnection> ask(SoupServer *server)
+{
+    const GlibHandles::Object<GSocketAddress> address(
+        g_inet_socket_address_new_from_string("127.0.0.1", portOf(server)));
+    const GlibHandles::Object<GSocketClient> client(g_socket_client_new());
+    g_socket_client_set_enable_proxy(client.get(), FALSE); // nobody is to be asked for one
+    g_socket_client_set_timeout(client.get(), 1);
     GlibHandles::Object<GSocketConnection> connection(
-        g_socket_client_connect_to_host(client.get(), "127.0.0.1", guint16(port), nullptr, nullptr));
+        g_socket_client_connect(client.get(), G_SOCKET_CONNECTABLE(address.get()), nullptr, nullptr));
     if (connection)
         g_output_stream_write_all(g_io_stream_get_output_stream(G_IO_STREAM(connection.get())),
             request.data(), request.size(), nullptr, nullptr, nullptr);

@@ -64,6 +64,33 @@ class SessionPlayer(Scenario):
         self.pause_and_seek(console)
         self.assertEqual(console.dialogs(), [])
 
+    def test_it_is_killed_while_its_volume_is_adjusted(self):
+        player = players.start_mpv(self.desktop, media.url("long.mp3"))
+        console = self.start_console()
+        box = console.combos()[0]
+        console.wait_button("Pause")
+        console.menu("Renderers", "Volume...", wait=False)
+        dialog = console.dialog("dialog", "Adjust volume")
+        player.kill()
+        until(lambda: not box.find("list", showing=False).rows(), "the player leaves the list")
+        for button in ("Volume down", "Volume up"):
+            console.user.click(dialog.wait_find("push button", button))
+        console.user.key("Escape")
+        until(lambda: not console.dialogs(), "the dialog closes")
+        for button in ("Stop", "Next", "Seek >"):
+            console.press(button)
+        players.start_mpv(self.desktop)
+        until(lambda: box.find("list", showing=False).rows() == ["mpv"], "a new player is listed", 20)
+        self.choose(console, "mpv")
+        console.play_uri(media.url("long.mp3"))
+        console.wait_button("Pause", 20)
+        console.wait_position(lambda at: at >= 1, "has begun to move")
+        self.assertEqual(console.dialogs(), [])
+
+    def choose(self, console, name):
+        console.user.choose_in_combo(console.combos()[0], name)
+        console.log.wait_for("KelvoRendererController::rendererChanged")
+
     def pause_and_seek(self, console):
         console.press("Pause")
         self.wait_property("PlaybackStatus", "Paused")
