@@ -8,6 +8,7 @@ import signal
 import subprocess
 import threading
 import time
+from pathlib import Path
 
 from .waiting import until
 
@@ -36,6 +37,28 @@ def end(process, limit=3.0):
     except subprocess.TimeoutExpired:
         process.kill()
         process.wait(5)
+
+
+def stacks(process):
+    """Where each thread of a child is, as gdb tells it; empty without gdb."""
+    command = ["gdb", "-q", "-batch", "-ex", "thread apply all backtrace 30", "-p", str(process.pid)]
+    try:
+        return subprocess.run(command, stdin=subprocess.DEVNULL, capture_output=True, text=True, errors="replace",
+                              timeout=60, check=False).stdout
+    except (FileNotFoundError, subprocess.TimeoutExpired):
+        return ""
+
+
+def threads(process):
+    """What each thread of a child is called and waits for in the kernel, as text."""
+    lines = []
+    for task in sorted(Path(f"/proc/{process.pid}/task").glob("*")):
+        try:
+            place = (task / 'wchan').read_text()
+            lines.append(f"    {(task / 'comm').read_text().strip()}: {'runs' if place in ('', '0') else place}")
+        except OSError:  # it has just ended
+            continue
+    return "\n".join(lines)
 
 
 def strays(variable, value):

@@ -12,6 +12,7 @@ from pathlib import Path
 from . import media
 from .console import Console
 from .desktop import Desktop
+from .process import stacks, threads
 from .screen import Screen
 from .webserver import WebServer
 
@@ -87,8 +88,11 @@ class Scenario(unittest.TestCase):
             Screen(self.desktop).shoot(self.output(".png"))
         except (RuntimeError, AttributeError) as error:
             print(f"no screenshot: {error}", file=sys.stderr)
-        for console in self.consoles:
+        for number, console in enumerate(self.consoles):
             print(console.log.tail(40), file=sys.stderr)
+            if console.process.poll() is None:
+                print(f"its threads:\n{threads(console.process)}", file=sys.stderr)
+                self.output(f".{number}.stacks").write_text(stacks(console.process))
 
 
 class _Result(unittest.TextTestResult):
