@@ -30,8 +30,13 @@ void ItemPlayer::setFrameOnPause(bool wanted)
 void ItemPlayer::redrawPaused()
 {
     const bool stands = m_phase == Phase::Loaded && !m_pipelinePlaying && !m_playingAsked;
-    if (!stands || m_seekInFlight || !m_pipeline->hasVideo() || !m_pipeline->isSeekable())
+    if (!stands || !m_pipeline->hasVideo() || !m_pipeline->isSeekable())
         return;
+    if (m_seekInFlight) {
+        // Its picture may have been made before the window had its new size.
+        m_redrawTimer->start();
+        return;
+    }
     m_rateWanted = true;
     issueSeek();
 }
