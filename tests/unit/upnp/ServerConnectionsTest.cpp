@@ -98,23 +98,13 @@ private Q_SLOTS:
     void endAtOnceWhenTheServerDoes()
     {
         ServerConnections::endWithTheirAnswer(m_server.get());
-        QTcpSocket client;
-        QVERIFY(connectTo(client));
-        client.write(request);
-        QTRY_COMPARE(living, 1);
-        soup_server_disconnect(m_server.get());
-        serve();
+        endServerWithRequestUnderWay();
         QCOMPARE(living, 0);
     }
 
     void leaveSocketsWithSomeVersions()
     {
-        QTcpSocket client;
-        QVERIFY(connectTo(client));
-        client.write(request);
-        QTRY_COMPARE(living, 1);
-        soup_server_disconnect(m_server.get());
-        serve();
+        endServerWithRequestUnderWay();
         QCOMPARE(ServerConnections::leaveSockets(), living == 1);
         if (living == 1)
             g_object_unref(m_last);
@@ -122,6 +112,15 @@ private Q_SLOTS:
     }
 
 private:
+    void endServerWithRequestUnderWay()
+    {
+        QTcpSocket client;
+        QVERIFY(connectTo(client));
+        client.write(request);
+        QTRY_COMPARE(living, 1);
+        soup_server_disconnect(m_server.get());
+        serve();
+    }
     bool connectTo(QTcpSocket &client) const
     {
         client.connectToHost(QStringLiteral("127.0.0.1"), m_port);
