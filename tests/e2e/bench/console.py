@@ -2,13 +2,11 @@
 """The console as a user sees it: its window, buttons, menus and displays."""
 
 import re
-import sys
 import time
 
 from . import atspi, user
-from .process import threads
 from .screen import Screen
-from .waiting import TimedOut, until
+from .waiting import until
 
 MUSIC, VIDEO, IMAGES, BROWSE, QUERY = "Play music", "Play video", "Show images", "Browse content", "Query"
 TABS = (MUSIC, VIDEO, IMAGES, BROWSE, QUERY)
@@ -149,21 +147,11 @@ class Console:
 
     def wait_exit(self, limit=10.0):
         """Exit code, once the process has ended and its log is complete."""
-        until(self._has_ended, lambda: f"the program ends\n{self.log.tail()}", limit, 0.01)
+        until(lambda: self.process.poll() is not None, lambda: f"the program ends\n{self.log.tail()}", limit, 0.01)
         self.ended_at = time.monotonic()
         self.log.finish()
         return self.process.returncode
 
-    def _has_ended(self):
-        return self.process.poll() is not None
-
     def close(self, limit=10.0):
         self.user.close_window()
-        try:
-            until(self._has_ended, "the program ends", limit / 2)
-        except TimedOut:
-            # On a busy machine a key sometimes does not reach the window manager. A program that hangs stays.
-            print(f"closing once more; its threads:\n{threads(self.process)}", file=sys.stderr)
-            if self.user.sees_window():
-                self.user.close_window()
         return self.wait_exit(limit)

@@ -100,9 +100,6 @@ class Input:
         """Id of this program's visible window with that title; another program may have one of the same title."""
         return until(lambda: self._search(title), f"a window titled {title}", 10)
 
-    def sees_window(self, title="^KELVO test-GUI$"):
-        return bool(self._search(title))
-
     def _search(self, title):
         try:
             return self._xdotool("search", "--all", "--onlyvisible", "--pid", self._tree.pid, "--name", title).split()[0]

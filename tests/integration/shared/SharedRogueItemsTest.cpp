@@ -26,7 +26,7 @@ uint countOf(const QDBusMessage &call)
 }
 } // namespace
 
-// A playlist of another process whose items come in wrong ways. Waits are cut to a second by the environment.
+// A playlist of another process whose items come in wrong ways. Waits are cut to 400 ms by the environment.
 class SharedRogueItemsTest : public KelvoTestCase
 {
     Q_OBJECT
