@@ -8,8 +8,8 @@
 /// What a renderer's media change is about: the item that now plays.
 struct KelvoContent
 {
-    QString
-        uuid; ///< item uuid within its playlist (KelvoMediaInfo::uuid()); empty for media without a playlist
+    /// Item uuid within its playlist (KelvoMediaInfo::uuid()); empty for media without a playlist
+    QString uuid;
     QUrl url;
     QString mimeType; ///< IANA media type, empty when not known
 };
