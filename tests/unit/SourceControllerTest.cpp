@@ -81,6 +81,27 @@ private Q_SLOTS:
         QCOMPARE(chooseSources({}, ModalCloser::Reject), QList<bool>({false, true, true}));
     }
 
+    void anAcceptedChoiceReplacesTheFormerOne()
+    {
+        chooseSources({true, false, true}, ModalCloser::Accept);
+        chooseSources({false, true, false}, ModalCloser::Accept);
+        QCOMPARE(chooseSources({}, ModalCloser::Reject), QList<bool>({false, true, false}));
+    }
+
+    /// The window tells the boxes as they stand, whatever the answer: dropping them is the controller's decision.
+    void theWindowTellsTheBoxesOfACancelledDialogToo()
+    {
+        ModalCloser closer(ModalCloser::Reject);
+        closer.whenOpen = [](QWidget *dialog) {
+            const QList<QCheckBox *> boxes = dialog->findChildren<QCheckBox *>();
+            boxes.at(0)->setChecked(false);
+            boxes.at(2)->setChecked(true);
+        };
+        QList<bool> flags{true, true, false};
+        QVERIFY(!m_console->window()->showSelectSourcesDialog(KelvoRegistry::instance()->sources(), flags));
+        QCOMPARE(flags, QList<bool>({false, true, true}));
+    }
+
     void cancellingDropsTheEarlierChoice()
     {
         chooseSources({true, false, true}, ModalCloser::Accept);
