@@ -174,11 +174,13 @@ private Q_SLOTS:
         closer.whenOpen = [](QWidget *dialog) {
             dialog->findChild<QComboBox *>("m_sourceCombo")->setCurrentIndex(2);
             dialog->findChild<QPushButton *>("m_signInButton")->click();
+            dialog->findChild<QPushButton *>("m_signOutButton")->click();
         };
         m_third->takeCalls();
         m_controller->showSourceProperties();
-        QCOMPARE(
-            m_third->takeCalls(), requests(propertyKeys) + QStringList("setKelvoProperty(signIn,bool,true)"));
+        QCOMPARE(m_third->takeCalls(),
+            requests(propertyKeys)
+                + QStringList({"setKelvoProperty(signIn,bool,true)", "setKelvoProperty(signIn,bool,false)"}));
         // The emptied list, its new first entry and the choice above.
         QCOMPARE(log.count("KelvoSourceController::invokeGetProperties"), 3);
     }
