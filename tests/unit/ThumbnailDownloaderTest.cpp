@@ -81,8 +81,10 @@ private Q_SLOTS:
         QCOMPARE(log.lines(),
             QStringList(
                 "KelvoThumbnailDownloader::download, file \"" + m_server->url("/a.png").toString() + '"'));
+        log.clear();
         QTRY_COMPARE(m_finished->count(), 1);
         QCOMPARE(result(), picture);
+        QCOMPARE(log.lines(), QStringList("KelvoThumbnailDownloader::requestFinished"));
     }
 
     void downloadsFinishInTheirOwnOrder()
