@@ -4,6 +4,7 @@
 #include "LogRecorder.h"
 #include "TestGroup.h"
 
+#include <QTemporaryFile>
 #include <QTest>
 #include <QTextStream>
 
@@ -42,6 +43,23 @@ private Q_SLOTS:
         KelvoMessageHandler::initKelvoLogging(true, nullptr);
         qDebug() << "three";
         QCOMPARE(text, "one\nkelvo: two\n");
+    }
+
+    /// Who reads the copy while the program runs, or after it has crashed, misses nothing.
+    void eachLineIsInTheFileAtOnce()
+    {
+        QTemporaryFile file;
+        QVERIFY(file.open());
+        QTextStream stream(&file);
+        KelvoMessageHandler::initKelvoLogging(true, &stream);
+        const auto written = [&] {
+            QFile reader(file.fileName());
+            return reader.open(QIODevice::ReadOnly) ? reader.readAll() : QByteArray();
+        };
+        qDebug() << "one";
+        QCOMPARE(written(), QByteArray("one\n"));
+        qCWarning(lcKelvo) << "two";
+        QCOMPARE(written(), QByteArray("one\nkelvo: two\n"));
     }
 };
 
