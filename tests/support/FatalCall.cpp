@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "FatalCall.h"
 
+#include <QRegularExpression>
 #include <QtGlobal>
 
 #include <array>
@@ -57,4 +58,12 @@ QString fatalMessage(const std::function<void()> &call)
     int status = 0;
     const bool ended = copy > 0 && waitpid(copy, &status, 0) == copy;
     return ended && WIFSIGNALED(status) && WTERMSIG(status) == SIGABRT ? QString::fromUtf8(text) : QString();
+}
+
+bool isAssertion(const QString &message, const QString &condition, const QString &file)
+{
+    const QString expected
+        = QStringLiteral("^ASSERT: \"%1\" in file %2\\w*\\.cpp, line \\d+$")
+              .arg(QRegularExpression::escape(condition), QRegularExpression::escape(file));
+    return QRegularExpression(expected).match(message).hasMatch();
 }

@@ -221,6 +221,14 @@ private Q_SLOTS:
         QCOMPARE(metadata(), QString());
     }
 
+    void eachReportOfNoMediaClears()
+    {
+        Q_EMIT m_renderer->mediaChanged(-1, KelvoContent());
+        m_console->window()->showMetadata("title", "x");
+        Q_EMIT m_renderer->mediaChanged(-1, KelvoContent());
+        QCOMPARE(metadata(), QString());
+    }
+
     void mediaChangeWithoutACurrentPlaylist()
     {
         m_playlist.reset();
@@ -361,9 +369,8 @@ private Q_SLOTS:
             Q_EMIT m_renderer->kelvoPropertyChanged(
                 KelvoRenderer::KELVO_RENDERER_PROPERTY_POLICY_OVERRIDE, "true");
         });
-        QVERIFY2(
-            policy.startsWith("ASSERT: \"value.type() == QVariant::Bool\" in file "), qPrintable(policy));
-        QVERIFY2(policy.contains("src/KelvoRendererController"), qPrintable(policy));
+        QVERIFY2(isAssertion(policy, "value.type() == QVariant::Bool", "src/KelvoRendererController"),
+            qPrintable(policy));
         const QString metadata
             = fatalMessage([this] { Q_EMIT m_renderer->metadataChanged("title", QList<QVariant>()); });
         QVERIFY2(metadata.contains("QList::at: \"index out of range\""), qPrintable(metadata));

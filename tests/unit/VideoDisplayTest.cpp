@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "ConsoleFixture.h"
+#include "FatalCall.h"
 #include "KelvoFullScreenVideoWidget.h"
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
@@ -146,6 +147,13 @@ private Q_SLOTS:
         QVERIFY(!FullScreenWindow::surface()->isVisible());
         QVERIFY(m_window->updatesEnabled());
         QCOMPARE(m_window->getVideoXID(), uint(m_window->findChild<QWidget *>("tab_video")->winId()));
+    }
+
+    void leavingFullScreenOutsideOfItIsFatal()
+    {
+        const QString message
+            = fatalMessage([this] { QMetaObject::invokeMethod(m_window, "hideFullScreenVideo"); });
+        QVERIFY2(isAssertion(message, "m_videoFullScreen", "src/KelvoMainWindow"), qPrintable(message));
     }
 
     void fullScreenWidgetIsBlackAndBare()
