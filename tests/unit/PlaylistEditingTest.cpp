@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ConsoleFixture.h"
 #include "FakePlaylist.h"
+#include "FatalCall.h"
 #include "KelvoGeneralSourcePlaylist.h"
 #include "KelvoPlaylistController.h"
 #include "KelvoShared.h"
@@ -52,7 +53,7 @@ private Q_SLOTS:
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     }
 
-    void command_data()
+    static void commandsOnAPlaylist()
     {
         QTest::addColumn<Command>("command");
         QTest::addColumn<QString>("line");
@@ -77,8 +78,13 @@ private Q_SLOTS:
         row("load", &C::showLoadPlaylistDialog, "KelvoPlaylistController::showLoadPlaylistDialog", {});
         row("delete from tracker", &C::deletePersistentPlaylist,
             "void KelvoPlaylistController::deletePersistentPlaylist()", {});
-        row("from results", &C::createNewModelPlaylist, "KelvoPlaylistController::createNewModelPlaylist",
-            {});
+    }
+
+    void command_data()
+    {
+        commandsOnAPlaylist();
+        QTest::newRow("from results") << Command(&KelvoPlaylistController::createNewModelPlaylist)
+                                      << "KelvoPlaylistController::createNewModelPlaylist" << QStringList();
     }
 
     void command()
@@ -92,17 +98,20 @@ private Q_SLOTS:
         QCOMPARE(m_playlist->takeCalls(), calls);
     }
 
-    void withoutAPlaylistOnlyTheLogLine_data() { command_data(); }
+    void withoutAPlaylistOnlyTheLogLine_data() { commandsOnAPlaylist(); }
 
     void withoutAPlaylistOnlyTheLogLine()
     {
         QFETCH(Command, command);
         QFETCH(QString, line);
         m_controller->playlistChanged("unknown");
+        m_playlist->takeCalls();
         LogRecorder log;
+        const ModalCloser closer;
         command(*m_controller);
-        QCOMPARE(log.lines().mid(0, 1).join(QString()), line);
+        QCOMPARE(log.lines(), line.isEmpty() ? QStringList() : QStringList(line));
         QCOMPARE(m_playlist->takeCalls(), QStringList());
+        QCOMPARE(closer.seen(), QStringList());
     }
 
     void deleteWithdrawsAPublishedPlaylist()
@@ -409,6 +418,16 @@ private Q_SLOTS:
             = m_console->find<QDialog>("PlayUriDialog")->findChild<QListWidget *>("m_playlistView");
         QCOMPARE(list->count(), 1);
         QCOMPARE(list->item(0)->text(), QStringLiteral("file:///a"));
+    }
+
+    void uriAnswersWithoutAValueAreFatal()
+    {
+        const QString message = fatalMessage([this] {
+            QMetaObject::invokeMethod(m_controller, "getUriCallback", Q_ARG(uint, 1),
+                Q_ARG(QStringList, QStringList("key")), Q_ARG(QStringList, QStringList()));
+        });
+        QVERIFY2(isAssertion(message, "!metaValues.isEmpty()", "src/KelvoPlaylistController"),
+            qPrintable(message));
     }
 
     void uriErrorsAreWarned()
