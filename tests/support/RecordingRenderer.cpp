@@ -53,6 +53,8 @@ void RecordingRenderer::rename(const QString &name)
 void RecordingRenderer::record(const QString &command, const QStringList &arguments)
 {
     m_calls.append(command + QLatin1Char('(') + arguments.join(QLatin1Char(',')) + QLatin1Char(')'));
+    if (onCall)
+        onCall();
 }
 
 QString RecordingRenderer::uuid() const

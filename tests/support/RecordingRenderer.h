@@ -17,6 +17,8 @@ public:
     /// "kelvoProperty(volume)"; cleared when taken.
     QStringList takeCalls();
     const QStringList &calls() const { return m_calls; }
+    /// Called with each command, once it is recorded.
+    std::function<void()> onCall;
     KelvoPlaylist *assigned() const { return m_assigned; }
 
     /// Answers the oldest request of that kind that was not answered yet; false when there is none.
