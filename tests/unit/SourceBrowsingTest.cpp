@@ -15,12 +15,11 @@ private Q_SLOTS:
         click("m_browse_executeButton");
         QCOMPARE(log.lines(),
             QStringList({"KelvoSourceController::executeBrowse", "KelvoBrowseController::isOngoing false",
-                            "KelvoMainWindow::selectedBrowseResultItemIndex",
-                            "KelvoMainWindow::browseResultCount", "KelvoMainWindow::setBrowseButtonsEnabled",
-                            "QAbstractItemModel* KelvoBrowseController::browse(QList<KelvoSource*>)",
-                            "KelvoMainWindow::showBrowseResults", "KelvoMainWindow::updateBrowseResultLabel",
-                            "KelvoMainWindow::setBrowseButtonsEnabled"})
-                .mid(0, log.lines().size()));
+                "KelvoMainWindow::selectedBrowseResultItemIndex", "KelvoMainWindow::browseResultCount",
+                "KelvoMainWindow::setBrowseButtonsEnabled",
+                "QAbstractItemModel* KelvoBrowseController::browse(QList<KelvoSource*>)",
+                "KelvoMainWindow::showBrowseResults", "KelvoMainWindow::updateBrowseResultLabel",
+                "KelvoMainWindow::setBrowseButtonsEnabled"}));
         QCOMPARE(find<QListView>("m_browse_resultsView")->model(), nullptr);
         QCOMPARE(find<QLabel>("m_browse_resultsLabel")->text(), QStringLiteral("0 results"));
         QVERIFY(find<QToolButton>("m_browse_executeButton")->isEnabled());
