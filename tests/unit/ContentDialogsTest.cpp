@@ -205,10 +205,15 @@ private Q_SLOTS:
 
     void noSourcesLeaveTheBoxEmpty()
     {
+        const Sources sources = makeSources(3);
         KelvoSourceDialog dialog(nullptr);
+        dialog.setSources(list(sources), QList<bool>(3, true));
+        QCOMPARE(dialog.findChildren<QCheckBox *>().size(), 3);
         dialog.setSources({}, {});
         QCOMPARE(dialog.findChildren<QCheckBox *>().size(), 0);
+        QCOMPARE(dialog.findChild<QGroupBox *>("m_groupBox")->layout()->count(), 0);
         QCOMPARE(dialog.selectedSources(), QList<bool>());
+        QCOMPARE(dialog.selectedSourceNames(), QStringList());
     }
 
     void sourceDialogAnswers()
