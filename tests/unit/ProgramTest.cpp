@@ -49,6 +49,27 @@ private Q_SLOTS:
         QCOMPARE(log.filter("ERROR: ").size(), 0); // of the sanitizers
     }
 
+    void theArgumentIsPlayedAsAPlaylistWhateverItNames_data()
+    {
+        QTest::addColumn<QString>("url");
+        QTest::newRow("playlist") << "http://h/list.pls";
+        QTest::newRow("another kind of playlist") << "http://h/list.m3u";
+        QTest::newRow("song") << "file:///music/song.ogg";
+    }
+
+    void theArgumentIsPlayedAsAPlaylistWhateverItNames()
+    {
+        QFETCH(QString, url);
+        QProcess program;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("KELVO_PLUGIN_PATH", environment.value("KELVO_TEST_PLUGIN_DIR"));
+        environment.insert("KELVO_PLUGINS", "start-renderer");
+        program.setProcessEnvironment(environment);
+        const QStringList log = logOfStart(program, {url});
+        QCOMPARE(log.filter("start renderer plays"),
+            QStringList(QStringLiteral("start renderer plays %1 as audio/x-scpls").arg(url)));
+    }
+
     void readOnlyHomeDoesNotMatter()
     {
         QProcess program;
