@@ -61,20 +61,37 @@ HttpTestServer::Resource FakeUpnpDevice::describe() const
     return resource;
 }
 
+/// What announcements and answers to searches have in common.
+QByteArray FakeUpnpDevice::identity() const
+{
+    QByteArray lines = "CACHE-CONTROL: max-age=" + QByteArray::number(maxAge)
+        + "\r\nSERVER: test UPnP/1.1 test\r\nLOCATION: " + m_server.url(m_path).toEncoded()
+        + "\r\nUSN: " + udn + "::" + target() + "\r\n";
+    if (!bootId.isEmpty())
+        lines += "BOOTID.UPNP.ORG: " + bootId + "\r\n";
+    if (!configId.isEmpty())
+        lines += "CONFIGID.UPNP.ORG: " + configId + "\r\n";
+    return lines;
+}
+
 void FakeUpnpDevice::announce(const QByteArray &news)
 {
-    const QByteArray target = "urn:schemas-upnp-org:device:" + type + ":1";
-    QByteArray message = "NOTIFY * HTTP/1.1\r\nHOST: 239.255.255.250:1900\r\nCACHE-CONTROL: max-age=1800\r\n"
-                         "SERVER: test UPnP/1.1 test\r\nNTS: ssdp:"
-        + news + "\r\nLOCATION: " + m_server.url(m_path).toEncoded() + "\r\nNT: " + target + "\r\nUSN: " + udn
-        + "::" + target + "\r\n";
-    if (!bootId.isEmpty())
-        message += "BOOTID.UPNP.ORG: " + bootId + "\r\n";
+    QByteArray message = "NOTIFY * HTTP/1.1\r\nHOST: 239.255.255.250:1900\r\nNTS: ssdp:" + news
+        + "\r\nNT: " + target() + "\r\n" + identity();
     if (!bootId.isEmpty() && news == "update")
         message += "NEXTBOOTID.UPNP.ORG: " + QByteArray::number(bootId.toInt() + 1) + "\r\n";
-    if (!configId.isEmpty())
-        message += "CONFIGID.UPNP.ORG: " + configId + "\r\n";
     m_socket.writeDatagram(message + "\r\n", QHostAddress(QStringLiteral("239.255.255.250")), 1900);
+}
+
+void FakeUpnpDevice::answerSearches()
+{
+    m_searches = std::make_unique<SearchListener>();
+    connect(m_searches.get(), &SearchListener::searched, this,
+        [this](const QByteArray &searched, const QHostAddress &from, quint16 port) {
+            if (searched == type)
+                m_searches->answer(
+                    "HTTP/1.1 200 OK\r\nEXT:\r\nST: " + target() + "\r\n" + identity() + "\r\n", from, port);
+        });
 }
 
 int FakeUpnpDevice::requests(const QByteArray &path) const

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "HttpTestServer.h"
+#include "SearchListener.h"
 
 #include <QByteArray>
 #include <QHash>
@@ -9,8 +10,10 @@
 #include <QTimer>
 #include <QUdpSocket>
 
+#include <memory>
+
 /// A media renderer or server on the loopback interface that tells of itself whatever a test wants. Several may have one
-/// UDN. It does not answer searches: it is found by its announcements.
+/// UDN. It is found by its announcements, and answers searches when it was told to.
 class FakeUpnpDevice : public QObject
 {
     Q_OBJECT
@@ -27,6 +30,7 @@ public:
     QByteArray bootId; ///< empty: not announced
     QByteArray configId;
     QHash<QByteArray, QByteArray> results; ///< of every action, as they stand in the XML
+    int maxAge = 1800; ///< seconds that an announcement or an answer counts
     bool isSlow = false; ///< sends its description when server() is released
 
     HttpTestServer &server() { return m_server; }
@@ -38,6 +42,8 @@ public:
     /// Again and again.
     void keepAnnouncing() { m_announcements.start(); }
     void stopAnnouncing() { m_announcements.stop(); }
+    /// From now on.
+    void answerSearches();
 
     int requests(const QByteArray &path) const;
     /// How often it was asked to do that.
@@ -54,6 +60,8 @@ public:
     static QByteArray escaped(const QByteArray &xml);
 
 private:
+    QByteArray target() const { return "urn:schemas-upnp-org:device:" + type + ":1"; }
+    QByteArray identity() const;
     HttpTestServer::Resource perform(const QByteArray &head);
     HttpTestServer::Resource subscribe(const QByteArray &head);
     void sendNext();
@@ -61,6 +69,7 @@ private:
     HttpTestServer m_server;
     QUdpSocket m_socket;
     QTimer m_announcements;
+    std::unique_ptr<SearchListener> m_searches;
     QString m_path;
     QList<QByteArray> m_performed;
     QByteArray m_state = "STOPPED";

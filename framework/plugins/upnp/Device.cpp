@@ -97,9 +97,12 @@ void Device::poll()
 void Device::polled(const Answer &answer)
 {
     if (!answer.isFromDevice()) {
-        m_health.failed(monotonicTime());
+        const qint64 time = monotonicTime();
+        m_health.failed(time);
         // Nobody will take its announcement back a second time.
-        m_isGone = m_isGone || (!m_isAnnounced && m_health.state() == DeviceHealth::NotResponding);
+        const bool isOver
+            = m_isContested ? m_health.state() == DeviceHealth::NotResponding : m_health.isForgotten(time);
+        m_isGone = m_isGone || (!m_isAnnounced && isOver);
         return;
     }
     const QString state = answer.values.value("CurrentTransportState");

@@ -49,11 +49,12 @@ public:
     void add(GUPnPDeviceProxy *proxy);
     /// What GUPnP read may be from an earlier life of the device.
     void doubtDescription() { m_isDescriptionOld = true; }
-    /// An announcement was taken back. True when none is left: settleFarewell() is to be called once the present turn
-    /// of the main loop is over.
-    bool withdraw(GUPnPDeviceProxy *proxy);
-    /// When there is still no announcement the device is gone. But where two devices had this UDN the farewell may be
-    /// the other one's: then it is asked.
+    enum class Farewell { Said, Unknown };
+    /// An announcement was taken back, by the device or its network, or by GUPnP, which heard nothing of it for too long.
+    /// True when none is left: settleFarewell() is to be called once the present turn of the main loop is over.
+    bool withdraw(GUPnPDeviceProxy *proxy, Farewell farewell);
+    /// When there is still no announcement, and a farewell, the device is gone. But where two devices had this UDN the
+    /// farewell may be the other one's: then it is asked. Without a farewell it stays for as long as it answers.
     void settleFarewell();
     bool isGone() const { return m_isGone; }
     /// Two devices were announced with this UDN.
@@ -67,7 +68,7 @@ public:
     /// the other comes when it has read the description there.
     void hearElsewhere(GSSDPClient *client);
     /// A farewell was heard.
-    void hearFarewell() { m_movingUntil = never; }
+    void hearFarewell();
 
     void call(const Upnp::Call &call, Upnp::AnswerHandler handler);
     /// Called every now and then: polls, shows and hides.
@@ -80,6 +81,7 @@ private:
     // What is announced, in Device_announcements.cpp
     void adopt(Proxy proxy);
     void keep(Proxy proxy);
+    bool isKept(GUPnPDeviceProxy *proxy) const;
     bool isHere(GUPnPDeviceProxy *proxy) const;
     void askFirst();
     void forgetSilent(qint64 now);
@@ -109,6 +111,7 @@ private:
     bool m_isAnnounced = true; // the active one, and it was not taken back
     bool m_isAsked = false; // whether it is still there
     bool m_isWithdrawn = false;
+    bool m_isFarewellSaid = false;
     bool m_isContested = false;
     bool m_isSilent = false; // when it was asked
     bool m_isGone = false;

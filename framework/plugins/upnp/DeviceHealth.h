@@ -7,7 +7,8 @@
 /// steady clock.
 ///
 /// A device is shown as soon as it is announced. It counts as not responding after two failed polls in a row, and
-/// is hidden 10 s after its last sign of life. One answer makes it whole again.
+/// is hidden 10 s after its last sign of life. One answer makes it whole again. When nothing is heard of it any more either,
+/// it is not worth asking after five minutes.
 class DeviceHealth
 {
 public:
@@ -44,6 +45,7 @@ public:
     State state() const { return m_state; }
     bool isPollDue(qint64 now) const { return now >= m_nextPoll; }
     bool isShown(qint64 now) const { return m_state != NotResponding || now - m_lastSign < hideAfter; }
+    bool isForgotten(qint64 now) const { return now - m_lastSign >= forgetAfter; }
 
 private:
     static constexpr qint64 firstPoll = 1000;
@@ -51,6 +53,7 @@ private:
     static constexpr qint64 retryInterval = 1000;
     static constexpr qint64 patientInterval = 3000;
     static constexpr qint64 hideAfter = 10'000;
+    static constexpr qint64 forgetAfter = 300'000;
     static constexpr qint64 never = 0x7fff'ffff'ffff'ffff;
 
     State m_state = Present;

@@ -31,6 +31,7 @@ void Device::adopt(Proxy proxy)
     m_active = std::move(proxy);
     m_isAnnounced = true;
     m_isWithdrawn = false;
+    m_isFarewellSaid = false;
     m_isSilent = false;
     // GUPnP may have kept what it read when the device was there before.
     m_isDescriptionOld = !isFirst;
@@ -46,6 +47,7 @@ void Device::keep(Proxy proxy)
     m_active = std::move(proxy);
     m_isAnnounced = true;
     m_isWithdrawn = false;
+    m_isFarewellSaid = false;
     m_isSilent = false;
     m_isDescriptionOld = true;
 }
@@ -55,17 +57,24 @@ bool Device::isHere(GUPnPDeviceProxy *proxy) const
     return DeviceDescription::authority(GUPNP_DEVICE_INFO(proxy)) == DeviceDescription::authority(info());
 }
 
+/// Whether it is only GUPnP that had lost sight of what is announced now.
+bool Device::isKept(GUPnPDeviceProxy *proxy) const
+{
+    GUPnPDeviceInfo *other = GUPNP_DEVICE_INFO(proxy);
+    const bool isSamePlace = gupnp_device_info_get_context(other) == gupnp_device_info_get_context(info())
+        && qstrcmp(gupnp_device_info_get_location(other), gupnp_device_info_get_location(info())) == 0;
+    return isSamePlace && (m_isContested || (m_isShown && !m_isFarewellSaid));
+}
+
 void Device::add(GUPnPDeviceProxy *proxy)
 {
     GUPnPDeviceInfo *other = GUPNP_DEVICE_INFO(proxy);
     const bool isHere = this->isHere(proxy);
     const bool byOtherInterface
         = gupnp_device_info_get_context(other) != gupnp_device_info_get_context(info());
-    const bool isSameAddress
-        = qstrcmp(gupnp_device_info_get_location(other), gupnp_device_info_get_location(info())) == 0;
     if (m_isAnnounced && (isHere || byOtherInterface)) {
         m_others.push_back(GlibHandles::share(proxy));
-    } else if (m_isContested && isHere && isSameAddress && !byOtherInterface) {
+    } else if (isKept(proxy)) {
         keep(GlibHandles::share(proxy));
     } else if (isHere) {
         adopt(GlibHandles::share(proxy));
@@ -104,7 +113,7 @@ void Device::settleClaim(bool isFirstAlive)
     }
 }
 
-bool Device::withdraw(GUPnPDeviceProxy *proxy)
+bool Device::withdraw(GUPnPDeviceProxy *proxy, Farewell farewell)
 {
     const auto other = std::find_if(
         m_others.begin(), m_others.end(), [proxy](const Proxy &known) { return known.get() == proxy; });
@@ -125,17 +134,27 @@ bool Device::withdraw(GUPnPDeviceProxy *proxy)
         return false;
     }
     m_isWithdrawn = true;
+    m_isFarewellSaid = m_isFarewellSaid || farewell == Farewell::Said;
     return true;
+}
+
+void Device::hearFarewell()
+{
+    m_movingUntil = never;
+    m_isFarewellSaid = true;
 }
 
 void Device::settleFarewell()
 {
     if (!std::exchange(m_isWithdrawn, false))
         return;
-    if (m_isContested || monotonicTime() < m_movingUntil)
+    const qint64 time = monotonicTime();
+    if (m_isContested || time < m_movingUntil)
         askFirst();
-    else
+    else if (m_isFarewellSaid)
         m_isGone = true;
+    else
+        m_health.doubt(time);
 }
 
 /// Nobody answers in its place, and nobody was announced in another.
@@ -164,6 +183,7 @@ bool Device::isAt(const QString &location) const
 
 void Device::hear(const Announcement &announcement)
 {
+    m_isFarewellSaid = false;
     const auto isOther = [](const QByteArray &id, const QByteArray &before) {
         return !id.isEmpty() && id != before;
     };

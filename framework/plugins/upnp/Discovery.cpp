@@ -7,13 +7,13 @@
 #include "ServerConnections.h"
 
 #include <algorithm>
-#include <array>
 
 namespace {
 constexpr guint tickInterval = 250; // milliseconds
-// After an interface has come up, and then each rescanInterval: what is sent at once may get lost.
-constexpr std::array<qint64, 2> firstRescans = {2000, 5000};
-constexpr qint64 rescanInterval = 30'000;
+// Milliseconds until a search is repeated, because what is sent may get lost. GSSDP takes none before it has dropped, some
+// seconds later, who did not answer the one before.
+constexpr qint64 firstRepeat = 2000;
+constexpr qint64 repeatInterval = 30'000;
 // Without any interface everything is opened anew, at growing intervals. Milliseconds.
 constexpr qint64 firstPatience = 500;
 constexpr qint64 longestPatience = 30'000;
@@ -50,7 +50,6 @@ bool hasHeardSignal()
 Discovery::Discovery(const QStringList &interfaces, DeviceListener listener)
     : m_interfaces(interfaces)
     , m_listener(std::move(listener))
-    , m_searchStart(monotonicTime())
     , m_patience(firstPatience)
     , m_ticks(attach(g_timeout_source_new(tickInterval), ticked, this))
 {
@@ -118,8 +117,6 @@ void Discovery::interfaceCame(GUPnPContextManager *, GUPnPContext *context, void
     g_object_set(context, "active", TRUE, nullptr);
     discovery->startSearch(context, Upnp::Kind::Renderer);
     discovery->startSearch(context, Upnp::Kind::Source);
-    discovery->m_searchStart = monotonicTime();
-    discovery->m_rescans = 0;
 }
 
 void Discovery::startSearch(GUPnPContext *context, Upnp::Kind kind)
@@ -133,7 +130,7 @@ void Discovery::startSearch(GUPnPContext *context, Upnp::Kind kind)
     gssdp_resource_browser_set_mx(GSSDP_RESOURCE_BROWSER(controlPoint.get()), answerWithin);
     gssdp_resource_browser_set_active(GSSDP_RESOURCE_BROWSER(controlPoint.get()), TRUE);
     gupnp_context_manager_manage_control_point(m_manager.get(), controlPoint.get());
-    m_searches.push_back({std::move(controlPoint), kind});
+    m_searches.push_back({std::move(controlPoint), kind, monotonicTime() + firstRepeat});
 }
 
 void Discovery::interfaceWent(GUPnPContextManager *, GUPnPContext *context, void *self)
@@ -147,7 +144,7 @@ void Discovery::interfaceWent(GUPnPContextManager *, GUPnPContext *context, void
         }
         for (const GList *proxy = gupnp_control_point_list_device_proxies(search->controlPoint.get()); proxy;
              proxy = proxy->next)
-            static_cast<Discovery *>(self)->remove(GUPNP_DEVICE_PROXY(proxy->data));
+            static_cast<Discovery *>(self)->remove(GUPNP_DEVICE_PROXY(proxy->data), Device::Farewell::Said);
         static_cast<Discovery *>(self)->retire(std::move(*search));
         search = searches.erase(search);
     }
@@ -164,7 +161,7 @@ void Discovery::announced(GUPnPControlPoint *controlPoint, GUPnPDeviceProxy *pro
 
 void Discovery::withdrawn(GUPnPControlPoint *, GUPnPDeviceProxy *proxy, void *self)
 {
-    static_cast<Discovery *>(self)->remove(proxy);
+    static_cast<Discovery *>(self)->remove(proxy, Device::Farewell::Unknown);
 }
 
 void Discovery::add(Upnp::Kind kind, GUPnPDeviceProxy *proxy)
@@ -188,10 +185,10 @@ void Discovery::add(Upnp::Kind kind, GUPnPDeviceProxy *proxy)
         m_devices.at(key)->doubtDescription();
 }
 
-void Discovery::remove(GUPnPDeviceProxy *proxy)
+void Discovery::remove(GUPnPDeviceProxy *proxy, Device::Farewell farewell)
 {
     for (const auto &[key, device] : m_devices) {
-        if (device->has(proxy) && device->withdraw(proxy))
+        if (device->has(proxy) && device->withdraw(proxy, farewell))
             sweepSoon();
     }
 }
@@ -268,7 +265,20 @@ void Discovery::forgetGone()
     });
     // The farewell of the one made GUPnP forget the other.
     if (isOtherLeft)
-        gupnp_context_manager_rescan_control_points(m_manager.get());
+        repeatSearches(Repeat::Now);
+}
+
+/// Each by itself: the context manager's own rescan sends nothing in GUPnP 1.6.
+void Discovery::repeatSearches(Repeat when)
+{
+    const qint64 time = monotonicTime();
+    for (Search &search : m_searches) {
+        if (when == Repeat::Now)
+            search.repeatAt = time;
+        if (time >= search.repeatAt
+            && gssdp_resource_browser_rescan(GSSDP_RESOURCE_BROWSER(search.controlPoint.get())))
+            search.repeatAt = time + repeatInterval;
+    }
 }
 
 int Discovery::ticked(void *self)
@@ -286,13 +296,7 @@ void Discovery::tick()
         stopSearches();
         openManager();
     }
-    const qint64 due = m_rescans < firstRescans.size()
-        ? firstRescans.at(m_rescans)
-        : firstRescans.back() + rescanInterval * qint64(m_rescans - firstRescans.size() + 1);
-    if (time - m_searchStart >= due) {
-        ++m_rescans;
-        gupnp_context_manager_rescan_control_points(m_manager.get());
-    }
+    repeatSearches(Repeat::WhenDue);
     for (const auto &[key, device] : m_devices)
         device->tick(time);
     forgetGone();

@@ -30,7 +30,9 @@ private:
     {
         GlibHandles::Object<GUPnPControlPoint> controlPoint;
         Upnp::Kind kind;
+        qint64 repeatAt; // milliseconds
     };
+    enum class Repeat { WhenDue, Now };
     struct KeyHash
     {
         size_t operator()(const Upnp::DeviceKey &key) const { return qHash(key); }
@@ -47,8 +49,9 @@ private:
     static int swept(void *self);
 
     void startSearch(GUPnPContext *context, Upnp::Kind kind);
+    void repeatSearches(Repeat when);
     void add(Upnp::Kind kind, GUPnPDeviceProxy *proxy);
-    void remove(GUPnPDeviceProxy *proxy);
+    void remove(GUPnPDeviceProxy *proxy, Device::Farewell farewell);
     void hear(GSSDPClient *context, const Announcement &announcement);
     void forgetGone();
     void sweep();
@@ -71,8 +74,6 @@ private:
     std::vector<Retired> m_retired; // oldest first
     Devices m_devices;
     std::unordered_map<Upnp::DeviceKey, qint64, KeyHash> m_gone; // since when
-    qint64 m_searchStart = 0; // milliseconds
-    size_t m_rescans = 0; // since then
     qint64 m_opened = 0; // milliseconds
     qint64 m_patience = 0; // until opening again
     GlibHandles::Source m_ticks;
