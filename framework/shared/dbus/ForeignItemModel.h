@@ -31,9 +31,20 @@ public:
     };
 
     Change append(const SharedItems &items);
-    /// Changes only the rows between what both lists begin and end with, so that selections stay.
+    /// Changes only the rows between what both lists begin and end with. An item that stays keeps its row's indexes,
+    /// wherever it has moved, so that selections stay.
     Change replace(const SharedItems &items);
 
 private:
+    using Rows = QList<qsizetype>;
+
+    qsizetype gatherKept(const Change &change, const SharedItems &wanted);
+    void insertMissing(qsizetype from, qsizetype kept, const SharedItems &wanted);
+    void arrangeAs(qsizetype from, const SharedItems &wanted);
+    void arrange(qsizetype from, const Rows &order);
+    void remove(qsizetype from, qsizetype count);
+    void insert(qsizetype from, const SharedItems &items);
+    void update(const SharedItems &items);
+
     SharedItems m_items;
 };

@@ -168,7 +168,12 @@ private Q_SLOTS:
         QCOMPARE(changes.takeFirst(), QVariantList({0U, 292U, 292U}));
         QCOMPARE(playlist->mediaInfoAt(0).title(), "Song 301");
 
-        peer.tell("remove edited 0 291");
+        peer.tell("rework edited 50 60 5");
+        QTRY_COMPARE(changes.size(), 1);
+        QCOMPARE(playlist->count(), 286);
+        QCOMPARE(titles(playlist).mid(0, 3), QStringList({"Song 0", "Song 1", "Song 2"}));
+
+        peer.tell("remove edited 0 285");
         QTRY_COMPARE(playlist->count(), 0);
     }
 
@@ -189,6 +194,39 @@ private Q_SLOTS:
         QCOMPARE(fewest, 2999);
         QCOMPARE(last.row(), 2998);
         QCOMPARE(last.data().toString(), "Song 2999");
+    }
+
+    void keepsItsRowsWhenTheirOrderChanges_data()
+    {
+        QTest::addColumn<QString>("command");
+        QTest::addColumn<int>("row"); // of what was in row 30 of 100
+        QTest::addColumn<int>("count");
+        QTest::newRow("reordered") << "reverse moved" << 69 << 100;
+        QTest::newRow("reordered, cut and longer") << "rework moved 0 9 5" << 74 << 95;
+    }
+
+    /// A view that shows the list keeps its selected rows.
+    void keepsItsRowsWhenTheirOrderChanges()
+    {
+        QFETCH(QString, command);
+        QFETCH(int, row);
+        QFETCH(int, count);
+        PeerProcess peer;
+        peer.tell("publish moved 100 Moved");
+        QTRY_VERIFY(find("moved"));
+        KelvoPlaylist *playlist = find("moved");
+        const QAbstractItemModelTester tester(
+            playlist->itemModel(), QAbstractItemModelTester::FailureReportingMode::QtTest);
+        QTRY_COMPARE(playlist->count(), 100);
+        const QPersistentModelIndex selected = playlist->itemModel()->index(30, 1);
+        const QSignalSpy changes(playlist, &KelvoPlaylist::contentsChanged);
+        peer.tell(command);
+        QTRY_COMPARE(changes.size(), 1);
+        QCOMPARE(playlist->count(), count);
+        QVERIFY(selected.isValid());
+        QCOMPARE(selected.row(), row);
+        QCOMPARE(selected.data().toString(), "Song 30");
+        QCOMPARE(playlist->mediaInfoAt(uint(row)).title(), "Song 30");
     }
 
     void refusesToEdit_data()

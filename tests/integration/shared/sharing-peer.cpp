@@ -77,6 +77,17 @@ const QHash<QString, Command> &commands()
                 playlist(words)->sort(KelvoPlaylist::SortKeyDuration, KelvoPlaylist::DurationDescending);
                 return QStringLiteral("reversed");
             }},
+        {"rework", // <id> <from> <to> <count>: without those, reversed, with so many more, told of at once
+            [](const Words &words) {
+                KelvoPlaylist *list = playlist(words);
+                list->removeItems(words[2].toUInt(), words[3].toUInt());
+                SharedLists::appendRows(SharedLists::modelOf(list), words[4].toInt());
+                const bool reversed
+                    = list->count() > 1 && list->mediaInfoAt(0).duration() > list->mediaInfoAt(1).duration();
+                list->sort(KelvoPlaylist::SortKeyDuration,
+                    reversed ? KelvoPlaylist::DurationAscending : KelvoPlaylist::DurationDescending);
+                return QStringLiteral("reworked");
+            }},
         {"names",
             [](const Words &) {
                 QStringList names;
