@@ -22,7 +22,6 @@ void KelvoMainWindow::connectQueryTimer()
 
 void KelvoMainWindow::connectPluginSignals(KelvoPluginController *controller)
 {
-    qDebug() << "KelvoMainWindow::connectPluginSignals";
     connect(m_actionPlugins, SIGNAL(triggered(bool)),
         controller, SLOT(showPluginsDialog()));
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ConsoleFixture.h"
 #include "FakePlaylist.h"
+#include "KelvoPluginController.h"
 #include "KelvoRegistry.h"
 #include "KelvoSourceController.h"
 #include "KelvoTestCase.h"
@@ -13,6 +14,7 @@
 #include <QComboBox>
 #include <QDialog>
 #include <QListView>
+#include <QRegularExpression>
 #include <QSignalSpy>
 #include <QSlider>
 #include <QTest>
@@ -319,6 +321,20 @@ private Q_SLOTS:
         QCOMPARE(log.count("KelvoMainWindow::connectRendererSignals"), 1);
         QCOMPARE(log.count("KelvoMainWindow::connectPlaylistSignals"), 1);
         QCOMPARE(log.count("KelvoMainWindow::connectSourceSignals"), 1);
+    }
+
+    void wiringOfPluginsAndTheQueryTimerIsNotLogged()
+    {
+        LogRecorder log;
+        const KelvoPluginController controller(m_console->window());
+        QCOMPARE(log.lines(), QStringList("KelvoPluginController::KelvoPluginController"));
+        log.clear();
+        m_console.reset();
+        m_console = std::make_unique<ConsoleFixture>();
+        const QStringList wiring = log.lines().filter(QRegularExpression("^KelvoMainWindow::connect"));
+        QCOMPARE(wiring,
+            QStringList({"KelvoMainWindow::connectRendererSignals", "KelvoMainWindow::connectPlaylistSignals",
+                "KelvoMainWindow::connectSourceSignals"}));
     }
 
 private:
