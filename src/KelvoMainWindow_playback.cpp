@@ -19,6 +19,17 @@ int findUuid(const QComboBox *combo, const QString &uuid)
     return combo->findData(uuid, Qt::UserRole, Qt::MatchExactly | Qt::MatchCaseSensitive);
 }
 
+/// The toolkit would choose a neighbour of the chosen entry that goes, and report a choice when only rows have moved:
+/// neither is somebody's picking.
+void removeQuietly(QComboBox *combo, int index)
+{
+    const QSignalBlocker blocker(combo);
+    const bool chosen = combo->currentIndex() == index;
+    combo->removeItem(index);
+    if (chosen)
+        combo->setCurrentIndex(-1);
+}
+
 void setPositionUnlessHeld(QSlider *slider, uint seconds)
 {
     if (!slider->isSliderDown())
@@ -107,7 +118,7 @@ void KelvoMainWindow::showRendererName(const QString &name, const QString &uuid,
     if (add && index < 0)
         m_music_rendererCombo->addItem(name, uuid);
     else if (!add && index >= 0)
-        m_music_rendererCombo->removeItem(index);
+        removeQuietly(m_music_rendererCombo, index);
 }
 
 void KelvoMainWindow::changeRendererName(const QString &uuid, const QString &newName)

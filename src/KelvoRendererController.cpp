@@ -101,6 +101,9 @@ void KelvoRendererController::rendererRemoved(const QString &uuid, const QString
     if (m_currentRenderer && m_currentRenderer->uuid() == uuid)
         m_currentRenderer = nullptr;
     m_mainWindow->showRendererName(name, uuid, false);
+    // The one that played may have gone without a word, and nobody will ask for its position any more.
+    if (!m_currentRenderer && m_currentState != KelvoRenderer::Stopped)
+        rendererStateChanged(KelvoRenderer::Stopped);
 }
 
 void KelvoRendererController::rendererChanged(const QString &uuid)

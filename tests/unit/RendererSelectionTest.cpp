@@ -9,7 +9,11 @@
 #include "TestRegistry.h"
 
 #include <QComboBox>
+#include <QLabel>
+#include <QMenu>
 #include <QMetaMethod>
+#include <QSignalSpy>
+#include <QSlider>
 #include <QTest>
 #include <QToolButton>
 
@@ -32,6 +36,31 @@ QStringList withoutXid(QStringList calls)
     }
     return calls;
 }
+
+/// Three renderers, registered: "r1", "r2" and "r3", named as their uuids.
+class ThreeRenderers
+{
+public:
+    ThreeRenderers()
+    {
+        for (const char *uuid : {"r1", "r2", "r3"}) {
+            m_renderers.push_back(std::make_unique<RecordingRenderer>(uuid, uuid));
+            KelvoRegistry::instance()->addRenderer(m_renderers.back().get());
+        }
+    }
+
+    RecordingRenderer *at(int index) const { return m_renderers.at(size_t(index)).get(); }
+    QStringList takeCalls() const
+    {
+        QStringList calls;
+        for (const auto &renderer : m_renderers)
+            calls += renderer->takeCalls();
+        return calls;
+    }
+
+private:
+    std::vector<std::unique_ptr<RecordingRenderer>> m_renderers;
+};
 } // namespace
 
 /// How renderers come, go and become current.
@@ -258,16 +287,151 @@ private Q_SLOTS:
         QCOMPARE(first.calls(), QStringList());
     }
 
+    void removingAnotherRendererLeavesTheCurrentOne_data()
+    {
+        QTest::addColumn<int>("current");
+        QTest::addColumn<QList<int>>("removed");
+        QTest::newRow("behind it") << 0 << QList<int>({1});
+        QTest::newRow("before it") << 1 << QList<int>({0});
+        QTest::newRow("two before it") << 2 << QList<int>({0, 1});
+        QTest::newRow("next before it") << 2 << QList<int>({1});
+        QTest::newRow("all others") << 1 << QList<int>({2, 0});
+    }
+
     void removingAnotherRendererLeavesTheCurrentOne()
     {
-        RecordingRenderer first("r1", "one");
+        QFETCH(int, current);
+        QFETCH(QList<int>, removed);
+        const ThreeRenderers three;
+        const ConsoleFixture console;
+        auto *combo = console.find<QComboBox>("m_music_rendererCombo");
+        combo->setCurrentIndex(current);
+        Q_EMIT three.at(current)->stateChanged(KelvoRenderer::Playing);
+        three.at(current)->takeCalls();
+        LogRecorder log;
+        QStringList lines;
+        for (const int index : removed) {
+            const QString uuid = three.at(index)->uuid();
+            registry()->removeRenderer(three.at(index));
+            lines += {QStringLiteral("KelvoRendererController::rendererRemoved  \"%1\" \"%1\"").arg(uuid),
+                QStringLiteral("KelvoMainWindow::showRendererName, \"%1\" \"%1\" false").arg(uuid)};
+        }
+        QCOMPARE(log.lines(), lines);
+        QCOMPARE(three.at(current)->calls(), QStringList());
+        QCOMPARE(combo->currentData().toString(), three.at(current)->uuid());
+        QCOMPARE(combo->count(), 3 - removed.size());
+        QCOMPARE(console.application()->renderers()->currentRenderer(), three.at(current));
+        QCOMPARE(console.find<QToolButton>("m_music_playButton")->text(), QStringLiteral("Pause"));
+        const ModalCloser closer;
+        Q_EMIT three.at(current)->playbackCompleted();
+        QCOMPARE(closer.seen(), QStringList("Playback completed!"));
+    }
+
+    void afterTheCurrentRendererNoneIsCurrent_data()
+    {
+        QTest::addColumn<int>("current");
+        QTest::newRow("first") << 0;
+        QTest::newRow("middle") << 1;
+        QTest::newRow("last") << 2;
+    }
+
+    void afterTheCurrentRendererNoneIsCurrent()
+    {
+        QFETCH(int, current);
+        const ThreeRenderers three;
+        const ConsoleFixture console;
+        auto *combo = console.find<QComboBox>("m_music_rendererCombo");
+        combo->setCurrentIndex(current);
+        Q_EMIT three.at(current)->stateChanged(KelvoRenderer::Playing);
+        three.takeCalls();
+        const QSignalSpy choices(console.window(), SIGNAL(currentRendererChanged(QString)));
+        registry()->removeRenderer(three.at(current));
+        RecordingRenderer another("r4", "another");
+        registry()->addRenderer(&another);
+        registry()->addRenderer(three.at(current)); // it comes back
+        QCOMPARE(combo->currentIndex(), -1);
+        QCOMPARE(combo->count(), 4);
+        QCOMPARE(choices.count(), 0);
+        QCOMPARE(console.application()->renderers()->currentRenderer(), nullptr);
+        QCOMPARE(three.takeCalls() + another.calls(), QStringList());
+        combo->setCurrentIndex(3); // now the user picks it
+        QCOMPARE(choices, QList<QVariantList>({{three.at(current)->uuid()}}));
+        QCOMPARE(console.application()->renderers()->currentRenderer(), three.at(current));
+    }
+
+    void displayAfterTheCurrentRendererIsThatOfStopped_data()
+    {
+        QTest::addColumn<bool>("destroyed");
+        QTest::newRow("removed") << false;
+        QTest::newRow("destroyed without a word") << true;
+    }
+
+    void displayAfterTheCurrentRendererIsThatOfStopped()
+    {
+        QFETCH(bool, destroyed);
+        auto first = std::make_unique<RecordingRenderer>("r1", "one");
         RecordingRenderer second("r2", "two");
-        registry()->addRenderer(&first);
+        registry()->addRenderer(first.get());
         registry()->addRenderer(&second);
         const ConsoleFixture console;
-        registry()->removeRenderer(&second);
-        QCOMPARE(entries(console), QStringList("one"));
-        QCOMPARE(console.application()->renderers()->currentRenderer(), &first);
+        Q_EMIT first->stateChanged(KelvoRenderer::Playing);
+        console.window()->showDuration(100);
+        console.window()->showPosition(40);
+        if (destroyed)
+            first.reset();
+        else
+            registry()->removeRenderer(first.get());
+        QCOMPARE(console.find<QToolButton>("m_music_playButton")->text(), QStringLiteral("Play"));
+        QCOMPARE(console.find<QLabel>("m_music_durationLabel")->text(), QStringLiteral("0:00 /\n1:40"));
+        QCOMPARE(console.find<QSlider>("m_music_durationSlider")->value(), 0);
+        QVERIFY(!console.application()->renderers()->findChild<QTimer *>()->isActive());
+        QVERIFY(console.find<QMenu>("m_menuPause_At")->isEnabled());
+        QCOMPARE(console.find<QComboBox>("m_music_rendererCombo")->currentIndex(), -1);
+        QCOMPARE(second.calls(), QStringList());
+    }
+
+    void sliderHeldWhileItsRendererGoesSeeksNowhere()
+    {
+        const ThreeRenderers three;
+        const ConsoleFixture console;
+        console.find<QComboBox>("m_music_rendererCombo")->setCurrentIndex(1);
+        Q_EMIT three.at(1)->stateChanged(KelvoRenderer::Playing);
+        console.window()->showDuration(100);
+        auto *slider = console.find<QSlider>("m_music_durationSlider");
+        slider->setSliderDown(true);
+        slider->setSliderPosition(50);
+        three.takeCalls();
+        registry()->removeRenderer(three.at(1));
+        LogRecorder log;
+        slider->setSliderDown(false);
+        QCOMPARE(log.lines(),
+            QStringList({"KelvoMainWindow::emitPosition", "void KelvoRendererController::seek(int)",
+                "void KelvoRendererController::seek(int)"}));
+        QCOMPARE(three.takeCalls(), QStringList());
+    }
+
+    void firstRendererAfterAllHaveGoneIsCurrent_data()
+    {
+        QTest::addColumn<QList<int>>("removed");
+        QTest::newRow("the current one last") << QList<int>({1, 2, 0});
+        QTest::newRow("the current one first") << QList<int>({0, 1, 2});
+        QTest::newRow("the current one in between") << QList<int>({2, 0, 1});
+    }
+
+    void firstRendererAfterAllHaveGoneIsCurrent()
+    {
+        QFETCH(QList<int>, removed);
+        const ThreeRenderers three;
+        const ConsoleFixture console;
+        const QSignalSpy choices(console.window(), SIGNAL(currentRendererChanged(QString)));
+        for (const int index : removed)
+            registry()->removeRenderer(three.at(index));
+        QCOMPARE(choices.count(), 0);
+        QCOMPARE(console.application()->renderers()->currentRenderer(), nullptr);
+        RecordingRenderer next("r4", "next");
+        registry()->addRenderer(&next);
+        QCOMPARE(choices, QList<QVariantList>({{"r4"}}));
+        QCOMPARE(console.application()->renderers()->currentRenderer(), &next);
     }
 
     void rendererDestroyedInMidPlay()
