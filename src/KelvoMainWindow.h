@@ -148,7 +148,8 @@ public:
 private:
     void launchBrowserFor(int selectedRow);
 
-    // Dialogs: KelvoMainWindow_dialogs.cpp
+    // Dialogs: KelvoMainWindow_dialogs.cpp. Assistive technology reaches menu entries behind a dialog that is open: asked
+    // for once more, it stays as it is, and what is returned is as if it had been cancelled.
 public:
     /// Runs the dialog with `name` proposed, puts what it then holds into `name`, returns whether it was accepted.
     bool showCreatePlaylistDialog(QString &name);
@@ -158,12 +159,17 @@ public:
     void showAdjustVolumeDialog(uint volume, KelvoRenderer *renderer);
     void addUriToPlayUriDialog(const QString &uri);
     /// Runs the dialog for plug-ins, which takes the items over. Returns what is selected when it was accepted,
-    /// otherwise `selected`.
+    /// otherwise `selected`. While it is open already, nothing happens and the items stay the caller's.
     QList<QListWidgetItem *> showSelectItemsDialog(
         const QList<QListWidgetItem *> &available, const QList<QListWidgetItem *> &selected);
+    bool isSelectItemsDialogOpen() const;
+    /// The same with the dialog for playlists. Nothing calls it: "Load..." only logs.
+    QList<QListWidgetItem *> showSelectPlaylistsDialog(
+        const QList<QListWidgetItem *> &available, const QList<QListWidgetItem *> &selected);
     /// Runs the dialog with one flag for each source, puts the checks that it then has into `selected`, returns whether
-    /// it was accepted.
+    /// it was accepted. While it is open already, nothing happens.
     bool showSelectSourcesDialog(const QList<KelvoSource *> &sources, QList<bool> &selected);
+    bool isSelectSourcesDialogOpen() const;
     /// Names of the sources that are checked in the dialog.
     QStringList getSelectedSources() const;
     /// Runs the dialog, which asks the controller for the properties of the source chosen in it.
@@ -217,6 +223,9 @@ private Q_SLOTS:
     void launchBrowser();
 
 private:
+    static QList<QListWidgetItem *> runSelectItemsDialog(KelvoSelectItemsDialog *dialog,
+        const QList<QListWidgetItem *> &available, const QList<QListWidgetItem *> &selected);
+
     KelvoHelpDialog *m_helpDialog = nullptr;
     KelvoPlaylistDialog *m_playlistDialog = nullptr;
     KelvoPlayUriDialog *m_playUriDialog = nullptr;

@@ -17,10 +17,18 @@
 #include <QDebug>
 #include <QMessageBox>
 
+namespace {
+/// False when it is open already, however it would end.
+bool runUnlessOpen(QDialog *dialog)
+{
+    return !dialog->isVisible() && dialog->exec() == QDialog::Accepted;
+}
+} // namespace
+
 void KelvoMainWindow::showHelpDialog()
 {
     qDebug() << "KelvoMainWindow::showHelpDialog";
-    m_helpDialog->exec();
+    runUnlessOpen(m_helpDialog);
 }
 
 void KelvoMainWindow::showQueryPropertiesDialog()
@@ -32,12 +40,14 @@ void KelvoMainWindow::showQueryPropertiesDialog()
         connect(m_queryPropertiesDialog, SIGNAL(queryPropertiesChanged(int, int)), sources,
             SLOT(setNewQueryProperties(int, int)));
     }
-    m_queryPropertiesDialog->exec();
+    runUnlessOpen(m_queryPropertiesDialog);
 }
 
 bool KelvoMainWindow::showCreatePlaylistDialog(QString &name)
 {
     qDebug() << "KelvoMainWindow::showCreatePlaylistDialog";
+    if (m_playlistDialog->isVisible())
+        return false;
     m_playlistDialog->setText(name);
     const bool accepted = m_playlistDialog->exec() == QDialog::Accepted;
     name = m_playlistDialog->text();
@@ -47,6 +57,8 @@ bool KelvoMainWindow::showCreatePlaylistDialog(QString &name)
 void KelvoMainWindow::showPlayUriDialog()
 {
     qDebug() << "KelvoMainWindow::showPlayUriDialog";
+    if (m_playUriDialog->isVisible())
+        return;
     m_playUriDialog->clearUris();
     m_playUriDialog->show();
 }
@@ -86,6 +98,8 @@ void KelvoMainWindow::showRendererErrorLog(uint code, const QString &text)
 void KelvoMainWindow::showAdjustVolumeDialog(uint volume, KelvoRenderer *renderer)
 {
     qDebug() << "KelvoMainWindow::showAdjustVolumeDialog";
+    if (m_volumeDialog->isVisible())
+        return;
     m_volumeDialog->setVolume(int(volume), renderer); // a negative one is the least, not the greatest
     m_volumeDialog->exec();
 }
@@ -94,19 +108,46 @@ QList<QListWidgetItem *> KelvoMainWindow::showSelectItemsDialog(
     const QList<QListWidgetItem *> &available, const QList<QListWidgetItem *> &selected)
 {
     qDebug() << "KelvoMainWindow::showSelectItemsDialog";
+    return runSelectItemsDialog(m_loadPluginsDialog, available, selected);
+}
+
+bool KelvoMainWindow::isSelectItemsDialogOpen() const
+{
+    return m_loadPluginsDialog->isVisible();
+}
+
+QList<QListWidgetItem *> KelvoMainWindow::showSelectPlaylistsDialog(
+    const QList<QListWidgetItem *> &available, const QList<QListWidgetItem *> &selected)
+{
+    qDebug() << "KelvoMainWindow::showSelectPlaylistsDialog";
+    return runSelectItemsDialog(m_loadPlaylistsDialog, available, selected);
+}
+
+QList<QListWidgetItem *> KelvoMainWindow::runSelectItemsDialog(KelvoSelectItemsDialog *dialog,
+    const QList<QListWidgetItem *> &available, const QList<QListWidgetItem *> &selected)
+{
+    if (dialog->isVisible())
+        return selected;
     // The selected ones first: those are then left out of the others.
-    m_loadPluginsDialog->setSelectedItems(selected, true);
-    m_loadPluginsDialog->setAvailableItems(available, true);
-    return m_loadPluginsDialog->exec() == QDialog::Accepted ? m_loadPluginsDialog->selectedItems() : selected;
+    dialog->setSelectedItems(selected, true);
+    dialog->setAvailableItems(available, true);
+    return dialog->exec() == QDialog::Accepted ? dialog->selectedItems() : selected;
 }
 
 bool KelvoMainWindow::showSelectSourcesDialog(const QList<KelvoSource *> &sources, QList<bool> &selected)
 {
     qDebug() << "KelvoMainWindow::showSelectSourcesDialog";
+    if (isSelectSourcesDialogOpen())
+        return false;
     m_sourceDialog->setSources(sources, selected);
     const bool accepted = m_sourceDialog->exec() == QDialog::Accepted;
     selected = m_sourceDialog->selectedSources();
     return accepted;
+}
+
+bool KelvoMainWindow::isSelectSourcesDialogOpen() const
+{
+    return m_sourceDialog->isVisible();
 }
 
 QStringList KelvoMainWindow::getSelectedSources() const
@@ -119,6 +160,8 @@ void KelvoMainWindow::showSourcePropertiesDialog(
     KelvoSourceController *controller, const QList<KelvoSource *> &sources)
 {
     qDebug() << "KelvoMainWindow::showSourcePropertiesDialog";
+    if (m_sourcePropertiesDialog->isVisible())
+        return;
     m_sourcePropertiesDialog->disconnect(SIGNAL(getProperties(QString)), controller);
     m_sourcePropertiesDialog->disconnect(SIGNAL(signIn()), controller);
     m_sourcePropertiesDialog->disconnect(SIGNAL(signOut()), controller);
@@ -139,6 +182,8 @@ void KelvoMainWindow::showSourceProperty(const QString &key, const QString &valu
 bool KelvoMainWindow::showSearchDialog()
 {
     qDebug() << "KelvoMainWindow::showSearchDialog";
+    if (m_searchDialog->isVisible())
+        return false;
     m_searchDialog->clear();
     return m_searchDialog->exec() == QDialog::Accepted;
 }

@@ -47,6 +47,9 @@ KelvoPluginController::~KelvoPluginController()
 void KelvoPluginController::showPluginsDialog()
 {
     qDebug() << "KelvoPluginController::showPluginsDialog";
+    // Its lists own the items that the opening under way is still to compare.
+    if (m_mainWindow->isSelectItemsDialogOpen())
+        return;
     const QList<QListWidgetItem *> available = makeItems(m_registry->availablePlugins());
     const QList<QListWidgetItem *> loaded = makeItems(m_registry->loadedPlugins());
     const QList<QListWidgetItem *> result = m_mainWindow->showSelectItemsDialog(available, loaded);

@@ -57,6 +57,8 @@ QAbstractItemModel *KelvoSourceController::queryModel() const
 void KelvoSourceController::selectSources()
 {
     qDebug() << "KelvoSourceController::selectSources";
+    if (m_mainWindow->isSelectSourcesDialogOpen())
+        return;
     const QList<KelvoSource *> all = m_registry->sources();
     forgetGoneSources(all);
     QList<bool> flags = selectionFlags(all);
