@@ -30,6 +30,8 @@ KelvoMainWindow::KelvoMainWindow(KelvoGUIMain *guiMain, QWidget *parent)
     showDuration(0);
     m_video_videoLabel->setCursor(Qt::BlankCursor);
     createFullScreenVideo();
+    setUpPlaybackDisplay();
+    setUpResultDisplay();
     connectWindowActions();
     connectQueryTimer();
     connectResultActions();

@@ -50,6 +50,8 @@ private:
     QInputContext *createInputContext();
     void createDialogs(QInputContext *inputContext);
     void createFullScreenVideo();
+    void setUpPlaybackDisplay();
+    void setUpResultDisplay();
     void connectWindowActions();
     void connectResultActions();
     void connectPauseAtActions();

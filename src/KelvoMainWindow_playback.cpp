@@ -37,6 +37,12 @@ void setPositionUnlessHeld(QSlider *slider, uint seconds)
 }
 } // namespace
 
+void KelvoMainWindow::setUpPlaybackDisplay()
+{
+    ListViews::keepCurrentHighlighted(m_music_playlistView);
+    ListViews::showElidedAsToolTip(m_music_playlistView);
+}
+
 void KelvoMainWindow::showPlaylist(QAbstractItemModel *model)
 {
     qDebug() << "KelvoMainWindow::showPlaylist";
@@ -88,7 +94,7 @@ void KelvoMainWindow::updateCurrentPlaylistIndex(int index)
 {
     qDebug() << "KelvoMainWindow::updateCurrentPlaylistIndex (index=" << index << ")";
     if (index < 0)
-        m_music_playlistView->clearSelection();
+        ListViews::clearHighlight(m_music_playlistView);
     else if (const QAbstractItemModel *model = m_music_playlistView->model())
         m_music_playlistView->setCurrentIndex(model->index(index, ListViews::ShownColumn));
 }

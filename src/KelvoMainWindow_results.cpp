@@ -40,6 +40,14 @@ QString resultsText(const QListView *view)
 }
 } // namespace
 
+void KelvoMainWindow::setUpResultDisplay()
+{
+    for (QListView *view : {m_query_resultsView, m_browse_resultsView}) {
+        ListViews::keepCurrentHighlighted(view);
+        ListViews::showElidedAsToolTip(view);
+    }
+}
+
 void KelvoMainWindow::showQueryResults(QAbstractItemModel *model)
 {
     qDebug() << "KelvoMainWindow::showQueryResults";

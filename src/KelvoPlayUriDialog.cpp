@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoPlayUriDialog.h"
 
+#include "ListViews.h"
+
 #include <QDebug>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QStringConverter>
 #include <QStringListModel>
-#include <QStyledItemDelegate>
 #include <QTextStream>
 
 namespace {
@@ -22,18 +23,6 @@ QString readText(QFile &file)
     const QByteArray bytes = file.readAll();
     return QStringDecoder(QStringConverter::encodingForData(bytes).value_or(QStringConverter::Utf8))(bytes);
 }
-
-/// Laying out a text of megabytes, of which a line's width shows, would stop the window for many seconds.
-class BeginningDelegate : public QStyledItemDelegate
-{
-public:
-    using QStyledItemDelegate::QStyledItemDelegate;
-    QString displayText(const QVariant &value, const QLocale &locale) const override
-    {
-        constexpr qsizetype longest = 2000;
-        return QStyledItemDelegate::displayText(value, locale).left(longest);
-    }
-};
 } // namespace
 
 KelvoPlayUriDialog::KelvoPlayUriDialog(QWidget *parent)
@@ -43,7 +32,8 @@ KelvoPlayUriDialog::KelvoPlayUriDialog(QWidget *parent)
     qDebug() << "KelvoPlayUriDialog::KelvoPlayUriDialog";
     // The combo box's own kind of model takes ten times the time and memory for a file of a million lines.
     m_selectUriComboBox->setModel(new QStringListModel(m_selectUriComboBox));
-    m_playlistView->setItemDelegate(new BeginningDelegate(m_playlistView));
+    ListViews::keepCurrentHighlighted(m_playlistView);
+    ListViews::showElidedAsToolTip(m_playlistView);
     m_selectUriComboBox->clear();
     loadFile(uriListPath());
     connect(m_playButton, SIGNAL(clicked()), this, SLOT(checkIfItemSelected()));

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoSelectItemsDialog.h"
 
+#include "ListViews.h"
+
 #include <QDebug>
 #include <QWindow>
 
@@ -38,6 +40,8 @@ KelvoSelectItemsDialog::KelvoSelectItemsDialog(const QString &title, QWidget *pa
     qDebug() << "KelvoSelectItemsDialog::KelvoSelectItemsDialog";
     setWindowTitle(title);
     setupUi(this);
+    for (QListWidget *list : {m_availableItemsList, m_selectedItemsList})
+        ListViews::keepCurrentHighlighted(list);
     connect(m_availableItemsList, SIGNAL(itemClicked(QListWidgetItem *)), this,
         SLOT(selectItem(QListWidgetItem *)));
     connect(m_selectedItemsList, SIGNAL(itemClicked(QListWidgetItem *)), this,

@@ -16,6 +16,17 @@ constexpr int ShownColumn = 1;
 /// selection model that is no longer used, so that refreshing a view does not collect them.
 void setModel(QListView *view, QAbstractItemModel *model);
 
+/// Keeps one thing what the toolkit keeps apart: the current row, on which the operations work, is the one that is
+/// highlighted, and none is current while nothing is highlighted. The toolkit makes the first row current when a list
+/// without a current one gets the focus, and leaves a row current whose highlight was taken away.
+void keepCurrentHighlighted(QListView *view);
+
+/// Shows the whole text of a row that is cut, when the pointer rests on it.
+void showElidedAsToolTip(QListView *view);
+
+/// Neither a highlighted row nor a current one.
+void clearHighlight(QListView *view);
+
 /// Rows of the view's model, 0 without one.
 int rowCount(const QListView *view);
 

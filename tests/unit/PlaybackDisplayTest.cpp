@@ -10,6 +10,7 @@
 #include <QListView>
 #include <QMenu>
 #include <QProgressBar>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QSlider>
 #include <QStackedWidget>
@@ -184,6 +185,7 @@ private Q_SLOTS:
         QCOMPARE(find<QListView>("m_music_playlistView")->currentIndex().column(), 1);
         m_window->updateCurrentPlaylistIndex(-1);
         QVERIFY(find<QListView>("m_music_playlistView")->selectionModel()->selection().isEmpty());
+        QCOMPARE(m_window->getCurrentPlaylistIndex(), -1);
     }
 
     void selectedRowsWhateverTheOrderOfSelection()
