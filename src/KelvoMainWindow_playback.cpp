@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoMainWindow.h"
 
+#include "Captions.h"
 #include "ListViews.h"
 #include "TimeText.h"
 
@@ -39,6 +40,8 @@ void setPositionUnlessHeld(QSlider *slider, uint seconds)
 
 void KelvoMainWindow::setUpPlaybackDisplay()
 {
+    for (QToolButton *button : {m_music_playButton, m_video_playButton})
+        Captions::makeRoom(button, {playCaption, pauseCaption, resumeCaption});
     ListViews::keepCurrentHighlighted(m_music_playlistView);
     ListViews::showElidedAsToolTip(m_music_playlistView);
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoMainWindow.h"
 
+#include "Captions.h"
 #include "KelvoGUIMain.h"
 #include "ListViews.h"
 
@@ -42,6 +43,8 @@ QString resultsText(const QListView *view)
 
 void KelvoMainWindow::setUpResultDisplay()
 {
+    Captions::makeRoom(m_query_executeButton, {executeCaption, cancelCaption, fetchRestCaption});
+    Captions::makeRoom(m_browse_executeButton, {browseCaption, cancelCaption});
     for (QListView *view : {m_query_resultsView, m_browse_resultsView}) {
         ListViews::keepCurrentHighlighted(view);
         ListViews::showElidedAsToolTip(view);

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+#include "Captions.h"
+
+#include <QEvent>
+#include <QToolButton>
+
+namespace {
+class Room : public QObject
+{
+public:
+    Room(QToolButton *button, QStringList captions)
+        : QObject(button)
+        , m_button(button)
+        , m_captions(std::move(captions))
+    {
+        m_button->installEventFilter(this);
+        make();
+    }
+
+    bool eventFilter(QObject *watched, QEvent *event) override
+    {
+        if (event->type() == QEvent::FontChange || event->type() == QEvent::StyleChange)
+            make();
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    void make()
+    {
+        QToolButton sample;
+        sample.setFont(m_button->font());
+        sample.setStyle(m_button->style());
+        sample.setIconSize(m_button->iconSize());
+        sample.setToolButtonStyle(m_button->toolButtonStyle());
+        int widest = 0;
+        for (const QString &caption : std::as_const(m_captions)) {
+            sample.setText(caption);
+            widest = qMax(widest, sample.sizeHint().width());
+        }
+        m_button->setMinimumWidth(widest);
+    }
+
+    QToolButton *m_button;
+    QStringList m_captions;
+};
+} // namespace
+
+void Captions::makeRoom(QToolButton *button, const QStringList &captions)
+{
+    new Room(button, captions);
+}
