@@ -4,6 +4,7 @@
 #include "ListViews.h"
 
 #include <QDebug>
+#include <QScrollBar>
 
 KelvoRendererErrorLogDialog::KelvoRendererErrorLogDialog(QWidget *parent)
     : QDialog(parent)
@@ -18,4 +19,6 @@ void KelvoRendererErrorLogDialog::appendError(uint code, const QString &text)
 {
     qDebug() << "KelvoRendererErrorLogDialog::appendError";
     ListViews::appendLine(m_errorLogField, QStringLiteral("Code %1, %2").arg(QString::number(code), text));
+    QScrollBar *bar = m_errorLogField->verticalScrollBar();
+    bar->setValue(bar->maximum());
 }

@@ -71,6 +71,14 @@ void followSelection(QListView *view)
         QObject::connect(view->selectionModel(), &QItemSelectionModel::selectionChanged, view,
             [view](const QItemSelection &, const QItemSelection &gone) { keepOneThing(view, gone); });
 }
+
+/// What is inserted where a field's own cursor stands pushes it on to the end, and a field is first shown there.
+void holdCursor(QTextEdit *field)
+{
+    QTextCursor cursor = field->textCursor();
+    cursor.setKeepPositionOnInsert(true);
+    field->setTextCursor(cursor);
+}
 } // namespace
 
 void ListViews::setModel(QListView *view, QAbstractItemModel *model)
@@ -129,7 +137,9 @@ void ListViews::appendLine(QTextEdit *field, const QString &line)
 {
     QTextCursor cursor(field->document());
     cursor.movePosition(QTextCursor::End);
-    if (!field->document()->isEmpty())
+    if (field->document()->isEmpty())
+        holdCursor(field);
+    else
         cursor.insertBlock();
     cursor.insertText(line);
 }

@@ -41,7 +41,8 @@ struct Rows
 };
 Rows selectedRows(const QListView *view);
 
-/// Appends a line as it is written: markup in the texts of media files is shown, not followed.
+/// Appends a line as it is written: markup in the texts of media files is shown, not followed. What the field shows of
+/// its text stays where it is, from the first line when nobody has scrolled it.
 void appendLine(QTextEdit *field, const QString &line);
 /// Appends "key: value".
 void appendLine(QTextEdit *field, const QString &key, const QString &value);

@@ -13,6 +13,7 @@
 
 #include <QDir>
 #include <QGridLayout>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -159,6 +160,38 @@ private Q_SLOTS:
         QVERIFY(dialog.isModal());
         compareForm(dialog, errorLogForm);
         QVERIFY(dialog.findChild<QTextEdit *>("m_errorLogField")->isReadOnly());
+        const auto *ok = dialog.findChild<QPushButton *>("m_okButton");
+        QVERIFY(!ok->testAttribute(Qt::WA_SetFont)); // no font of its own
+        QCOMPARE(ok->font().pointSize(), dialog.font().pointSize());
+    }
+
+    void errorLogShowsItsNewestLine()
+    {
+        KelvoRendererErrorLogDialog dialog(nullptr);
+        dialog.show();
+        const auto *field = dialog.findChild<QTextEdit *>("m_errorLogField");
+        for (uint code = 0; code < 50; ++code) {
+            dialog.appendError(code, "a reason of some words");
+            QCOMPARE(field->verticalScrollBar()->value(), field->verticalScrollBar()->maximum());
+        }
+        QVERIFY(field->verticalScrollBar()->maximum() > 0);
+        QCoreApplication::processEvents();
+        QCOMPARE(field->verticalScrollBar()->value(), field->verticalScrollBar()->maximum());
+    }
+
+    void errorLogReopenedShowsItsNewestLine()
+    {
+        KelvoRendererErrorLogDialog dialog(nullptr);
+        dialog.show();
+        const auto *field = dialog.findChild<QTextEdit *>("m_errorLogField");
+        for (uint code = 0; code < 50; ++code)
+            dialog.appendError(code, "a reason of some words");
+        dialog.hide();
+        field->verticalScrollBar()->setValue(0);
+        dialog.show();
+        dialog.appendError(50, "the newest one");
+        QCoreApplication::processEvents();
+        QCOMPARE(field->verticalScrollBar()->value(), field->verticalScrollBar()->maximum());
     }
 
     void errorLogLines()

@@ -241,6 +241,43 @@ private Q_SLOTS:
             QCOMPARE(find<QTextEdit>(name)->toPlainText(), QString());
     }
 
+    void metadataIsShownFromItsFirstLine_data()
+    {
+        QTest::addColumn<QByteArray>("field");
+        QTest::addColumn<int>("tab");
+        QTest::newRow("music") << QByteArray("m_music_metadataField") << 0;
+        QTest::newRow("video") << QByteArray("m_video_metadataField") << 1;
+    }
+
+    void metadataIsShownFromItsFirstLine()
+    {
+        QFETCH(QByteArray, field);
+        QFETCH(int, tab);
+        for (const int lines : {30, 40}) { // the second time for another item
+            m_window->clearMetadata();
+            for (int line = 0; line < lines; ++line)
+                m_window->showMetadata("key", "value");
+            find<QTabWidget>("m_tabs")->setCurrentIndex(tab);
+            m_window->show();
+            QVERIFY(QTest::qWaitForWindowExposed(m_window));
+            const QScrollBar *bar = find<QTextEdit>(field)->verticalScrollBar();
+            QVERIFY(bar->maximum() > 0);
+            QCOMPARE(bar->value(), 0);
+        }
+    }
+
+    void metadataThatIsReadStaysWhereItIs()
+    {
+        m_window->show();
+        for (int line = 0; line < 100; ++line)
+            m_window->showMetadata("key", "value");
+        auto *field = find<QTextEdit>("m_music_metadataField");
+        QVERIFY(field->verticalScrollBar()->maximum() > 20);
+        field->verticalScrollBar()->setValue(20);
+        m_window->showMetadata("another", "line");
+        QCOMPARE(field->verticalScrollBar()->value(), 20);
+    }
+
     void tenThousandMetadataLines()
     {
         for (int i = 0; i < 10000; ++i)
