@@ -12,6 +12,8 @@ namespace {
 // Far more than a thumbnail has. A server that never ends its answer must not fill the memory.
 constexpr qint64 maximumSize = 16 * 1024 * 1024;
 constexpr auto maximumTime = 60s;
+// What the network may be ahead of us, and so what more than the limit is ever taken.
+constexpr qint64 readBufferSize = 256 * 1024;
 } // namespace
 
 KelvoThumbnailDownloader::KelvoThumbnailDownloader(QObject *parent)
@@ -35,7 +37,9 @@ void KelvoThumbnailDownloader::download(const QString &file)
     qDebug() << "KelvoThumbnailDownloader::download, file" << file;
     // Later: whoever hears of a finished download may start the next one at once.
     if (m_reply)
-        std::exchange(m_reply, nullptr)->deleteLater();
+        m_replaced.append(std::exchange(m_reply, nullptr));
+    for (QNetworkReply *reply : std::exchange(m_replaced, {}))
+        reply->deleteLater();
     limit(m_manager->get(QNetworkRequest(QUrl(file))));
 }
 
@@ -45,13 +49,26 @@ void KelvoThumbnailDownloader::setLimits(qint64 bytes, std::chrono::milliseconds
     m_maximumTime = time;
 }
 
-void KelvoThumbnailDownloader::limit(QNetworkReply *reply) const
+void KelvoThumbnailDownloader::limit(QNetworkReply *reply)
 {
-    connect(reply, &QNetworkReply::downloadProgress, reply, [reply, size = m_maximumSize](qint64 received) {
-        if (received > size)
-            reply->abort();
-    });
+    m_transfers.insert(reply, {m_maximumSize, {}});
+    reply->setReadBufferSize(readBufferSize);
+    // By what has come rather than by the reports of progress, of which there are ten in a second.
+    connect(reply, &QNetworkReply::readyRead, this, [this, reply] { take(reply); });
     QTimer::singleShot(m_maximumTime, reply, &QNetworkReply::abort);
+}
+
+void KelvoThumbnailDownloader::take(QNetworkReply *reply)
+{
+    const auto transfer = m_transfers.find(reply);
+    if (transfer == m_transfers.end() || !reply->isOpen())
+        return;
+    const qint64 left = transfer->limit - transfer->data.size();
+    const qint64 available = reply->bytesAvailable();
+    transfer->data += reply->read(qMin(available, left));
+    // Ends the transfer, with what has been taken, before it returns.
+    if (available > left)
+        reply->abort();
 }
 
 void KelvoThumbnailDownloader::requestFinished(QNetworkReply *reply)
@@ -59,7 +76,11 @@ void KelvoThumbnailDownloader::requestFinished(QNetworkReply *reply)
     qDebug() << "KelvoThumbnailDownloader::requestFinished";
     // When two downloads ran beside each other, the one that finished first goes with the other.
     if (m_reply)
-        m_reply->setParent(reply);
+        m_replaced.append(m_reply);
     m_reply = reply;
-    Q_EMIT downloadFinished(reply->isOpen() ? reply->readAll() : QByteArray());
+    Transfer transfer = m_transfers.take(reply);
+    // An aborted reply is closed.
+    if (reply->isOpen())
+        transfer.data += reply->read(qMin(reply->bytesAvailable(), transfer.limit - transfer.data.size()));
+    Q_EMIT downloadFinished(transfer.data);
 }
