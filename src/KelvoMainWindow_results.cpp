@@ -35,6 +35,13 @@ QPixmap pixmapFrom(const QByteArray &imageData, const QSize &field)
     return QPixmap::fromImageReader(&reader);
 }
 
+void clearSelection(QListView *view)
+{
+    // A result that was extended is gone, and what was selected in it too: there is nothing to clear.
+    if (view->selectionModel() && view->selectionModel()->model())
+        view->clearSelection();
+}
+
 QString resultsText(const QListView *view)
 {
     return QStringLiteral("%1 results").arg(ListViews::rowCount(view));
@@ -57,7 +64,7 @@ void KelvoMainWindow::showQueryResults(QAbstractItemModel *model)
     if (!model)
         return;
     Q_EMIT queryResultsAvailable();
-    m_query_resultsView->clearSelection();
+    clearSelection(m_query_resultsView);
     ListViews::setModel(m_query_resultsView, model);
     updateQueryResultLabel();
     connect(model, SIGNAL(rowsInserted(QModelIndex, int, int)), this, SLOT(updateQueryResultLabel()));
@@ -74,7 +81,7 @@ void KelvoMainWindow::showBrowseResults(QAbstractItemModel *model)
 {
     qDebug() << "KelvoMainWindow::showBrowseResults";
     Q_EMIT browseResultsAvailable();
-    m_browse_resultsView->clearSelection();
+    clearSelection(m_browse_resultsView);
     ListViews::setModel(m_browse_resultsView, model);
     // Removed rows are counted only when the label is updated next; the query tab counts them at once.
     if (model)
@@ -104,7 +111,7 @@ int KelvoMainWindow::browseResultCount() const
 void KelvoMainWindow::clearBrowseResults()
 {
     qDebug() << "KelvoMainWindow::clearBrowseResults";
-    m_browse_resultsView->clearSelection();
+    clearSelection(m_browse_resultsView);
     ListViews::setModel(m_browse_resultsView, nullptr);
     m_browse_pictureField->clear();
     m_browse_metadataField->clear();

@@ -7,4 +7,5 @@
 void KelvoTestCase::init()
 {
     QTest::failOnWarning(QRegularExpression(QStringLiteral("No such (signal|slot)")));
+    QTest::failOnWarning(QRegularExpression(QStringLiteral("^Selecting when no model")));
 }

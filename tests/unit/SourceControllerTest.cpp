@@ -227,6 +227,21 @@ private Q_SLOTS:
         QCOMPARE(m_controller->queryModel(), videos);
     }
 
+    void extendingGivesNoWarning()
+    {
+        execute(AllArtists);
+        select(0);
+        LogRecorder log;
+        click("m_query_extendButton");
+        QTRY_COMPARE(caption(), QStringLiteral("Execute\nquery"));
+        select(0);
+        click("m_query_extendButton");
+        QTRY_COMPARE(caption(), QStringLiteral("Execute\nquery"));
+        m_models.append(m_controller->queryModel());
+        QCOMPARE(log.count("KelvoSourceController::extendQuery"), 2);
+        QCOMPARE(log.warnings(), QStringList());
+    }
+
     void searchReadsItsConditionsAndSearchesNothing()
     {
         ModalCloser closer(ModalCloser::Accept);
