@@ -19,7 +19,8 @@ const auto startRenderer = QStringLiteral("KelvoGstRenderer");
 QString browserLauncher()
 {
     // Where the browser is elsewhere, the environment names it.
-    return qEnvironmentVariable("KELVO_BROWSER", QStringLiteral("/usr/lib/fennec/fennec.sh"));
+    const QString named = qEnvironmentVariable("KELVO_BROWSER");
+    return named.isEmpty() ? QStringLiteral("/usr/lib/fennec/fennec.sh") : named;
 }
 } // namespace
 

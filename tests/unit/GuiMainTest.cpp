@@ -177,6 +177,21 @@ private Q_SLOTS:
         QVERIFY(!runs(started(folder).first()));
     }
 
+    void anEmptyNameOfTheBrowserIsNone()
+    {
+        QTemporaryDir folder;
+        qputenv("KELVO_BROWSER", "");
+        const ConsoleFixture console;
+        // Without a launcher in front of it the argument would become the program.
+        console.application()->startBrowser(writeBrowser(folder));
+        QProcess after;
+        after.start(writeBrowser(folder), {"after"});
+        QTRY_COMPARE(started(folder).size(), 1);
+        QVERIFY(started(folder).first().endsWith(" 1:after"));
+        after.kill();
+        QVERIFY(after.waitForFinished());
+    }
+
     void browserThatCannotStartIsNotReported()
     {
         qputenv("KELVO_BROWSER", "/nonexistent/browser");
