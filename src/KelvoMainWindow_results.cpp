@@ -133,13 +133,13 @@ void KelvoMainWindow::updateBrowseResultLabel()
 void KelvoMainWindow::updateQueryErrorLabel(const QString &text)
 {
     qDebug() << "KelvoMainWindow::updateQueryErrorLabel" << text;
-    m_query_errorLabel->setText(text);
+    m_query_errorLabel->showMessage(text);
 }
 
 void KelvoMainWindow::updateBrowseErrorLabel(const QString &text)
 {
     qDebug() << "KelvoMainWindow::updateBrowseErrorLabel" << text;
-    m_browse_errorLabel->setText(text);
+    m_browse_errorLabel->showMessage(text);
 }
 
 void KelvoMainWindow::showBrowseResultThumbnail(const QString &text)

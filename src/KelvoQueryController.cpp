@@ -75,6 +75,16 @@ void KelvoQueryController::createFactory(
     m_factory->init();
     m_mainWindow->setQueryButtonsEnabled(false);
     connect(m_factory.get(), SIGNAL(initCompleted(bool)), m_mainWindow, SLOT(setQueryButtonsEnabled(bool)));
+    connect(
+        m_factory.get(), &KelvoTrackerModelFactory::initCompleted, this, &KelvoQueryController::showOpening);
+}
+
+void KelvoQueryController::showOpening(bool opened)
+{
+    // With the buttons disabled no query will come to tell why.
+    const bool failedBefore = std::exchange(m_openingFailed, !opened);
+    if (m_mainWindow && (failedBefore || !opened))
+        m_mainWindow->updateQueryErrorLabel(opened ? QString() : m_factory->errorText());
 }
 
 QAbstractItemModel *KelvoQueryController::query(const QList<KelvoSource *> &sources, int queryIndex)

@@ -72,6 +72,7 @@ public Q_SLOTS:
 private:
     void retire();
     void createFactory(const QString &unknownAlbum, const QString &unknownArtist, int streamingBlockSize);
+    void showOpening(bool opened);
     KelvoTrackerModel *trackerModel(KelvoTrackerModel::QueryType type, int id);
     QAbstractItemModel *videoModel();
     int idAt(int row, int column) const;
@@ -88,4 +89,5 @@ private:
     int m_streamBlockSize;
     int m_firstBlockSize;
     std::unique_ptr<QSparqlConnection> m_sparqlConnection;
+    bool m_openingFailed = false; // and the window says why
 };

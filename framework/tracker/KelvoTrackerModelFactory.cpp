@@ -27,6 +27,11 @@ void KelvoTrackerModelFactory::init()
     KelvoTrackerStore::instance()->hold(this);
 }
 
+QString KelvoTrackerModelFactory::errorText() const
+{
+    return KelvoTrackerStore::instance()->errorText();
+}
+
 KelvoTrackerModel *KelvoTrackerModelFactory::getModel(
     KelvoTrackerModel::QueryType type, int firstBlockSize, int id)
 {

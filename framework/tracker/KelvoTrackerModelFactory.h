@@ -21,6 +21,9 @@ public:
     /// Opens the store where it is not open yet. Answers, from the event loop, with initCompleted().
     void init();
 
+    /// Why the last init() ended with false; a text for the user, empty otherwise.
+    QString errorText() const;
+
     /// Starts a query and returns its result at once; rows, completed() and error() follow from the event loop.
     /// Never null: an unknown type, or a store that is not open, is reported by the model's error().
     /// @param firstBlockSize  rows that come by themselves; 0: no limit, all of them

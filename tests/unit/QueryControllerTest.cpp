@@ -433,6 +433,26 @@ private Q_SLOTS:
         QCOMPARE(m_controller->queryState(), 0);
     }
 
+    void aStoreThatCannotBeOpenedIsExplained()
+    {
+        const QByteArray data = qgetenv("XDG_DATA_HOME");
+        m_controller.reset();
+        closeStore();
+        qputenv("XDG_DATA_HOME", "/proc/self/nothing");
+        m_controller = std::make_unique<KelvoQueryController>(nullptr, m_window);
+        const auto *label = m_window->findChild<QLabel *>("m_query_errorLabel");
+        QTRY_VERIFY_WITH_TIMEOUT(!label->text().isEmpty(), patience);
+        QCOMPARE(label->text(), store().errorText());
+        QVERIFY2(label->text().contains("/proc/self/nothing"), qPrintable(label->text()));
+        QVERIFY(!buttonsEnabled());
+
+        qputenv("XDG_DATA_HOME", data);
+        m_controller->setNewQueryProperties(200, 1000);
+        QTRY_VERIFY(buttonsEnabled());
+        QCOMPARE(label->text(), QString()); // what was wrong is right again
+        QVERIFY(openStore());
+    }
+
     void cancellingOnlyLogs()
     {
         const QAbstractItemModel *model = query(0);

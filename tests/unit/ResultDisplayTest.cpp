@@ -12,7 +12,9 @@
 #include <QRegularExpression>
 #include <QSignalSpy>
 #include <QStandardItemModel>
+#include <QTabWidget>
 #include <QTest>
+#include <QTextDocumentFragment>
 #include <QTextEdit>
 #include <QToolButton>
 
@@ -74,6 +76,48 @@ private Q_SLOTS:
                 "void KelvoMainWindow::setQueryButtonsEnabled(bool)",
                 "KelvoMainWindow::showExecuteQueryButton", "KelvoMainWindow::showQueryCancelButton",
                 "KelvoMainWindow::showFetchRestButton"}));
+    }
+
+    void errorLabels_data()
+    {
+        QTest::addColumn<QString>("label");
+        QTest::addColumn<int>("tab");
+        QTest::newRow("browse") << "m_browse_errorLabel" << 3;
+        QTest::newRow("query") << "m_query_errorLabel" << 4;
+    }
+
+    void errorLabels()
+    {
+        QFETCH(QString, label);
+        QFETCH(int, tab);
+        auto *shown = find<QLabel>(label.toLatin1().constData());
+        const auto update = [&](const QString &text) {
+            tab == 3 ? m_window->updateBrowseErrorLabel(text) : m_window->updateQueryErrorLabel(text);
+        };
+        find<QTabWidget>("m_tabs")->setCurrentIndex(tab);
+        m_window->resize(800, 480);
+        m_window->show();
+        const QString text
+            = "The store was damaged & is kept as <b>/home/" + QString(80, 'x') + "/tracker.damaged</b>";
+        update(text);
+        QCOMPARE(shown->text(), text);
+        QCOMPARE(shown->accessibleDescription(), text);
+        QCOMPARE(QTextDocumentFragment::fromHtml(shown->toolTip()).toPlainText(), text);
+        const QImage whole = shown->grab().toImage();
+        const int width = shown->contentsRect().width();
+        const QString elided = shown->fontMetrics().elidedText(text, Qt::ElideMiddle, width);
+        QVERIFY(elided != text && elided.endsWith("damaged</b>"));
+        update(elided);
+        QCOMPARE(shown->grab().toImage(), whole);
+        // What has room is painted as any label paints it.
+        update("The store is gone");
+        QLabel plain("The store is gone", shown->parentWidget());
+        plain.setFont(shown->font());
+        plain.resize(shown->size());
+        QCOMPARE(shown->grab().toImage(), plain.grab().toImage());
+        update({});
+        QCOMPARE(shown->toolTip(), QString());
+        QCOMPARE(shown->accessibleDescription(), QString());
     }
 
     void queryResultsAreShownAndAnnounced()
