@@ -10,8 +10,9 @@ namespace DisplayCheck {
 /// connections of their own, and so do the programs that are started.
 void useNamedDisplay(int argc, char *argv[]);
 
-/// On a Wayland session with an X display, asks for X11 windows unless the user named a platform: renderers put
-/// their video into X11 windows.
+/// On a Wayland session with an X display that answers, asks for X11 windows unless the user named a platform:
+/// renderers put their video into X11 windows. A display that does not answer is forgotten there, so that nobody tries
+/// it again: without it the program has no video output.
 void preferX11();
 
 /// Why no window could be shown; empty when nothing speaks against it. Looks at the platform named by the

@@ -81,6 +81,34 @@ private Q_SLOTS:
         QVERIFY(logOfStart(program, {}).contains("initTracking success was false"));
     }
 
+    void aWaylandSessionWithoutX11NamesTheRemedy_data()
+    {
+        QTest::addColumn<QString>("display");
+        QTest::newRow("dead display") << ":4242";
+        QTest::newRow("no display") << QString();
+    }
+
+    void aWaylandSessionWithoutX11NamesTheRemedy()
+    {
+        QFETCH(QString, display);
+        QProcess program;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.remove("QT_QPA_PLATFORM");
+        environment.insert("WAYLAND_DISPLAY", "wayland-nowhere");
+        environment.remove("DISPLAY");
+        if (!display.isEmpty())
+            environment.insert("DISPLAY", display);
+        program.setProcessEnvironment(environment);
+        program.start(path(), QStringList());
+        QVERIFY(program.waitForFinished());
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.exitCode(), 1);
+        const QByteArray message = program.readAllStandardError();
+        QVERIFY2(message.startsWith("kelvo-test-gui: No display: "), message.constData());
+        QVERIFY2(message.contains("DISPLAY") && message.contains("wayland-nowhere"), message.constData());
+        QCOMPARE(message.count('\n'), 1);
+    }
+
     void noDisplayIsSaid_data()
     {
         QTest::addColumn<QStringList>("arguments");
