@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoGUIMain.h"
 #include "platform/DisplayCheck.h"
+#include "platform/TerminationSignals.h"
 
 #include <QApplication>
 #include <QDebug>
@@ -26,6 +27,9 @@ int main(int argc, char *argv[])
     }
 
     QApplication application(argc, argv);
+    const TerminationSignals signals;
+    QObject::connect(
+        &signals, &TerminationSignals::closeRequested, &application, &TerminationSignals::closeWindows);
     auto *guiMain = new KelvoGUIMain(&application);
     qDebug() << argc << argumentOrEmpty(argc, argv, 0) << argumentOrEmpty(argc, argv, 1)
              << argumentOrEmpty(argc, argv, 2);

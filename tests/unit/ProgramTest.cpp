@@ -5,6 +5,8 @@
 #include <QProcess>
 #include <QTest>
 
+#include <csignal>
+
 /// The real program, started without a display server of its own.
 class ProgramTest : public KelvoTestCase
 {
@@ -81,6 +83,53 @@ private Q_SLOTS:
         QVERIFY(logOfStart(program, {}).contains("initTracking success was false"));
     }
 
+    void terminationSignalsCloseTheWindow_data()
+    {
+        QTest::addColumn<int>("signal");
+        QTest::newRow("SIGTERM") << SIGTERM;
+        QTest::newRow("SIGINT") << SIGINT;
+        QTest::newRow("SIGHUP") << SIGHUP;
+    }
+
+    void terminationSignalsCloseTheWindow()
+    {
+        QFETCH(int, signal);
+        QProcess program;
+        program.setProcessChannelMode(QProcess::MergedChannels);
+        program.start(path(), QStringList());
+        QByteArray output;
+        QVERIFY(readUntil(program, "\n1 ", &output));
+        ::kill(pid_t(program.processId()), signal);
+        QVERIFY(program.waitForFinished());
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.exitCode(), 0);
+        output += program.readAll();
+        qsizetype at = 0;
+        for (const char *name : {"KelvoMainWindow", "KelvoGUIMain", "KelvoPlaylistController",
+                 "KelvoRendererController", "KelvoSourceController", "KelvoPluginController"}) {
+            at = output.indexOf(QByteArray("\n") + name + "::~" + name + "\n", at);
+            QVERIFY2(at >= 0, output + "\nwithout " + name);
+        }
+    }
+
+    void signalsThatWereIgnoredStayIgnored()
+    {
+        // As nohup starts programs.
+        QProcess program;
+        program.setChildProcessModifier([] { ::signal(SIGHUP, SIG_IGN); });
+        program.setProcessChannelMode(QProcess::MergedChannels);
+        program.start(path(), QStringList());
+        QByteArray output;
+        QVERIFY(readUntil(program, "\n1 ", &output));
+        QFile status(QStringLiteral("/proc/%1/status").arg(program.processId()));
+        QVERIFY(status.open(QIODevice::ReadOnly));
+        const QByteArray ignored = valueOf(status.readAll(), "SigIgn:");
+        QVERIFY2(ignored.toULongLong(nullptr, 16) & (1ULL << (SIGHUP - 1)), ignored);
+        program.terminate();
+        QVERIFY(program.waitForFinished());
+        QCOMPARE(program.exitCode(), 0);
+    }
+
     void aWaylandSessionWithoutX11NamesTheRemedy_data()
     {
         QTest::addColumn<QString>("display");
@@ -147,6 +196,20 @@ private Q_SLOTS:
 
 private:
     static QString path() { return QStringLiteral(KELVO_TEST_PROGRAM); }
+
+    static bool readUntil(QProcess &program, const QByteArray &mark, QByteArray *output)
+    {
+        while (!output->contains(mark) && program.waitForReadyRead(20000))
+            *output += program.readAll();
+        return output->contains(mark);
+    }
+
+    /// What a line of a status file says.
+    static QByteArray valueOf(const QByteArray &status, const QByteArray &name)
+    {
+        const qsizetype at = status.indexOf('\n' + name);
+        return at < 0 ? QByteArray() : status.mid(at + 1 + name.size()).split('\n').first().trimmed();
+    }
 
     /// All lines until the event loop runs; the program is ended then.
     static QStringList logOfStart(QProcess &program, const QStringList &arguments)
