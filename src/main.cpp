@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoGUIMain.h"
 #include "platform/DisplayCheck.h"
+#include "platform/StandardErrorLog.h"
 #include "platform/TerminationSignals.h"
 
 #include <QApplication>
@@ -18,6 +19,7 @@ const char *argumentOrEmpty(int argc, char *argv[], int index)
 
 int main(int argc, char *argv[])
 {
+    StandardErrorLog::install();
     DisplayCheck::useNamedDisplay(argc, argv);
     DisplayCheck::preferX11();
     const QString problem = DisplayCheck::problem(argc, argv);

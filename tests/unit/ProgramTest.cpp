@@ -6,6 +6,55 @@
 #include <QTest>
 
 #include <csignal>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+/// A pipe into which nothing goes any more.
+class FullPipe
+{
+public:
+    FullPipe()
+    {
+        if (::pipe2(m_ends, O_CLOEXEC) != 0)
+            qFatal("no pipe");
+        // Filled by whole pages: one that holds less than that has no room for another one.
+        const int size = ::fcntl(m_ends[1], F_GETPIPE_SZ);
+        const QByteArray padding(size, '.');
+        if (::write(m_ends[1], padding.constData(), size_t(size)) != size)
+            qFatal("the pipe takes less than it says");
+    }
+    ~FullPipe()
+    {
+        closeReadEnd();
+        closeWriteEnd();
+    }
+    Q_DISABLE_COPY_MOVE(FullPipe)
+
+    int writeEnd() const { return m_ends[1]; }
+    void closeReadEnd() { close(m_ends[0]); }
+    void closeWriteEnd() { close(m_ends[1]); }
+
+    /// Until everybody has closed the other end.
+    QByteArray readAll() const
+    {
+        QByteArray all;
+        char buffer[4096];
+        for (ssize_t size = 0; (size = ::read(m_ends[0], buffer, sizeof buffer)) > 0;)
+            all.append(buffer, size);
+        return all;
+    }
+
+private:
+    static void close(int &end)
+    {
+        if (end >= 0)
+            ::close(std::exchange(end, -1));
+    }
+
+    int m_ends[2];
+};
+} // namespace
 
 /// The real program, started without a display server of its own.
 class ProgramTest : public KelvoTestCase
@@ -130,6 +179,57 @@ private Q_SLOTS:
         QCOMPARE(program.exitCode(), 0);
     }
 
+    void standardErrorThatNobodyReadsStopsNothing()
+    {
+        FullPipe pipe;
+        QProcess program;
+        program.setChildProcessModifier([&] { ::dup2(pipe.writeEnd(), STDERR_FILENO); });
+        program.start(path(), QStringList());
+        QVERIFY(program.waitForStarted());
+        // Ends as a console in use does, although not one line of it was read.
+        QVERIFY(waitForHandlerOf(SIGTERM, program.processId()));
+        program.terminate();
+        QVERIFY(program.waitForFinished());
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.exitCode(), 0);
+    }
+
+    void standardErrorThatIsReadLateIsComplete()
+    {
+        FullPipe pipe;
+        QProcess program;
+        program.setChildProcessModifier([&] { ::dup2(pipe.writeEnd(), STDERR_FILENO); });
+        program.start(path(), QStringList());
+        QVERIFY(program.waitForStarted());
+        QVERIFY(waitForHandlerOf(SIGTERM, program.processId()));
+        program.terminate();
+        pipe.closeWriteEnd();
+        const QByteArray log = pipe.readAll();
+        QVERIFY(program.waitForFinished());
+        qsizetype at = 0;
+        for (const char *line : {"KelvoGUIMain::KelvoGUIMain", "KelvoMainWindow::KelvoMainWindow()",
+                 "KelvoSourceController::KelvoSourceController", "KelvoMainWindow::~KelvoMainWindow",
+                 "KelvoGUIMain::~KelvoGUIMain", "KelvoPluginController::~KelvoPluginController"}) {
+            at = log.indexOf(line, at);
+            QVERIFY2(at >= 0, log.mid(log.lastIndexOf("..")) + "\nwithout " + line);
+        }
+    }
+
+    void standardErrorWhoseReaderIsGoneStopsNothing()
+    {
+        FullPipe pipe;
+        QProcess program;
+        program.setChildProcessModifier([&] { ::dup2(pipe.writeEnd(), STDERR_FILENO); });
+        program.start(path(), QStringList());
+        QVERIFY(program.waitForStarted());
+        pipe.closeReadEnd();
+        QVERIFY(waitForHandlerOf(SIGTERM, program.processId()));
+        program.terminate();
+        QVERIFY(program.waitForFinished());
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.exitCode(), 0);
+    }
+
     void aWaylandSessionWithoutX11NamesTheRemedy_data()
     {
         QTest::addColumn<QString>("display");
@@ -209,6 +309,18 @@ private:
     {
         const qsizetype at = status.indexOf('\n' + name);
         return at < 0 ? QByteArray() : status.mid(at + 1 + name.size()).split('\n').first().trimmed();
+    }
+
+    /// Waits until the process, which has been started, catches the signal.
+    static bool waitForHandlerOf(int signal, qint64 process)
+    {
+        return QTest::qWaitFor(
+            [&] {
+                QFile status(QStringLiteral("/proc/%1/status").arg(process));
+                return status.open(QIODevice::ReadOnly)
+                    && valueOf(status.readAll(), "SigCgt:").toULongLong(nullptr, 16) & (1ULL << (signal - 1));
+            },
+            20'000);
     }
 
     /// All lines until the event loop runs; the program is ended then.
