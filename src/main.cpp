@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoGUIMain.h"
 #include "platform/DisplayCheck.h"
+#include "platform/DisplayLoss.h"
 #include "platform/StandardErrorLog.h"
 #include "platform/TerminationSignals.h"
 
@@ -29,6 +30,7 @@ int main(int argc, char *argv[])
     }
 
     QApplication application(argc, argv);
+    DisplayLoss::prepare();
     const TerminationSignals signals;
     QObject::connect(
         &signals, &TerminationSignals::closeRequested, &application, &TerminationSignals::closeWindows);

@@ -106,6 +106,7 @@ class Desktop:
                                "-nolisten", "tcp", "-noreset"], self.env, pass_fds=(write,),
                               stdout=subprocess.DEVNULL, stderr=open(self.folder / "xvfb.log", "wb"))
         self._children.append(child)
+        self.server = child
         os.close(write)
         with os.fdopen(read) as answer:
             number = answer.readline().strip()  # ends at once when the server does
