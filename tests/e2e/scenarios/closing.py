@@ -1,7 +1,8 @@
 # SPDX-License-Identifier: MIT
-"""The window is closed, by its menu and by the window manager, in every situation: the program ends at once, cleanly
-and in order."""
+"""The window is closed, by its menu, by the window manager and by signals, in every situation: the program ends at
+once, cleanly and in order."""
 
+import signal
 import time
 
 from bench import media
@@ -22,6 +23,9 @@ class Closing(Scenario):
             x, y = console.user.point(next(e for e in entries(menu) if e.name() == "Exit"))
             before = time.monotonic()
             console.user.click_at(x, y)
+        elif isinstance(how, signal.Signals):
+            before = time.monotonic()
+            console.process.send_signal(how)
         else:
             console.user.activate()
             before = time.monotonic()
@@ -65,6 +69,32 @@ class Closing(Scenario):
         console.user.key("Escape")
         until(lambda: not console.dialogs(), "the dialog closes")
         self.assert_ends(console, "menu")
+
+    def test_terminated_while_playing(self):
+        self.assert_ends(self.playing(), signal.SIGTERM)
+
+    def test_interrupted_while_a_dialog_is_open(self):
+        console = self.playing()
+        console.menu("Renderers", "Volume...", wait=False)
+        console.dialog("dialog", "Adjust volume")
+        self.assert_ends(console, signal.SIGINT)
+
+    def test_hung_up_while_a_message_is_open(self):
+        console = self.start(media.url("short one.mp3"))
+        console.dialog("alert message", limit=20)
+        self.assert_ends(console, signal.SIGHUP)
+
+    def test_terminated_while_a_menu_is_open_over_a_dialog(self):
+        console = self.start()
+        console.menu("Playlists", "Create new...", wait=False)
+        dialog = console.dialog("dialog", "Create new playlist")
+        x, y = console.user.point(dialog.wait_find("text"))
+        before, after = self.desktop.folder / "before.png", self.desktop.folder / "after.png"
+        console.screen.shoot(before)
+        console.desktop.run(["xdotool", "mousemove", str(x), str(y), "click", "3"])
+        # The field's own menu belongs to no window that could be asked.
+        until(lambda: console.screen.difference(before, console.screen.shoot(after)) > 2000, "the menu opens")
+        self.assert_ends(console, signal.SIGTERM)
 
     def test_while_buffering(self):
         server = self.serve(rate=6000)
