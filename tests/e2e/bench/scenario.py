@@ -18,7 +18,7 @@ from .webserver import WebServer
 
 # Lines that no healthy run has.
 _WRONG = re.compile(r"No such (signal|slot)|QObject::connect|runtime error:|(Address|Leak|Undefined\w*)Sanitizer"
-                    r"|^ASSERT|-CRITICAL \*\*|Timers cannot be|QObject::killTimer|QPainter::|QWidget::")
+                    r"|^ASSERT|-CRITICAL \*\*|Timers cannot be|QObject::killTimer|QPainter::|QWidget::|Selecting when no model")
 ONLY_THE_REAL_RENDERER = {"KELVO_PLUGINS": "gst-renderer"}
 
 
