@@ -92,6 +92,7 @@ private:
     void takeReplacement(const KelvoMediaInfo &item);
     void itemEnded();
     void itemFailed(KelvoError::Code code, const QString &message);
+    void forgetFalseStart();
     bool hasProgressed() const;
     void halt(bool completed);
     void followEdit();

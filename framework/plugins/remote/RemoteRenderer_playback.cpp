@@ -98,6 +98,7 @@ void RemoteRenderer::transportReached(quint64 epoch, State state)
         stoppedElsewhere();
         break;
     case Transitioning:
+        forgetFalseStart();
         m_position.setRunning(false);
         setState(Transitioning);
         positionMoved();
@@ -184,6 +185,13 @@ void RemoteRenderer::takeReplacement(const KelvoMediaInfo &item)
     m_position.setRunning(m_state == Playing);
     announceItem();
     positionMoved();
+}
+
+/// What falls back before it has played for a while did not play yet.
+void RemoteRenderer::forgetFalseStart()
+{
+    if (!hasProgressed())
+        m_playingSince.invalidate();
 }
 
 /// Whether the item has really played.

@@ -18,6 +18,7 @@ private Q_SLOTS:
     void itemTooShortForAReportHasPlayed();
     void failuresInARowStop();
     void falseStartsInARowStop();
+    void startsThatAreTakenBackInARowStop();
     void aRoundOfEmptyItemsStops();
     void mayBeDeletedInAReport_data();
     void mayBeDeletedInAReport();
@@ -154,6 +155,23 @@ void RemoteRendererTest::falseStartsInARowStop()
     for (int i = 0; i < 2; ++i) {
         say(Playing);
         Q_EMIT m_transport->failed(m_transport->epoch(), KelvoError::CorruptMedia, QString());
+    }
+    flush();
+    QCOMPARE(m_heard->errorsOf(KelvoError::NothingPlayable), 1);
+    QCOMPARE(m_heard->state(), Stopped);
+}
+
+void RemoteRendererTest::startsThatAreTakenBackInARowStop()
+{
+    assign(2);
+    m_playlist->setRepeatMode(KelvoPlaylist::RepeatAll);
+    m_renderer->play();
+    for (int i = 0; i < 2; ++i) {
+        say(Playing);
+        say(Transitioning);
+        // However long it takes the player to give up.
+        QVERIFY(waitMs(1100));
+        Q_EMIT m_transport->failed(m_transport->epoch(), KelvoError::ReadFailed, QString());
     }
     flush();
     QCOMPARE(m_heard->errorsOf(KelvoError::NothingPlayable), 1);
