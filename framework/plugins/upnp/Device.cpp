@@ -105,14 +105,14 @@ void Device::polled(const Answer &answer)
         m_isGone = m_isGone || (!m_isAnnounced && isOver);
         return;
     }
+    // Each time: who drives it may have learnt of another state meanwhile, by asking for itself.
     const QString state = answer.values.value("CurrentTransportState");
-    if (m_key.kind == Kind::Renderer && !state.isEmpty() && state != m_lastState)
+    if (m_key.kind == Kind::Renderer && !state.isEmpty())
         report({.values = {{"TransportState", state}}});
 }
 
 void Device::report(const Upnp::Report &report)
 {
-    m_lastState = report.values.value("TransportState", m_lastState);
     if (m_isShown)
         m_listener.reported(m_key, report);
 }

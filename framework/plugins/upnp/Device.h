@@ -117,7 +117,6 @@ private:
     bool m_isGone = false;
     bool m_isShown = false;
     int m_underWay = 0;
-    QString m_lastState;
     Upnp::Description m_description;
     bool m_isDescriptionNew = false; // and not told yet
     bool m_isDescriptionOld = false; // and to be read again

@@ -26,7 +26,6 @@ void Device::adopt(Proxy proxy)
     m_services.reset();
     m_search.reset();
     m_reader.reset();
-    m_lastState.clear();
     m_heard = {};
     m_active = std::move(proxy);
     m_isAnnounced = true;

@@ -7,6 +7,7 @@
 
 namespace {
 constexpr int firstCheck = 20; // milliseconds; doubled each time
+constexpr int proofInterval = 250; // milliseconds
 } // namespace
 
 UpnpTransport::UpnpTransport(std::unique_ptr<RendererLink> link, Patience patience)
@@ -27,6 +28,8 @@ UpnpTransport::UpnpTransport(std::unique_ptr<RendererLink> link, Patience patien
     });
     m_progress.setSingleShot(true);
     connect(&m_progress, &QTimer::timeout, this, &UpnpTransport::checkProgress);
+    m_proof.setInterval(proofInterval);
+    connect(&m_proof, &QTimer::timeout, this, &UpnpTransport::askForProof);
     m_wishes.knowState = true;
     m_wishes.knowVolume = true;
     next();
@@ -97,9 +100,16 @@ void UpnpTransport::forgetItem()
     m_wishes = wishes;
     m_isLoading = false;
     m_isStarting = false;
+    m_isDoubted = false;
+    m_isAddressGone = false;
+    m_started.invalidate();
+    m_proof.stop();
     m_playTries = 0;
     m_duration = -1;
+    m_isDurationDoubted = false;
     m_position = 0;
+    m_lastPosition = -1;
+    m_isPositionDoubted = false;
     m_clock.reset();
     m_seeked.invalidate();
     m_progress.stop();

@@ -18,7 +18,8 @@
 /// makes of it is reported, not fought.
 ///
 /// An event that changes the state to Stopped is confirmed by asking, because a late one of the item before would
-/// end the item in play.
+/// end the item in play. What a device says while it goes from one item to the next belongs to the item whose address it
+/// names as that of its track. What stops at once, without having moved or shown a duration, has not played.
 class UpnpTransport : public RemoteTransport
 {
     Q_OBJECT
@@ -30,6 +31,8 @@ public:
         int start = 2000; ///< until an accepted item must play
         int retry = 300; ///< until an accepted item that does not play is started again
         int change = 3000; ///< until a device must be in the state that it accepted to go to
+        int doubt = 1000; ///< until what stopped at once must play after all
+        int proof = 3000; ///< until what plays counts as played, whatever the device says of its position
         int progress = 10'000; ///< until the position of what plays must have moved on
     };
 
@@ -97,6 +100,7 @@ private:
 
     // --- hearing, in UpnpTransport_reports.cpp ---
     void hear(const Upnp::Report &report);
+    void hearItem(const Upnp::Report &report, std::optional<State> state);
     void hearRendering(const Upnp::Report &report);
     void hearUri(const QString &uri);
     void hearTrack(const Upnp::Track &track);
@@ -104,6 +108,18 @@ private:
     void hearState(State state, bool isCertain);
     void awaitExpected();
     void hearStarting(State state, bool isCertain);
+    void itemStarted(State state);
+    void checkAgain();
+    void doubtStart();
+    void failStart();
+    bool isUnproven() const;
+    bool isItemBefore(const QString &trackUri) const;
+    bool isTrackDoubtful() const;
+    bool hearTrackUri(const QString &uri);
+    void takePosition(double position, bool isJudged);
+    bool isStateDoubtful(double position);
+    void askForProof();
+    void settleDuration(State state);
     void hearMedia(const Upnp::Answer &answer);
     void hearVolume(int deviceVolume);
     void hearPosition(const Upnp::Answer &answer);
@@ -137,7 +153,14 @@ private:
     std::optional<quint64> m_epoch; // in the device; nothing: nothing that anybody is to hear of
     std::optional<quint64> m_stoppedEpoch; // stopped by somebody else, and still in the device
     State m_state = KelvoRenderer::Stopped;
+    QString m_trackUri; // what the device named last as that of its track
+    QStringList m_before; // of items that the device may still be busy with
+    bool m_isTrackOurs = false; // and not that of an item before
+    bool m_isAddressGone = false; // forgotten by the device
     bool m_isStarting = false; // accepted, and has not played yet
+    bool m_isDoubted = false; // stopped at once
+    QElapsedTimer m_started;
+    QTimer m_proof;
     int m_playTries = 0; // of the item
     bool m_isStopping = false;
     bool m_isStopTried = false; // because the device would not take an item while playing
@@ -149,6 +172,10 @@ private:
 
     double m_duration = -1;
     double m_position = 0; // as the device said last
+    bool m_isDurationDoubted = false; // taken back by an answer
+    double m_lastPosition = -1;
+    QElapsedTimer m_lastPositionAt;
+    bool m_isPositionDoubted = false;
     PlayClock m_clock;
     QElapsedTimer m_seeked;
     QTimer m_progress;

@@ -122,8 +122,12 @@ void UpnpTransport::sendUri()
 void UpnpTransport::uriAnswered(quint64 epoch, const QString &uri, const Answer &answer)
 {
     const bool isWanted = std::exchange(m_isLoading, false) && epoch == m_item.epoch;
-    if (answer.outcome == Answer::Done)
+    if (answer.outcome == Answer::Done) {
+        if (std::exchange(m_isTrackOurs, false))
+            m_before.clear();
+        m_before += {m_uri, m_foreignUri};
         m_uri = uri;
+    }
     if (!isWanted)
         return;
     if (answer.outcome == Answer::Done) {
@@ -321,6 +325,8 @@ void UpnpTransport::askState()
                 hearState(*state, true);
             else if (m_expected)
                 m_check.start(m_checkDelay);
+            if (state)
+                settleDuration(*state);
         });
 }
 
@@ -345,7 +351,7 @@ void UpnpTransport::sendPositionQuestion()
 {
     if (!m_epoch || isLoading())
         return;
-    send(Service::AVTransport, "GetPositionInfo", {}, {"RelTime", "TrackDuration"},
+    send(Service::AVTransport, "GetPositionInfo", {}, {"RelTime", "TrackDuration", "TrackURI"},
         [this, epoch = m_epoch](const Answer &answer) {
             if (epoch == m_epoch && !isLoading())
                 hearPosition(answer);

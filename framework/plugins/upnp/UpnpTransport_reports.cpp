@@ -13,6 +13,8 @@ constexpr double earlyStop = 3;
 // A position that is this far from where a seek went to is still the one of before.
 constexpr double seekTolerance = 2;
 constexpr int longestCheck = 500; // milliseconds
+// Longer than this, in milliseconds, the position of what plays is not the same: most tell it in whole seconds.
+constexpr qint64 standstill = 1500;
 constexpr int mostTries = 3;
 } // namespace
 
@@ -26,13 +28,14 @@ void UpnpTransport::hear(const Upnp::Report &report)
     const auto &values = report.values;
     if (values.contains("AVTransportURI"))
         hearUri(values.value("AVTransportURI"));
-    if (values.contains("CurrentTrackDuration"))
-        hearDuration(values.value("CurrentTrackDuration"));
-    if (report.track)
-        hearTrack(*report.track);
-    hearRendering(report);
+    const bool isOfItemBefore = !hearTrackUri(values.value("CurrentTrackURI"));
     const auto state = UpnpText::parseState(values.value("TransportState"));
-    if (values.value("TransportStatus").toUpper() == QLatin1String("ERROR_OCCURRED"))
+    if (!isOfItemBefore)
+        hearItem(report, state);
+    hearRendering(report);
+    const bool isDoubtful
+        = isOfItemBefore || values.value("TransportStatus").toUpper() == QLatin1String("ERROR_OCCURRED");
+    if (isDoubtful)
         m_wishes.knowState = true;
     else if (state)
         hearState(*state, false);
@@ -42,6 +45,17 @@ void UpnpTransport::hear(const Upnp::Report &report)
         noteAbilities();
     }
     next();
+}
+
+void UpnpTransport::hearItem(const Upnp::Report &report, std::optional<State> state)
+{
+    const QString duration = report.values.value("CurrentTrackDuration");
+    // With an item's end its duration is over too, and not taken back.
+    const bool isOver = state == KelvoRenderer::Stopped && UpnpText::parseTime(duration) == 0;
+    if (!duration.isEmpty() && !isOver)
+        hearDuration(duration);
+    if (report.track)
+        hearTrack(*report.track);
 }
 
 void UpnpTransport::hearRendering(const Upnp::Report &report)
@@ -63,6 +77,7 @@ void UpnpTransport::hearRendering(const Upnp::Report &report)
 void UpnpTransport::hearUri(const QString &uri)
 {
     // Nothing is in the device: some forget an item at its end. It is given again with the next load.
+    m_isAddressGone = uri.isEmpty() && !isLoading() && !m_isStarting;
     if (isLoading() || !m_epoch || uri.isEmpty() || uri == QLatin1String("NOT_IMPLEMENTED"))
         return;
     if (*m_epoch == 0 || !UpnpText::isSameUri(uri, m_uri))
@@ -100,6 +115,7 @@ void UpnpTransport::hearMedia(const Upnp::Answer &answer)
 void UpnpTransport::becomeForeign(const KelvoMediaInfo &info)
 {
     forgetItem();
+    m_before.clear();
     m_epoch = 0;
     m_clock.run(m_state == KelvoRenderer::Playing);
     tell([this, info, state = m_state] {
@@ -160,8 +176,76 @@ void UpnpTransport::hearState(State state, bool isCertain)
     // Late events are about the item before, or about what we have just stopped.
     if (state != m_state && !isCertain && (state == KelvoRenderer::Stopped || !m_epoch))
         m_wishes.knowState = true;
+    else if (state == KelvoRenderer::Stopped && isUnproven())
+        doubtStart();
     else
         enterState(state);
+}
+
+/// Whether the device named the item that is to be heard of, or none. Else it is asked.
+bool UpnpTransport::hearTrackUri(const QString &uri)
+{
+    if (!uri.isEmpty() && uri != QLatin1String("NOT_IMPLEMENTED"))
+        m_trackUri = uri;
+    // Once it is at our item, what it does not name has not changed.
+    return !isItemBefore(m_isTrackOurs ? uri : m_trackUri);
+}
+
+bool UpnpTransport::isItemBefore(const QString &trackUri) const
+{
+    const auto isSame = [&trackUri](const QString &known) {
+        return UpnpText::isSameUri(known, trackUri);
+    };
+    return !trackUri.isEmpty() && m_epoch.value_or(0) > 0 && !UpnpText::isSameUri(trackUri, m_uri)
+        && std::any_of(m_before.cbegin(), m_before.cend(), isSame);
+}
+
+/// Some say that they play while that is still the item before. Others never name the track that they are at.
+bool UpnpTransport::isTrackDoubtful() const
+{
+    const auto isOther = [this](const QString &known) {
+        return !known.isEmpty() && !UpnpText::isSameUri(known, m_uri);
+    };
+    return !m_isTrackOurs && !m_expectedSince.hasExpired(m_patience.change)
+        && std::any_of(m_before.cbegin(), m_before.cend(), isOther);
+}
+
+/// What stops at once, without anything that shows that it has played.
+bool UpnpTransport::isUnproven() const
+{
+    const bool isInPlay = m_state == KelvoRenderer::Playing || m_state == KelvoRenderer::Paused;
+    return isInPlay && m_epoch.value_or(0) > 0 && !m_isAddressGone && m_position <= 0 && m_duration <= 0
+        && m_started.isValid() && !m_started.hasExpired(m_patience.proof);
+}
+
+/// It may still be on its way from the item before to this one, or it cannot play it.
+void UpnpTransport::doubtStart()
+{
+    if (std::exchange(m_isDoubted, true)) {
+        failStart();
+        return;
+    }
+    m_progress.stop();
+    m_state = KelvoRenderer::Transitioning;
+    m_clock.run(false);
+    m_isStarting = true;
+    m_playTries = mostTries;
+    expect(KelvoRenderer::Playing);
+    tell([this, epoch = *m_epoch] { Q_EMIT stateReported(epoch, KelvoRenderer::Transitioning); });
+}
+
+void UpnpTransport::failStart()
+{
+    fail(KelvoError::ReadFailed, QStringLiteral("%1 does not play it").arg(m_link->deviceName()));
+}
+
+/// Not everybody tells the duration unasked, and short items are over before anybody wants to know the position.
+void UpnpTransport::askForProof()
+{
+    if (m_state == KelvoRenderer::Playing && isUnproven())
+        askPosition();
+    else
+        m_proof.stop();
 }
 
 /// Asks again in a while. A device that accepted a command and lost it is told once more.
@@ -174,30 +258,47 @@ void UpnpTransport::awaitExpected()
         else
             m_wishes.paused = *m_expected == KelvoRenderer::Paused;
     }
+    checkAgain();
+}
+
+void UpnpTransport::checkAgain()
+{
     if (!m_check.isActive())
         m_check.start(m_checkDelay = std::min(2 * m_checkDelay, longestCheck));
+}
+
+void UpnpTransport::itemStarted(State state)
+{
+    m_isStarting = false;
+    m_isTrackOurs = true;
+    expectationEnds();
+    m_progress.start(m_patience.progress);
+    if (!m_started.isValid())
+        m_started.start();
+    m_proof.start();
+    enterState(state);
 }
 
 void UpnpTransport::hearStarting(State state, bool isCertain)
 {
     if (state == KelvoRenderer::Playing || state == KelvoRenderer::Paused) {
-        m_isStarting = false;
-        expectationEnds();
-        m_progress.start(m_patience.progress);
-        enterState(state);
+        if (isTrackDoubtful())
+            askPosition();
+        else
+            itemStarted(state);
         return;
     }
-    const bool isLate = m_expectedSince.hasExpired(m_patience.start);
+    const bool isLate = m_expectedSince.hasExpired(m_isDoubted ? m_patience.doubt : m_patience.start);
     if (state == KelvoRenderer::Stopped && isCertain && isLate) {
-        fail(KelvoError::UnknownError, QStringLiteral("%1 does not play it").arg(m_link->deviceName()));
+        failStart();
         return;
     }
     // What comes while a device is still busy with the item before gets lost in some.
     if (state == KelvoRenderer::Stopped && isCertain && m_playTries < mostTries
         && m_expectedSince.hasExpired(m_playTries * m_patience.retry))
         m_wishes.play = true;
-    else if (isCertain && !m_check.isActive())
-        m_check.start(m_checkDelay = std::min(2 * m_checkDelay, longestCheck));
+    else if (isCertain)
+        checkAgain();
 }
 
 void UpnpTransport::enterState(State state)
@@ -227,6 +328,7 @@ void UpnpTransport::enterState(State state)
 void UpnpTransport::finishItem()
 {
     m_progress.stop();
+    m_proof.stop();
     m_wishes.paused.reset();
     m_wishes.position.reset();
     if (!m_epoch)
@@ -252,23 +354,65 @@ void UpnpTransport::fail(KelvoError::Code code, const QString &message)
 
 void UpnpTransport::hearPosition(const Upnp::Answer &answer)
 {
-    const auto position = UpnpText::parseTime(answer.values.value("RelTime"));
     const bool isJudged = std::exchange(m_isProgressJudged, false);
-    hearDuration(answer.values.value("TrackDuration"));
-    if (!position)
+    const bool isOurs = hearTrackUri(answer.values.value("TrackURI"));
+    if (m_isStarting) {
+        m_isTrackOurs = isOurs;
+        if (isOurs)
+            m_wishes.knowState = true;
+        else
+            checkAgain();
         return;
-    m_position = std::max(m_position, *position);
+    }
+    const QString duration = answer.values.value("TrackDuration");
+    // It may be over because the item is.
+    m_isDurationDoubted = m_duration > 0 && UpnpText::parseTime(duration) == 0;
+    if (m_isDurationDoubted)
+        m_wishes.knowState = true;
+    else
+        hearDuration(duration);
+    if (const auto position = UpnpText::parseTime(answer.values.value("RelTime")))
+        takePosition(*position, isJudged);
+}
+
+void UpnpTransport::settleDuration(State state)
+{
+    if (std::exchange(m_isDurationDoubted, false) && state != KelvoRenderer::Stopped)
+        hearDuration(QStringLiteral("0:00:00"));
+}
+
+void UpnpTransport::takePosition(double position, bool isJudged)
+{
+    m_position = std::max(m_position, position);
     if (isJudged && m_position <= 0 && m_state == KelvoRenderer::Playing) {
         fail(KelvoError::Stalled,
             QStringLiteral("%1 says that it plays but does not move on").arg(m_link->deviceName()));
         m_wishes.stop = true;
         return;
     }
-    const bool isOutdated = m_seeked.isValid() && !m_seeked.hasExpired(m_patience.seek)
-        && std::abs(*position - m_clock.position()) > seekTolerance;
-    if (!isOutdated)
-        m_clock.set(*position);
+    const bool isHeld = m_seeked.isValid() && !m_seeked.hasExpired(m_patience.seek);
+    const bool isOutdated = isHeld && std::abs(position - m_clock.position()) > seekTolerance;
+    if (!isHeld && isStateDoubtful(position))
+        m_wishes.knowState = true;
+    if (!isOutdated && !m_isPositionDoubted)
+        m_clock.set(position);
     tell([this, epoch = *m_epoch, seconds = m_clock.position()] { Q_EMIT positionReported(epoch, seconds); });
+}
+
+/// Whether the item would not explain what the device says of its position, so that an event may be missing: not all
+/// send them. A fall back is not taken before that is known, since it may be the one of an end.
+bool UpnpTransport::isStateDoubtful(double position)
+{
+    const bool isDue = m_lastPositionAt.isValid() && m_lastPositionAt.hasExpired(standstill);
+    const bool isStill = isDue && position <= m_lastPosition;
+    const bool isOver = m_duration > 0 && m_clock.position() > m_duration;
+    const bool isFallen = position + seekTolerance < m_clock.position();
+    m_isPositionDoubted = isFallen && !m_isPositionDoubted;
+    if (!m_lastPositionAt.isValid() || isDue || position != m_lastPosition) {
+        m_lastPosition = position;
+        m_lastPositionAt.start();
+    }
+    return m_state == KelvoRenderer::Playing && (isStill || isOver || isFallen);
 }
 
 void UpnpTransport::checkProgress()

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What the transport makes of devices, with a device that does as it is told.
 #include "UpnpTransport.h"
+#include "FakeRendererLink.h"
 #include "KelvoTestCase.h"
 #include "TestGroup.h"
 
@@ -15,65 +16,6 @@ constexpr auto Stopped = KelvoRenderer::Stopped;
 constexpr auto Playing = KelvoRenderer::Playing;
 constexpr auto Paused = KelvoRenderer::Paused;
 constexpr auto Transitioning = KelvoRenderer::Transitioning;
-
-/// A device that answers from the event loop: as its state is, or with what it was told to say to an action.
-class FakeLink : public RendererLink
-{
-public:
-    QString deviceName() const override { return QStringLiteral("Fake"); }
-    void call(const Upnp::Call &call, Upnp::AnswerHandler handler) override
-    {
-        ++underWay;
-        mostUnderWay = qMax(mostUnderWay, underWay);
-        calls.append(call);
-        QMetaObject::invokeMethod(
-            this,
-            [this, call, handler] {
-                --underWay;
-                handler(answerTo(call));
-            },
-            Qt::QueuedConnection);
-    }
-    Answer answerTo(const Upnp::Call &call)
-    {
-        if (answers.contains(call.action) && (answerOnce != call.action || count(call.action) <= 1))
-            return answers.value(call.action);
-        static const QHash<QByteArray, QString> states
-            = {{"Play", "PLAYING"}, {"Pause", "PAUSED_PLAYBACK"}, {"Stop", "STOPPED"}};
-        state = states.value(call.action, state);
-        if (call.action == "SetAVTransportURI")
-            uri = call.in.at(1).second;
-        if (call.action == "SetVolume")
-            volume = call.in.at(2).second;
-        Answer answer;
-        answer.values = {{"CurrentTransportState", state}, {"CurrentURI", uri}, {"RelTime", position},
-            {"TrackDuration", "0:00:10"}, {"CurrentVolume", volume}};
-        return answer;
-    }
-    void refuse(const QByteArray &action, int code, const QString &message = QStringLiteral("No"))
-    {
-        Answer answer;
-        answer.outcome = Answer::Refused;
-        answer.code = code;
-        answer.message = message;
-        answers.insert(action, answer);
-    }
-    int count(const QByteArray &action) const
-    {
-        return int(std::count_if(
-            calls.begin(), calls.end(), [&](const Upnp::Call &call) { return call.action == action; }));
-    }
-
-    QList<Upnp::Call> calls;
-    QHash<QByteArray, Answer> answers;
-    QByteArray answerOnce; ///< from the second call of this action on, as the state is
-    QString state = QStringLiteral("STOPPED");
-    QString uri;
-    QString position = QStringLiteral("0:00:01");
-    QString volume = QStringLiteral("50");
-    int underWay = 0;
-    int mostUnderWay = 0;
-};
 
 class UpnpTransportTest : public KelvoTestCase
 {
@@ -106,10 +48,11 @@ private Q_SLOTS:
 
 private:
     void playItem(quint64 epoch = 1);
+    void playToItsEnd();
     Upnp::Report report(const QByteArray &name, const QString &value) { return {.values = {{name, value}}}; }
     QList<KelvoRenderer::State> states() const;
 
-    FakeLink *m_link = nullptr;
+    FakeRendererLink *m_link = nullptr;
     std::unique_ptr<UpnpTransport> m_transport;
     std::unique_ptr<QSignalSpy> m_states;
     std::unique_ptr<QSignalSpy> m_ended;
@@ -123,7 +66,7 @@ private:
 void UpnpTransportTest::init()
 {
     KelvoTestCase::init();
-    auto link = std::make_unique<FakeLink>();
+    auto link = std::make_unique<FakeRendererLink>();
     m_link = link.get();
     UpnpTransport::Patience patience;
     patience.start = 300;
@@ -153,6 +96,15 @@ void UpnpTransportTest::playItem(quint64 epoch)
 {
     m_transport->load({.epoch = epoch, .info = KelvoMediaInfo("i", QUrl("http://h/item.mp3"), "Title", 10)});
     QTRY_VERIFY(states().endsWith(Playing));
+    m_link->calls.clear();
+}
+
+/// As the device shows whoever asks.
+void UpnpTransportTest::playToItsEnd()
+{
+    m_link->position = QStringLiteral("0:00:09");
+    m_transport->askPosition();
+    QTRY_VERIFY(!m_positions->isEmpty());
     m_link->calls.clear();
 }
 
@@ -254,6 +206,7 @@ void UpnpTransportTest::startsAgainWhatWasLost()
 void UpnpTransportTest::endIsConfirmed()
 {
     playItem();
+    playToItsEnd();
     // An event of before.
     Q_EMIT m_link->reported(report("TransportState", QStringLiteral("STOPPED")));
     QTRY_COMPARE(m_link->count("GetTransportInfo"), 1);
@@ -280,6 +233,9 @@ void UpnpTransportTest::durationOfTheItemBeforeIsTakenBack()
     playItem();
     Q_EMIT m_link->reported(report("CurrentTrackDuration", QStringLiteral("0:03:00")));
     Q_EMIT m_link->reported(report("CurrentTrackDuration", QStringLiteral("0:00:00")));
+    m_link->duration = QStringLiteral("0:00:00");
+    m_transport->askPosition();
+    QTRY_VERIFY(!m_positions->isEmpty());
     m_link->state = QStringLiteral("STOPPED");
     Q_EMIT m_link->reported(report("TransportState", QStringLiteral("STOPPED")));
     QTRY_COMPARE(m_ended->size(), 1);
@@ -288,6 +244,7 @@ void UpnpTransportTest::durationOfTheItemBeforeIsTakenBack()
 void UpnpTransportTest::clearedAddressIsNotForeign()
 {
     playItem();
+    playToItsEnd();
     m_link->state = QStringLiteral("STOPPED");
     m_link->uri.clear();
     Q_EMIT m_link->reported({.values = {{"TransportState", "STOPPED"}, {"AVTransportURI", ""}}});
