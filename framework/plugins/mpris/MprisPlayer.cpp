@@ -18,6 +18,11 @@ constexpr int PingEvery = 2;
 constexpr int SilentFor = 5;
 /// Milliseconds: a name that changes more often than this is not followed each time.
 constexpr qint64 NameEvery = 1000;
+/// How long after a refusal it is asked again, at first and at most; the time doubles.
+constexpr int FirstWait = 100;
+constexpr int LongestWait = 2000;
+/// So often refused, one is worth a word.
+constexpr int Refusals = 4;
 
 /// "mpv" of "org.mpris.MediaPlayer2.mpv".
 QString restOf(const QString &service)
@@ -41,6 +46,8 @@ MprisPlayer::MprisPlayer(
     m_watch.start(m_address.timeout / 2);
     m_nextName.setSingleShot(true);
     connect(&m_nextName, &QTimer::timeout, this, &MprisPlayer::askName);
+    m_nextAsk.setSingleShot(true);
+    connect(&m_nextAsk, &QTimer::timeout, this, &MprisPlayer::ask);
     ask();
 }
 
@@ -53,6 +60,7 @@ void MprisPlayer::leave()
 {
     m_watch.stop();
     m_nextName.stop();
+    m_nextAsk.stop();
     deleteLater();
     withdraw();
 }
@@ -113,6 +121,7 @@ void MprisPlayer::askName()
 void MprisPlayer::takeIdentity(const QDBusMessage &reply, bool isError)
 {
     const QVariantMap properties = rootProperties(reply, isError);
+    m_isNamed = !properties.isEmpty();
     m_name = nameFrom(properties);
     m_address.label = m_name;
     m_hasTrackList = properties.value(QStringLiteral("HasTrackList")).toBool();
@@ -133,15 +142,22 @@ void MprisPlayer::takePlayer(const QDBusMessage &reply, const QString &error, bo
         return;
     m_lastLife.start();
     const bool answers = error.isEmpty() && m_address.isAnswer(reply) && reply.signature() == u"a{sv}";
-    m_refused = !answers;
-    if (answers)
+    if (answers) {
+        m_refusals = 0;
         create(MprisValues::map(reply.arguments().constFirst()));
-    else
-        qCWarning(lcKelvo).noquote() << m_service << "is no player that can be driven:"
-                                     << (error.isEmpty()
-                                                ? QStringLiteral("its properties are of the type \"%1\"")
-                                                      .arg(reply.signature().left(100))
-                                                : error.left(500));
+    } else if (error.isEmpty()) {
+        takeRefusal(QStringLiteral("its properties are of the type \"%1\"").arg(reply.signature().left(100)));
+    } else {
+        takeRefusal(error.left(500));
+    }
+}
+
+/// Some take their name before they have anything to show under it.
+void MprisPlayer::takeRefusal(const QString &reason)
+{
+    m_nextAsk.start(std::min(LongestWait, FirstWait << std::min(m_refusals, 10)));
+    if (++m_refusals == Refusals)
+        qCWarning(lcKelvo).noquote() << m_service << "is no player that can be driven:" << reason;
 }
 
 void MprisPlayer::create(const QVariantMap &properties)
@@ -161,6 +177,8 @@ void MprisPlayer::create(const QVariantMap &properties)
                 m_transport, [this] { publish(); }, Qt::QueuedConnection);
         },
         Qt::QueuedConnection);
+    if (!m_isNamed)
+        noteNewIdentity();
 }
 
 void MprisPlayer::publish()
@@ -190,7 +208,7 @@ void MprisPlayer::noteSignal(const QDBusMessage &message)
 
 void MprisPlayer::watch()
 {
-    if (m_refused)
+    if (m_nextAsk.isActive())
         return;
     if (!m_pinging && (!m_renderer || m_lastPing.elapsed() >= PingEvery * m_address.timeout))
         ping();

@@ -47,6 +47,7 @@ private:
     void askName();
     void takeIdentity(const QDBusMessage &reply, bool isError);
     void takePlayer(const QDBusMessage &reply, const QString &error, bool silent);
+    void takeRefusal(const QString &reason);
     void create(const QVariantMap &properties);
     void publish();
     void withdraw();
@@ -60,7 +61,9 @@ private:
     QString m_name;
     bool m_hasTrackList = false;
     bool m_asking = false;
-    bool m_refused = false; ///< it is no player
+    bool m_isNamed = false; ///< it has told of itself
+    int m_refusals = 0; ///< in a row
+    QTimer m_nextAsk; ///< after a refusal
     bool m_pinging = false;
     QElapsedTimer m_lastLife;
     QElapsedTimer m_lastPing;

@@ -89,9 +89,9 @@ void FakeMprisPlayer::reply(const QDBusMessage &call, const QVariantList &argume
     m_connection.send(call.createReply(arguments));
 }
 
-void FakeMprisPlayer::refuse(const QDBusMessage &call, const QString &text)
+void FakeMprisPlayer::refuse(const QDBusMessage &call, const QString &text, QDBusError::ErrorType type)
 {
-    m_connection.send(call.createErrorReply(QDBusError::Failed, text));
+    m_connection.send(call.createErrorReply(type, text));
 }
 
 bool FakeMprisPlayer::handleMessage(const QDBusMessage &message, const QDBusConnection &)

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QDBusConnection>
+#include <QDBusError>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
 #include <QDBusVirtualObject>
@@ -40,7 +41,8 @@ public:
     void rename(const QString &identity);
     void seekTo(qlonglong microseconds);
     void reply(const QDBusMessage &call, const QVariantList &arguments = {});
-    void refuse(const QDBusMessage &call, const QString &text);
+    void refuse(
+        const QDBusMessage &call, const QString &text, QDBusError::ErrorType type = QDBusError::Failed);
     bool hasCall(const QString &call) const { return calls.contains(call); }
 
     QString introspect(const QString &) const override { return {}; }

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Players that behave well: how they are found, driven and followed.
+#include "LogRecorder.h"
 #include "MprisCase.h"
 #include "MprisSnapshot.h"
 #include "TestGroup.h"
@@ -12,6 +13,7 @@ class MprisPlayersTest : public MprisCase
     Q_OBJECT
 private Q_SLOTS:
     void findsThoseThatAreThereAndThoseThatCome();
+    void takesItsNameBeforeItsObject();
     void tellsEqualNamesApart();
     void passesOverTheProxy();
     void takesAProcessOnce();
@@ -47,6 +49,29 @@ void MprisPlayersTest::findsThoseThatAreThereAndThoseThatCome()
     QTRY_COMPARE(names(), (QStringList{"First", "Second"}));
     first.vanish();
     QTRY_COMPARE(names(), QStringList{"Second"});
+}
+
+void MprisPlayersTest::takesItsNameBeforeItsObject()
+{
+    FakeMprisPlayer player;
+    int refused = 0;
+    bool isExported = false;
+    player.onCall = [&](const QDBusMessage &call) {
+        if (isExported)
+            return false;
+        ++refused;
+        player.refuse(call, "no such object path", QDBusError::UnknownObject);
+        return true;
+    };
+    LogRecorder log;
+    player.appear();
+    QTRY_VERIFY(refused >= 4);
+    QCOMPARE(names(), QStringList());
+    isExported = true;
+    QTRY_COMPARE(names(), QStringList{"Fake"});
+    QCOMPARE(log.warnings(), QStringList());
+    QVERIFY(listen());
+    QVERIFY(playing());
 }
 
 void MprisPlayersTest::tellsEqualNamesApart()

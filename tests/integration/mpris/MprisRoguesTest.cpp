@@ -43,6 +43,7 @@ private Q_SLOTS:
     void playsAlthough_data();
     void playsAlthough();
     void refusesWhatIsNoPlayer();
+    void staysRefusedWithoutMoreWords();
     void knowsANamelessOneByItsBusName();
     void commandWithoutAnAnswer();
     void itemWithoutAnAnswer();
@@ -139,6 +140,27 @@ void MprisRoguesTest::refusesWhatIsNoPlayer()
     QVERIFY(log.warnings().constFirst().contains("org.mpris.MediaPlayer2.fake is no player"));
     QVERIFY(log.warnings().constFirst().contains("no such interface"));
     QCOMPARE(names(), QStringList());
+}
+
+void MprisRoguesTest::staysRefusedWithoutMoreWords()
+{
+    FakeMprisPlayer rogue;
+    int asked = 0;
+    rogue.onCall = [&](const QDBusMessage &call) {
+        ++asked;
+        rogue.refuse(call, "no such interface");
+        return true;
+    };
+    LogRecorder log;
+    QElapsedTimer timer;
+    timer.start();
+    rogue.appear();
+    QTRY_COMPARE(log.warnings().size(), 1);
+    const int before = asked;
+    QTRY_VERIFY_WITH_TIMEOUT(asked >= before + 4, 10'000);
+    QCOMPARE(log.warnings().size(), 1);
+    // Ever more seldom.
+    QVERIFY2(timer.elapsed() > 2000, qPrintable(QString::number(timer.elapsed())));
 }
 
 void MprisRoguesTest::knowsANamelessOneByItsBusName()
