@@ -150,6 +150,8 @@ private:
     bool m_loadedPaused = false;
     std::optional<int> m_seekWhenLoaded;
     QElapsedTimer m_playingSince;
+    bool m_positionTold = false;
+    bool m_moved = false; ///< the player has told of a position behind the item's beginning
 
     RemotePosition m_position;
     double m_duration = -1; ///< seconds; -1: not known

@@ -59,14 +59,21 @@ void RemoteRenderer::stop()
         halt(false);
 }
 
+/// Otherwise that is reported.
+bool RemoteRenderer::canPause()
+{
+    const bool can = m_transport->abilities().pause;
+    if (!can)
+        reportError(KelvoError::NotSupported, QStringLiteral("%1 cannot pause what it plays").arg(m_name));
+    return can;
+}
+
 void RemoteRenderer::pause()
 {
     if (m_state != Playing && m_state != Transitioning)
         return;
-    if (!m_transport->abilities().pause) {
-        reportError(KelvoError::NotSupported, QStringLiteral("%1 cannot pause what it plays").arg(m_name));
+    if (m_loaded && !canPause())
         return;
-    }
     m_pauseWanted = true;
     // What is not yet there to be paused is paused once it is.
     if (m_loaded)
@@ -85,10 +92,9 @@ void RemoteRenderer::resume()
 
 void RemoteRenderer::pauseAt(uint seconds)
 {
-    if (!m_transport->abilities().pause) {
-        reportError(KelvoError::NotSupported, QStringLiteral("%1 cannot pause what it plays").arg(m_name));
+    // Whether a player can pause what it does not play yet, it does not know itself.
+    if (m_loaded && !canPause())
         return;
-    }
     m_pauseAt = seconds;
     positionMoved();
 }

@@ -114,8 +114,8 @@ void RemoteRenderer::transportReached(quint64 epoch, State state)
 
 void RemoteRenderer::reachedPlaying()
 {
-    const bool wantsPause = m_pauseWanted && m_state == Transitioning && m_transport->abilities().pause;
-    if (wantsPause) {
+    const bool wantsPause = m_pauseWanted && m_state == Transitioning;
+    if (wantsPause && canPause()) {
         if (!std::exchange(m_pauseSent, true))
             m_transport->pause();
         m_loaded = true;

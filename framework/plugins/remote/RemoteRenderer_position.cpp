@@ -126,7 +126,7 @@ bool RemoteRenderer::checkPausePoint()
     if (wait <= 0) {
         m_pauseAt.reset();
         pause();
-        return true;
+        return m_pauseWanted;
     }
     if (m_state == Playing && m_position.isRunning() && m_position.rate() > 0 && wait < 1e9)
         m_pauseTimer.start(int(std::ceil(wait / m_position.rate() + Behind)));

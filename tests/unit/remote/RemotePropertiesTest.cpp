@@ -10,6 +10,9 @@ class RemotePropertiesTest : public RemoteCase
 private Q_SLOTS:
     void tellsWhatThePlayerCannot_data();
     void tellsWhatThePlayerCannot();
+    void pauseAtIsJudgedWhenItActs_data();
+    void pauseAtIsJudgedWhenItActs();
+    void pauseIsJudgedOnceThePlayerHasTheItem();
     void refusesASpeedThatThePlayerHasNot();
     void takesNoNoticeOfTheWindow_data();
     void takesNoNoticeOfTheWindow();
@@ -52,6 +55,54 @@ void RemotePropertiesTest::tellsWhatThePlayerCannot()
     QVERIFY(!m_heard->errors.constFirst().message().isEmpty());
     QCOMPARE(m_transport->calls, QStringList());
     QCOMPARE(m_heard->states, States());
+}
+
+void RemotePropertiesTest::pauseAtIsJudgedWhenItActs_data()
+{
+    QTest::addColumn<bool>("canPauseThen");
+    QTest::newRow("can") << true;
+    QTest::newRow("cannot") << false;
+}
+
+// Of a player that is stopped nobody knows yet whether it can pause what it will play.
+void RemotePropertiesTest::pauseAtIsJudgedWhenItActs()
+{
+    QFETCH(bool, canPauseThen);
+    m_transport->can.pause = false;
+    m_renderer->pauseAt(3);
+    flush();
+    QCOMPARE(m_heard->errors.size(), 0);
+    playing();
+    m_transport->can.pause = canPauseThen;
+    Q_EMIT m_transport->positionReported(m_transport->epoch(), 2);
+    QCOMPARE(m_heard->errors.size(), 0);
+    Q_EMIT m_transport->positionReported(m_transport->epoch(), 3);
+    flush();
+    QCOMPARE(m_transport->calls, canPauseThen ? QStringList{"pause"} : QStringList());
+    QCOMPARE(m_heard->errorsOf(KelvoError::NotSupported), canPauseThen ? 0 : 1);
+    // Once: it plays on.
+    Q_EMIT m_transport->positionReported(m_transport->epoch(), 4);
+    flush();
+    QCOMPARE(m_heard->errors.size(), canPauseThen ? 0 : 1);
+    QCOMPARE(m_heard->states, States());
+}
+
+void RemotePropertiesTest::pauseIsJudgedOnceThePlayerHasTheItem()
+{
+    m_transport->can.pause = false;
+    m_renderer->playUri(QUrl("http://media/song"));
+    m_renderer->pause();
+    flush();
+    QCOMPARE(m_heard->errors.size(), 0);
+    say(Playing);
+    flush();
+    QCOMPARE(m_heard->errorsOf(KelvoError::NotSupported), 1);
+    QCOMPARE(m_heard->states, (States{Transitioning, Playing}));
+    m_renderer->playUri(QUrl("http://media/other"));
+    m_renderer->pause();
+    m_transport->can.pause = true;
+    say(Playing);
+    QCOMPARE(m_transport->calls.constLast(), QStringLiteral("pause"));
 }
 
 void RemotePropertiesTest::refusesASpeedThatThePlayerHasNot()
