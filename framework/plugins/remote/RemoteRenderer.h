@@ -92,11 +92,16 @@ private:
     void takeReplacement(const KelvoMediaInfo &item);
     void itemEnded();
     void itemFailed(KelvoError::Code code, const QString &message);
-    void forgetFalseStart();
-    bool hasProgressed() const;
     void halt(bool completed);
     void followEdit();
     void playlistEdited();
+
+    // What an item did (RemoteRenderer_judging.cpp)
+    void forgetFalseStart();
+    bool hasProgressed() const;
+    bool hasLived() const;
+    bool isLifeUnknown() const;
+    void failUnplayed();
 
     // Position (RemoteRenderer_position.cpp)
     void askPosition();
@@ -110,6 +115,7 @@ private:
     bool isPositionWanted() const;
     bool isPositionKnown() const;
     bool checkPausePoint();
+    bool canPause();
 
     // Properties (RemoteRenderer_properties.cpp)
     void setVolume(const QVariant &value);

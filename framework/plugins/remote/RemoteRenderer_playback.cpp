@@ -7,9 +7,8 @@
 #include <utility>
 
 namespace {
-/// What ends or fails earlier than this did not play, whatever state the player passed through. Milliseconds.
+/// What ends earlier than this did not play, whatever state the player passed through. Milliseconds.
 constexpr qint64 NoPlaying = 100;
-constexpr qint64 FalseStart = 1000;
 
 /// Without an address that could do harm where it is shown or opened.
 KelvoMediaInfo withoutUnfitAddress(const KelvoMediaInfo &item)
@@ -60,6 +59,7 @@ void RemoteRenderer::leaveItem()
     m_loadedPaused = false;
     m_seekWhenLoaded.reset();
     m_playingSince.invalidate();
+    m_positionTold = m_moved = false;
     m_duration = -1;
     m_facts.clear();
     m_position.setRunning(false);
@@ -187,21 +187,12 @@ void RemoteRenderer::takeReplacement(const KelvoMediaInfo &item)
     positionMoved();
 }
 
-/// What falls back before it has played for a while did not play yet.
-void RemoteRenderer::forgetFalseStart()
-{
-    if (!hasProgressed())
-        m_playingSince.invalidate();
-}
-
-/// Whether the item has really played.
-bool RemoteRenderer::hasProgressed() const
-{
-    return m_playingSince.isValid() && m_playingSince.elapsed() >= FalseStart;
-}
-
 void RemoteRenderer::itemEnded()
 {
+    if (!hasLived()) {
+        failUnplayed();
+        return;
+    }
     if (!m_loaded && m_state == Transitioning)
         setState(Playing); // Too short for the player to tell of it.
     const bool idle = !m_playingSince.isValid() || m_playingSince.elapsed() < NoPlaying;

@@ -46,6 +46,8 @@ void RemoteRenderer::positionReported(quint64 epoch, double seconds)
 {
     if (epoch != m_epoch || m_state == Stopped || !m_loaded)
         return;
+    m_positionTold = true;
+    m_moved = m_moved || seconds > 0;
     const bool isNear = std::abs(seconds - m_position.now()) <= SeekTolerance;
     if (isSeeking() && !isNear)
         return;
@@ -161,6 +163,9 @@ void RemoteRenderer::schedulePoll()
                               : std::min(SettleInterval, PausedSeekTime - m_lastSeek.elapsed() + 1)));
     else if (isPositionWanted())
         m_pollTimer.start(int(std::max<qint64>(0, PollInterval - sincePoll)));
+    else if (isLifeUnknown())
+        m_pollTimer.start(
+            int(std::max<qint64>(0, PollInterval - std::min(sincePoll, m_playingSince.elapsed()))));
     else if (m_duration > 0 && m_position.rate() > 0)
         m_pollTimer.start(
             int(std::min(1e9, (1000 * (m_duration - m_position.now()) - NearEnd) / m_position.rate() + 1)));

@@ -126,6 +126,7 @@ void RemoteRendererTest::dropsReportsAfterStop()
 void RemoteRendererTest::itemTooShortForAReportHasPlayed()
 {
     m_renderer->playUri(QUrl("http://media/blip"));
+    Q_EMIT m_transport->durationReported(m_transport->epoch(), 0.1);
     Q_EMIT m_transport->ended(m_transport->epoch());
     flush();
     QCOMPARE(m_heard->states, (States{Transitioning, Playing, Stopped}));
@@ -185,6 +186,7 @@ void RemoteRendererTest::aRoundOfEmptyItemsStops()
     m_renderer->play();
     for (int i = 0; i < 2; ++i) {
         say(Playing);
+        Q_EMIT m_transport->durationReported(m_transport->epoch(), 0.1);
         Q_EMIT m_transport->ended(m_transport->epoch());
     }
     flush();
@@ -219,6 +221,7 @@ void RemoteRendererTest::mayBeDeletedInAReport()
     m_renderer->getPosition(m_heard.get(), "positionAnswer(uint)");
     Q_EMIT m_transport->volumeReported(5);
     Q_EMIT m_transport->troubled(KelvoError::CommandRefused, QString());
+    Q_EMIT m_transport->durationReported(m_transport->epoch(), 0.1);
     Q_EMIT m_transport->ended(m_transport->epoch());
     flush();
     QVERIFY(!m_renderer);
