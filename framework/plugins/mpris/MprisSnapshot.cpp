@@ -40,10 +40,27 @@ QString pathOf(const QVariant &value)
                                                             : MprisValues::text(value);
 }
 
+/// What mpv says to have nothing to play.
+constexpr QLatin1String Emptied{"/noplaylist"};
+
 /// What players say to have nothing to play.
 bool isNoTrack(const QString &id)
 {
-    return id.endsWith(QLatin1String("/NoTrack")) || id == QLatin1String("/noplaylist");
+    return id.endsWith(QLatin1String("/NoTrack")) || id == Emptied;
+}
+
+QUrl addressOf(const QString &text)
+{
+    return text.startsWith(QLatin1Char('/')) ? QUrl::fromLocalFile(text) : QUrl(text);
+}
+
+/// Whatever needs no escape, or does, in plain.
+QByteArray plain(const QUrl &url)
+{
+    QUrl address = url.adjusted(QUrl::NormalizePathSegments);
+    if (address.isLocalFile() && address.host() == QLatin1String("localhost"))
+        address.setHost({});
+    return QByteArray::fromPercentEncoding(address.toEncoded());
 }
 
 QString idOf(const QVariant &value)
@@ -56,15 +73,20 @@ QString idOf(const QVariant &value)
 bool MprisTrack::isSameAs(const MprisTrack &other) const
 {
     if (!url.isEmpty() && !other.url.isEmpty())
-        return url == other.url;
+        return isSameAddress(url, other.url);
     return id == other.id && (!id.isEmpty() || title == other.title);
+}
+
+bool MprisTrack::isSameAddress(const QUrl &one, const QUrl &other)
+{
+    return one == other || plain(one) == plain(other);
 }
 
 MprisTrack MprisTrack::of(const QVariantMap &metadata)
 {
     MprisTrack track;
     track.id = idOf(unwrapped(metadata.value(QStringLiteral("mpris:trackid"))));
-    track.url = QUrl(MprisValues::text(metadata.value(QStringLiteral("xesam:url"))));
+    track.url = addressOf(MprisValues::text(metadata.value(QStringLiteral("xesam:url"))));
     track.title = MprisValues::text(metadata.value(QStringLiteral("xesam:title")));
     track.artist = MprisValues::text(metadata.value(QStringLiteral("xesam:artist")));
     track.album = MprisValues::text(metadata.value(QStringLiteral("xesam:album")));
@@ -82,11 +104,11 @@ MprisSnapshot MprisSnapshot::of(const QVariantMap &properties)
     };
     MprisSnapshot now;
     const QVariantMap metadata = MprisValues::map(property("Metadata"));
+    const QString id = pathOf(unwrapped(metadata.value(QStringLiteral("mpris:trackid"))));
     now.track = MprisTrack::of(metadata);
+    now.isEmptied = id == Emptied;
     // mpv may say after its start that it plays although it has nothing, until it is given something.
-    now.state = isNoTrack(pathOf(unwrapped(metadata.value(QStringLiteral("mpris:trackid")))))
-        ? KelvoRenderer::Stopped
-        : stateOf(property("PlaybackStatus"));
+    now.state = isNoTrack(id) ? KelvoRenderer::Stopped : stateOf(property("PlaybackStatus"));
     now.position = MprisValues::seconds(property("Position"));
     if (now.position)
         now.position = std::max(0.0, *now.position);

@@ -25,6 +25,8 @@ struct MprisTrack
     bool isSameAs(const MprisTrack &other) const;
 
     static MprisTrack of(const QVariantMap &metadata);
+    /// Players write the same address in different ways.
+    static bool isSameAddress(const QUrl &one, const QUrl &other);
 };
 
 /// The properties of a player at one moment. No property is taken for granted, nor its type: what is missing or makes no
@@ -33,6 +35,7 @@ struct MprisSnapshot
 {
     KelvoRenderer::State state = KelvoRenderer::Stopped;
     MprisTrack track;
+    bool isEmptied = false; ///< it says that nothing is left of what it was given
     std::optional<double> position; ///< seconds, not below 0
     std::optional<double> rate;
     double slowestRate = 1;

@@ -12,7 +12,7 @@ MprisTransport::MprisTransport(
     connect(&m_nextQuestion, &QTimer::timeout, this, &MprisTransport::refresh);
     // Whoever made this wants to listen first.
     QMetaObject::invokeMethod(
-        this, [this] { take(m_last); }, Qt::QueuedConnection);
+        this, [this] { take(MprisSnapshot(m_last)); }, Qt::QueuedConnection);
 }
 
 RemoteTransport::Abilities MprisTransport::abilities() const
@@ -41,6 +41,9 @@ void MprisTransport::noteSeek(const QVariant &microseconds)
     const auto seconds = MprisValues::seconds(microseconds);
     if (!seconds || m_phase != Phase::Following)
         return;
-    m_position.moveTo(std::max(0.0, *seconds));
-    Q_EMIT positionReported(m_epoch, std::max(0.0, *seconds));
+    // Some go back to the start by a seek before they tell of the end.
+    if (isFall(*seconds))
+        m_sinceFall.start();
+    m_sinceSeek.invalidate();
+    takePosition(std::max(0.0, *seconds));
 }

@@ -63,27 +63,41 @@ private:
     void refreshIn(int milliseconds);
     void askTitle();
 
+    // While an item is on its way (MprisTransport_opening.cpp)
+    void takeOpening(const MprisSnapshot &now);
+    void takeOpeningOurs(const MprisSnapshot &now);
+    void takeOpeningRest(const MprisSnapshot &now);
+    void noteRest(KelvoRenderer::State state);
+    void nudge(const MprisSnapshot &now);
+    void takeAbsence(const MprisSnapshot *now);
+    void begin(const MprisSnapshot &now, KelvoRenderer::State state);
+    void giveUp();
+    void fail(KelvoError::Code code, const QString &message);
+    bool isOurs(const MprisTrack &track) const;
+    bool isFresh(const MprisSnapshot &now) const;
+    bool hasPlayedAtOnce(const MprisSnapshot &now) const;
+
     // What a snapshot means (MprisTransport_following.cpp)
     void take(const MprisSnapshot &now);
     void takeCommon(const MprisSnapshot &now);
-    void takeOpening(const MprisSnapshot &now);
-    void takeOpeningOurs(const MprisSnapshot &now, bool fresh);
-    void takeAbsence();
-    void begin(const MprisSnapshot &now, KelvoRenderer::State state);
-    void fail(KelvoError::Code code, const QString &message);
     void takeFollowing(const MprisSnapshot &now);
     void takeIdle(const MprisSnapshot &now);
     void takeReplacement(const MprisSnapshot &now);
-    void takeEnd();
+    void takeFall(const MprisSnapshot &now);
+    void takeEnd(const MprisSnapshot &now);
     void enter(KelvoRenderer::State state);
     void tellFacts(const MprisSnapshot &now);
+    void takePosition(double seconds);
     void tell(const char *key, const QString &text);
-    bool isOurs(const MprisTrack &track) const;
     bool hasAdvanced(const MprisSnapshot &now) const;
+    bool isAtEnd() const;
+    bool isFall(double seconds) const;
+    bool hasJustFallen() const;
 
     MprisAddress m_address;
     const bool m_hasTrackList;
     MprisSnapshot m_last;
+    MprisSnapshot m_previous;
     Phase m_phase = Phase::Idle;
     quint64 m_epoch = 0;
     KelvoRenderer::State m_state = KelvoRenderer::Stopped; ///< reported last
@@ -91,14 +105,22 @@ private:
     QHash<QString, QString> m_told; ///< facts about it
     bool m_trustsPosition = false; ///< the player says "Stopped" while it plays
     RemotePosition m_position;
+    double m_toldPosition = 0; ///< last
     double m_duration = -1;
+    QElapsedTimer m_sinceSeek; ///< of ours, as long as the player has not arrived
+    QElapsedTimer m_sinceFall; ///< from the end back to where it began
+    bool m_tellsOfEmptiness = false; ///< the player says when nothing is left of what it was given
 
     // Of the item on its way
     Item m_item;
     QUrl m_before; ///< what the player had when the item was given to it
     bool m_accepted = false;
     bool m_seen = false;
-    bool m_nudged = false;
+    bool m_tried = false; ///< the player said that it plays it
+    int m_nudges = 0;
+    QElapsedTimer m_sinceNudge;
+    KelvoRenderer::State m_restState = KelvoRenderer::Stopped;
+    QElapsedTimer m_sinceRest; ///< in that state
     QElapsedTimer m_sinceLoad;
     QElapsedTimer m_sinceAbsence;
     QElapsedTimer m_sinceUnload;

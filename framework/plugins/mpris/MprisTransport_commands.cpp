@@ -55,7 +55,12 @@ void MprisTransport::load(const Item &item)
     m_epoch = item.epoch;
     m_item = item;
     m_before = m_last.track.url;
-    m_accepted = m_seen = m_nudged = false;
+    m_accepted = m_seen = m_tried = false;
+    m_nudges = 0;
+    m_sinceNudge.invalidate();
+    m_sinceRest.invalidate();
+    m_sinceSeek.invalidate();
+    m_sinceFall.invalidate();
     m_duration = -1;
     m_told.clear();
     m_titleAskedFor.clear();
@@ -119,6 +124,9 @@ void MprisTransport::seek(double seconds)
             {QVariant::fromValue(QDBusObjectPath(m_track.id)), MprisValues::microseconds(seconds)}, settle);
     }
     m_position.moveTo(seconds);
+    m_toldPosition = seconds;
+    m_sinceSeek.start();
+    m_sinceFall.invalidate();
 }
 
 void MprisTransport::setPlayerProperty(const QString &name, const QVariant &value, Done done)
@@ -182,7 +190,7 @@ void MprisTransport::refresh()
         if (!reply.isError() && m_address.isAnswer(watcher->reply()) && !outdated)
             take(MprisSnapshot::of(reply.value()));
         else if (m_phase == Phase::Opening)
-            takeAbsence();
+            takeAbsence(nullptr);
     });
 }
 

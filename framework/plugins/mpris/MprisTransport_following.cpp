@@ -2,30 +2,34 @@
 #include "MprisTransport.h"
 #include "RemoteUrl.h"
 
+#include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace {
-// All in milliseconds. How often to look while an item is on its way, at first and later.
-constexpr int QuickLook = 25;
+// All in milliseconds. How often to look at what may be changing.
 constexpr int SlowLook = 200;
-constexpr qint64 QuickTime = 1500;
-/// What a player that says it plays has not shown by then, it does not show at all.
-constexpr qint64 BenefitOfDoubt = 1500;
-/// Without any track for so long after it took the item, the player does not play it.
-constexpr qint64 AbsenceBefore = 600;
-constexpr qint64 AbsenceAfter = 150; ///< once it had been there
-constexpr qint64 OpeningTime = 20'000;
+constexpr int FallLook = 50;
 /// A player may say for so long that it still plays what was stopped.
 constexpr qint64 StoppingTime = 1000;
 constexpr int Looks = 4;
+/// For so long a player may still tell where it was before a seek.
+constexpr qint64 SeekingTime = 3000;
+/// So much later comes what a player has to say when its position falls back from the end: that it was a seek, or that
+/// it has stopped.
+constexpr qint64 FallTime = 300;
+constexpr qint64 FallMemory = 1000;
 // Seconds.
 constexpr double NearEnd = 1.5;
-constexpr double Tolerance = 0.3;
+constexpr double NearStart = 0.5;
+constexpr double SeekTolerance = 1.5;
 } // namespace
 
 void MprisTransport::take(const MprisSnapshot &now)
 {
-    const MprisSnapshot before = m_last;
+    // First: whoever hears of what follows may give the player the next item.
+    m_previous = std::exchange(m_last, now);
+    const MprisSnapshot before = m_previous;
     takeCommon(now);
     switch (m_phase) {
     case Phase::Opening:
@@ -38,7 +42,6 @@ void MprisTransport::take(const MprisSnapshot &now)
         takeIdle(now);
         break;
     }
-    m_last = now;
     if (before.canSeek != now.canSeek || before.canPause != now.canPause
         || before.canControl != now.canControl || before.volume.has_value() != now.volume.has_value())
         Q_EMIT abilitiesChanged();
@@ -46,6 +49,7 @@ void MprisTransport::take(const MprisSnapshot &now)
 
 void MprisTransport::takeCommon(const MprisSnapshot &now)
 {
+    m_tellsOfEmptiness = m_tellsOfEmptiness || now.isEmptied;
     if (now.volume && !m_settingVolume && (*now.volume != m_volume || m_volumeAwaited)) {
         m_volume = *now.volume;
         m_volumeAwaited = false;
@@ -59,97 +63,11 @@ void MprisTransport::takeCommon(const MprisSnapshot &now)
     }
 }
 
-bool MprisTransport::isOurs(const MprisTrack &track) const
-{
-    if (!track.url.isEmpty())
-        return track.url.adjusted(QUrl::NormalizePathSegments)
-            == m_item.info.url().adjusted(QUrl::NormalizePathSegments);
-    // A player that does not name URLs: whatever it shows some time after it took ours.
-    return track.isPresent() && m_sinceLoad.elapsed() > QuickTime / 3;
-}
-
 /// Whether the position has moved on since the last look, which says more than what a player says about itself.
 bool MprisTransport::hasAdvanced(const MprisSnapshot &now) const
 {
-    return now.position && m_last.position && now.track.isSameAs(m_last.track)
-        && *now.position > *m_last.position;
-}
-
-void MprisTransport::takeOpening(const MprisSnapshot &now)
-{
-    if (!m_accepted)
-        return;
-    const qint64 passed = m_sinceLoad.elapsed();
-    refreshIn(passed < QuickTime ? QuickLook : SlowLook);
-    const bool replacedUrl = passed > BenefitOfDoubt && now.track.url != m_before;
-    if (isOurs(now.track) || (now.track.isPresent() && replacedUrl)) {
-        // What has played for longer than ours can have is what played before.
-        const bool fresh
-            = !now.position || *now.position <= double(passed) / 1000 + Tolerance || passed > BenefitOfDoubt;
-        m_sinceAbsence.invalidate();
-        m_seen = m_seen || fresh;
-        takeOpeningOurs(now, fresh);
-    } else if (!now.track.isPresent()) {
-        if (now.state == KelvoRenderer::Playing && passed > BenefitOfDoubt)
-            begin(now, now.state); // It plays and says nothing of what.
-        else
-            takeAbsence();
-    } else if (passed > OpeningTime) {
-        takeAbsence();
-    }
-}
-
-void MprisTransport::takeOpeningOurs(const MprisSnapshot &now, bool fresh)
-{
-    const bool late = m_sinceLoad.elapsed() > BenefitOfDoubt;
-    const auto wanted = m_item.paused ? KelvoRenderer::Paused : KelvoRenderer::Playing;
-    const bool plays = now.state == KelvoRenderer::Playing && (now.position.value_or(0) > 0 || late);
-    const bool playsSilently = now.state == KelvoRenderer::Stopped && hasAdvanced(now);
-    if (!fresh)
-        return;
-    if (now.state == KelvoRenderer::Paused && (m_item.paused || (m_nudged && late))) {
-        begin(now, KelvoRenderer::Paused);
-    } else if ((plays || playsSilently) && (!m_item.paused || late)) {
-        m_trustsPosition = playsSilently;
-        begin(now, KelvoRenderer::Playing);
-    } else if (!m_nudged && (plays || playsSilently || now.state != wanted)) {
-        // Some keep the pause of what played before, some do not start by themselves.
-        m_nudged = true;
-        command(m_item.paused ? QStringLiteral("Pause") : QStringLiteral("Play"), {}, [this] { refresh(); });
-    } else if (m_sinceLoad.elapsed() > OpeningTime) {
-        takeAbsence();
-    }
-}
-
-/// The player has no track, or does not answer.
-void MprisTransport::takeAbsence()
-{
-    if (!m_sinceAbsence.isValid())
-        m_sinceAbsence.start();
-    const QString where = QStringLiteral("%1: %2").arg(m_address.label, m_item.info.url().toDisplayString());
-    if (m_accepted && m_sinceLoad.elapsed() > OpeningTime)
-        fail(KelvoError::Timeout, QStringLiteral("%1 did not begin to play").arg(where));
-    else if (m_accepted && m_sinceAbsence.elapsed() >= (m_seen ? AbsenceAfter : AbsenceBefore))
-        fail(KelvoError::ReadFailed, QStringLiteral("%1 was given up without a reason").arg(where));
-    else
-        refreshIn(QuickLook);
-}
-
-void MprisTransport::fail(KelvoError::Code code, const QString &message)
-{
-    m_phase = Phase::Idle;
-    m_sinceUnload.start();
-    m_track = MprisTrack{{}, m_item.info.url(), {}, {}, {}, {}, {}, -1};
-    Q_EMIT failed(std::exchange(m_epoch, 0), code, message);
-}
-
-void MprisTransport::begin(const MprisSnapshot &now, KelvoRenderer::State state)
-{
-    m_phase = Phase::Following;
-    m_track = now.track;
-    m_state = KelvoRenderer::Transitioning;
-    enter(state);
-    tellFacts(now);
+    return now.position && m_previous.position && now.track.isSameAs(m_previous.track)
+        && *now.position > *m_previous.position;
 }
 
 void MprisTransport::enter(KelvoRenderer::State state)
@@ -166,36 +84,80 @@ void MprisTransport::takeFollowing(const MprisSnapshot &now)
         m_trustsPosition = false;
     else if (m_trustsPosition && now.track.isPresent())
         state = KelvoRenderer::Playing;
-    if (state == KelvoRenderer::Stopped) {
-        takeEnd();
-    } else if (now.track.isPresent() && m_track.isPresent() && !now.track.isSameAs(m_track)) {
+    const bool isOther = now.track.isPresent() && m_track.isPresent() && !now.track.isSameAs(m_track);
+    const bool isBackAtRest
+        = state == KelvoRenderer::Paused && hasJustFallen() && now.position.value_or(0) < NearStart;
+    if (state == KelvoRenderer::Stopped || (m_epoch != 0 && isBackAtRest)) {
+        takeEnd(now);
+    } else if (isOther && m_epoch != 0 && (isAtEnd() || hasJustFallen())) {
+        takeEnd(now); // The player goes on with a list of its own.
+    } else if (isOther) {
         takeReplacement(now);
+    } else if (m_epoch != 0 && now.position && isFall(*now.position)) {
+        takeFall(now);
     } else {
         enter(state);
         tellFacts(now);
     }
 }
 
+bool MprisTransport::isAtEnd() const
+{
+    return m_duration > 0 && m_position.now() >= m_duration - NearEnd;
+}
+
+/// Whether that second is one that only an end leads to: back from the end without a seek of ours.
+bool MprisTransport::isFall(double seconds) const
+{
+    const bool seeks = m_sinceSeek.isValid() && m_sinceSeek.elapsed() < SeekingTime;
+    const bool isBack = seconds < std::min(m_toldPosition, m_duration / 2);
+    return m_state == KelvoRenderer::Playing && !seeks && isBack && isAtEnd()
+        && m_position.now() >= m_duration / 2;
+}
+
+bool MprisTransport::hasJustFallen() const
+{
+    return m_sinceFall.isValid() && m_sinceFall.elapsed() < FallMemory;
+}
+
+/// The end comes with it or after it, unless somebody tells of a seek. A player that plays on repeats the item.
+void MprisTransport::takeFall(const MprisSnapshot &now)
+{
+    if (!hasJustFallen())
+        m_sinceFall.start();
+    if (m_sinceFall.elapsed() >= FallTime)
+        takeEnd(now);
+    else
+        refreshIn(FallLook);
+}
+
 /// By itself, when it was where its end is; of what has no known end it is taken to be one.
-void MprisTransport::takeEnd()
+void MprisTransport::takeEnd(const MprisSnapshot &now)
 {
     m_phase = Phase::Idle;
     m_trustsPosition = false;
     m_looks = 0;
     m_state = KelvoRenderer::Stopped;
-    const bool atEnd = m_duration <= 0 || m_position.now() >= m_duration - NearEnd;
+    const bool ends = m_duration <= 0 || isAtEnd() || hasJustFallen();
     m_position.setRunning(false);
-    if (m_epoch != 0 && atEnd)
-        Q_EMIT ended(std::exchange(m_epoch, 0));
-    else
+    if (m_epoch == 0 || !ends) {
         Q_EMIT stateReported(m_epoch, KelvoRenderer::Stopped);
+        return;
+    }
+    // What the player has gone on with is stopped or replaced like ours.
+    if (now.track.isPresent())
+        m_track = now.track;
+    Q_EMIT ended(std::exchange(m_epoch, 0));
 }
 
 void MprisTransport::takeIdle(const MprisSnapshot &now)
 {
     const bool playsSilently
         = now.state == KelvoRenderer::Stopped && now.track.isPresent() && hasAdvanced(now);
-    const bool plays = now.state != KelvoRenderer::Stopped || playsSilently;
+    // Where it came to rest after its end.
+    const bool rests = now.state == KelvoRenderer::Paused && m_epoch == 0 && m_sinceUnload.isValid()
+        && now.track.isSameAs(m_track);
+    const bool plays = (now.state != KelvoRenderer::Stopped && !rests) || playsSilently;
     const bool stillStopping = m_sinceUnload.isValid() && m_sinceUnload.elapsed() < StoppingTime
         && (now.track.isSameAs(m_track) || !now.track.isPresent());
     if (!plays || stillStopping) {
@@ -240,10 +202,8 @@ void MprisTransport::tellFacts(const MprisSnapshot &now)
         m_duration = now.track.length;
         Q_EMIT durationReported(m_epoch, m_duration);
     }
-    if (now.position) {
-        m_position.moveTo(*now.position);
-        Q_EMIT positionReported(m_epoch, *now.position);
-    }
+    if (now.position)
+        takePosition(*now.position);
     tell("title", now.track.title);
     tell("artist", now.track.artist);
     tell("album", now.track.album);
@@ -253,6 +213,18 @@ void MprisTransport::tellFacts(const MprisSnapshot &now)
         tell("cover", now.track.cover);
     if (now.track.title.isEmpty())
         askTitle();
+}
+
+void MprisTransport::takePosition(double seconds)
+{
+    const bool hasArrived = std::abs(seconds - m_position.now()) <= SeekTolerance;
+    if (hasArrived || (m_sinceSeek.isValid() && m_sinceSeek.elapsed() >= SeekingTime))
+        m_sinceSeek.invalidate();
+    if (!m_sinceSeek.isValid()) {
+        m_position.moveTo(seconds);
+        m_toldPosition = seconds;
+    }
+    Q_EMIT positionReported(m_epoch, seconds);
 }
 
 void MprisTransport::tell(const char *key, const QString &text)

@@ -2,11 +2,13 @@
 #pragma once
 
 #include "FakeMprisPlayer.h"
+#include "KelvoGeneralSourcePlaylist.h"
 #include "KelvoRegistry.h"
 #include "KelvoTestCase.h"
 #include "RendererProbe.h"
 
 #include <QPointer>
+#include <QStandardItemModel>
 #include <QTest>
 
 #include <memory>
@@ -50,6 +52,32 @@ protected:
         return plays;
     }
 
+    /// A list of http://media/0 and so on, of which the first item plays then.
+    bool playingListOf(int count)
+    {
+        m_playlist = std::make_unique<KelvoGeneralSourcePlaylist>(
+            KelvoPlaylist::getNewPlaylistId(), QStringLiteral("list"), QStringLiteral("KelvoTrackerSource"));
+        auto *model = new QStandardItemModel(m_playlist.get());
+        for (int i = 0; i < count; ++i)
+            model->appendRow({new QStandardItem(QString::number(i)), new QStandardItem(QString::number(i)),
+                new QStandardItem(QStringLiteral("http://media/%1").arg(i))});
+        m_playlist->setUnderlyingModel(model);
+        m_renderer->assignPlaylist(m_playlist.get());
+        m_renderer->play();
+        const bool plays = QTest::qWaitFor([this] { return m_heard->state() == KelvoRenderer::Playing; });
+        m_heard->clear();
+        return plays;
+    }
+    /// Whether the renderer answers with a position of at least so many seconds, in time.
+    bool isPastSecond(uint seconds)
+    {
+        return QTest::qWaitFor([this, seconds] {
+            m_renderer->getPosition(m_heard.get(), "positionAnswer(uint)");
+            return !m_heard->positionAnswers.isEmpty() && m_heard->positionAnswers.constLast() >= seconds;
+        });
+    }
+
+    std::unique_ptr<KelvoGeneralSourcePlaylist> m_playlist;
     std::unique_ptr<KelvoRegistry> m_registry;
     QPointer<KelvoRenderer> m_renderer;
     std::unique_ptr<RendererProbe> m_heard;
@@ -65,6 +93,7 @@ protected Q_SLOTS:
     void cleanup()
     {
         m_registry.reset();
+        m_playlist.reset();
         QVERIFY(!m_renderer);
         const QStringList violations = m_heard ? m_heard->violations : QStringList();
         m_heard.reset();

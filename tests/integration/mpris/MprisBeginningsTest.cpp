@@ -1,0 +1,232 @@
+// SPDX-License-Identifier: MIT
+// What players say between the moment they are given an item and the moment it plays, or will never play.
+#include "MprisCase.h"
+#include "TestGroup.h"
+
+#include <QElapsedTimer>
+#include <QTimer>
+
+namespace {
+using States = QList<KelvoRenderer::State>;
+
+/// A player that says what a test gives it, some time after it took the item.
+class MprisBeginningsTest : public MprisCase
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void init()
+    {
+        MprisCase::init();
+        m_player = std::make_unique<FakeMprisPlayer>();
+    }
+    void cleanup()
+    {
+        m_player.reset();
+        MprisCase::cleanup();
+    }
+    void slowOneIsWaitedFor_data();
+    void slowOneIsWaitedFor();
+    void unplayableItemIsAnError_data();
+    void unplayableItemIsAnError();
+    void itemThatIsGivenUpLateIsAnError();
+    void sameItemUnderAnotherAddress_data();
+    void sameItemUnderAnotherAddress();
+    void playIsRepeatedWhileItRestsPaused();
+    void pauseIsPossibleOnlyWhileItPlays_data();
+    void pauseIsPossibleOnlyWhileItPlays();
+
+private:
+    using Call = std::function<void()>;
+    /// From now on, what follows when it is given an item.
+    void whenOpened(const std::function<void(const QString &url)> &says);
+    void later(int milliseconds, Call call)
+    {
+        QTimer::singleShot(milliseconds, m_player.get(), [this, call] {
+            call();
+            m_player->change();
+        });
+    }
+    void show(const QString &url, const char *status)
+    {
+        m_player->player["Metadata"] = url.isEmpty() ? QVariantMap() : FakeMprisPlayer::metadata(url, 0);
+        m_player->player["Position"] = qlonglong(0);
+        m_player->player["PlaybackStatus"] = QString::fromLatin1(status);
+    }
+
+    std::unique_ptr<FakeMprisPlayer> m_player;
+};
+
+void MprisBeginningsTest::whenOpened(const std::function<void(const QString &url)> &says)
+{
+    m_player->onCall = [this, says](const QDBusMessage &call) {
+        if (call.member() != u"OpenUri" && call.member() != u"Play")
+            return false;
+        m_player->calls.append(call.member());
+        m_player->reply(call);
+        if (call.member() == u"OpenUri")
+            says(call.arguments().constFirst().toString());
+        return true;
+    };
+}
+
+void MprisBeginningsTest::slowOneIsWaitedFor_data()
+{
+    QTest::addColumn<QVariantMap>("meanwhile");
+    const auto track = [](const char *path) {
+        return QVariantMap{{"mpris:trackid", QVariant::fromValue(QDBusObjectPath(path))}};
+    };
+    QTest::newRow("says nothing") << QVariantMap();
+    QTest::newRow("says that there is no track") << track("/org/mpris/MediaPlayer2/TrackList/NoTrack");
+    QTest::newRow("shows what it had") << FakeMprisPlayer::metadata("http://elsewhere/theirs");
+}
+
+void MprisBeginningsTest::slowOneIsWaitedFor()
+{
+    QFETCH(QVariantMap, meanwhile);
+    m_player->player["Metadata"] = meanwhile;
+    m_player->appear();
+    QVERIFY(listen());
+    whenOpened([this](const QString &url) { later(2500, [this, url] { show(url, "Playing"); }); });
+    m_renderer->playUri(QUrl("http://media/slow"));
+    QTRY_COMPARE(m_heard->state(), Playing);
+    QCOMPARE(m_heard->states, (States{Transitioning, Playing}));
+    QCOMPARE(m_heard->errors.size(), 0);
+    // And it is ours.
+    QCOMPARE(m_heard->media.size(), 1);
+    QCOMPARE(m_heard->media.constFirst().content.url, QUrl("http://media/slow"));
+}
+
+void MprisBeginningsTest::unplayableItemIsAnError_data()
+{
+    QTest::addColumn<QStringList>("says");
+    QTest::newRow("stopped with its address") << QStringList{"Stopped"};
+    QTest::newRow("tries, then stops") << QStringList{"Playing", "Stopped"};
+}
+
+void MprisBeginningsTest::unplayableItemIsAnError()
+{
+    QFETCH(QStringList, says);
+    m_player->appear();
+    QVERIFY(listen());
+    whenOpened([&](const QString &url) {
+        m_player->player["Metadata"] = FakeMprisPlayer::metadata(url, 0);
+        m_player->player["PlaybackStatus"] = says.constFirst();
+        // Text, which the player does not move on.
+        m_player->player["Position"] = QStringLiteral("0");
+        m_player->change();
+        later(300, [&] { m_player->player["PlaybackStatus"] = says.constLast(); });
+    });
+    QElapsedTimer timer;
+    timer.start();
+    m_renderer->playUri(QUrl("http://media/missing"));
+    QTRY_COMPARE(m_heard->errors.size(), 1);
+    QVERIFY2(timer.elapsed() < 3000, qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(m_heard->errors.constFirst().code(), KelvoError::ReadFailed);
+    QVERIFY(m_heard->errors.constFirst().message().contains("http://media/missing"));
+    QTRY_COMPARE(m_heard->states, (States{Transitioning, Stopped}));
+    QCOMPARE(m_heard->completed, 0);
+}
+
+// A server that cannot be reached: some say for long that they play.
+void MprisBeginningsTest::itemThatIsGivenUpLateIsAnError()
+{
+    m_player->appear();
+    QVERIFY(listen());
+    whenOpened([this](const QString &url) {
+        show(url, "Playing");
+        m_player->player["Position"] = QStringLiteral("0");
+        m_player->change();
+        later(2500, [this] { m_player->player["PlaybackStatus"] = "Stopped"; });
+    });
+    m_renderer->playUri(QUrl("http://media/unreachable"));
+    QTRY_COMPARE(m_heard->errors.size(), 1);
+    QCOMPARE(m_heard->errors.constFirst().code(), KelvoError::ReadFailed);
+    QTRY_COMPARE(m_heard->state(), Stopped);
+    QCOMPARE(m_heard->completed, 0);
+}
+
+void MprisBeginningsTest::sameItemUnderAnotherAddress_data()
+{
+    QTest::addColumn<QString>("ours");
+    QTest::addColumn<QString>("theirs");
+    QTest::newRow("path") << "file:///songs/a b.ogg"
+                          << "/songs/a b.ogg";
+    QTest::newRow("path with a percent sign") << "file:///songs/100%25.ogg"
+                                              << "/songs/100%.ogg";
+    QTest::newRow("host of a file") << "file:///songs/a.ogg"
+                                    << "file://localhost/songs/a.ogg";
+    QTest::newRow("more is escaped") << "file:///songs/a(b)'c.ogg"
+                                     << "file:///songs/a%28b%29%27c.ogg";
+    QTest::newRow("more is escaped on the web") << "http://media/a(b).ogg"
+                                                << "http://media/a%28b%29.ogg";
+}
+
+void MprisBeginningsTest::sameItemUnderAnotherAddress()
+{
+    QFETCH(QString, ours);
+    QFETCH(QString, theirs);
+    // The one before was the same, so that nothing changes in what the player shows.
+    m_player->player["Metadata"] = FakeMprisPlayer::metadata(theirs);
+    m_player->appear();
+    QVERIFY(listen());
+    whenOpened([&](const QString &) { show(theirs, "Playing"); });
+    m_renderer->playUri(QUrl(ours));
+    QTRY_COMPARE(m_heard->states, (States{Transitioning, Playing}));
+    // Written in the other way it is still ours.
+    m_player->player["Metadata"] = FakeMprisPlayer::metadata(ours, 0, "Other title");
+    m_player->change();
+    QTRY_COMPARE(m_heard->metadata("title"), QVariant("Other title"));
+    QCOMPARE(m_heard->media.size(), 1);
+}
+
+void MprisBeginningsTest::playIsRepeatedWhileItRestsPaused()
+{
+    m_player->appear();
+    QVERIFY(listen());
+    int ignored = 0;
+    m_player->onCall = [&](const QDBusMessage &call) {
+        if (call.member() == u"Play" && ++ignored <= 2) {
+            m_player->reply(call); // Not there yet.
+            return true;
+        }
+        if (call.member() != u"OpenUri")
+            return false;
+        show(call.arguments().constFirst().toString(), "Paused");
+        m_player->reply(call);
+        return true;
+    };
+    m_renderer->playUri(QUrl("http://media/song"));
+    QTRY_COMPARE(m_heard->states, (States{Transitioning, Playing}));
+    QCOMPARE(ignored, 3);
+}
+
+void MprisBeginningsTest::pauseIsPossibleOnlyWhileItPlays_data()
+{
+    QTest::addColumn<bool>("atSecond");
+    QTest::newRow("at once") << false;
+    QTest::newRow("at a second") << true;
+}
+
+void MprisBeginningsTest::pauseIsPossibleOnlyWhileItPlays()
+{
+    QFETCH(bool, atSecond);
+    m_player->onCall = [this](const QDBusMessage &call) {
+        if (call.member() == u"GetAll")
+            m_player->player["CanPause"] = m_player->player["PlaybackStatus"] != QStringLiteral("Stopped");
+        return false;
+    };
+    m_player->appear();
+    QVERIFY(listen());
+    if (atSecond)
+        m_renderer->pauseAt(1);
+    m_renderer->playUri(QUrl("http://media/song"));
+    if (!atSecond)
+        m_renderer->pause();
+    QTRY_VERIFY(m_player->hasCall("Pause"));
+    QTRY_COMPARE(m_heard->state(), Paused);
+    QCOMPARE(m_heard->errors.size(), 0);
+}
+} // namespace
+
+KELVO_TEST(MprisBeginningsTest)
+#include "MprisBeginningsTest.moc"
