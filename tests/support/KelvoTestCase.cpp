@@ -1,8 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoTestCase.h"
 
+#include "GlibTables.h"
+
 #include <QRegularExpression>
 #include <QTest>
+
+KelvoTestCase::KelvoTestCase()
+{
+    ignoreGlibTables();
+}
 
 void KelvoTestCase::init()
 {

@@ -8,6 +8,9 @@
 class KelvoTestCase : public QObject
 {
     Q_OBJECT
+public:
+    KelvoTestCase();
+
 protected Q_SLOTS:
     void init();
 };

@@ -79,6 +79,7 @@ private Q_SLOTS:
 
     void cleanup()
     {
+        delete m_console->application()->sources()->queryModel(); // nobody else's: results live on
         m_console.reset();
         m_renderer.reset();
         m_secondRenderer.reset();
@@ -272,7 +273,6 @@ private Q_SLOTS:
         LogRecorder log;
         click("m_query_executeButton")(*m_console);
         QVERIFY(log.containsInOrder({"startQueryDebugTimer()", "KelvoSourceController::executeQuery"}));
-        delete m_console->application()->sources()->queryModel();
     }
 
     void pauseAtSendsItsSecond_data()
