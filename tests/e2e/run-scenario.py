@@ -4,7 +4,7 @@
 
 Environment: KELVO_E2E_PROGRAM (the console), KELVO_E2E_TEST_PLUGINS (folder of the back ends for tests), KELVO_E2E_MEDIA
 (folder for the generated media), KELVO_E2E_OUTPUT (folder for what failed tests leave), KELVO_E2E_SLOWNESS (factor on
-all limits).
+all limits); CTest also sets KELVO_E2E_LEAK_OPTIONS and KELVO_E2E_GLIB_TABLES, for scenarios that look for leaks.
 """
 
 import sys

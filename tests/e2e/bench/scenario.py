@@ -22,6 +22,16 @@ _WRONG = re.compile(r"No such (signal|slot)|QObject::connect|runtime error:|(Add
 ONLY_THE_REAL_RENDERER = {"KELVO_PLUGINS": "gst-renderer"}
 
 
+def leak_options():
+    """Makes the program look for leaks, whatever is set for the other tests."""
+    options = os.environ.get("KELVO_E2E_LEAK_OPTIONS")
+    if not options:
+        print("no look for leaks: KELVO_E2E_LEAK_OPTIONS is not set", file=sys.stderr)
+        return {"ASAN_OPTIONS": "detect_leaks=0"}
+    # The preloaded library is no sanitizer's, which is fine.
+    return {"ASAN_OPTIONS": f"{options}:verify_asan_link_order=0", "LD_PRELOAD": os.environ["KELVO_E2E_GLIB_TABLES"]}
+
+
 class Scenario(unittest.TestCase):
     """Each test has a desktop of its own. What still runs at its end is closed through the window manager and must end
     by itself, cleanly."""
@@ -44,7 +54,7 @@ class Scenario(unittest.TestCase):
     def start(self, *arguments, env=None, up=True):
         """Starts the program on the real renderer alone, with a sound sink that keeps the time. A variable given as
         None is not set."""
-        sanitizer = {} if self.leak_check else {"ASAN_OPTIONS": "detect_leaks=0"}
+        sanitizer = leak_options() if self.leak_check else {"ASAN_OPTIONS": "detect_leaks=0"}
         environment = {**self.desktop.env, **sanitizer, "KELVO_AUDIO_SINK": "fakesink sync=true",
                        "GST_REGISTRY_1_0": str(media.folder() / media.REGISTRY), **ONLY_THE_REAL_RENDERER, **(env or {})}
         environment = {name: value for name, value in environment.items() if value is not None}
