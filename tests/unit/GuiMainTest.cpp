@@ -120,6 +120,7 @@ private Q_SLOTS:
             "KelvoPlaylistController::~KelvoPlaylistController",
             "KelvoRendererController::~KelvoRendererController",
             "KelvoSourceController::~KelvoSourceController", "KelvoQueryController::~KelvoQueryController",
+            "KelvoThumbnailDownloader::~KelvoThumbnailDownloader",
             "KelvoPluginController::~KelvoPluginController"}));
     }
 

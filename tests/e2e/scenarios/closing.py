@@ -11,7 +11,7 @@ from bench.user import entries
 from bench.waiting import FACTOR, until
 
 IN_ORDER = ["KelvoMainWindow", "KelvoGUIMain", "KelvoPlaylistController", "KelvoRendererController",
-            ]
+            "KelvoSourceController", "KelvoQueryController", "KelvoThumbnailDownloader", "KelvoPluginController"]
 
 
 class Closing(Scenario):
