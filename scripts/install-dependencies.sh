@@ -3,6 +3,7 @@
 # install-dependencies.sh [run|test]
 # Installs what is missing of scripts/packages.txt on Debian 12: with "run" (the default) what the console needs
 # to build and run, with "test" also what the tests need. With everything there it does nothing and is done at once.
+# Servers among what the tests need are neither started now nor at the next boot: tests start their own.
 # KELVO_SKIP_INSTALL=1 leaves the system alone, for systems that have these libraries under other names.
 set -eu
 
@@ -55,10 +56,41 @@ if [ "$(id -u)" != 0 ]; then
     # Without a terminal nobody could type a password.
     if [ -t 0 ]; then as_root="sudo"; else as_root="sudo -n"; fi
 fi
+
+# What decides whether an installed service is started; another place only in tests of this script.
+policy=${KELVO_POLICY_FILE:-/usr/sbin/policy-rc.d}
+made_policy=""
+remove_policy() {
+    if [ -n "$made_policy" ]; then $as_root rm -f "$policy"; fi
+    made_policy=""
+}
+# Forbids it for as long as this script runs. Somebody else's policy is left as it is: a machine that has one has its
+# reasons. Ours means nothing any more once this script has ended, even if it could not be removed.
+forbid_services() {
+    if [ -e "$policy" ] && grep -q "^# kelvo-install$" "$policy"; then $as_root rm -f "$policy"; fi
+    trap remove_policy EXIT
+    trap 'exit 130' INT
+    trap 'exit 143' TERM HUP
+    # shellcheck disable=SC2016
+    if $as_root sh -c 'set -C; printf "%s\n" "#!/bin/sh" "# kelvo-install" "[ ! -d /proc/$2 ] || exit 101" > "$1"' \
+        sh "$policy" $$ 2> /dev/null; then
+        made_policy=1
+        $as_root chmod 755 "$policy"
+    fi
+}
+keep_from_booting() {
+    for service in minidlna gerbera gmediarender; do
+        case " $missing " in
+            *" $service "*) $as_root update-rc.d "$service" disable > /dev/null 2>&1 || true ;;
+        esac
+    done
+}
 apt() {
     # shellcheck disable=SC2086
     $as_root env DEBIAN_FRONTEND=noninteractive apt-get -o Acquire::Retries=3 -q "$@"
 }
 apt update || echo "warning: the package lists could not be refreshed; trying with the present ones" >&2
+if [ "$group" = test ]; then forbid_services; fi
 # shellcheck disable=SC2086
 apt install -y --no-install-recommends $missing || cannot "apt-get could not install everything"
+if [ "$group" = test ]; then keep_from_booting; fi

@@ -1,0 +1,223 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: MIT
+"""test.sh and scripts/install-dependencies.sh on a system that is made up: the programs that they call are stand-ins."""
+
+import shutil
+import subprocess
+import sys
+import tempfile
+import textwrap
+import unittest
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[2]
+
+
+class MadeUp(unittest.TestCase):
+    def setUp(self):
+        self.root = Path(self.enterContext(tempfile.TemporaryDirectory()))
+        self.bin = self.root / "bin"
+        self.bin.mkdir()
+
+    def take(self, name):
+        (self.root / name).parent.mkdir(parents=True, exist_ok=True)
+        shutil.copy(ROOT / name, self.root / name)
+
+    def program(self, path, script):
+        path = self.root / path
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_text("#!/bin/bash\n" + textwrap.dedent(script))
+        path.chmod(0o755)
+
+    def run_script(self, *command, **environment):
+        return subprocess.run(command, cwd=self.root, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                              stderr=subprocess.STDOUT, text=True, check=False, timeout=60,
+                              env={"PATH": f"{self.bin}:/usr/bin:/bin", "HOME": str(self.root), **environment})
+
+
+# What CTest writes; the first argument says how the tests end: in a crowd, and by themselves.
+CTEST = """
+    echo "ctest $*" >> "$HOME/calls"
+    logs=build-asan/Testing/Temporary
+    mkdir -p $logs
+    round=crowd
+    case "$*" in *--rerun-failed*) round=alone; echo "again: $(cat $logs/LastTestsFailed.log)" ;; esac
+    cp "$HOME/$round.log" $logs/LastTest.log
+    rm -f $logs/LastTestsFailed.log
+    if [ -e "$HOME/$round.failed" ]; then
+        cp "$HOME/$round.failed" $logs/LastTestsFailed.log
+        echo "50% tests passed"
+        exit 8
+    fi
+    echo "100% tests passed"
+"""
+
+
+class TestScript(MadeUp):
+    def setUp(self):
+        super().setUp()
+        for name in ("test.sh", "tests/support/list-skips.py"):
+            self.take(name)
+        self.program("scripts/install-dependencies.sh", "")
+        self.program("bin/cmake", "")
+        self.program("bin/ctest", CTEST)
+        self.ends("crowd")
+        self.ends("alone")
+
+    def ends(self, round_, log="", failed=()):
+        (self.root / f"{round_}.log").write_text(textwrap.dedent(log))
+        if failed:
+            (self.root / f"{round_}.failed").write_text("".join(f"{n}:{name}\n" for n, name in enumerate(failed)))
+
+    def start(self, **environment):
+        result = self.run_script("./test.sh", "-L", "unit", **environment)
+        self.calls = (self.root / "calls").read_text().splitlines()
+        return result
+
+
+    def test_passing_tests_are_run_once(self):
+        result = self.start()
+        self.assertEqual(result.returncode, 0, result.stdout)
+        self.assertEqual(self.calls, ["ctest --preset asan -j4 -L unit"])
+        self.assertIn("==> skipped: 0", result.stdout)
+        self.assertNotIn("second try", result.stdout)
+
+    def test_what_fails_gets_a_second_try_and_is_named(self):
+        self.ends("crowd", failed=["unit-a", "unit-b", "unit-c"])
+        self.ends("alone", failed=["unit-b"])
+        result = self.start()
+        self.assertEqual(result.returncode, 8, result.stdout)
+        self.assertEqual(self.calls[1:], ["ctest --preset asan --rerun-failed"])
+        self.assertIn("again: 0:unit-a", result.stdout)
+        self.assertIn("==> needed a second try: unit-a unit-c\n", result.stdout)
+
+    def test_a_second_try_that_passes_is_a_pass(self):
+        self.ends("crowd", failed=["unit-a"])
+        result = self.start()
+        self.assertEqual(result.returncode, 0, result.stdout)
+        self.assertIn("==> needed a second try: unit-a\n", result.stdout)
+
+    def test_the_second_try_can_be_switched_off(self):
+        self.ends("crowd", failed=["unit-a"])
+        result = self.start(KELVO_TEST_ONCE="1")
+        self.assertEqual(result.returncode, 8, result.stdout)
+        self.assertEqual(len(self.calls), 1)
+        self.assertNotIn("second try", result.stdout)
+
+    LOG = """
+        1/2 Testing: unit-a
+        1/2 Test: unit-a
+        PASS   : ATest::one()
+        SKIP   : ATest::two(row) no mounts here
+           Loc: [a.cpp(1)]
+        1/2 Testing: e2e-b
+        test_three (b.B.test_three) ... skipped "it's no use here"
+        2/2 Testing: contract-c
+        Skipped: this system has no cables.
+        """
+
+    def test_skips_are_listed_at_the_end_with_their_reasons(self):
+        self.ends("crowd", self.LOG)
+        result = self.start()
+        self.assertEqual(result.returncode, 0, result.stdout)
+        self.assertEqual(result.stdout.splitlines()[-4:], [
+            "==> skipped: 3", "    contract-c all of it: this system has no cables.",
+            "    e2e-b test_three: it's no use here", "    unit-a ATest::two(row): no mounts here"])
+
+    def test_a_skip_for_want_of_a_package_fails(self):
+        for reason in ("rygel is not installed", "mpv or its script (packages mpv and mpv-mpris) is not installed",
+                       "neither gmediarender, rygel, minidlna nor gerbera is installed"):
+            for line in (f"SKIP   : ATest::two() {reason}", f"test_a (b.B.test_a) ... skipped '{reason}'",
+                         f"Skipped: {reason}."):
+                with self.subTest(line=line):
+                    self.ends("crowd", f"1/1 Testing: unit-a\n{line}\n")
+                    result = self.start()
+                    self.assertEqual(result.returncode, 1, result.stdout)
+                    self.assertIn("error: 1 of them for want of a package", result.stdout)
+
+    def test_the_second_try_says_what_its_tests_skipped(self):
+        self.ends("crowd", self.LOG, ["unit-a"])
+        self.ends("alone", "1/1 Testing: unit-a\nSKIP   : ATest::four() no sound\n")
+        result = self.start()
+        self.assertIn("==> skipped: 3", result.stdout)
+        self.assertIn("ATest::four(): no sound", result.stdout)
+        self.assertNotIn("ATest::two", result.stdout)
+
+
+class Installation(MadeUp):
+    def setUp(self):
+        super().setUp()
+        for name in ("scripts/install-dependencies.sh", "scripts/packages.txt"):
+            self.take(name)
+        self.policy = self.root / "policy-rc.d"
+        self.program("bin/dpkg-query", "")
+        self.program("bin/update-rc.d", 'echo "update-rc.d $*" >> "$HOME/calls"')
+        # Looks at what dpkg would ask before it starts a service.
+        self.program("bin/apt-get", """
+            case "$*" in *install*) ;; *) exit 0 ;; esac
+            if [ -e "$KELVO_POLICY_FILE" ]; then
+                answer=0
+                "$KELVO_POLICY_FILE" minidlna start || answer=$?
+                echo "policy $answer" >> "$HOME/calls"
+            else
+                echo "no policy" >> "$HOME/calls"
+            fi
+            exit "${APT_ENDS:-0}"
+            """)
+        self.program("bin/id", "echo 0")
+
+    def install(self, group, **environment):
+        result = self.run_script("sh", "scripts/install-dependencies.sh", group, KELVO_POLICY_FILE=str(self.policy),
+                                 **environment)
+        calls = self.root / "calls"
+        return result, calls.read_text().splitlines() if calls.exists() else []
+
+    def test_servers_are_not_started_while_the_tests_packages_come(self):
+        result, calls = self.install("test")
+        self.assertEqual(result.returncode, 0, result.stdout)
+        self.assertEqual(calls, ["policy 101", "update-rc.d minidlna disable", "update-rc.d gerbera disable",
+                                 "update-rc.d gmediarender disable"])
+        self.assertFalse(self.policy.exists())
+
+    def test_what_the_console_needs_comes_as_usual(self):
+        _, calls = self.install("run")
+        self.assertEqual(calls, ["no policy"])
+
+    def test_somebody_elses_policy_stays(self):
+        self.program("policy-rc.d", "exit 104")
+        before = self.policy.read_text()
+        _, calls = self.install("test")
+        self.assertEqual(calls[0], "policy 104")
+        self.assertEqual(self.policy.read_text(), before)
+
+    def test_the_policy_goes_when_the_installation_fails(self):
+        result, _ = self.install("test", APT_ENDS="100")
+        self.assertEqual(result.returncode, 1, result.stdout)
+        self.assertFalse(self.policy.exists())
+
+    def test_the_policy_of_a_script_that_was_killed_means_nothing(self):
+        self.program("policy-rc.d", "# kelvo-install\n[ ! -d /proc/4194305 ] || exit 101\n")
+        self.assertEqual(subprocess.run([self.policy], check=False).returncode, 0)
+        _, calls = self.install("test")
+        self.assertEqual(calls[0], "policy 101")
+        self.assertFalse(self.policy.exists())
+
+    def test_a_user_does_it_by_sudo(self):
+        self.program("bin/id", "echo 1000")
+        self.program("bin/sudo", 'echo "sudo" >> "$HOME/sudos"; [ "$1" != -n ] || shift; exec "$@"')
+        _, calls = self.install("test")
+        self.assertEqual(calls[0], "policy 101")
+        self.assertFalse(self.policy.exists())
+        # Lists, policy and its rights, packages, three services, removal.
+        self.assertEqual((self.root / "sudos").read_text().count("sudo"), 8)
+
+    def test_nothing_is_done_when_all_is_there(self):
+        self.program("bin/dpkg-query", 'for name; do echo "ii $name"; done')
+        result, calls = self.install("test")
+        self.assertIn("all installed", result.stdout)
+        self.assertEqual(calls, [])
+
+
+if __name__ == "__main__":
+    sys.dont_write_bytecode = True
+    unittest.main(verbosity=2)

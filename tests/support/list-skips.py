@@ -1,0 +1,52 @@
+#!/usr/bin/python3
+# SPDX-License-Identifier: MIT
+"""list-skips.py LOG...: lists what tests have left out, and why, from CTest's logs of a run and of its second tries.
+
+A test of Qt or Python that skips counts as passed, so nobody would hear of it otherwise. Ends with 1 when a reason is a
+package that is not installed: then a test does not run for want of something that the script for dependencies brings.
+"""
+
+import re
+import sys
+from pathlib import Path
+
+_BEGIN = re.compile(r"^\d+/\d+ Testing: (\S+)$")
+_SKIPS = (
+    re.compile(r"^SKIP\s+: (?P<what>\S+?\(.*?\)) (?P<why>.*)$"),  # Qt Test
+    re.compile(r"^(?P<what>test\w*) \(.*\) \.\.\. skipped (?P<quote>['\"])(?P<why>.*)(?P=quote)$"),  # Python
+    re.compile(r"^Skipped: (?P<why>.*)$"),  # of what ends with SKIP_RETURN_CODE
+)
+_MISSING_PACKAGE = re.compile(r"\bnot installed\b|\bneither .* is installed\b")
+
+
+def skips_of(log):
+    """{test: [(what was skipped, why)]}, of all tests in the log, also of those that skipped nothing."""
+    by_test = {}
+    test = None
+    for line in log.splitlines():
+        if begin := _BEGIN.match(line):
+            test = by_test.setdefault(begin[1], [])
+        elif test is not None:
+            for pattern in _SKIPS:
+                if found := pattern.match(line):
+                    test.append((found.groupdict().get("what") or "all of it", found["why"].strip()))
+    return by_test
+
+
+def report(logs):
+    """(lines, whether a package is missing). What a later log says of a test takes the place of an earlier one's."""
+    by_test = {}
+    for log in logs:
+        by_test |= skips_of(log)
+    skips = [(test, *skip) for test, skipped in sorted(by_test.items()) for skip in skipped]
+    missing = [skip for skip in skips if _MISSING_PACKAGE.search(skip[2])]
+    lines = [f"==> skipped: {len(skips)}"] + [f"    {test} {what}: {why}" for test, what, why in skips]
+    if missing:
+        lines.append(f"error: {len(missing)} of them for want of a package (scripts/install-dependencies.sh test)")
+    return lines, bool(missing)
+
+
+if __name__ == "__main__":
+    lines, failed = report(Path(name).read_text(errors="replace") for name in sys.argv[1:])
+    print("\n".join(lines))
+    sys.exit(1 if failed else 0)
