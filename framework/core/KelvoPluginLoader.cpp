@@ -2,9 +2,11 @@
 #include "KelvoPluginLoader.h"
 
 #include "ElfCheck.h"
+#include "GuiMailbox.h"
 #include "KelvoMessageHandler.h"
 #include "KelvoPlugin.h"
 #include "KelvoRegistry.h"
+#include "WorkerPool.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -14,7 +16,6 @@
 #include <QJsonObject>
 #include <QPluginLoader>
 #include <QPointer>
-#include <QThreadPool>
 
 #include <exception>
 
@@ -167,7 +168,10 @@ struct KelvoPluginLoader::Private
     KelvoRegistry *registry = nullptr;
     QHash<QString, Entry> entries; // by file name
     QStringList running; // in the order of their starts
-    QThreadPool worker;
+    /// One thread, so that plug-ins start in the order asked for.
+    WorkerPool worker{QStringLiteral("kelvo-plugin-loader"), 1};
+    /// What the worker answers through: it may come back after this loader's end.
+    std::shared_ptr<GuiMailbox> mailbox;
 
     QString pathOf(const QString &fileName) const;
 };
@@ -192,13 +196,14 @@ KelvoPluginLoader::KelvoPluginLoader(KelvoRegistry *registry)
     : d(std::make_unique<Private>())
 {
     d->registry = registry;
-    d->worker.setMaxThreadCount(1); // one after the other, so that plug-ins start in the order asked for
+    d->mailbox = std::make_shared<GuiMailbox>(this);
 }
 
 KelvoPluginLoader::~KelvoPluginLoader()
 {
     d->worker.clear();
     d->worker.waitForDone();
+    d->mailbox->close();
     unloadAll();
 }
 
@@ -264,12 +269,11 @@ void KelvoPluginLoader::load(const QString &fileName)
         return;
     }
     entry.status.state = KelvoPluginStatus::Loading;
-    d->worker.start([this, fileName, path = entry.status.path, attempt = ++entry.attempt] {
-        const Inspection result = inspectAndLink(path);
-        QMetaObject::invokeMethod(
-            this, [=, this] { finishLoad(fileName, attempt, result.metaData, result.defect); },
-            Qt::QueuedConnection);
-    });
+    d->worker.start(
+        [this, mailbox = d->mailbox, fileName, path = entry.status.path, attempt = ++entry.attempt] {
+            const Inspection result = inspectAndLink(path);
+            mailbox->post([=, this] { finishLoad(fileName, attempt, result.metaData, result.defect); });
+        });
 }
 
 void KelvoPluginLoader::finishLoad(
@@ -355,7 +359,7 @@ void KelvoPluginLoader::loadDefaults()
         }
         return;
     }
-    d->worker.start([this, names = available(), folders = folders()] {
+    d->worker.start([this, mailbox = d->mailbox, names = available(), folders = folders()] {
         QStringList defaults;
         for (const QString &name : names) {
             for (const QString &folder : folders) {
@@ -370,11 +374,10 @@ void KelvoPluginLoader::loadDefaults()
                 break;
             }
         }
-        const auto loadAll = [this, defaults] {
+        mailbox->post([this, defaults] {
             for (const QString &name : defaults)
                 load(name);
-        };
-        QMetaObject::invokeMethod(this, loadAll, Qt::QueuedConnection);
+        });
     });
 }
 

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoTrackerStore.h"
 
+#include "GuiMailbox.h"
 #include "KelvoMessageHandler.h"
+#include "WorkerPool.h"
 #include "index/FileUri.h"
 #include "index/Indexer.h"
-#include "store/GuiMailbox.h"
 #include "store/Sparql.h"
 #include "store/StoreOpening.h"
 #include "store/StoreSession.h"
@@ -12,7 +13,6 @@
 
 #include <QCoreApplication>
 #include <QSet>
-#include <QThreadPool>
 #include <QTimer>
 
 #include <atomic>
@@ -22,11 +22,11 @@ struct KelvoTrackerStore::Private
     explicit Private(KelvoTrackerStore *store)
         : mailbox(std::make_shared<GuiMailbox>(store))
     {
-        operations.setMaxThreadCount(1); // openings, closings and small updates, in the order asked for
     }
 
     std::shared_ptr<GuiMailbox> mailbox;
-    QThreadPool operations;
+    /// One thread: openings, closings and small updates, in the order asked for.
+    WorkerPool operations{QStringLiteral("kelvo-tracker-store"), 1};
     QSet<QObject *> users;
     State state = Closed;
     QString error;

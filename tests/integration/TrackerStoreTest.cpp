@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "LogRecorder.h"
 #include "TrackerTestCase.h"
+#include "store/StoreSession.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -8,12 +9,14 @@
 #include <QFile>
 #include <QProcess>
 #include <QSignalSpy>
+#include <QSocketNotifier>
 #include <QTest>
 #include <QTextStream>
 #include <QThread>
 #include <QTimer>
 
 #include <csignal>
+#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -34,6 +37,26 @@ int runOther(bool indexing)
     if (indexing)
         store->startIndexing();
     store->hold(&user);
+    return QCoreApplication::exec();
+}
+
+/// Another process, with work in the store that does not come back. Ends as it would otherwise.
+int runHanging()
+{
+    QObject user;
+    KelvoTrackerStore *store = KelvoTrackerStore::instance();
+    QObject::connect(store, &KelvoTrackerStore::opened, &user, [store] {
+        std::thread([session = store->session()] {
+            StoreError error;
+            const StoreSession::Entry entry = session->enter([] {}, &error);
+            say("hangs");
+            for (;;)
+                ::pause();
+        }).detach();
+    });
+    store->hold(&user);
+    const QSocketNotifier told(STDIN_FILENO, QSocketNotifier::Read);
+    QObject::connect(&told, &QSocketNotifier::activated, [] { QCoreApplication::exit(7); });
     return QCoreApplication::exec();
 }
 
@@ -219,6 +242,17 @@ private Q_SLOTS:
         }
     }
 
+    void workThatHangsDoesNotKeepItsProcessFromEnding()
+    {
+        Other other("--hang");
+        QVERIFY(other.waitFor("hangs"));
+        other.write("leave\n");
+        QVERIFY(other.waitFor("Work does not end and is left alone: kelvo-tracker-store"));
+        QVERIFY(other.waitForFinished(20'000));
+        QCOMPARE(other.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(other.exitCode(), 7);
+    }
+
     void isRebuiltWhenDamaged_data()
     {
         QTest::addColumn<QString>("damage");
@@ -395,6 +429,8 @@ int main(int argc, char *argv[])
     const QByteArray mode = argc > 1 ? argv[1] : "";
     if (mode == "--hold")
         return runOther(false);
+    if (mode == "--hang")
+        return runHanging();
     if (mode == "--index")
         return runOther(true);
     if (mode == "--index-and-leave") {

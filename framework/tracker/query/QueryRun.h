@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "../store/GuiMailbox.h"
 #include "../store/StoreSession.h"
+#include "GuiMailbox.h"
 #include "KelvoTrackerGlobal.h"
 #include "RowBlock.h"
 

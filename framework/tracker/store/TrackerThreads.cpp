@@ -1,21 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "TrackerThreads.h"
 
-#include <QThreadPool>
+#include "WorkerPool.h"
 
 #include <limits>
 
 namespace {
-QThreadPool &pool()
+WorkerPool &pool()
 {
-    static QThreadPool threads;
-    static const bool prepared = [] {
-        // Most of this work waits most of the time; a limit would let one wait for the other.
-        threads.setMaxThreadCount(std::numeric_limits<int>::max());
-        threads.setObjectName(QStringLiteral("kelvo-tracker"));
-        return true;
-    }();
-    Q_UNUSED(prepared)
+    // Most of this work waits most of the time; a limit would let one wait for the other.
+    static WorkerPool threads(QStringLiteral("kelvo-tracker"), std::numeric_limits<int>::max());
     return threads;
 }
 } // namespace

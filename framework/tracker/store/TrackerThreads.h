@@ -8,7 +8,7 @@ namespace TrackerThreads {
 
 /// Any thread. Begins at once, on a thread of its own.
 void run(std::function<void()> work);
-/// Waits for all of it; what runs must have been told to end.
+/// Waits for all of it, but not without a limit (see WorkerPool); what runs must have been told to end.
 void waitForAll();
 
 } // namespace TrackerThreads

@@ -6,7 +6,9 @@
 
 #include <QUuid>
 
+#include <cstdio>
 #include <stdexcept>
+#include <unistd.h>
 
 #ifndef TEST_PLUGIN_INTERFACE
 #define TEST_PLUGIN_INTERFACE KelvoPlugin_iid
@@ -25,6 +27,17 @@ QByteArray behaviour()
 {
     return qgetenv("KELVO_TEST_PLUGIN");
 }
+
+#ifdef TEST_PLUGIN_HANGS
+// Does not come back from being loaded, as a library that asks a device which does not answer.
+const bool hangs = [] {
+    std::puts("the library hangs");
+    std::fflush(stdout);
+    for (;;)
+        ::pause();
+    return true;
+}();
+#endif
 } // namespace
 
 class TestPlugin : public QObject, public KelvoPlugin

@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+#include "WorkerPool.h"
+
+#include "KelvoMessageHandler.h"
+
+#include <QThreadPool>
+
+#include <cstdio>
+#include <cstdlib>
+#include <unistd.h>
+
+namespace {
+constexpr int WorkerWait = 5000; // milliseconds
+
+// Work that is left alone may use static objects, and may hold a lock that the last steps of exit() take (the dynamic
+// linker's, while a library is being loaded). So none of those steps is made; the exit code stays.
+void endWithoutCleaningUp()
+{
+    static const int registered = ::on_exit(
+        [](int status, void *) {
+            std::fflush(stdout);
+            ::_exit(status);
+        },
+        nullptr);
+    Q_UNUSED(registered)
+}
+} // namespace
+
+WorkerPool::WorkerPool(const QString &name, int maxThreads)
+    : m_pool(std::make_unique<QThreadPool>())
+{
+    m_pool->setObjectName(name);
+    m_pool->setMaxThreadCount(maxThreads);
+}
+
+WorkerPool::~WorkerPool()
+{
+    if (!waitForDone())
+        static_cast<void>(m_pool.release()); // its destructor would wait
+}
+
+void WorkerPool::start(std::function<void()> work)
+{
+    m_pool->start(std::move(work));
+}
+
+void WorkerPool::clear()
+{
+    m_pool->clear();
+}
+
+bool WorkerPool::waitForDone()
+{
+    if (m_leftAlone || m_pool->waitForDone(WorkerWait))
+        return !m_leftAlone;
+    m_leftAlone = true;
+    qCWarning(lcKelvo).noquote() << "Work does not end and is left alone:" << m_pool->objectName();
+    endWithoutCleaningUp();
+    return false;
+}
