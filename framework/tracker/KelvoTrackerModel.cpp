@@ -13,6 +13,7 @@ struct KelvoTrackerModel::Private
         return placeholder == CatalogQuery::AlbumName ? unknownAlbum : unknownArtist;
     }
 
+    QueryPlan plan;
     std::vector<CatalogQuery::Column> columns;
     QString unknownAlbum;
     QString unknownArtist;
@@ -35,7 +36,12 @@ KelvoTrackerModel::KelvoTrackerModel(QueryType type, int firstBlock, int streamB
         session->failed(
             {StoreError::Query, QStringLiteral("There is no tracker query of type %1").arg(int(type))});
     }
-    const QueryPlan plan{entry.text, entry.types(), entry.hasSubject, id, firstBlock, streamBlock};
+    d->plan = {entry.text, entry.types(), entry.hasSubject, id, firstBlock, streamBlock, {}};
+    startQuery(std::move(session));
+}
+
+void KelvoTrackerModel::startQuery(std::shared_ptr<StoreSession> session)
+{
     const QueryRun::Client client{
         [this](std::shared_ptr<const RowBlock> block) {
             const int first = d->rows.rowCount();
@@ -46,7 +52,7 @@ KelvoTrackerModel::KelvoTrackerModel(QueryType type, int firstBlock, int streamB
         [this] { Q_EMIT completed(); },
         [this](const QString &message) { Q_EMIT error(message); },
     };
-    d->query = QueryRun::start(std::move(session), plan, this, client);
+    d->query = QueryRun::start(std::move(session), d->plan, this, client);
 }
 
 KelvoTrackerModel::~KelvoTrackerModel()
@@ -56,7 +62,26 @@ KelvoTrackerModel::~KelvoTrackerModel()
 
 void KelvoTrackerModel::fetchRest()
 {
-    d->query->fetchRest();
+    const KelvoTrackerStore::State state = KelvoTrackerStore::instance()->state();
+    const bool isThere = state == KelvoTrackerStore::Open || state == KelvoTrackerStore::Opening;
+    // The id of a subject is another one's in another store.
+    if (isThere && d->query->hasLostItsStore() && !d->plan.hasSubject)
+        queryAnew();
+    else
+        d->query->fetchRest();
+}
+
+void KelvoTrackerModel::queryAnew()
+{
+    d->query->cancel();
+    if (d->rows.rowCount() > 0) {
+        beginRemoveRows({}, 0, d->rows.rowCount() - 1);
+        d->rows.clear();
+        endRemoveRows();
+    }
+    d->plan.firstBlock = 0;
+    d->plan.notice = QStringLiteral("The library has changed and was queried anew");
+    startQuery(KelvoTrackerStore::instance()->session());
 }
 
 int KelvoTrackerModel::rowCount(const QModelIndex &parent) const

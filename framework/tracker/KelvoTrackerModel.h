@@ -11,8 +11,9 @@ class KelvoTrackerModelFactory;
 
 /// The result of a built-in query of the tracker store, as KelvoTrackerModelFactory::getModel() returns it.
 ///
-/// The rows are those of the moment at which the query began. They come from the event loop: the first block by
-/// itself, the rest after fetchRest(). Column 0 is the integer id of the row's song, album, artist or playlist (valid
+/// The rows are those of the moment at which the query began, whatever changes meanwhile. They come from the event
+/// loop: the first block by itself, the rest after fetchRest(). Only when the store itself was replaced before, the
+/// rows that are there are removed, all rows of the new store inserted, and error() says so. Column 0 is the integer id of the row's song, album, artist or playlist (valid
 /// until the store is rebuilt; 0 for an entry of a playlist that is not in the store), column 1 the text that lists
 /// show. Song and playlist results go on with the URI in column 2 and the duration in seconds in column 3. The
 /// header texts (Qt::DisplayRole) name the columns:
@@ -65,13 +66,17 @@ public:
 Q_SIGNALS:
     /// All rows are there.
     void completed();
-    /// The query failed, or the store had to be rebuilt; a text for the user. Rows that are there stay.
+    /// The query failed; a text for the user. Rows that are there stay. After completed(): what became of a store that
+    /// was damaged. Nothing comes after it but by fetchRest().
     void error(QString message);
 
 private:
     friend class KelvoTrackerModelFactory;
     KelvoTrackerModel(QueryType type, int firstBlock, int streamBlock, int id, const QString &unknownAlbum,
         const QString &unknownArtist);
+
+    void startQuery(std::shared_ptr<class StoreSession> session);
+    void queryAnew();
 
     struct Private;
     std::unique_ptr<Private> d;

@@ -13,6 +13,11 @@ constexpr int blocksInFlight = 3;
 constexpr int pieceSize = 2000;
 
 std::atomic<int> idleTimeout{30'000};
+
+StoreError storeClosed()
+{
+    return {StoreError::Closed, QStringLiteral("The tracker store was closed")};
+}
 } // namespace
 
 void QueryRun::setIdleTimeout(int milliseconds)
@@ -42,6 +47,14 @@ void QueryRun::launch()
     TrackerThreads::run([self = shared_from_this()] { self->run(); });
 }
 
+template <class Function> void QueryRun::tell(Function function)
+{
+    m_mailbox.post([self = shared_from_this(), function = std::move(function)] {
+        if (!self->isCancelled()) // posted before, delivered after it
+            function();
+    });
+}
+
 void QueryRun::fetchRest()
 {
     const std::lock_guard lock(m_mutex);
@@ -53,16 +66,19 @@ void QueryRun::fetchRest()
         m_demanded = true;
         m_changed.notify_all();
         break;
-    case Parked:
+    case Kept:
         m_demanded = true;
         m_state = Running;
-        launch();
+        TrackerThreads::run([self = shared_from_this()] { self->handOverKept(); });
+        break;
+    case Lost:
+        tell([this] { m_client.failed(storeClosed().message); });
         break;
     case Completed:
-        m_mailbox.post([self = shared_from_this()] { self->m_client.completed(); });
+        tell([this] { tellCompletion(); });
         break;
     case Failed:
-        m_mailbox.post([self = shared_from_this()] { self->m_client.failed(self->m_failure); });
+        tell([this] { m_client.failed(m_failure); });
         break;
     }
 }
@@ -70,11 +86,23 @@ void QueryRun::fetchRest()
 void QueryRun::cancel()
 {
     m_mailbox.close();
+    QString untold;
+    {
+        const std::lock_guard lock(m_mutex);
+        m_cancelled = true;
+        untold = std::exchange(m_notice, {});
+        if (m_cancellation)
+            m_cancellation->cancel();
+        m_changed.notify_all();
+    }
+    if (!untold.isEmpty() && untold != m_plan.notice)
+        m_session->setNotice(untold);
+}
+
+bool QueryRun::hasLostItsStore()
+{
     const std::lock_guard lock(m_mutex);
-    m_cancelled = true;
-    if (m_cancellation)
-        m_cancellation->cancel();
-    m_changed.notify_all();
+    return m_state == Lost;
 }
 
 void QueryRun::interrupt()
@@ -84,6 +112,12 @@ void QueryRun::interrupt()
     if (m_cancellation)
         m_cancellation->cancel();
     m_changed.notify_all();
+}
+
+bool QueryRun::isCancelled()
+{
+    const std::lock_guard lock(m_mutex);
+    return m_cancelled;
 }
 
 bool QueryRun::isStopped()
@@ -115,31 +149,34 @@ void QueryRun::run()
 
 void QueryRun::stream(StoreSession::Entry &entry)
 {
-    const QString notice = m_noticed ? QString() : m_session->takeNotice();
-    m_noticed = true;
-    if (!notice.isEmpty())
-        m_mailbox.post([self = shared_from_this(), notice] { self->m_client.failed(notice); });
-
+    const QString news = m_session->takeNotice();
+    {
+        const std::lock_guard lock(m_mutex);
+        m_notice = news.isEmpty() ? m_plan.notice : news;
+    }
     bool more = false;
     StoreCursor cursor = open(entry.connection(), &more);
     if (!cursor)
         return;
-    if (m_handedOver == 0 && more) {
-        const int first = m_plan.firstBlock;
-        if (!readBlocks(cursor, first, first > 0 ? first : pieceSize, &more))
-            return;
-    }
-    if (more && !waitForDemand())
-        return; // the cursor closes before the entry is left
+    const int first = m_plan.firstBlock;
+    if (!readBlocks(cursor, first, first > 0 ? first : pieceSize, &more))
+        return;
     if (more) {
+        const Demand demand = waitForDemand();
+        m_keeps = demand == Demand::Later;
         const int block = m_plan.streamBlock > 0 ? m_plan.streamBlock : pieceSize;
-        if (!readBlocks(cursor, 0, block, &more))
-            return;
+        if (demand == Demand::Never || !readBlocks(cursor, 0, block, &more))
+            return; // the cursor closes before the entry is left
     }
-    end(Completed);
+    cursor = {};
+    entry.leave();
+    if (m_keeps)
+        park();
+    else
+        end(Completed);
 }
 
-// Opens the cursor and goes to the first row that has not been handed over; *more: there is one.
+// Opens the cursor and goes to the first row; *more: there is one.
 StoreCursor QueryRun::open(const StoreConnection &connection, bool *more)
 {
     StoreError error;
@@ -158,11 +195,7 @@ StoreCursor QueryRun::open(const StoreConnection &connection, bool *more)
         bindings.emplace_back("uri", uri);
     }
     StoreCursor cursor = connection.select(m_plan.text, bindings, m_cancellation.get(), &error);
-    for (qint64 row = -1; cursor && row < m_handedOver; ++row) {
-        *more = cursor.next(&error);
-        if (!*more)
-            break;
-    }
+    *more = cursor && cursor.next(&error);
     if (error) {
         end(Failed, error);
         return {};
@@ -202,18 +235,19 @@ bool QueryRun::readBlocks(StoreCursor &cursor, int limit, int pieces, bool *more
 bool QueryRun::handOver(std::shared_ptr<RowBlock> block)
 {
     block->finish();
+    if (m_keeps)
+        return keep(std::move(block));
     std::unique_lock lock(m_mutex);
     m_changed.wait(lock, [this] { return m_cancelled || m_interrupted || m_waitingBlocks < blocksInFlight; });
     if (m_cancelled)
         return false;
     if (m_interrupted) {
         lock.unlock();
-        end(Failed, {StoreError::Closed, QStringLiteral("The tracker store was closed")});
+        end(Failed, storeClosed());
         return false;
     }
     ++m_waitingBlocks;
-    m_handedOver += block->rowCount();
-    m_mailbox.post([self = shared_from_this(), block = std::move(block)] { self->taken(block); });
+    tell([this, block = std::move(block)] { taken(block); });
     return true;
 }
 
@@ -227,41 +261,90 @@ void QueryRun::taken(const std::shared_ptr<const RowBlock> &block)
     m_client.rows(block);
 }
 
-bool QueryRun::waitForDemand()
+QueryRun::Demand QueryRun::waitForDemand()
 {
     std::unique_lock lock(m_mutex);
-    if (!m_demanded) {
-        m_state = Waiting;
-        const auto wanted = [this] {
-            return m_cancelled || m_interrupted || m_demanded;
-        };
-        m_changed.wait_for(lock, std::chrono::milliseconds(idleTimeout), wanted);
-    }
-    const bool goOn = m_demanded && !m_cancelled && !m_interrupted;
-    m_state = goOn ? Running : Parked;
-    if (!goOn && m_demanded && m_interrupted) {
+    m_state = Waiting;
+    const auto wanted = [this] {
+        return m_cancelled || m_interrupted || m_demanded;
+    };
+    m_changed.wait_for(lock, std::chrono::milliseconds(idleTimeout), wanted);
+    if (m_cancelled || m_interrupted) {
         lock.unlock();
-        end(Failed, {StoreError::Closed, QStringLiteral("The tracker store was closed")});
+        end(Failed, storeClosed());
+        return Demand::Never;
     }
-    return goOn;
+    if (!m_demanded)
+        return Demand::Later;
+    m_state = Running;
+    return Demand::Now;
+}
+
+bool QueryRun::keep(std::shared_ptr<RowBlock> block)
+{
+    if (isStopped()) {
+        end(Failed, storeClosed());
+        return false;
+    }
+    m_kept.push_back(std::move(block));
+    return true;
+}
+
+void QueryRun::park()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        m_interrupted = false; // everything is there: what becomes of the store does not matter any more
+        m_state = m_demanded ? Running : Kept;
+        if (!m_demanded)
+            return;
+    }
+    handOverKept();
+}
+
+void QueryRun::handOverKept()
+{
+    m_keeps = false;
+    for (std::shared_ptr<RowBlock> &block : std::exchange(m_kept, {})) {
+        if (!handOver(std::move(block)))
+            return;
+    }
+    end(Completed);
 }
 
 void QueryRun::end(State state, const StoreError &error)
 {
     StoreError told = error;
+    bool isAwaited = true;
     {
         const std::lock_guard lock(m_mutex);
         if (m_cancelled)
             return;
         if (told.kind == StoreError::Cancelled)
-            told = {StoreError::Closed, QStringLiteral("The tracker store was closed")};
-        m_state = state;
+            told = storeClosed();
+        isAwaited = m_state != Waiting || m_demanded;
+        m_state = !isAwaited && told.kind == StoreError::Closed ? Lost : state;
         m_failure = told.message;
+        m_kept.clear();
     }
     if (state == Failed) {
         m_session->report(told);
-        m_mailbox.post([self = shared_from_this()] { self->m_client.failed(self->m_failure); });
+        if (isAwaited) // otherwise fetchRest() says it
+            tell([this] { m_client.failed(m_failure); });
     } else {
-        m_mailbox.post([self = shared_from_this()] { self->m_client.completed(); });
+        tell([this] { tellCompletion(); });
     }
+}
+
+void QueryRun::tellCompletion()
+{
+    m_client.completed();
+    QString notice;
+    {
+        const std::lock_guard lock(m_mutex);
+        if (!m_cancelled) // what was completed may be gone by now
+            notice = std::exchange(m_notice, {});
+    }
+    if (!notice.isEmpty())
+        m_client.failed(notice);
 }

@@ -7,11 +7,13 @@
 #include "RowBlock.h"
 
 #include <QByteArray>
+#include <QString>
 
 #include <condition_variable>
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <vector>
 
 /// What a query asks and how its rows come.
 struct QueryPlan
@@ -25,17 +27,20 @@ struct QueryPlan
     /// Rows that come by themselves, and rows of each later block. 0 (or less): no limit.
     int firstBlock = 0;
     int streamBlock = 0;
+    /// Told after the rows; what the session has to tell comes in its place.
+    QString notice;
 };
 
 /// A query that runs on a thread of its own with one open cursor, and hands its rows to an object of the GUI
-/// thread: the first block by itself, the rest after fetchRest().
+/// thread: the first block by itself, the rest after fetchRest(). All rows are those of the moment at which it began.
 ///
-/// No more than a few blocks wait to be taken over. A cursor that nobody wants rows of is closed after a while
-/// (it keeps old pages of the store in use); fetchRest() then runs the query again and skips what was handed over.
+/// No more than a few blocks wait to be taken over. A cursor that nobody wants rows of is closed after a while, because
+/// it keeps old pages of the store in use: the rest is read into memory before, since a later query may have others.
 class QueryRun : public std::enable_shared_from_this<QueryRun>
 {
 public:
-    /// Called on the GUI thread.
+    /// Called on the GUI thread; the last call is completed() or failed(). What became of a damaged store is told by
+    /// failed() after completed().
     struct Client
     {
         std::function<void(std::shared_ptr<const RowBlock>)> rows;
@@ -48,14 +53,24 @@ public:
         std::shared_ptr<StoreSession> session, QueryPlan plan, QObject *receiver, Client client);
     /// GUI thread. Ends with completed() or failed(), also when everything is there already.
     void fetchRest();
-    /// GUI thread. Returns at once; nothing is called afterwards.
+    /// GUI thread. Returns at once; nothing is called afterwards. News that were not told are left to the next query.
     void cancel();
+    /// The store was closed before the rest was asked for, so that fetchRest() can only fail.
+    bool hasLostItsStore();
 
     /// How long an open cursor waits for fetchRest().
     KELVO_TRACKER_EXPORT static void setIdleTimeout(int milliseconds);
 
 private:
-    enum State { Running, Waiting, Parked, Completed, Failed };
+    enum State {
+        Running,
+        Waiting, ///< for fetchRest(); with an open cursor, at first
+        Kept, ///< the same, with the rest in memory
+        Lost, ///< the same, with the store closed
+        Completed,
+        Failed,
+    };
+    enum class Demand { Now, Later, Never };
 
     QueryRun(std::shared_ptr<StoreSession> session, QueryPlan plan, QObject *receiver, Client client);
 
@@ -66,13 +81,20 @@ private:
     StoreCursor open(const StoreConnection &connection, bool *empty);
     bool readBlocks(StoreCursor &cursor, int limit, int pieces, bool *more);
     bool handOver(std::shared_ptr<RowBlock> block);
-    bool waitForDemand();
+    Demand waitForDemand();
+    bool keep(std::shared_ptr<RowBlock> block);
+    void park();
+    void handOverKept();
     void end(State state, const StoreError &error = {});
     void interrupt();
     bool isStopped();
 
+    template <class Function> void tell(Function function);
+    bool isCancelled();
+
     // GUI thread
     void taken(const std::shared_ptr<const RowBlock> &block);
+    void tellCompletion();
 
     const std::shared_ptr<StoreSession> m_session;
     const QueryPlan m_plan;
@@ -87,7 +109,8 @@ private:
     bool m_demanded = false;
     bool m_cancelled = false; // by cancel()
     bool m_interrupted = false; // by the session's end
-    bool m_noticed = false;
+    QString m_notice;
     int m_waitingBlocks = 0;
-    qint64 m_handedOver = 0;
+    bool m_keeps = false;
+    std::vector<std::shared_ptr<RowBlock>> m_kept;
 };

@@ -67,6 +67,12 @@ bool StoreSession::isReadOnly() const
     return m_state == Open && !m_lock;
 }
 
+size_t StoreSession::workInside() const
+{
+    const std::lock_guard lock(m_mutex);
+    return m_inside.size();
+}
+
 void StoreSession::opened(const QString &folder, std::shared_ptr<StoreConnection> connection,
     std::unique_ptr<StoreFolder::Lock> ownerLock)
 {
