@@ -4,9 +4,11 @@
 #include "TrackerTestCase.h"
 #include "index/StoreWriter.h"
 #include "query/QueryRun.h"
+#include "store/Sparql.h"
 #include "store/StoreSession.h"
 
 #include <QAbstractItemModelTester>
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QMetaEnum>
@@ -674,6 +676,38 @@ private Q_SLOTS:
         store().countPlay(first);
         QTRY_COMPARE(counted.count(), 4);
         QCOMPARE(titles(Type::RecentlyPlayedSongs), QStringList({song(0).title, song(1).title}));
+    }
+
+    void ordersWhatHappensInOneMoment()
+    {
+        QVERIFY(fill(40));
+        QSignalSpy counted(&store(), &KelvoTrackerStore::playCounted);
+        QStringList expected;
+        for (int i = 0; i < 40; ++i) {
+            store().countPlay(QUrl(QString::fromLatin1(song(i).uri)));
+            expected.prepend(song(i).title);
+        }
+        QTRY_COMPARE(counted.count(), 40);
+        QCOMPARE(titles(Type::RecentlyPlayedSongs), expected);
+        QCOMPARE(titles(Type::RecentlyAddedSongs), expected);
+    }
+
+    void neverTakesTwoTimesForTheSame()
+    {
+        QCOMPARE(Sparql::nextTime(7'500'000, 7'499'999), 7'500'000);
+        QCOMPARE(Sparql::nextTime(7'500'000, 7'500'000), 7'500'001);
+        QCOMPARE(Sparql::nextTime(7'500'000, 8'500'000), 8'500'001); // a clock that was set back
+        QCOMPARE(Sparql::nextTime(8'000'000, 0), 8'000'001);
+        QCOMPARE(Sparql::nextTime(0, 7'999'999), 8'000'001);
+        QByteArray last;
+        for (int i = 0; i < 1000; ++i) {
+            const QByteArray time = Sparql::now();
+            QVERIFY2(time > last, time + " after " + last);
+            last = time;
+        }
+        const QDateTime shown
+            = QDateTime::fromString(QString::fromLatin1(last.mid(1, last.size() - 2)), Qt::ISODate);
+        QVERIFY(qAbs(shown.msecsTo(QDateTime::currentDateTimeUtc())) < 60'000);
     }
 
     void showsTheLastAddedFirst()

@@ -5,6 +5,10 @@
 
 #include <QDateTime>
 
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+
 #include <libtracker-sparql/tracker-sparql.h>
 
 QByteArray Sparql::literal(const QByteArray &utf8)
@@ -33,7 +37,30 @@ QByteArray Sparql::iri(const QByteArray &text)
     return result + '>';
 }
 
+namespace {
+constexpr qint64 microsecondsPerSecond = 1'000'000;
+
+qint64 clockTime()
+{
+    using namespace std::chrono;
+    return duration_cast<microseconds>(system_clock::now().time_since_epoch()).count();
+}
+} // namespace
+
+qint64 Sparql::nextTime(qint64 now, qint64 last)
+{
+    const qint64 next = std::max(now, last + 1);
+    return next % microsecondsPerSecond ? next : next + 1;
+}
+
 QByteArray Sparql::now()
 {
-    return '"' + QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs).toLatin1() + '"';
+    static std::atomic<qint64> last{0};
+    qint64 before = last;
+    qint64 time = nextTime(clockTime(), before);
+    while (!last.compare_exchange_weak(before, time))
+        time = nextTime(clockTime(), before);
+    const QDateTime second = QDateTime::fromSecsSinceEpoch(time / microsecondsPerSecond, Qt::UTC);
+    const QByteArray fraction = QByteArray::number(time % microsecondsPerSecond).rightJustified(6, '0');
+    return '"' + second.toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss")).toLatin1() + '.' + fraction + "Z\"";
 }

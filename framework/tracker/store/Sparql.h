@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "KelvoTrackerGlobal.h"
+
 #include <QByteArray>
 #include <QString>
 
@@ -21,7 +23,10 @@ QByteArray literal(const QString &text);
 QByteArray literal(const QByteArray &utf8);
 /// <iri>; what may not stand in an IRI is percent-encoded.
 QByteArray iri(const QByteArray &text);
-/// An xsd:dateTime literal of the current time in UTC.
-QByteArray now();
+/// An xsd:dateTime literal of the current time in UTC, later than each one made before by this process. Any thread.
+KELVO_TRACKER_EXPORT QByteArray now();
+/// The time for what happens now when the last one was given `last`; microseconds since 1970. Never a full second: the
+/// store's library keeps those as numbers and other times as texts, and any text sorts behind any number.
+KELVO_TRACKER_EXPORT qint64 nextTime(qint64 now, qint64 last);
 
 } // namespace Sparql
