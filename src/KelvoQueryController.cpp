@@ -64,6 +64,11 @@ KelvoQueryController::~KelvoQueryController()
 void KelvoQueryController::retire()
 {
     // The window goes first when the program ends; rows that still come have nobody to be shown to.
+    unfollowResult();
+}
+
+void KelvoQueryController::unfollowResult()
+{
     if (m_model)
         disconnect(m_model, nullptr, this, nullptr);
 }
@@ -92,6 +97,9 @@ QAbstractItemModel *KelvoQueryController::query(const QList<KelvoSource *> &sour
     Q_UNUSED(sources)
     qDebug() << "KelvoQueryController::query" << queryIndex;
     m_queryKind = Songs;
+    // The earlier result lives on, but what it still tells is nothing about this query.
+    if (queryIndex >= 0 && queryIndex <= videoQuery)
+        unfollowResult();
     if (queryIndex >= 0 && queryIndex < videoQuery) {
         const BuiltInQuery &builtIn = builtInQueries[queryIndex];
         m_model = trackerModel(builtIn.type, 0);

@@ -71,6 +71,7 @@ public Q_SLOTS:
 
 private:
     void retire();
+    void unfollowResult();
     void createFactory(const QString &unknownAlbum, const QString &unknownArtist, int streamingBlockSize);
     void showOpening(bool opened);
     KelvoTrackerModel *trackerModel(KelvoTrackerModel::QueryType type, int id);
