@@ -175,6 +175,20 @@ private Q_SLOTS:
         QCOMPARE(log.count("KelvoMainWindow::updateQueryResultLabel"), 2);
     }
 
+    // Also when it is the same result again, which a view would otherwise take for no change.
+    void aNewResultHasNoSelection()
+    {
+        QStandardItemModel model(3, 2);
+        QStandardItemModel next(3, 2);
+        auto *view = find<QListView>("m_query_resultsView");
+        for (QStandardItemModel *shown : {&model, &model, &next}) {
+            m_window->showQueryResults(shown);
+            QVERIFY(!view->selectionModel()->hasSelection());
+            view->setCurrentIndex(shown->index(2, 1));
+            QVERIFY(view->selectionModel()->hasSelection());
+        }
+    }
+
     void browseResults()
     {
         QStandardItemModel model(3, 2);

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+#include "RowCopier.h"
+#include "SourceControllerCase.h"
+#include "TestGroup.h"
+
+/// The source controller with a result that is too long to be appended to a playlist at once.
+class LongResultTest : public SourceControllerCase
+{
+    Q_OBJECT
+
+    static constexpr int longCount = RowCopier::FirstRows + 500;
+
+private Q_SLOTS:
+    void initTestCase()
+    {
+        SourceControllerCase::initTestCase();
+        std::vector<MediaItem> items;
+        for (int i = songCount; i < longCount; ++i)
+            items.push_back(song(i));
+        QVERIFY(writeSongs(items));
+    }
+
+    // Extending deletes the result that is still being copied.
+    void extendingFinishesTheAppendingFirst()
+    {
+        m_controller->setNewQueryProperties(0, 0);
+        QTRY_VERIFY(find<QToolButton>("m_query_executeButton")->isEnabled());
+        execute(AllSongs);
+        QCOMPARE(shown()->rowCount(), longCount);
+        KelvoPlaylist *playlist = makePlaylist();
+        m_controller->addQueryToPlaylist();
+        QCOMPARE(playlist->count(), int(RowCopier::FirstRows)); // the rest would come from the event loop
+        select(0);
+        LogRecorder log;
+        m_controller->extendQuery();
+        QCOMPARE(playlist->count(), longCount);
+        QCOMPARE(log.warnings().filter("not appended"), QStringList());
+        const QAbstractItemModel *items = playlist->itemModel();
+        for (int row = 0; row < longCount; ++row)
+            QCOMPARE(items->index(row, 1).data().toString(), song(row).title);
+        m_models.append(m_controller->queryModel());
+        QTRY_COMPARE(caption(), QStringLiteral("Execute\nquery"));
+    }
+};
+
+KELVO_WIDGET_TEST(LongResultTest)
+#include "LongResultTest.moc"
