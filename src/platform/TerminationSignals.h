@@ -13,7 +13,7 @@ public:
     explicit TerminationSignals(QObject *parent = nullptr);
     ~TerminationSignals() override;
 
-    /// Closes the window with this object name, or whichever window there is, as a user would: first the dialogs that
+    /// Closes all windows as a user would: first the dialogs that
     /// are open over it, the innermost first, so that everybody who waits for one has gone on before the window goes.
     static void closeWindows();
 
