@@ -71,14 +71,6 @@ void followSelection(QListView *view)
         QObject::connect(view->selectionModel(), &QItemSelectionModel::selectionChanged, view,
             [view](const QItemSelection &, const QItemSelection &gone) { keepOneThing(view, gone); });
 }
-
-/// What is inserted where a field's own cursor stands pushes it on to the end, and a field is first shown there.
-void holdCursor(QTextEdit *field)
-{
-    QTextCursor cursor = field->textCursor();
-    cursor.setKeepPositionOnInsert(true);
-    field->setTextCursor(cursor);
-}
 } // namespace
 
 void ListViews::setModel(QListView *view, QAbstractItemModel *model)
@@ -137,11 +129,13 @@ void ListViews::appendLine(QTextEdit *field, const QString &line)
 {
     QTextCursor cursor(field->document());
     cursor.movePosition(QTextCursor::End);
-    if (field->document()->isEmpty())
-        holdCursor(field);
-    else
+    const bool first = field->document()->isEmpty();
+    if (!first)
         cursor.insertBlock();
     cursor.insertText(line);
+    // The field's own cursor stood where that was inserted and went to the end with it; a field is first shown there.
+    if (first)
+        field->moveCursor(QTextCursor::Start);
 }
 
 void ListViews::appendLine(QTextEdit *field, const QString &key, const QString &value)

@@ -260,6 +260,7 @@ private Q_SLOTS:
             find<QTabWidget>("m_tabs")->setCurrentIndex(tab);
             m_window->show();
             QVERIFY(QTest::qWaitForWindowExposed(m_window));
+            QVERIFY(!find<QTextEdit>(field)->textCursor().hasSelection());
             const QScrollBar *bar = find<QTextEdit>(field)->verticalScrollBar();
             QVERIFY(bar->maximum() > 0);
             QCOMPARE(bar->value(), 0);

@@ -82,6 +82,28 @@ class Query(Scenario):
         until(lambda: "title: First Tone" in console.metadata(), "the result plays", 15)
         console.wait_position(lambda at: at >= 1, "moves")
 
+    def test_focus_alone_chooses_nothing(self):
+        """A dialog that closes gives the focus back to a list."""
+        console = self.start_with_library()
+        console.menu("Playlists", "Create new...", wait=False)
+        dialog = console.dialog("dialog", "Create new playlist")
+        console.user.click(dialog.wait_find("push button", "OK"))
+        until(lambda: not console.dialogs(), "the dialog closes")
+        console.user.activate()
+        results = console.window().wait_find("list", "Query results")
+        for _ in range(12):
+            if "focused" in results.states():
+                break
+            console.user.key("Tab")
+        self.assertIn("focused", results.states())
+        mark = console.press(APPEND)
+        console.log.wait_for("KelvoPlaylistController::addToPlaylist 0 5", mark)
+        mark = console.press(EXTEND)
+        console.log.wait_for("Please select item to extend!", mark)
+        self.assertEqual(self.results(console), SONGS)
+        console.tab("Play music")
+        self.assertEqual(self.list_rows(console, "Playlist items", SONG_COLUMNS), SONGS)
+
     def test_a_small_first_block_leaves_a_rest_to_fetch(self):
         console = self.start_with_library()
         console.menu("Query", "Query properties", wait=False)
