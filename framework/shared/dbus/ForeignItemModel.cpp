@@ -30,13 +30,14 @@ ForeignItemModel::Change difference(const SharedItems &before, const SharedItems
     return {from, before.size() - from - same, after.size() - from - same};
 }
 
-/// Where each item is, by its id, which no other has.
-QHash<QString, qsizetype> placesOf(const SharedItems &items)
+SharedItems newOnes(const SharedItems &wanted, const std::vector<qsizetype> &rows)
 {
-    QHash<QString, qsizetype> places;
-    for (qsizetype place = 0; place < items.size(); ++place)
-        places.insert(items.at(place).id, place);
-    return places;
+    SharedItems items;
+    for (size_t place = 0; place < rows.size(); ++place) {
+        if (rows[place] < 0)
+            items.append(wanted.at(qsizetype(place)));
+    }
+    return items;
 }
 } // namespace
 
@@ -85,49 +86,64 @@ ForeignItemModel::Change ForeignItemModel::replace(const SharedItems &items)
 {
     const Change change = difference(m_items, items);
     const SharedItems wanted = items.mid(change.from, change.added);
+    const Rows rows = rowsOf(change, wanted);
+    const SharedItems added = newOnes(wanted, rows);
+    const qsizetype kept = wanted.size() - added.size();
     // What stays goes to the front, so that what has gone, and then what is new, is in one piece.
-    const qsizetype kept = gatherKept(change, wanted);
+    gatherKept(change, rows);
     remove(change.from + kept, change.removed - kept);
-    insertMissing(change.from, kept, wanted);
-    arrangeAs(change.from, wanted);
+    insert(change.from + kept, added);
+    spread(change, rows, kept);
     update(items);
     return change;
 }
 
-/// How many stay.
-qsizetype ForeignItemModel::gatherKept(const Change &change, const SharedItems &wanted)
+/// For each wanted item the row that has it now, counted from where the change begins; -1 for a new one.
+ForeignItemModel::Rows ForeignItemModel::rowsOf(const Change &change, const SharedItems &wanted) const
 {
-    const QHash<QString, qsizetype> places = placesOf(wanted);
-    const auto placeOf = [&](qsizetype row) {
-        return places.value(m_items.at(change.from + row).id, -1);
-    };
-    Rows order(change.removed);
-    std::iota(order.begin(), order.end(), 0);
-    const auto gone = std::stable_partition(
-        order.begin(), order.end(), [&placeOf](qsizetype row) { return placeOf(row) >= 0; });
-    std::sort(order.begin(), gone,
-        [&placeOf](qsizetype one, qsizetype other) { return placeOf(one) < placeOf(other); });
-    const qsizetype kept = gone - order.begin();
-    arrange(change.from, order);
-    return kept;
+    QHash<QString, qsizetype> present;
+    present.reserve(change.removed);
+    for (qsizetype row = 0; row < change.removed; ++row)
+        present.insert(m_items.at(change.from + row).id, row);
+    Rows rows;
+    rows.reserve(size_t(wanted.size()));
+    for (const SharedItem &item : wanted) {
+        const auto found = present.constFind(item.id);
+        rows.push_back(found == present.cend() ? -1 : *found);
+        if (found != present.cend())
+            present.erase(found);
+    }
+    return rows;
 }
 
-void ForeignItemModel::insertMissing(qsizetype from, qsizetype kept, const SharedItems &wanted)
+void ForeignItemModel::gatherKept(const Change &change, const Rows &rows)
 {
-    const QHash<QString, qsizetype> present = placesOf(m_items.mid(from, kept));
-    SharedItems missing;
-    std::copy_if(wanted.begin(), wanted.end(), std::back_inserter(missing),
-        [&present](const SharedItem &item) { return !present.contains(item.id); });
-    insert(from + kept, missing);
-}
-
-void ForeignItemModel::arrangeAs(qsizetype from, const SharedItems &wanted)
-{
-    const QHash<QString, qsizetype> places = placesOf(m_items.mid(from, wanted.size()));
     Rows order;
-    for (const SharedItem &item : wanted)
-        order.append(places.value(item.id));
-    arrange(from, order);
+    order.reserve(size_t(change.removed));
+    std::vector<bool> stays(size_t(change.removed), false);
+    for (const qsizetype row : rows) {
+        if (row >= 0) {
+            order.push_back(row);
+            stays[size_t(row)] = true;
+        }
+    }
+    for (qsizetype row = 0; row < change.removed; ++row) {
+        if (!stays[size_t(row)])
+            order.push_back(row);
+    }
+    arrange(change.from, order);
+}
+
+/// Puts those that are new, which are behind the others, to their places among them.
+void ForeignItemModel::spread(const Change &change, const Rows &rows, qsizetype kept)
+{
+    qsizetype nextKept = 0;
+    qsizetype nextNew = kept;
+    Rows order;
+    order.reserve(rows.size());
+    for (const qsizetype row : rows)
+        order.push_back(row < 0 ? nextNew++ : nextKept++);
+    arrange(change.from, order);
 }
 
 /// Brings to each row from `from` on the item that is so many rows behind `from`.
@@ -136,16 +152,17 @@ void ForeignItemModel::arrange(qsizetype from, const Rows &order)
     if (std::is_sorted(order.begin(), order.end()))
         return;
     Q_EMIT layoutAboutToBeChanged({}, VerticalSortHint);
-    const SharedItems before = m_items.mid(from, order.size());
-    QHash<int, int> moved;
-    for (qsizetype place = 0; place < order.size(); ++place) {
-        m_items[from + place] = before.at(order.at(place));
-        moved.insert(int(from + order.at(place)), int(from + place));
+    const SharedItems before = m_items.mid(from, qsizetype(order.size()));
+    std::vector<int> rows(size_t(m_items.size()));
+    std::iota(rows.begin(), rows.end(), 0);
+    for (size_t place = 0; place < order.size(); ++place) {
+        m_items[from + qsizetype(place)] = before.at(order[place]);
+        rows[size_t(from + order[place])] = int(from + qsizetype(place));
     }
     const QModelIndexList old = persistentIndexList();
     QModelIndexList now;
     for (const QModelIndex &each : old)
-        now.append(index(moved.value(each.row(), each.row()), each.column()));
+        now.append(index(rows[size_t(each.row())], each.column()));
     changePersistentIndexList(old, now);
     Q_EMIT layoutChanged({}, VerticalSortHint);
 }
@@ -164,7 +181,8 @@ void ForeignItemModel::insert(qsizetype from, const SharedItems &items)
     if (items.isEmpty())
         return;
     beginInsertRows({}, int(from), int(from + items.size() - 1));
-    m_items = m_items.mid(0, from) + items + m_items.mid(from);
+    m_items.insert(from, items.size(), SharedItem());
+    std::copy(items.begin(), items.end(), m_items.begin() + from);
     endInsertRows();
 }
 

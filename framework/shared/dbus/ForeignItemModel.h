@@ -5,6 +5,8 @@
 
 #include <QAbstractTableModel>
 
+#include <vector>
+
 /// The items of another process's playlist as far as they have arrived; columns as KelvoPlaylist::Column.
 ///
 /// A duration is the number of seconds; one that is not known shows nothing and is -1 under Qt::EditRole and
@@ -36,11 +38,11 @@ public:
     Change replace(const SharedItems &items);
 
 private:
-    using Rows = QList<qsizetype>;
+    using Rows = std::vector<qsizetype>;
 
-    qsizetype gatherKept(const Change &change, const SharedItems &wanted);
-    void insertMissing(qsizetype from, qsizetype kept, const SharedItems &wanted);
-    void arrangeAs(qsizetype from, const SharedItems &wanted);
+    Rows rowsOf(const Change &change, const SharedItems &wanted) const;
+    void gatherKept(const Change &change, const Rows &rows);
+    void spread(const Change &change, const Rows &rows, qsizetype kept);
     void arrange(qsizetype from, const Rows &order);
     void remove(qsizetype from, qsizetype count);
     void insert(qsizetype from, const SharedItems &items);

@@ -203,6 +203,8 @@ private Q_SLOTS:
         QTest::addColumn<int>("count");
         QTest::newRow("reordered") << "reverse moved" << 69 << 100;
         QTest::newRow("reordered, cut and longer") << "rework moved 0 9 5" << 74 << 95;
+        QTest::newRow("only cut") << "remove moved 5 9" << 25 << 95;
+        QTest::newRow("only longer") << "append moved 7" << 30 << 107;
     }
 
     /// A view that shows the list keeps its selected rows.
