@@ -43,7 +43,9 @@ public:
     bool helpEvent(QHelpEvent *event, QAbstractItemView *view, const QStyleOptionViewItem &option,
         const QModelIndex &index) override
     {
-        const bool cut = index.isValid() && sizeHint(option, index).width() > option.rect.width();
+        // Cut by an ellipsis, or by the edge of a view that can be scrolled sideways.
+        const QRect seen = option.rect & view->viewport()->rect();
+        const bool cut = index.isValid() && sizeHint(option, index).width() > seen.width();
         if (event->type() != QEvent::ToolTip || !cut)
             return QStyledItemDelegate::helpEvent(event, view, option, index);
         // As rich text it is broken into lines; its own markup is shown, not followed.
