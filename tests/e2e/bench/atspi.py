@@ -184,12 +184,12 @@ class Tree:
 
     def __init__(self, desktop, pid, limit=1.0):
         self._limit = limit * FACTOR
-        session = _connect(desktop.env["DBUS_SESSION_BUS_ADDRESS"])
+        session = connect(desktop.env["DBUS_SESSION_BUS_ADDRESS"])
         # Asking for the address starts the accessibility bus.
         address = session.call_sync("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress", None, None,
                                     Gio.DBusCallFlags.NONE, 10000, None).unpack()[0]
         session.close_sync(None)
-        self._bus = _connect(address)
+        self._bus = connect(address)
         self.pid = pid
         self._owner = None
         self.root = None  # the program's own node
@@ -263,7 +263,7 @@ class Tree:
         until(lambda: _or_none(lambda: Node(self, _ROOT).role()) is not None, "the program answers", 10)
 
 
-def _connect(address):
+def connect(address):
     flags = Gio.DBusConnectionFlags.AUTHENTICATION_CLIENT | Gio.DBusConnectionFlags.MESSAGE_BUS_CONNECTION
     connection = Gio.DBusConnection.new_for_address_sync(address, flags, None, None)
     connection.set_exit_on_close(False)
