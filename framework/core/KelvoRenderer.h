@@ -22,8 +22,13 @@ class KelvoPlaylist;
 /// What every renderer does, whatever it is made of (tests/contract holds them to it):
 /// - The state goes Stopped -> Transitioning -> Playing or Paused, and back to Stopped. Each change is reported
 ///   once. Between two items of a playlist the state passes through Transitioning.
-/// - A renderer that others may have started tells what goes on again, the state as well, when it is given a window
-///   ("xid"): that is how it learns that somebody has chosen it.
+/// - When it is given a window ("xid") somebody has chosen it, who knows nothing yet: it tells playlistChanged(nullptr),
+///   so that what was shown of another renderer goes, then, unless Stopped, what is in play (playlist and item), then
+///   its state, the facts about the item, and whether a policy overrides. Paused is told by way of Playing: from there
+///   on the position is asked for.
+/// - A fact is told once for an item, with another text when that changes; also after stop() and play() of the same
+///   item. All of them are told again after another item was announced, when the renderer is chosen, and each time an
+///   item starts that belongs to no playlist.
 /// - play() plays the assigned playlist from its current item (the first one after assignPlaylist()); without a
 ///   playlist, the URI given last; with neither, error NothingToPlay.
 /// - playUri() and playUriWithType() replace what is playing. The assigned playlist stays assigned.
@@ -124,12 +129,13 @@ public:
 Q_SIGNALS:
     void nameChanged(const QString &name);
     void stateChanged(KelvoRenderer::State state);
-    /// Another item is in play: its index in the assigned playlist, or -1 when it belongs to none (a single URI,
+    /// Another item is in play, or is to be told again: its index in the assigned playlist, or -1 when it belongs to none (a single URI,
     /// an entry of a list given by URI).
     void mediaChanged(int index, const KelvoContent &content);
     /// Playback ended because there was nothing more to play; not after stop() or an error.
     void playbackCompleted();
-    /// The playlist in play; null each time an item starts that belongs to no playlist, before its media change.
+    /// The playlist in play; null each time an item starts that belongs to no playlist, before its media change, and
+    /// when the renderer was chosen: whatever facts are shown are no longer true.
     void playlistChanged(KelvoPlaylist *playlist);
     /// One fact about the item in play; never an empty list. Keys: "title", "artist", "album", "genre",
     /// "duration" (int, seconds), "codec", "bitrate" (bits per second), "cover" and others.

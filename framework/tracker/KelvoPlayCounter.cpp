@@ -33,9 +33,12 @@ public:
 private:
     void begin(const QUrl &url)
     {
-        // Played again at once, an item need not say once more how long it is.
-        if (url != m_url)
-            m_needed = enough;
+        // An item that starts is on its way there: one that plays already is only told again.
+        const bool goesOn = m_state == KelvoRenderer::Playing || m_state == KelvoRenderer::Paused;
+        if (url == m_url && goesOn)
+            return;
+        // Played again, an item need not say once more how long it is.
+        m_needed = url == m_measured ? m_neededOfMeasured : enough;
         m_url = url;
         m_played = 0;
         m_counted = false;
@@ -52,6 +55,7 @@ private:
             m_played = 0;
             m_counted = false;
         }
+        m_state = state;
         m_playing = state == KelvoRenderer::Playing;
         m_sinceStart.start();
         schedule();
@@ -61,7 +65,8 @@ private:
     {
         if (key != QLatin1String("duration"))
             return;
-        m_needed = KelvoPlayCounter::neededTime(values.value(0).toInt());
+        m_needed = m_neededOfMeasured = KelvoPlayCounter::neededTime(values.value(0).toInt());
+        m_measured = m_url;
         schedule();
     }
 
@@ -86,6 +91,9 @@ private:
     QUrl m_url;
     qint64 m_played = 0; // milliseconds, up to the last change of state
     qint64 m_needed = enough;
+    QUrl m_measured; ///< the item that last said how long it is
+    qint64 m_neededOfMeasured = enough;
+    KelvoRenderer::State m_state = KelvoRenderer::Stopped;
     bool m_playing = false;
     bool m_counted = false;
 };

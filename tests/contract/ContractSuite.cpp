@@ -18,7 +18,8 @@ std::vector<std::unique_ptr<QObject>> makeParts(RendererSubject &subject)
 {
     std::vector<std::unique_ptr<QObject>> parts;
     for (const auto &make : {makeStateContract, makePauseAtContract, makePlaylistContract, makeSeekContract,
-             makePlaylistEditContract, makeErrorContract, makePropertyContract, makeLifetimeContract})
+             makePlaylistEditContract, makeErrorContract, makePropertyContract, makeLifetimeContract,
+             makeTellingContract})
         parts.push_back(make(subject));
     return parts;
 }

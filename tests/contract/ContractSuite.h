@@ -15,3 +15,4 @@ std::unique_ptr<QObject> makePlaylistEditContract(RendererSubject &subject);
 std::unique_ptr<QObject> makeErrorContract(RendererSubject &subject);
 std::unique_ptr<QObject> makePropertyContract(RendererSubject &subject);
 std::unique_ptr<QObject> makeLifetimeContract(RendererSubject &subject);
+std::unique_ptr<QObject> makeTellingContract(RendererSubject &subject);

@@ -143,7 +143,7 @@ private Q_SLOTS:
         registry.addRenderer(&renderer);
         KelvoPlayCounter counter(&registry);
         QSignalSpy played(&counter, &KelvoPlayCounter::played);
-        const auto begin = [&] {
+        const auto tell = [&] {
             Q_EMIT renderer.mediaChanged(0, {"x", QUrl("file:///a"), {}});
         };
         const auto duration = [&](int seconds) {
@@ -152,15 +152,24 @@ private Q_SLOTS:
         const auto state = [&](KelvoRenderer::State s) {
             Q_EMIT renderer.stateChanged(s);
         };
+        // From item to item, as renderers do.
+        const auto begin = [&] {
+            state(KelvoRenderer::Transitioning);
+            tell();
+            state(KelvoRenderer::Playing);
+        };
         state(KelvoRenderer::Playing);
         QVERIFY(!played.wait(100)); // nothing is known of an item
-        state(KelvoRenderer::Paused);
         begin();
+        state(KelvoRenderer::Paused);
         duration(1);
         QVERIFY(!played.wait(700)); // paused
         state(KelvoRenderer::Playing);
         QVERIFY(played.wait(1000));
         QVERIFY(!played.wait(700)); // once
+        tell(); // to somebody who has chosen the renderer
+        state(KelvoRenderer::Playing);
+        QVERIFY(!played.wait(700)); // it plays on
         begin(); // again, in repeat "one"
         QVERIFY(played.wait(1000));
         begin();

@@ -35,6 +35,9 @@ RendererProbe::RendererProbe(KelvoRenderer &renderer)
     connect(&renderer, &KelvoRenderer::stateChanged, this, &RendererProbe::hearState);
     connect(&renderer, &KelvoRenderer::mediaChanged, this, [this](int index, const KelvoContent &content) {
         note(QStringLiteral("media %1").arg(index));
+        if (content.uuid != m_item.uuid)
+            m_factsTold.clear();
+        m_item = content;
         media.append({index, content});
     });
     connect(&renderer, &KelvoRenderer::playbackCompleted, this, [this] {
@@ -46,6 +49,8 @@ RendererProbe::RendererProbe(KelvoRenderer &renderer)
     connect(&renderer, &KelvoRenderer::playlistChanged, this, [this](KelvoPlaylist *playlist) {
         note(playlist ? QStringLiteral("playlist") : QStringLiteral("no playlist"));
         playlists.append(playlist);
+        if (!playlist)
+            m_factsTold.clear();
     });
     connect(&renderer, &KelvoRenderer::metadataChanged, this, &RendererProbe::hearMetadata);
     connect(&renderer, &KelvoRenderer::kelvoPropertyChanged, this,
@@ -135,7 +140,8 @@ void RendererProbe::note(const QString &event)
 void RendererProbe::hearState(KelvoRenderer::State state)
 {
     note(nameOf(state));
-    const bool skipped = m_state == KelvoRenderer::Stopped && state != KelvoRenderer::Transitioning;
+    const bool skipped
+        = m_state == KelvoRenderer::Stopped && state != KelvoRenderer::Transitioning && state != m_state;
     const bool repeated = state == m_state && !std::exchange(m_sameStateExpected, false);
     if (repeated || skipped || state < KelvoRenderer::Stopped || state > KelvoRenderer::Transitioning)
         violations.append(nameOf(m_state) + QLatin1String(" -> ") + nameOf(state));
@@ -159,5 +165,13 @@ void RendererProbe::hearMetadata(const QString &key, const QList<QVariant> &valu
     note(QLatin1String("metadata ") + key);
     if (values.isEmpty())
         violations.append(QLatin1String("metadata without a value: ") + key);
+    // Whoever shows facts appends them; an entry of a list is another medium.
+    if (m_factsOf != m_item.url)
+        m_factsTold.clear();
+    m_factsOf = m_item.url;
+    const QString text = values.value(0).toString();
+    if (m_factsTold.contains(key) && m_factsTold.value(key) == text)
+        violations.append(QStringLiteral("metadata %1 was told twice: %2").arg(key, text));
+    m_factsTold.insert(key, text);
     metadataHeard.append({key, values.value(0)});
 }

@@ -3,8 +3,10 @@
 
 #include "KelvoRenderer.h"
 
+#include <QHash>
 #include <QPointer>
 #include <QStringList>
+#include <QUrl>
 
 class KelvoPlaylist;
 
@@ -73,6 +75,9 @@ private:
     KelvoRenderer::State m_state = KelvoRenderer::Stopped;
     float m_lastBuffering = -1;
     float m_lastScanning = -1;
+    KelvoContent m_item; ///< announced last
+    QUrl m_factsOf;
+    QHash<QString, QString> m_factsTold; ///< of the item, since it was announced among others
     bool m_inCommand = false;
     bool m_sameStateExpected = false;
 };

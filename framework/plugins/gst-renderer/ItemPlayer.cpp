@@ -204,10 +204,10 @@ void ItemPlayer::prerolled()
 
 void ItemPlayer::tellAboutItem()
 {
-    tellDuration();
     if (m_pipeline->hasAudio())
-        tell(m_tags.set(QStringLiteral("audio-output"), {AudioOutput::describe(m_pipeline->audioOutput())}));
-    tellAboutVideo();
+        m_tags.set(QStringLiteral("audio-output"), {AudioOutput::describe(m_pipeline->audioOutput())});
+    noteVideo();
+    tellDuration();
     if (!m_missingCodec.isEmpty())
         Q_EMIT troubled(m_item.epoch, KelvoError::PartlyPlayable, m_missingCodec);
 }

@@ -129,7 +129,7 @@ private:
     void handleTags(GstMessage *message);
     void handleStateRequest(GstMessage *message);
     void handleVolume();
-    void tell(const QList<TagCollector::Fact> &facts);
+    void tellFacts();
     void tellAboutItem();
     void tellDuration();
 
@@ -145,7 +145,7 @@ private:
 
     // Pictures (ItemPlayer_video.cpp)
     void redrawPaused();
-    void tellAboutVideo();
+    void noteVideo();
     void takeDueFrame();
 
     const EngineSettings m_settings;

@@ -7,6 +7,7 @@
 #include "RendererValues.h"
 
 #include <cmath>
+#include <utility>
 
 namespace {
 constexpr qint64 shortOfEnd = GST_SECOND; // an item that ends this much too early was cut off
@@ -195,7 +196,8 @@ void ItemPlayer::handleTags(GstMessage *message)
     GstTagList *tags = nullptr;
     gst_message_parse_tag(message, &tags);
     const GstHandles::TagList owner(tags);
-    tell(m_tags.merge(tags));
+    m_tags.merge(tags);
+    tellFacts();
 }
 
 /// The audio server takes the output away (to Paused) or gives it back (to Playing).
@@ -230,9 +232,12 @@ void ItemPlayer::setVolume(int volume)
     Q_EMIT volumeChanged(volume);
 }
 
-void ItemPlayer::tell(const QList<TagCollector::Fact> &facts)
+/// Held back until the item is prepared: until then its streams still complete one another's facts.
+void ItemPlayer::tellFacts()
 {
-    for (const TagCollector::Fact &news : facts)
+    if (m_phase != Phase::Loaded)
+        return;
+    for (const TagCollector::Fact &news : m_tags.takeNews())
         Q_EMIT fact(m_item.epoch, news.key, news.values);
 }
 
@@ -241,5 +246,6 @@ void ItemPlayer::tellDuration()
     if (m_phase != Phase::Loaded)
         return; // not known before
     if (const std::optional<qint64> duration = m_pipeline->duration())
-        tell(m_tags.set(QStringLiteral("duration"), {int(std::lround(double(*duration) / GST_SECOND))}));
+        m_tags.set(QStringLiteral("duration"), {int(std::lround(double(*duration) / GST_SECOND))});
+    tellFacts();
 }

@@ -41,11 +41,11 @@ void ItemPlayer::redrawPaused()
     issueSeek();
 }
 
-void ItemPlayer::tellAboutVideo()
+void ItemPlayer::noteVideo()
 {
     if (!m_pipeline->hasVideo())
         return;
-    tell(m_tags.set(QStringLiteral("video-output"), {m_video->describe()}));
+    m_tags.set(QStringLiteral("video-output"), {m_video->describe()});
     const uint key = m_video->colorKey();
     if (key != m_colorKey)
         Q_EMIT colorKeyChanged(key);

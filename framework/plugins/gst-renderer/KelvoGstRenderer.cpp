@@ -67,7 +67,7 @@ void KelvoGstRenderer::connectPlayer()
             // Facts come from media that opens, so the search is over; told first, because the duration takes
             // the place of the search's text on the screen.
             reportScanning(1);
-            later([this, key, values] { Q_EMIT metadataChanged(key, values); });
+            takeFact(key, values);
         });
     connect(m_player, &ItemPlayer::buffering, this, [this](quint64 epoch, int percent) {
         if (epoch == m_epoch)
@@ -111,7 +111,41 @@ void KelvoGstRenderer::setState(State state)
     if (state == m_state)
         return;
     m_state = state;
+    tellState(state);
+}
+
+void KelvoGstRenderer::tellState(State state)
+{
     later([this, state] { Q_EMIT stateChanged(state); });
+}
+
+void KelvoGstRenderer::takeFact(const QString &key, const QList<QVariant> &values)
+{
+    if (m_facts.take(key, values))
+        tellFact({key, values});
+}
+
+void KelvoGstRenderer::tellFact(const KelvoItemFacts::Fact &fact)
+{
+    later([this, fact] { Q_EMIT metadataChanged(fact.key, fact.values); });
+}
+
+/// For whoever has chosen this renderer only now.
+void KelvoGstRenderer::tellAgain()
+{
+    later([this] { Q_EMIT playlistChanged(nullptr); });
+    m_announced = nullptr;
+    if (m_state == Stopped)
+        m_facts.clear();
+    else
+        tellItem();
+    if (m_state == Paused)
+        tellState(Playing);
+    tellState(m_state);
+    for (const KelvoItemFacts::Fact &fact : m_facts.told())
+        tellFact(fact);
+    setProperty(
+        KELVO_RENDERER_PROPERTY_POLICY_OVERRIDE, m_properties.value(KELVO_RENDERER_PROPERTY_POLICY_OVERRIDE));
 }
 
 void KelvoGstRenderer::reportError(KelvoError::Code code, const QString &message)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "KelvoItemFacts.h"
 #include "KelvoPlayQueue.h"
 #include "KelvoRenderer.h"
 #include "PlaylistFile.h"
@@ -61,6 +62,10 @@ private:
     void connectPlayer();
     void later(std::function<void()> call);
     void setState(State state);
+    void tellState(State state);
+    void takeFact(const QString &key, const QList<QVariant> &values);
+    void tellFact(const KelvoItemFacts::Fact &fact);
+    void tellAgain();
     void reportError(KelvoError::Code code, const QString &message);
     template <typename Call> void tellPlayer(Call call)
     {
@@ -92,6 +97,9 @@ private:
     void itemFailed(KelvoError::Code code, const QString &message);
     void halt(bool completed);
     void announceEntry();
+    void tellItem();
+    KelvoPlaylist *playlistInPlay() const;
+    KelvoContent content() const;
     void reportBuffering(int percent);
     void reportScanning(float fraction);
     void followEdit();
@@ -125,6 +133,7 @@ private:
 
     // Of the item in play
     KelvoMediaInfo m_item;
+    KelvoItemFacts m_facts;
     QList<QUrl> m_entries; ///< the item itself, or what its playlist file names
     int m_entry = 0;
     bool m_isList = false;

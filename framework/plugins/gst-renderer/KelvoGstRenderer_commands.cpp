@@ -98,9 +98,9 @@ bool KelvoGstRenderer::moveWhileStopped(int index)
         return false;
     if (m_queue.setIndex(index)) {
         const KelvoMediaInfo item = m_queue.current();
-        later([this, index, content = KelvoContent{item.uuid(), item.url(), item.mimeType()}] {
-            Q_EMIT mediaChanged(index, content);
-        });
+        const KelvoContent content{item.uuid(), item.url(), item.mimeType()};
+        m_facts.announce(content, true);
+        later([this, index, content] { Q_EMIT mediaChanged(index, content); });
     }
     return true;
 }

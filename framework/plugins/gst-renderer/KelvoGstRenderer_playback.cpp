@@ -115,15 +115,30 @@ void KelvoGstRenderer::loadEntry()
 
 void KelvoGstRenderer::announceEntry()
 {
-    KelvoPlaylist *playlist = m_singleInPlay ? nullptr : m_queue.playlist();
-    if (!playlist || playlist != m_announced) {
+    if (!playlistInPlay())
+        later([this] { Q_EMIT playlistChanged(nullptr); });
+    m_facts.announce(content(), playlistInPlay());
+    tellItem();
+}
+
+void KelvoGstRenderer::tellItem()
+{
+    KelvoPlaylist *playlist = playlistInPlay();
+    if (playlist && playlist != m_announced)
         later([this, guarded = QPointer<KelvoPlaylist>(playlist)] { Q_EMIT playlistChanged(guarded); });
-        m_announced = playlist;
-    }
+    m_announced = playlist;
     const int index = m_singleInPlay ? -1 : m_queue.index();
-    const KelvoContent content{
-        m_item.uuid(), m_entries.at(m_entry), m_isList ? QString() : m_item.mimeType()};
-    later([this, index, content] { Q_EMIT mediaChanged(index, content); });
+    later([this, index, content = content()] { Q_EMIT mediaChanged(index, content); });
+}
+
+KelvoPlaylist *KelvoGstRenderer::playlistInPlay() const
+{
+    return m_singleInPlay ? nullptr : m_queue.playlist();
+}
+
+KelvoContent KelvoGstRenderer::content() const
+{
+    return {m_item.uuid(), m_entries.at(m_entry), m_isList ? QString() : m_item.mimeType()};
 }
 
 void KelvoGstRenderer::playerReached(quint64 epoch, State state)

@@ -36,6 +36,9 @@ void KelvoGstRenderer::setKelvoProperty(const QString &name, const QVariant &val
     else
         setProperty(name, *accepted);
     updateVideo(name);
+    // With its window a renderer learns that somebody has chosen it.
+    if (name == PropertyXid)
+        tellAgain();
 }
 
 /// Tells the player of a changed property that is about pictures.
@@ -64,11 +67,9 @@ void KelvoGstRenderer::saveFrame(quint64 epoch, const VideoFrame &frame)
         const auto announce = [this](quint64 of, const QString &path, const QSize &size) {
             if (of != m_epoch)
                 return;
-            later([this, path, size] {
-                Q_EMIT metadataChanged(QStringLiteral("pause-frame-size"),
-                    {QStringLiteral("%1x%2").arg(size.width()).arg(size.height())});
-                Q_EMIT metadataChanged(QStringLiteral("pause-frame"), {path});
-            });
+            takeFact(QStringLiteral("pause-frame-size"),
+                {QStringLiteral("%1x%2").arg(size.width()).arg(size.height())});
+            takeFact(QStringLiteral("pause-frame"), {path});
         };
         connect(m_frameThread->worker<VideoFrameStore>(), &VideoFrameStore::saved, this, announce);
     }

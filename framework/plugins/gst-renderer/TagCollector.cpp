@@ -7,6 +7,7 @@
 #include <QImageReader>
 
 #include <algorithm>
+#include <utility>
 
 #include <gst/gst.h>
 
@@ -52,13 +53,6 @@ QList<QVariant> number(const GstTagList *tags, const char *tag)
 {
     guint value = 0;
     return gst_tag_list_get_uint(tags, tag, &value) && value > 0 ? QList<QVariant>{value} : QList<QVariant>{};
-}
-
-/// The announced bit rate rather than the momentary one, which changes with every frame.
-QList<QVariant> bitRate(const GstTagList *tags)
-{
-    const QList<QVariant> nominal = number(tags, GST_TAG_NOMINAL_BITRATE);
-    return nominal.isEmpty() ? number(tags, GST_TAG_BITRATE) : nominal;
 }
 
 QList<QVariant> date(const GstTagList *tags)
@@ -115,29 +109,73 @@ QString bitRateKey(const GstTagList *tags)
 }
 } // namespace
 
-QList<TagCollector::Fact> TagCollector::merge(const GstTagList *tags)
+void TagCollector::clear()
 {
-    QList<Fact> facts;
+    *this = {};
+}
+
+void TagCollector::merge(const GstTagList *tags)
+{
+    const bool ofContainer = gst_tag_list_get_scope(tags) == GST_TAG_SCOPE_GLOBAL;
     for (const TagKey &entry : textTags)
-        facts += set(QString::fromLatin1(entry.key), texts(tags, entry.tag));
-    facts += set(QStringLiteral("track"), number(tags, GST_TAG_TRACK_NUMBER));
-    facts += set(QStringLiteral("date"), date(tags));
-    facts += set(bitRateKey(tags), bitRate(tags));
-    facts += set(QStringLiteral("cover"), cover(tags));
-    describeCodecs(facts);
+        setText(QString::fromLatin1(entry.key), texts(tags, entry.tag), ofContainer);
+    set(QStringLiteral("track"), number(tags, GST_TAG_TRACK_NUMBER));
+    set(QStringLiteral("date"), date(tags));
+    setBitRate(bitRateKey(tags), tags);
+    set(QStringLiteral("cover"), cover(tags));
+    describeCodecs();
+}
+
+/// What the container says about the whole is not replaced by what it says about one of its streams.
+void TagCollector::setText(const QString &key, const QList<QVariant> &values, bool ofContainer)
+{
+    if (values.isEmpty() || (!ofContainer && m_ofContainer.contains(key)))
+        return;
+    if (ofContainer)
+        m_ofContainer.insert(key);
+    set(key, values);
+}
+
+/// The announced bit rate; without one, a momentary one, which would change with every frame: the first that is told
+/// stays.
+void TagCollector::setBitRate(const QString &key, const GstTagList *tags)
+{
+    const QList<QVariant> nominal = number(tags, GST_TAG_NOMINAL_BITRATE);
+    if (!nominal.isEmpty())
+        set(key, nominal);
+    else if (!m_told.contains(key))
+        set(key, number(tags, GST_TAG_BITRATE));
+}
+
+void TagCollector::set(const QString &key, const QList<QVariant> &values)
+{
+    if (values.isEmpty() || m_known.value(key) == values)
+        return;
+    m_known.insert(key, values);
+    if (!m_news.contains(key))
+        m_news.append(key);
+}
+
+QList<TagCollector::Fact> TagCollector::takeNews()
+{
+    static const QStringList first{QStringLiteral("title"), QStringLiteral("artist"), QStringLiteral("album"),
+        QStringLiteral("duration")};
+    const auto rank = [](const QString &key) {
+        const qsizetype place = first.indexOf(key);
+        return place < 0 ? first.size() : place;
+    };
+    std::stable_sort(m_news.begin(), m_news.end(),
+        [&rank](const QString &one, const QString &other) { return rank(one) < rank(other); });
+    QList<Fact> facts;
+    for (const QString &key : std::exchange(m_news, {})) {
+        m_told.insert(key);
+        facts.append({key, m_known.value(key)});
+    }
     return facts;
 }
 
-QList<TagCollector::Fact> TagCollector::set(const QString &key, const QList<QVariant> &values)
-{
-    if (values.isEmpty() || m_known.value(key) == values)
-        return {};
-    m_known.insert(key, values);
-    return {{key, values}};
-}
-
 /// "codec" names what decodes the item: picture and sound, or the only one there is.
-void TagCollector::describeCodecs(QList<Fact> &facts)
+void TagCollector::describeCodecs()
 {
     QStringList codecs;
     for (const char *key : {"video-codec", "audio-codec"}) {
@@ -146,5 +184,5 @@ void TagCollector::describeCodecs(QList<Fact> &facts)
             codecs.append(values.constFirst().toString());
     }
     if (!codecs.isEmpty())
-        facts += set(QStringLiteral("codec"), {codecs.join(QLatin1String(" / "))});
+        set(QStringLiteral("codec"), {codecs.join(QLatin1String(" / "))});
 }

@@ -50,7 +50,7 @@ void RemoteRenderer::connectTransport()
     connect(transport, &RemoteTransport::fact, this,
         [this](quint64 epoch, const QString &key, const QList<QVariant> &values) {
             if (epoch == m_epoch && !values.isEmpty())
-                takeFact({key, values});
+                takeFact(key, values);
         });
     connect(transport, &RemoteTransport::replaced, this, &RemoteRenderer::takeReplacement);
     connect(transport, &RemoteTransport::volumeReported, this, &RemoteRenderer::volumeReported);
@@ -76,17 +76,21 @@ void RemoteRenderer::setState(State state)
     if (m_state == Stopped && state != Transitioning)
         setState(Transitioning);
     m_state = state;
+    tellState(state);
+}
+
+void RemoteRenderer::tellState(State state)
+{
     later([this, state] { Q_EMIT stateChanged(state); });
 }
 
-void RemoteRenderer::takeFact(const Fact &fact)
+void RemoteRenderer::takeFact(const QString &key, const QList<QVariant> &values)
 {
-    std::erase_if(m_facts, [&fact](const Fact &known) { return known.key == fact.key; });
-    m_facts.push_back(fact);
-    tellFact(fact);
+    if (m_facts.take(key, values))
+        tellFact({key, values});
 }
 
-void RemoteRenderer::tellFact(const Fact &fact)
+void RemoteRenderer::tellFact(const KelvoItemFacts::Fact &fact)
 {
     later([this, fact] { Q_EMIT metadataChanged(fact.key, fact.values); });
 }
@@ -94,12 +98,19 @@ void RemoteRenderer::tellFact(const Fact &fact)
 /// For whoever has chosen this renderer only now: nobody knows what goes on in a player that somebody else started.
 void RemoteRenderer::tellAgain()
 {
+    later([this] { Q_EMIT playlistChanged(nullptr); });
+    m_announced = nullptr;
     if (m_state == Stopped)
-        return;
-    announceItem();
-    later([this, state = m_state] { Q_EMIT stateChanged(state); });
-    for (const Fact &fact : m_facts)
+        m_facts.clear();
+    else
+        tellItem();
+    if (m_state == Paused)
+        tellState(Playing);
+    tellState(m_state);
+    for (const KelvoItemFacts::Fact &fact : m_facts.told())
         tellFact(fact);
+    // None that is known of; but one of the renderer that was chosen before may still show.
+    later([this] { Q_EMIT kelvoPropertyChanged(KELVO_RENDERER_PROPERTY_POLICY_OVERRIDE, false); });
 }
 
 void RemoteRenderer::reportError(KelvoError::Code code, const QString &message)

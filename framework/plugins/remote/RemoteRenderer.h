@@ -2,6 +2,7 @@
 #pragma once
 
 #include "KelvoAnswer.h"
+#include "KelvoItemFacts.h"
 #include "KelvoPlayQueue.h"
 #include "KelvoRenderer.h"
 #include "RemotePosition.h"
@@ -15,7 +16,6 @@
 #include <functional>
 #include <memory>
 #include <optional>
-#include <vector>
 
 /// A renderer over a player outside of this process.
 ///
@@ -55,19 +55,13 @@ public:
 private:
     /// What plays, or played last.
     enum class InPlay { Single, OfPlaylist, OfAnother };
-    /// Of the item in play, as metadataChanged() tells it.
-    struct Fact
-    {
-        QString key;
-        QList<QVariant> values;
-    };
-
     // Reports (RemoteRenderer.cpp)
     void connectTransport();
     void later(std::function<void()> call);
     void setState(State state);
-    void takeFact(const Fact &fact);
-    void tellFact(const Fact &fact);
+    void tellState(State state);
+    void takeFact(const QString &key, const QList<QVariant> &values);
+    void tellFact(const KelvoItemFacts::Fact &fact);
     void tellAgain();
     void reportError(KelvoError::Code code, const QString &message);
     void transportTroubled(KelvoError::Code code, const QString &message);
@@ -84,6 +78,9 @@ private:
     void startItem();
     void leaveItem();
     void announceItem();
+    void tellItem();
+    KelvoPlaylist *playlistInPlay() const;
+    KelvoContent content() const;
     void transportReached(quint64 epoch, State state);
     void reachedPlaying();
     void reachedPaused();
@@ -161,7 +158,7 @@ private:
 
     RemotePosition m_position;
     double m_duration = -1; ///< seconds; -1: not known
-    std::vector<Fact> m_facts; ///< each key once
+    KelvoItemFacts m_facts;
     bool m_positionKnown = false;
     std::optional<uint> m_pauseAt;
     QElapsedTimer m_lastReport;

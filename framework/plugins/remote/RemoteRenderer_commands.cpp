@@ -109,9 +109,9 @@ bool RemoteRenderer::moveWhileStopped(int index)
         m_epoch = 0;
         m_inPlay = InPlay::OfPlaylist;
         const KelvoMediaInfo item = m_queue.current();
-        later([this, index, content = KelvoContent{item.uuid(), item.url(), item.mimeType()}] {
-            Q_EMIT mediaChanged(index, content);
-        });
+        const KelvoContent content{item.uuid(), item.url(), item.mimeType()};
+        m_facts.announce(content, true);
+        later([this, index, content] { Q_EMIT mediaChanged(index, content); });
     }
     return true;
 }

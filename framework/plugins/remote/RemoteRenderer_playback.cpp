@@ -61,7 +61,6 @@ void RemoteRenderer::leaveItem()
     m_playingSince.invalidate();
     m_positionTold = m_moved = false;
     m_duration = -1;
-    m_facts.clear();
     m_position.setRunning(false);
     m_position.moveTo(0);
     m_positionKnown = false;
@@ -73,14 +72,30 @@ void RemoteRenderer::leaveItem()
 
 void RemoteRenderer::announceItem()
 {
-    KelvoPlaylist *playlist = m_inPlay == InPlay::OfPlaylist ? m_queue.playlist() : nullptr;
-    if (!playlist || playlist != m_announced) {
+    if (!playlistInPlay())
+        later([this] { Q_EMIT playlistChanged(nullptr); });
+    m_facts.announce(content(), playlistInPlay());
+    tellItem();
+}
+
+void RemoteRenderer::tellItem()
+{
+    KelvoPlaylist *playlist = playlistInPlay();
+    if (playlist && playlist != m_announced)
         later([this, guarded = QPointer<KelvoPlaylist>(playlist)] { Q_EMIT playlistChanged(guarded); });
-        m_announced = playlist;
-    }
+    m_announced = playlist;
     const int index = m_inPlay == InPlay::OfPlaylist ? m_queue.index() : -1;
-    const KelvoContent content{m_item.uuid(), m_item.url(), m_item.mimeType()};
-    later([this, index, content] { Q_EMIT mediaChanged(index, content); });
+    later([this, index, content = content()] { Q_EMIT mediaChanged(index, content); });
+}
+
+KelvoPlaylist *RemoteRenderer::playlistInPlay() const
+{
+    return m_inPlay == InPlay::OfPlaylist ? m_queue.playlist() : nullptr;
+}
+
+KelvoContent RemoteRenderer::content() const
+{
+    return {m_item.uuid(), m_item.url(), m_item.mimeType()};
 }
 
 void RemoteRenderer::transportReached(quint64 epoch, State state)

@@ -70,7 +70,7 @@ void RemoteRenderer::durationReported(quint64 epoch, double seconds)
         return;
     m_duration = seconds;
     if (seconds >= 0)
-        takeFact({QStringLiteral("duration"), {int(std::lround(seconds))}});
+        takeFact(QStringLiteral("duration"), {int(std::lround(seconds))});
     schedulePoll();
 }
 

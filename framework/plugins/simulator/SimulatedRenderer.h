@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "KelvoItemFacts.h"
 #include "KelvoPlayQueue.h"
 #include "KelvoRenderer.h"
 #include "SimulatedMedium.h"
@@ -94,7 +95,13 @@ private:
     void followEdit();
     void playlistEdited();
     void announceItem();
+    void tellItem();
+    KelvoPlaylist *playlistInPlay() const;
     void announceMetadata();
+    void takeFact(const QString &key, const QList<QVariant> &values);
+    void tellFact(const KelvoItemFacts::Fact &fact);
+    void tellState(State state);
+    void tellAgain();
     double position() const;
     double duration() const;
     KelvoContent content() const;
@@ -149,6 +156,7 @@ private:
     bool m_uriInPlay = false; ///< what plays, or played last, is m_uri and not an item of m_queue
 
     QList<SimulatedMedium> m_entries; ///< of the item in play
+    KelvoItemFacts m_facts;
     int m_entry = 0;
     SimulatedPosition m_position;
     std::optional<uint> m_pauseAt; ///< seconds

@@ -50,9 +50,9 @@ bool SimulatedRenderer::moveWhileStopped(int index)
         return false;
     if (m_queue.setIndex(index)) {
         const KelvoMediaInfo item = m_queue.current();
-        report([this, index, to = KelvoContent{item.uuid(), item.url(), item.mimeType()}] {
-            Q_EMIT mediaChanged(index, to);
-        });
+        const KelvoContent to{item.uuid(), item.url(), item.mimeType()};
+        m_facts.announce(to, true);
+        report([this, index, to] { Q_EMIT mediaChanged(index, to); });
     }
     return true;
 }

@@ -247,7 +247,30 @@ void SimulatedRenderer::setState(State state)
     if (state == m_state)
         return;
     m_state = state;
+    tellState(state);
+}
+
+void SimulatedRenderer::tellState(State state)
+{
     report([this, state] { Q_EMIT stateChanged(state); });
+}
+
+/// For whoever has chosen this renderer only now.
+void SimulatedRenderer::tellAgain()
+{
+    report([this] { Q_EMIT playlistChanged(nullptr); });
+    m_announcedPlaylist = nullptr;
+    if (m_state == Stopped)
+        m_facts.clear();
+    else
+        tellItem();
+    if (m_state == Paused)
+        tellState(Playing);
+    tellState(m_state);
+    for (const KelvoItemFacts::Fact &fact : m_facts.told())
+        tellFact(fact);
+    changed(
+        KELVO_RENDERER_PROPERTY_POLICY_OVERRIDE, m_properties.value(KELVO_RENDERER_PROPERTY_POLICY_OVERRIDE));
 }
 
 /// The playlist is edited by somebody else's call: what follows from it is done from the event loop.
@@ -276,28 +299,48 @@ void SimulatedRenderer::playlistEdited()
 
 void SimulatedRenderer::announceItem()
 {
-    KelvoPlaylist *playlist = m_uriInPlay ? nullptr : m_queue.playlist();
-    if (!playlist || playlist != m_announcedPlaylist) {
+    if (!playlistInPlay())
+        report([this] { Q_EMIT playlistChanged(nullptr); });
+    m_facts.announce(content(), playlistInPlay());
+    tellItem();
+}
+
+void SimulatedRenderer::tellItem()
+{
+    KelvoPlaylist *playlist = playlistInPlay();
+    if (playlist && playlist != m_announcedPlaylist)
         report([this, guarded = QPointer<KelvoPlaylist>(playlist)] { Q_EMIT playlistChanged(guarded); });
-        m_announcedPlaylist = playlist;
-    }
+    m_announcedPlaylist = playlist;
     const int index = m_uriInPlay ? -1 : m_queue.index();
     report([this, index, what = content()] { Q_EMIT mediaChanged(index, what); });
 }
 
+KelvoPlaylist *SimulatedRenderer::playlistInPlay() const
+{
+    return m_uriInPlay ? nullptr : m_queue.playlist();
+}
+
 void SimulatedRenderer::announceMetadata()
 {
-    const auto tell = [this](const char *key, const QVariant &value) {
-        report([this, key, value] { Q_EMIT metadataChanged(QLatin1String(key), {value}); });
-    };
     const KelvoMediaInfo &info = m_entries.at(m_entry).info;
-    tell("title", info.title());
+    takeFact(QStringLiteral("title"), {info.title()});
     if (!info.artist().isEmpty())
-        tell("artist", info.artist());
+        takeFact(QStringLiteral("artist"), {info.artist()});
     if (!info.album().isEmpty())
-        tell("album", info.album());
+        takeFact(QStringLiteral("album"), {info.album()});
     if (info.duration() > 0)
-        tell("duration", info.duration());
+        takeFact(QStringLiteral("duration"), {info.duration()});
+}
+
+void SimulatedRenderer::takeFact(const QString &key, const QList<QVariant> &values)
+{
+    if (m_facts.take(key, values))
+        tellFact({key, values});
+}
+
+void SimulatedRenderer::tellFact(const KelvoItemFacts::Fact &fact)
+{
+    report([this, fact] { Q_EMIT metadataChanged(fact.key, fact.values); });
 }
 
 /// Milliseconds, never outside of the item.

@@ -169,8 +169,10 @@ SimulatedRenderer::Outcome SimulatedRenderer::setXid(const QVariant &value)
     const std::optional<uint> window = asUint(value);
     if (!window)
         return Outcome::Invalid;
-    m_properties[PropertyXid] = *window;
-    return Outcome::Done;
+    // With its window a renderer learns that somebody has chosen it.
+    changed(PropertyXid, *window);
+    tellAgain();
+    return Outcome::Reported;
 }
 
 SimulatedRenderer::Outcome SimulatedRenderer::setAutopaint(const QVariant &value)

@@ -137,6 +137,8 @@ void RemotePropertiesTest::takesNoNoticeOfTheWindow()
     QFETCH(QString, name);
     QFETCH(QVariant, value);
     QFETCH(int, errors);
+    // But that it was chosen, it takes from it.
+    m_heard->expectSameState();
     m_renderer->setKelvoProperty(name, value);
     flush();
     QCOMPARE(m_heard->errorsOf(KelvoError::NotSupported), errors);
