@@ -2,6 +2,7 @@
 // A real renderer: rygel, on a network of its own for each part of the suite.
 #include "KelvoRegistry.h"
 #include "KelvoRenderer.h"
+#include "RendererProbe.h"
 #include "RendererSubject.h"
 #include "SsdpAnnouncer.h"
 
@@ -53,19 +54,27 @@ public:
     }
     void prepare(KelvoRenderer &renderer) override
     {
-        QSignalSpy properties(&renderer, &KelvoRenderer::kelvoPropertyChanged);
-        QSignalSpy states(&renderer, &KelvoRenderer::stateChanged);
-        properties.wait(); // the volume: it is asked for as soon as the device is found
+        // What it has reported by now was heard by nobody: it is asked.
+        RendererProbe probe(renderer);
+        const auto knowsVolume = [&] {
+            renderer.kelvoProperty(KelvoRenderer::PropertyVolume, &probe, "propertyAnswer(QString,QVariant)");
+            return !probe.propertyAnswers.isEmpty() && probe.propertyAnswers.constLast().second.isValid();
+        };
+        // Asked for as soon as the device is found.
+        if (!QTest::qWaitFor(knowsVolume))
+            qWarning("The volume of the device is not shown");
         if (isAtRest())
             return;
         // Within a test: what the renderer before had it play.
-        if (!QTest::qWaitFor([&states] { return !states.isEmpty(); }))
+        const auto isStopped = [&] {
+            renderer.getStatus(&probe, "statusAnswer(QString,uint,int,QString)");
+            return !probe.statusAnswers.isEmpty()
+                && probe.statusAnswers.constLast().state == KelvoRenderer::Stopped;
+        };
+        if (!QTest::qWaitFor([&] { return !isStopped() && !probe.statusAnswers.isEmpty(); }))
             qWarning("What the device plays is not shown");
         renderer.stop();
-        const auto isStopped = [&states] {
-            return states.constLast().at(0).value<KelvoRenderer::State>() == KelvoRenderer::Stopped;
-        };
-        if (!QTest::qWaitFor(isStopped))
+        if (!QTest::qWaitFor([&] { return isStopped() && isAtRest(); }))
             qWarning("The device does not stop");
     }
 
