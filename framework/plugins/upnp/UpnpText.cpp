@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "UpnpText.h"
 
+#include <QHash>
 #include <QRegularExpression>
 #include <QUrl>
 
@@ -123,6 +124,31 @@ bool UpnpText::isSameUri(const QString &one, const QString &other)
 {
     return one == other
         || QUrl::fromPercentEncoding(one.toUtf8()) == QUrl::fromPercentEncoding(other.toUtf8());
+}
+
+QString UpnpText::refusalText(int code, const QString &message)
+{
+    static const QHash<int, QString> texts = {{401, QStringLiteral("Invalid Action")},
+        {402, QStringLiteral("Invalid Args")}, {404, QStringLiteral("Invalid Var")},
+        {501, QStringLiteral("Action Failed")}, {600, QStringLiteral("Argument Value Invalid")},
+        {601, QStringLiteral("Argument Value Out of Range")},
+        {602, QStringLiteral("Optional Action Not Implemented")}, {603, QStringLiteral("Out of Memory")},
+        {604, QStringLiteral("Human Intervention Required")},
+        {605, QStringLiteral("String Argument Too Long")}, {606, QStringLiteral("Action not authorized")},
+        {701, QStringLiteral("Transition not available")}, {702, QStringLiteral("No contents")},
+        {703, QStringLiteral("Read error")}, {704, QStringLiteral("Format not supported for playback")},
+        {705, QStringLiteral("Transport is locked")}, {706, QStringLiteral("Write error")},
+        {707, QStringLiteral("Media is protected or not writable")},
+        {710, QStringLiteral("Seek mode not supported")}, {711, QStringLiteral("Illegal seek target")},
+        {712, QStringLiteral("Play mode not supported")}, {714, QStringLiteral("Illegal MIME-type")},
+        {715, QStringLiteral("Content busy")}, {716, QStringLiteral("Resource not found")},
+        {717, QStringLiteral("Play speed not supported")}, {718, QStringLiteral("Invalid InstanceID")}};
+    // In place of a description that is missing GUPnP gives what HTTP calls every error of an action.
+    const QString own = message.trimmed();
+    const bool isNone
+        = own.isEmpty() || own.compare(QLatin1String("Internal Server Error"), Qt::CaseInsensitive) == 0;
+    const QString text = isNone ? texts.value(code, QStringLiteral("it gave no reason")) : own;
+    return code > 0 ? QStringLiteral("%1 %2").arg(code).arg(text) : text;
 }
 
 QString UpnpText::cleaned(const QString &text, qsizetype longest)

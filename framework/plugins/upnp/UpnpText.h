@@ -37,6 +37,9 @@ int fromDeviceVolume(int deviceVolume, int lowest, int highest);
 /// Whether two addresses mean the same, however their characters are escaped.
 bool isSameUri(const QString &one, const QString &other);
 
+/// Why a device refused: its code, and its own words or those that the standard has for the code.
+QString refusalText(int code, const QString &message);
+
 /// Without what XML cannot hold (control characters, lone surrogates), and not longer than a display can use, or
 /// than the given number of characters.
 QString cleaned(const QString &text, qsizetype longest = 4000);

@@ -179,7 +179,7 @@ QString UpnpTransport::describe(const char *action, const Upnp::Answer &answer) 
     const QString what = QLatin1String(action) + QStringLiteral(": ") + m_link->deviceName();
     switch (answer.outcome) {
     case Upnp::Answer::Refused:
-        return QStringLiteral("%1 refused: %2 %3").arg(what).arg(answer.code).arg(answer.message).trimmed();
+        return QStringLiteral("%1 refused: %2").arg(what, UpnpText::refusalText(answer.code, answer.message));
     case Upnp::Answer::TimedOut:
         return QStringLiteral("%1 did not answer in time").arg(what);
     case Upnp::Answer::Unreachable:

@@ -25,6 +25,8 @@ private Q_SLOTS:
     void loadsAndPlays();
     void loadsPaused();
     void refusalNamesCodeAndText();
+    void refusalOfACommandHasItsReason_data();
+    void refusalOfACommandHasItsReason();
     void timeoutNamesActionAndDevice();
     void refusedTransitionIsSuccessWhenTheStateMatches();
     void stopsADeviceThatTakesNothingWhilePlaying();
@@ -133,6 +135,38 @@ void UpnpTransportTest::refusalNamesCodeAndText()
     QCOMPARE(m_failed->at(0).at(1).value<KelvoError::Code>(), KelvoError::NotFound);
     QCOMPARE(m_failed->at(0).at(2).toString(),
         QStringLiteral("SetAVTransportURI: Fake refused: 716 Resource not found"));
+}
+
+void UpnpTransportTest::refusalOfACommandHasItsReason_data()
+{
+    QTest::addColumn<int>("code");
+    QTest::addColumn<QString>("words");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("its own words") << 710 << "I never seek"
+                                   << "710 I never seek";
+    QTest::newRow("no words") << 710 << ""
+                              << "710 Seek mode not supported";
+    QTest::newRow("those of HTTP") << 501 << "Internal Server Error"
+                                   << "501 Action Failed";
+    QTest::newRow("a maker's own code") << 899 << ""
+                                        << "899 it gave no reason";
+    QTest::newRow("no code") << 0 << "Invalid Envelope"
+                             << "Invalid Envelope";
+    QTest::newRow("nothing") << 0 << ""
+                             << "it gave no reason";
+}
+
+void UpnpTransportTest::refusalOfACommandHasItsReason()
+{
+    QFETCH(int, code);
+    QFETCH(QString, words);
+    QFETCH(QString, reason);
+    playItem();
+    m_link->refuse("Seek", code, words);
+    m_transport->seek(3);
+    QTRY_COMPARE(m_troubled->size(), 1);
+    QCOMPARE(m_troubled->at(0).at(0).value<KelvoError::Code>(), KelvoError::CommandRefused);
+    QCOMPARE(m_troubled->at(0).at(1).toString(), "Seek: Fake refused: " + reason);
 }
 
 void UpnpTransportTest::timeoutNamesActionAndDevice()
