@@ -337,10 +337,13 @@ void UpnpTransport::finishItem()
     const bool isEarly = m_duration > 0 && m_clock.position() < m_duration - earlyStop;
     if (epoch > 0 && isEarly)
         m_stoppedEpoch = epoch;
-    if (epoch == 0 || isEarly)
+    if (epoch == 0 || isEarly) {
         tell([this, epoch] { Q_EMIT stateReported(epoch, KelvoRenderer::Stopped); });
-    else
-        tell([this, epoch] { Q_EMIT ended(epoch); });
+        return;
+    }
+    // Short ones may end before anybody has asked where they are: that it has moved is to be known first.
+    tell([this, epoch, seconds = m_clock.position()] { Q_EMIT positionReported(epoch, seconds); });
+    tell([this, epoch] { Q_EMIT ended(epoch); });
 }
 
 void UpnpTransport::fail(KelvoError::Code code, const QString &message)

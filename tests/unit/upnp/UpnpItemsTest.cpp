@@ -222,9 +222,12 @@ void UpnpItemsTest::itemWhoseAddressIsForgottenEnds()
     m_link->position = m_link->duration = QStringLiteral("00:00:00");
     load(1, "one");
     QTRY_VERIFY(plays(1));
+    QVERIFY(m_positions->isEmpty());
     become("STOPPED", {{"AVTransportURI", ""}, {"CurrentTrackURI", ""}});
     QTRY_COMPARE(ends(), 1);
     QCOMPARE(m_ended->size(), 1);
+    // Nobody had asked, and who judges the end is told that it has moved.
+    QCOMPARE(m_positions->size(), 1);
 }
 
 void UpnpItemsTest::itemThatMovedEndsWithoutADuration()
