@@ -5,14 +5,14 @@
 #include <QNetworkInterface>
 
 namespace {
-constexpr quint16 port = 1900;
+constexpr quint16 ssdpPort = 1900;
 const QByteArray searchedPrefix = QByteArrayLiteral("urn:schemas-upnp-org:device:");
 } // namespace
 
 SearchListener::SearchListener(QObject *parent)
     : QObject(parent)
 {
-    m_socket.bind(QHostAddress(QHostAddress::AnyIPv4), port,
+    m_socket.bind(QHostAddress(QHostAddress::AnyIPv4), ssdpPort,
         QAbstractSocket::ShareAddress | QAbstractSocket::ReuseAddressHint);
     m_socket.joinMulticastGroup(QHostAddress(QStringLiteral("239.255.255.250")),
         QNetworkInterface::interfaceFromName(QStringLiteral("lo")));

@@ -20,6 +20,7 @@ private Q_SLOTS:
     void followsTheName();
     void followsTheNameOfASource();
     void followsNamesOnceASecond();
+    void renderersOfOneNameAreToldApart();
     void otherPlacesEachTimeAreNoFlood();
     void descriptionThatIsNoneChangesNothing_data();
     void descriptionThatIsNoneChangesNothing();
@@ -191,6 +192,44 @@ void UpnpIdentityTest::followsNamesOnceASecond()
     const int read = device.requests("/description.xml") - before;
     QVERIFY2(read <= limit, qPrintable(QString::number(read)));
     QCOMPARE(m_comings, QStringList{"+uuid:fake"});
+}
+
+void UpnpIdentityTest::renderersOfOneNameAreToldApart()
+{
+    FakeUpnpDevice first("uuid:first", "Kitchen");
+    FakeUpnpDevice second("uuid:second", "Kitchen");
+    FakeUpnpDevice third("uuid:third", "Kitchen");
+    FakeUpnpDevice other("uuid:other", "Bath");
+    for (FakeUpnpDevice *device : {&first, &second, &third, &other})
+        QVERIFY(appears(*device));
+    const QString port = QString::number(third.server().url("/").port());
+    QCOMPARE(find("uuid:first")->name(), QStringLiteral("Kitchen"));
+    QCOMPARE(find("uuid:second")->name(), QStringLiteral("Kitchen (127.0.0.1)"));
+    QCOMPARE(find("uuid:third")->name(), QStringLiteral("Kitchen (127.0.0.1:%1)").arg(port));
+    QCOMPARE(find("uuid:other")->name(), QStringLiteral("Bath"));
+    // One that takes the name of another later on is the later one.
+    other.name = "Kitchen";
+    other.configId = "7";
+    other.announce();
+    const QString otherPort = QString::number(other.server().url("/").port());
+    QTRY_COMPARE(find("uuid:other")->name(), QStringLiteral("Kitchen (127.0.0.1:%1)").arg(otherPort));
+    // It is called so in what is told of it too.
+    RendererProbe heard(*find("uuid:second"));
+    second.server().serve(
+        "/control", [](const auto &) { return HttpTestServer::Resource{"no", "text/plain", 500}; });
+    find("uuid:second")->playUri(QUrl("http://h/a"));
+    QTRY_VERIFY(!heard.errors.isEmpty());
+    QVERIFY2(heard.errors.constFirst().message().contains("Kitchen (127.0.0.1)"),
+        qPrintable(heard.errors.constFirst().message()));
+    // A new version of its description does not change that.
+    second.configId = "8";
+    second.elements = "<modelName>New</modelName>";
+    const int before = second.requests("/description.xml");
+    second.announce();
+    QTRY_VERIFY(second.requests("/description.xml") > before);
+    FakeUpnpDevice later("uuid:later", "Later");
+    QVERIFY(appears(later));
+    QCOMPARE(find("uuid:second")->name(), QStringLiteral("Kitchen (127.0.0.1)"));
 }
 
 void UpnpIdentityTest::otherPlacesEachTimeAreNoFlood()

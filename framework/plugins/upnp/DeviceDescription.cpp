@@ -86,6 +86,7 @@ Upnp::Description DeviceDescription::read(GUPnPDeviceInfo *device, Upnp::Kind ki
         description.name = take(gupnp_device_info_get_model_name(device));
     if (description.name.isEmpty())
         description.name = description.key.udn;
+    description.address = QUrl(QString::fromUtf8(gupnp_device_info_get_location(device)));
     if (kind == Upnp::Kind::Source)
         description.properties = sourceProperties(device);
     return description;

@@ -96,12 +96,7 @@ UpnpNetwork::UpnpNetwork(const QStringList &interfaces, QObject *parent)
         mailbox->post([key](UpnpNetwork *network) { Q_EMIT network->disappeared(key); });
     };
     listener.described = [mailbox = m_mailbox](const Upnp::Description &device) {
-        mailbox->post([device](UpnpNetwork *network) {
-            if (Link *link = network->m_links.value(device.key.udn);
-                link && device.key.kind == Upnp::Kind::Renderer)
-                link->rename(device.name);
-            Q_EMIT network->described(device);
-        });
+        mailbox->post([device](UpnpNetwork *network) { Q_EMIT network->described(device); });
     };
     listener.reported = [mailbox = m_mailbox](const DeviceKey &key, const Upnp::Report &report) {
         mailbox->post([key, report](UpnpNetwork *network) { network->report(key.udn, report); });
@@ -128,6 +123,12 @@ UpnpNetwork::~UpnpNetwork()
 std::unique_ptr<RendererLink> UpnpNetwork::link(const Upnp::Description &renderer)
 {
     return std::make_unique<Link>(this, renderer);
+}
+
+void UpnpNetwork::rename(const Upnp::DeviceKey &renderer, const QString &name)
+{
+    if (Link *link = m_links.value(renderer.udn))
+        link->rename(name);
 }
 
 void UpnpNetwork::call(const Upnp::DeviceKey &device, const Upnp::Call &call, Upnp::AnswerHandler handler)

@@ -24,6 +24,9 @@ public:
     /// For a renderer that has appeared. It ends with the renderer's disappearance at the latest.
     std::unique_ptr<RendererLink> link(const Upnp::Description &renderer);
 
+    /// What its link and its renderer call it from now on.
+    void rename(const Upnp::DeviceKey &renderer, const QString &name);
+
     /// The handler is called once, from the event loop, unless this object is destroyed first.
     void call(const Upnp::DeviceKey &device, const Upnp::Call &call, Upnp::AnswerHandler handler);
 

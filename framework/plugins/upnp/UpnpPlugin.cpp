@@ -8,6 +8,8 @@
 #include "UpnpSource.h"
 #include "UpnpTransport.h"
 
+#include <algorithm>
+
 namespace {
 QStringList chosenInterfaces()
 {
@@ -78,11 +80,32 @@ void UpnpPlugin::addSource(const Upnp::Description &device)
 void UpnpPlugin::addRenderer(const Upnp::Description &device)
 {
     const QString udn = device.key.udn;
-    auto transport = std::make_unique<UpnpTransport>(m_network->link(device), UpnpTransport::Patience());
+    Upnp::Description named = device;
+    named.name = nameFor(device);
+    auto transport = std::make_unique<UpnpTransport>(m_network->link(named), UpnpTransport::Patience());
     const auto [renderer, isNew]
-        = m_renderers.emplace(udn, std::make_unique<RemoteRenderer>(std::move(transport), udn, device.name));
+        = m_renderers.emplace(udn, std::make_unique<RemoteRenderer>(std::move(transport), udn, named.name));
     if (isNew && !m_registry->addRenderer(renderer->second.get()))
         m_renderers.erase(udn);
+}
+
+/// The later one of two that have the same name gets its host in brackets, and if need be its port, so that they can be
+/// told apart.
+QString UpnpPlugin::nameFor(const Upnp::Description &renderer) const
+{
+    const QString udn = renderer.key.udn;
+    if (!isNameTaken(renderer.name, udn))
+        return renderer.name;
+    const QString format = QStringLiteral("%1 (%2)");
+    const QString withHost = format.arg(renderer.name, renderer.address.host());
+    return isNameTaken(withHost, udn) ? format.arg(renderer.name, renderer.address.authority()) : withHost;
+}
+
+bool UpnpPlugin::isNameTaken(const QString &name, const QString &udn) const
+{
+    const QList<KelvoRenderer *> renderers = m_registry->renderers();
+    return std::any_of(renderers.cbegin(), renderers.cend(),
+        [&](const KelvoRenderer *renderer) { return renderer->uuid() != udn && renderer->name() == name; });
 }
 
 // Each leaves its list before the registry tells of it: whoever hears that may unload this plug-in.
@@ -100,8 +123,12 @@ void UpnpPlugin::removeSource(const QString &udn)
 
 void UpnpPlugin::describe(const Upnp::Description &device)
 {
+    if (device.key.kind == Upnp::Kind::Renderer) {
+        m_network->rename(device.key, nameFor(device));
+        return;
+    }
     const auto source = m_sources.find(device.key.udn);
-    if (device.key.kind == Upnp::Kind::Source && source != m_sources.end())
+    if (source != m_sources.end())
         source->second->describe(device);
 }
 

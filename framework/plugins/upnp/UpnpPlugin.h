@@ -37,6 +37,8 @@ private:
     void removeRenderer(const QString &udn);
     void removeSource(const QString &udn);
     void describe(const Upnp::Description &device);
+    QString nameFor(const Upnp::Description &renderer) const;
+    bool isNameTaken(const QString &name, const QString &udn) const;
     void setSearchable(const Upnp::DeviceKey &device, bool canSearch);
 
     KelvoRegistry *m_registry = nullptr;

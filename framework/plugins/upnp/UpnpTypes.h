@@ -40,6 +40,7 @@ struct Description
 {
     DeviceKey key;
     QString name; ///< never empty
+    QUrl address; ///< where it says so
     QHash<QString, QVariant> properties; ///< only those that it has
 };
 
