@@ -41,9 +41,13 @@ void MprisTransport::noteSeek(const QVariant &microseconds)
     const auto seconds = MprisValues::seconds(microseconds);
     if (!seconds || m_phase != Phase::Following)
         return;
-    // Some go back to the start by a seek before they tell of the end.
-    if (isFall(*seconds))
-        m_sinceFall.start();
+    if (m_epoch != 0 && isLoss(*seconds)) {
+        notePositionLost(std::max(0.0, *seconds), true);
+        return;
+    }
     m_sinceSeek.invalidate();
-    takePosition(std::max(0.0, *seconds));
+    m_sinceLoss.invalidate();
+    m_toldPosition = std::max(0.0, *seconds);
+    m_position.moveTo(m_toldPosition);
+    Q_EMIT positionReported(m_epoch, m_toldPosition);
 }

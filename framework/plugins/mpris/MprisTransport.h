@@ -83,7 +83,8 @@ private:
     void takeFollowing(const MprisSnapshot &now);
     void takeIdle(const MprisSnapshot &now);
     void takeReplacement(const MprisSnapshot &now);
-    void takeFall(const MprisSnapshot &now);
+    void notePositionLost(double seconds, bool isSeek);
+    void takeLoss(const MprisSnapshot &now);
     void takeEnd(const MprisSnapshot &now);
     void enter(KelvoRenderer::State state);
     void tellFacts(const MprisSnapshot &now);
@@ -91,8 +92,9 @@ private:
     void tell(const char *key, const QString &text);
     bool hasAdvanced(const MprisSnapshot &now) const;
     bool isAtEnd() const;
-    bool isFall(double seconds) const;
-    bool hasJustFallen() const;
+    bool isLoss(double seconds) const;
+    bool isNews(double seconds) const;
+    bool isBackAtRest(const MprisSnapshot &now) const;
 
     MprisAddress m_address;
     const bool m_hasTrackList;
@@ -108,7 +110,9 @@ private:
     double m_toldPosition = 0; ///< last
     double m_duration = -1;
     QElapsedTimer m_sinceSeek; ///< of ours, as long as the player has not arrived
-    QElapsedTimer m_sinceFall; ///< from the end back to where it began
+    QElapsedTimer m_sinceLoss; ///< of the position
+    double m_lostAt = 0; ///< what it fell back to
+    bool m_lostBySeek = false;
     bool m_tellsOfEmptiness = false; ///< the player says when nothing is left of what it was given
 
     // Of the item on its way

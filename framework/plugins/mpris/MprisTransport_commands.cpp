@@ -60,7 +60,7 @@ void MprisTransport::load(const Item &item)
     m_sinceNudge.invalidate();
     m_sinceRest.invalidate();
     m_sinceSeek.invalidate();
-    m_sinceFall.invalidate();
+    m_sinceLoss.invalidate();
     m_duration = -1;
     m_told.clear();
     m_titleAskedFor.clear();
@@ -126,7 +126,7 @@ void MprisTransport::seek(double seconds)
     m_position.moveTo(seconds);
     m_toldPosition = seconds;
     m_sinceSeek.start();
-    m_sinceFall.invalidate();
+    m_sinceLoss.invalidate();
 }
 
 void MprisTransport::setPlayerProperty(const QString &name, const QVariant &value, Done done)

@@ -9,19 +9,21 @@
 namespace {
 // All in milliseconds. How often to look at what may be changing.
 constexpr int SlowLook = 200;
-constexpr int FallLook = 50;
+constexpr int LossLook = 50;
 /// A player may say for so long that it still plays what was stopped.
 constexpr qint64 StoppingTime = 1000;
 constexpr int Looks = 4;
 /// For so long a player may still tell where it was before a seek.
 constexpr qint64 SeekingTime = 3000;
-/// So much later comes what a player has to say when its position falls back from the end: that it was a seek, or that
-/// it has stopped.
-constexpr qint64 FallTime = 300;
-constexpr qint64 FallMemory = 1000;
+/// So much later comes what a player has to say of a position that is lost: that it was a seek, or the end.
+constexpr qint64 LossTime = 300;
 // Seconds.
 constexpr double NearEnd = 1.5;
 constexpr double NearStart = 0.5;
+/// Past its end for so long and still without a position, it has ended.
+constexpr double Overdue = 2;
+/// Some tell of the position once a second only.
+constexpr double Lag = 1.1;
 constexpr double SeekTolerance = 1.5;
 } // namespace
 
@@ -85,17 +87,16 @@ void MprisTransport::takeFollowing(const MprisSnapshot &now)
     else if (m_trustsPosition && now.track.isPresent())
         state = KelvoRenderer::Playing;
     const bool isOther = now.track.isPresent() && m_track.isPresent() && !now.track.isSameAs(m_track);
-    const bool isBackAtRest
-        = state == KelvoRenderer::Paused && hasJustFallen() && now.position.value_or(0) < NearStart;
-    if (state == KelvoRenderer::Stopped || (m_epoch != 0 && isBackAtRest)) {
+    if (state == KelvoRenderer::Stopped || (m_epoch != 0 && isBackAtRest(now))) {
         takeEnd(now);
-    } else if (isOther && m_epoch != 0 && (isAtEnd() || hasJustFallen())) {
+    } else if (isOther && m_epoch != 0 && isAtEnd()) {
         takeEnd(now); // The player goes on with a list of its own.
     } else if (isOther) {
         takeReplacement(now);
-    } else if (m_epoch != 0 && now.position && isFall(*now.position)) {
-        takeFall(now);
+    } else if (m_epoch != 0 && now.position && isLoss(*now.position)) {
+        takeLoss(now);
     } else {
+        m_sinceLoss.invalidate();
         enter(state);
         tellFacts(now);
     }
@@ -106,29 +107,49 @@ bool MprisTransport::isAtEnd() const
     return m_duration > 0 && m_position.now() >= m_duration - NearEnd;
 }
 
-/// Whether that second is one that only an end leads to: back from the end without a seek of ours.
-bool MprisTransport::isFall(double seconds) const
+/// Whether that second may say nothing of where the item is: back at the start without a seek of ours. Some players
+/// lose the position when they have read all of the item, some when it ends, before they tell of the end; and some call
+/// that a seek.
+bool MprisTransport::isLoss(double seconds) const
 {
     const bool seeks = m_sinceSeek.isValid() && m_sinceSeek.elapsed() < SeekingTime;
-    const bool isBack = seconds < std::min(m_toldPosition, m_duration / 2);
-    return m_state == KelvoRenderer::Playing && !seeks && isBack && isAtEnd()
+    const bool isBack = seconds < std::min(m_toldPosition, NearStart);
+    return m_state == KelvoRenderer::Playing && m_duration > 0 && !seeks && isBack
         && m_position.now() >= m_duration / 2;
 }
 
-bool MprisTransport::hasJustFallen() const
+/// Whether it came to rest at the start after its end.
+bool MprisTransport::isBackAtRest(const MprisSnapshot &now) const
 {
-    return m_sinceFall.isValid() && m_sinceFall.elapsed() < FallMemory;
+    return now.state == KelvoRenderer::Paused && m_sinceLoss.isValid() && isAtEnd()
+        && now.position.value_or(0) < NearStart;
 }
 
-/// The end comes with it or after it, unless somebody tells of a seek. A player that plays on repeats the item.
-void MprisTransport::takeFall(const MprisSnapshot &now)
+void MprisTransport::notePositionLost(double seconds, bool isSeek)
 {
-    if (!hasJustFallen())
-        m_sinceFall.start();
-    if (m_sinceFall.elapsed() >= FallTime)
+    if (!m_sinceLoss.isValid()) {
+        m_sinceLoss.start();
+        m_lostAt = seconds;
+        m_lostBySeek = false;
+    }
+    m_lostBySeek = m_lostBySeek || isSeek;
+    refreshIn(LossLook);
+}
+
+/// Until the player tells of the end or plays on, time goes on. Playing on from the start, it repeats the item, or
+/// somebody has sent it there.
+void MprisTransport::takeLoss(const MprisSnapshot &now)
+{
+    notePositionLost(*now.position, false);
+    const bool playsOn = *now.position > m_lostAt && m_sinceLoss.elapsed() >= LossTime;
+    if ((playsOn && isAtEnd() && !m_lostBySeek) || m_position.now() > m_duration + Overdue) {
         takeEnd(now);
-    else
-        refreshIn(FallLook);
+    } else if (playsOn) {
+        m_sinceLoss.invalidate();
+        tellFacts(now);
+    } else {
+        Q_EMIT positionReported(m_epoch, m_position.now());
+    }
 }
 
 /// By itself, when it was where its end is; of what has no known end it is taken to be one.
@@ -138,7 +159,7 @@ void MprisTransport::takeEnd(const MprisSnapshot &now)
     m_trustsPosition = false;
     m_looks = 0;
     m_state = KelvoRenderer::Stopped;
-    const bool ends = m_duration <= 0 || isAtEnd() || hasJustFallen();
+    const bool ends = m_duration <= 0 || isAtEnd();
     m_position.setRunning(false);
     if (m_epoch == 0 || !ends) {
         Q_EMIT stateReported(m_epoch, KelvoRenderer::Stopped);
@@ -220,11 +241,19 @@ void MprisTransport::takePosition(double seconds)
     const bool hasArrived = std::abs(seconds - m_position.now()) <= SeekTolerance;
     if (hasArrived || (m_sinceSeek.isValid() && m_sinceSeek.elapsed() >= SeekingTime))
         m_sinceSeek.invalidate();
-    if (!m_sinceSeek.isValid()) {
+    const bool seeks = m_sinceSeek.isValid();
+    if (!seeks && isNews(seconds))
         m_position.moveTo(seconds);
+    if (!seeks && seconds > 0)
         m_toldPosition = seconds;
-    }
     Q_EMIT positionReported(m_epoch, seconds);
+}
+
+/// For the judgement of ends, the time that has passed counts for more than what may be said late.
+bool MprisTransport::isNews(double seconds) const
+{
+    const double lag = m_position.now() - seconds;
+    return m_state != KelvoRenderer::Playing || (seconds > 0 && (lag < 0 || lag > Lag));
 }
 
 void MprisTransport::tell(const char *key, const QString &text)

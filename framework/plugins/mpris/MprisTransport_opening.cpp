@@ -162,6 +162,9 @@ void MprisTransport::begin(const MprisSnapshot &now, KelvoRenderer::State state)
     m_phase = Phase::Following;
     m_track = now.track;
     m_toldPosition = 0;
+    // It plays for as long as it says so, even where it does not say how far it has come.
+    const bool saysIt = state == now.state && state == KelvoRenderer::Playing && m_sinceRest.isValid();
+    m_position.moveTo(saysIt ? double(m_sinceRest.elapsed()) / 1000 : 0);
     m_state = KelvoRenderer::Transitioning;
     enter(state);
     tellFacts(now);

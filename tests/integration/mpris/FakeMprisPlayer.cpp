@@ -79,6 +79,11 @@ void FakeMprisPlayer::rename(const QString &identity)
 void FakeMprisPlayer::seekTo(qlonglong microseconds)
 {
     player["Position"] = microseconds;
+    tellSeek(microseconds);
+}
+
+void FakeMprisPlayer::tellSeek(qlonglong microseconds)
+{
     auto message = QDBusMessage::createSignal(path, playerInterface, QStringLiteral("Seeked"));
     message.setArguments({microseconds});
     m_connection.send(message);

@@ -40,6 +40,8 @@ public:
     /// Signals another name.
     void rename(const QString &identity);
     void seekTo(qlonglong microseconds);
+    /// Signals a seek, whatever its position is.
+    void tellSeek(qlonglong microseconds);
     void reply(const QDBusMessage &call, const QVariantList &arguments = {});
     void refuse(
         const QDBusMessage &call, const QString &text, QDBusError::ErrorType type = QDBusError::Failed);

@@ -15,6 +15,9 @@ class MprisEndsTest : public MprisCase
 private Q_SLOTS:
     void endMayBeToldFromTheStart_data();
     void endMayBeToldFromTheStart();
+    void positionMayBeLostBeforeTheEnd_data();
+    void positionMayBeLostBeforeTheEnd();
+    void positionThatIsLostAtLastIsTheEnd();
     void itemThatBeginsAgainHasEnded();
     void seekFromTheEndIsNoEnd();
     void stopInTheMiddleIsNoEnd();
@@ -44,21 +47,27 @@ bool MprisEndsTest::look(FakeMprisPlayer &player)
 void MprisEndsTest::endMayBeToldFromTheStart_data()
 {
     QTest::addColumn<QStringList>("told");
-    QTest::newRow("stopped at the start") << QStringList{"Stopped"};
-    QTest::newRow("at the start, then stopped") << QStringList{"Playing", "Stopped"};
-    QTest::newRow("paused at the start") << QStringList{"Paused"};
-    QTest::newRow("at the start, then paused there") << QStringList{"Playing", "Paused"};
+    QTest::addColumn<bool>("tellsSeek");
+    QTest::newRow("stopped at the start") << QStringList{"Stopped"} << false;
+    QTest::newRow("at the start, then stopped") << QStringList{"Playing", "Stopped"} << false;
+    QTest::newRow("paused at the start") << QStringList{"Paused"} << false;
+    QTest::newRow("at the start, then paused there") << QStringList{"Playing", "Paused"} << false;
+    QTest::newRow("a seek, then stopped") << QStringList{"Playing", "Stopped"} << true;
+    QTest::newRow("a seek, then paused") << QStringList{"Playing", "Paused"} << true;
 }
 
 void MprisEndsTest::endMayBeToldFromTheStart()
 {
     QFETCH(QStringList, told);
+    QFETCH(bool, tellsSeek);
     FakeMprisPlayer player;
     player.appear();
     QVERIFY(listen());
     QVERIFY(playingListOf(2));
     player.seekTo(59'500'000);
     QVERIFY(isPastSecond(59));
+    if (tellsSeek)
+        player.seekTo(0);
     for (const QString &state : told) {
         player.player["Position"] = qlonglong(0);
         player.player["PlaybackStatus"] = state;
@@ -70,6 +79,65 @@ void MprisEndsTest::endMayBeToldFromTheStart()
     QVERIFY(!m_heard->states.contains(Paused));
     QCOMPARE(m_heard->media.constLast().index, 1);
     QCOMPARE(m_heard->errors.size(), 0);
+}
+
+void MprisEndsTest::positionMayBeLostBeforeTheEnd_data()
+{
+    QTest::addColumn<bool>("tellsSeek");
+    QTest::newRow("silently") << false;
+    QTest::newRow("as a seek") << true;
+}
+
+// A player that reads ahead, tells of the position once a second, and loses it when it has read all.
+void MprisEndsTest::positionMayBeLostBeforeTheEnd()
+{
+    QFETCH(bool, tellsSeek);
+    FakeMprisPlayer player;
+    QElapsedTimer timer;
+    player.onCall = [&](const QDBusMessage &call) {
+        if (call.member() == u"OpenUri") {
+            timer.start();
+            const QString url = call.arguments().constFirst().toString();
+            player.calls.append("OpenUri " + url);
+            player.player["Metadata"] = FakeMprisPlayer::metadata(url, 5);
+            player.player["PlaybackStatus"] = "Playing";
+            player.reply(call);
+        } else if (timer.isValid()) {
+            const qint64 told = timer.elapsed() < 3900 ? timer.elapsed() / 980 * 980'000 : 0;
+            player.player["Position"] = QString::number(told);
+            player.player["PlaybackStatus"] = timer.elapsed() < 5100 ? "Playing" : "Stopped";
+        }
+        return call.member() == u"OpenUri";
+    };
+    QTimer losses;
+    losses.setSingleShot(true);
+    connect(&losses, &QTimer::timeout, this, [&] {
+        if (tellsSeek)
+            player.tellSeek(0);
+    });
+    QTimer ends;
+    connect(&ends, &QTimer::timeout, this, [&] { player.change(); });
+    player.appear();
+    QVERIFY(listen());
+    QVERIFY(playingListOf(2));
+    losses.start(3900);
+    ends.start(5100);
+    QTRY_VERIFY_WITH_TIMEOUT(player.hasCall("OpenUri http://media/1"), 20'000);
+    QVERIFY(!m_heard->states.contains(Stopped));
+    QCOMPARE(m_heard->errors.size(), 0);
+}
+
+void MprisEndsTest::positionThatIsLostAtLastIsTheEnd()
+{
+    FakeMprisPlayer player;
+    player.appear();
+    QVERIFY(listen());
+    QVERIFY(playingListOf(2));
+    player.seekTo(59'500'000);
+    QVERIFY(isPastSecond(59));
+    player.player["Position"] = QStringLiteral("0"); // and stays there
+    player.change();
+    QTRY_VERIFY(player.hasCall("OpenUri http://media/1"));
 }
 
 // A player that is set to repeat its track.
