@@ -11,6 +11,7 @@ private Q_SLOTS:
     void changesItsName();
     void itemsWithoutDurationNeverEnd();
     void itemsThatCannotSeek();
+    void aSeekWhileAnItemIsLoadedIsForThatItem();
     void inventsMetadata();
     void manualClockStandsStill();
     void realClockMoves();
@@ -61,6 +62,24 @@ void SimulatorItemsTest::itemsThatCannotSeek()
     renderer()->setPosition(5, KelvoRenderer::SeekRelative);
     advance(0);
     QCOMPARE(heard().errorsOf(KelvoError::NotSeekable), 1);
+    QCOMPARE(position(), 0.0);
+}
+
+void SimulatorItemsTest::aSeekWhileAnItemIsLoadedIsForThatItem()
+{
+    renderer()->playUri(QUrl("sim:one"));
+    renderer()->setPosition(20, KelvoRenderer::SeekAbsolute);
+    advance(20);
+    QCOMPARE(position(), 20.0);
+    renderer()->playUri(QUrl("sim:two"));
+    renderer()->setPosition(20, KelvoRenderer::SeekAbsolute);
+    QVERIFY(start(QUrl("sim:three"))); // before the second one was loaded
+    QCOMPARE(position(), 0.0);
+    QVERIFY(start(QUrl("sim:list?entries=2&duration=30")));
+    renderer()->next();
+    renderer()->setPosition(20, KelvoRenderer::SeekAbsolute);
+    renderer()->previous();
+    advance(20);
     QCOMPARE(position(), 0.0);
 }
 
