@@ -4,6 +4,7 @@
 #include "TrackerTestCase.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
 #include <QSignalSpy>
@@ -137,9 +138,13 @@ private Q_SLOTS:
         QVERIFY(counted.wait());
         store().setFavorite(QUrl::fromLocalFile(path), true);
         QSignalSpy indexed(&store(), &KelvoTrackerStore::indexed);
+        QElapsedTimer timer;
+        timer.start();
         QVERIFY(QDir(mediaFolder()).rename("here", "there"));
         QVERIFY(indexed.wait(Soon));
         const auto report = indexed.first().first().value<KelvoIndexReport>();
+        QVERIFY2(report.milliseconds >= 0 && report.milliseconds <= timer.elapsed(),
+            qPrintable(QString::number(report.milliseconds)));
         QCOMPARE(report.moved, 1);
         QCOMPARE(report.added + report.removed + report.changed, 0);
         const auto songs = result(Type::AllSongs);
