@@ -50,6 +50,10 @@ private Q_SLOTS:
         QVERIFY(index());
         const QStringList songs = titles(Type::AllSongs);
         QCOMPARE(songs.size(), 2); // the one without pictures, and what shows by its content
+        // Neither says which of an album it is.
+        const auto result = this->result(Type::AllSongs);
+        for (int row = 0; row < songs.size(); ++row)
+            QCOMPARE(value(*result, row, "trackNumber").toInt(), 0);
     }
 
     void survivesWhatIsNoMedia()
