@@ -112,13 +112,26 @@ private Q_SLOTS:
     {
         QFETCH(QString, url);
         QProcess program;
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert("KELVO_PLUGIN_PATH", environment.value("KELVO_TEST_PLUGIN_DIR"));
-        environment.insert("KELVO_PLUGINS", "start-renderer");
-        program.setProcessEnvironment(environment);
+        program.setProcessEnvironment(startRenderer());
         const QStringList log = logOfStart(program, {url});
         QCOMPARE(log.filter("start renderer plays"),
             QStringList(QStringLiteral("start renderer plays %1 as audio/x-scpls").arg(url)));
+    }
+
+    void backEndsAreStoppedAtTheEnd()
+    {
+        QProcess program;
+        QProcessEnvironment environment = startRenderer();
+        environment.insert("KELVO_TEST_PLUGIN", "quits");
+        program.setProcessEnvironment(environment);
+        program.setProcessChannelMode(QProcess::MergedChannels);
+        program.start(path(), {"http://h/list.pls"});
+        QVERIFY(program.waitForFinished());
+        const QStringList log = QString::fromLocal8Bit(program.readAll()).split('\n');
+        QCOMPARE(program.exitCode(), 0);
+        // While the application still stands.
+        QCOMPARE(log.count("start renderer stops"), 1);
+        QVERIFY(log.indexOf("start renderer stops") < log.indexOf("KelvoGUIMain::~KelvoGUIMain"));
     }
 
     void readOnlyHomeDoesNotMatter()
@@ -321,6 +334,15 @@ private:
                     && valueOf(status.readAll(), "SigCgt:").toULongLong(nullptr, 16) & (1ULL << (signal - 1));
             },
             20'000);
+    }
+
+    /// With the renderer that tells what it is to play.
+    static QProcessEnvironment startRenderer()
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("KELVO_PLUGIN_PATH", environment.value("KELVO_TEST_PLUGIN_DIR"));
+        environment.insert("KELVO_PLUGINS", "start-renderer");
+        return environment;
     }
 
     /// All lines until the event loop runs; the program is ended then.

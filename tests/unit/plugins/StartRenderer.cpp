@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
-// A plug-in with the renderer that the console plays its argument on; it only says what it is told to play.
+// A plug-in with the renderer that the console plays its argument on; it only says what it is told to play, and when
+// it is stopped. With KELVO_TEST_PLUGIN=quits it then ends the event loop, as the last window does.
 #include "KelvoPlugin.h"
 #include "KelvoRegistry.h"
 #include "MinimalObjects.h"
 
+#include <QCoreApplication>
 #include <QDebug>
 
 namespace {
@@ -17,6 +19,8 @@ public:
     void playUriWithType(const QUrl &uri, const QString &contentType) override
     {
         qInfo().noquote() << "start renderer plays" << uri.toString() << "as" << contentType;
+        if (qgetenv("KELVO_TEST_PLUGIN") == "quits")
+            QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
     }
 };
 } // namespace
@@ -35,7 +39,11 @@ public:
             this, [this] { m_registry->addRenderer(&m_renderer); }, Qt::QueuedConnection);
         return true;
     }
-    void stop() override { m_registry->removeRenderer(&m_renderer); }
+    void stop() override
+    {
+        qInfo() << "start renderer stops";
+        m_registry->removeRenderer(&m_renderer);
+    }
 
 private:
     KelvoRegistry *m_registry = nullptr;
