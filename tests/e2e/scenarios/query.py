@@ -15,12 +15,13 @@ CREATE, APPEND = "Create new\n playlist from\n result set", "Append\n item(s) to
 
 
 class Query(Scenario):
-    def start_with_library(self):
+    def start_with_library(self, **environment):
         music = self.desktop.home / "Music"
         music.mkdir()
         for name in FILES:
             shutil.copy(media.folder() / name, music / name)
-        console = self.start(env={"KELVO_PLUGINS": "gst-renderer,tracker-source", "KELVO_MEDIA_DIRS": str(music)})
+        console = self.start(env={"KELVO_PLUGINS": "gst-renderer,tracker-source", "KELVO_MEDIA_DIRS": str(music),
+                                  **environment})
         console.tab("Query")
         until(lambda: console.button(EXECUTE).enabled(), "the store is ready", 30)
         # Indexing goes on meanwhile: queried until all is there.
@@ -126,3 +127,32 @@ class Query(Scenario):
         self.assertEqual(self.results(console), SONGS)
         self.assertIsNotNone(console.window().find("label", "6 results"))
         self.assertEqual(console.log.count("KelvoQueryController::handleFirstResults", mark), 1)
+
+    def test_launch_browser_opens_its_page_for_a_selected_result(self):
+        pages = self.desktop.folder / "pages"
+        browser = self.desktop.folder / "browser"
+        browser.write_text(f'#!/bin/sh\necho "$#: $*" >>{pages}\n')
+        browser.chmod(0o755)
+        console = self.start_with_library(KELVO_BROWSER=str(browser))
+        mark = console.menu("Query", "Launch browser")
+        console.log.wait_for("Please select item to launch!", mark)
+        console.user.click(console.window().wait_find("list item", "Second Tone", deep=True))
+        for count in (1, 2):
+            mark = console.menu("Query", "Launch browser")
+            at = console.log.wait_for('KelvoSourceController::launchBrowser launch "https?://', mark)
+            page = console.log.lines[at].rpartition(" launch ")[2].strip('"')
+            console.log.wait_for("KelvoGUIMain::startBrowser", at)
+            until(lambda: pages.exists() and pages.read_text() == count * f"1: {page}\n",
+                  lambda: f"the browser shows {page}\n{console.log.tail()}")
+
+    def test_a_search_leaves_the_results_as_they_are(self):
+        console = self.start_with_library()
+        console.menu("Query", "Search...", wait=False)
+        dialog = console.dialog("dialog", "Search")
+        mark = console.log.mark()
+        console.user.click(dialog.wait_find("push button", "Execute"))
+        until(lambda: not console.dialogs(), "the dialog closes")
+        console.log.wait_for("KelvoMainWindow::showQueryResults", mark)
+        self.assertEqual(self.results(console), SONGS)
+        self.assertIsNotNone(console.window().find("label", f"{len(SONGS)} results"))
+        self.assertEqual(self.query(console, "All songs"), SONGS)
