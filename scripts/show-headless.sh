@@ -48,7 +48,9 @@ unset WAYLAND_DISPLAY
 export KELVO_AUDIO_SINK=${KELVO_AUDIO_SINK-fakesink sync=true}
 openbox --config-file "$(dirname "$0")/headless-openbox.xml" >"$work/openbox.log" 2>&1 &
 pids+=($!)
-wait_for 10 sh -c 'xprop -root _NET_SUPPORTING_WM_CHECK | grep -q "window id"' || fail "the window manager did not start"
+# It announces itself long before it listens: only what it does on a wish proves that it will see a window and a key.
+wait_for 10 sh -c 'xdotool set_num_desktops 2 && [ "$(xdotool get_num_desktops)" = 2 ]' ||
+    fail "the window manager did not start"
 
 "$@" >"$log" 2>&1 &
 console=$!

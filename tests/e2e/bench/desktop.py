@@ -129,8 +129,16 @@ class Desktop:
         child = process.start(["openbox", "--config-file", str(_OPENBOX)], self.env,
                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         self._children.append(child)
-        until(lambda: "window id" in self.run(["xprop", "-root", "_NET_SUPPORTING_WM_CHECK"]),
-              "the window manager is ready")
+        until(self._window_manager_answers, "the window manager is ready")
+
+    def _window_manager_answers(self):
+        """It announces itself long before it listens, and what comes between may stay in its queue for ever. Only what
+        it does on a wish proves that its keys are bound and that it will see a window."""
+        try:
+            self.run(["xdotool", "set_num_desktops", "2"])
+            return self.run(["xdotool", "get_num_desktops"]).strip() == "2"
+        except RuntimeError:  # not even announced yet
+            return False
 
     def _end_strays(self):
         """The accessibility services are nobody's children; they end with their bus. Whatever else carries our mark
