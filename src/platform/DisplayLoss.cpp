@@ -16,14 +16,13 @@
 using namespace std::chrono_literals;
 
 namespace {
-struct _XDisplay;
-using IoErrorHandler = int (*)(_XDisplay *);
+using IoErrorHandler = int (*)(void *display);
 
 std::atomic<bool> prepared = false;
 std::thread::id guiThread;
 
 /// Xlib's: a connection has broken. Ends the process; a return would end it too, after lines of Xlib's own.
-int displayIsGone(_XDisplay *)
+int displayIsGone(void *)
 {
     // The video's thread has a connection of its own. The GUI thread, whose connection broke at the same time, is left
     // to say so, lest there be two lines.

@@ -13,8 +13,8 @@ public:
     explicit TerminationSignals(QObject *parent = nullptr);
     ~TerminationSignals() override;
 
-    /// Closes all windows as a user would: first the dialogs that
-    /// are open over it, the innermost first, so that everybody who waits for one has gone on before the window goes.
+    /// Closes all windows as a user would: first the dialogs that are open, the innermost first, so that everybody who
+    /// waits for one has gone on before the windows go. May return before that.
     static void closeWindows();
 
 Q_SIGNALS:
