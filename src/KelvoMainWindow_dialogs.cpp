@@ -49,8 +49,10 @@ bool KelvoMainWindow::showCreatePlaylistDialog(QString &name)
     if (m_playlistDialog->isVisible())
         return false;
     m_playlistDialog->setText(name);
-    const bool accepted = m_playlistDialog->exec() == QDialog::Accepted;
-    name = m_playlistDialog->text();
+    const QPointer<KelvoPlaylistDialog> dialog = m_playlistDialog; // it goes with a window that is closed meanwhile
+    const bool accepted = dialog->exec() == QDialog::Accepted;
+    if (dialog)
+        name = dialog->text();
     return accepted;
 }
 
@@ -140,8 +142,10 @@ bool KelvoMainWindow::showSelectSourcesDialog(const QList<KelvoSource *> &source
     if (isSelectSourcesDialogOpen())
         return false;
     m_sourceDialog->setSources(sources, selected);
-    const bool accepted = m_sourceDialog->exec() == QDialog::Accepted;
-    selected = m_sourceDialog->selectedSources();
+    const QPointer<KelvoSourceDialog> dialog = m_sourceDialog; // as above
+    const bool accepted = dialog->exec() == QDialog::Accepted;
+    if (dialog)
+        selected = dialog->selectedSources();
     return accepted;
 }
 

@@ -13,11 +13,13 @@
 #include <QDialog>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QPointer>
 #include <QPushButton>
 #include <QSlider>
 #include <QSpinBox>
 #include <QTest>
 #include <QTextEdit>
+#include <QTimer>
 
 namespace {
 /// Whatever a dialog lets the user enter, choose or read.
@@ -85,15 +87,7 @@ private Q_SLOTS:
         m_sources.clear();
     }
 
-    void secondOpeningDoesNothing_data()
-    {
-        QTest::addColumn<QByteArray>("action");
-        for (const char *action : {"m_actionPlugins", "m_actionHelp", "m_actionVolume", "m_actionCreateNew",
-                 "m_actionSelectSources", "m_actionSearch", "m_actionSourceProperties",
-                 "m_actionQuery_properties"})
-            QTest::newRow(action) << QByteArray(action);
-    }
-
+    void secondOpeningDoesNothing_data() { addActions(); }
     void secondOpeningDoesNothing()
     {
         QFETCH(QByteArray, action);
@@ -119,6 +113,17 @@ private Q_SLOTS:
         QCOMPARE(m_renderer->calls(), QStringList());
         entry->trigger(); // opens anew when it was closed
         QCOMPARE(closer.seen().size(), 2);
+    }
+
+    void windowThatGoesTakesItsOpenDialogAlong_data() { addActions(); }
+    void windowThatGoesTakesItsOpenDialogAlong()
+    {
+        QFETCH(QByteArray, action);
+        const QPointer<KelvoMainWindow> window = m_console->window();
+        auto *entry = m_console->find<QAction>(action);
+        QTimer::singleShot(0, window, [this] { m_console->find<QAction>("m_actionExit")->trigger(); });
+        entry->trigger(); // returns when the dialog has gone
+        QTRY_VERIFY(!window);
     }
 
     void choiceOfSourcesIsThatOfTheOpenDialog()
@@ -176,6 +181,15 @@ private Q_SLOTS:
     }
 
 private:
+    static void addActions()
+    {
+        QTest::addColumn<QByteArray>("action");
+        for (const char *action : {"m_actionPlugins", "m_actionHelp", "m_actionVolume", "m_actionCreateNew",
+                 "m_actionSelectSources", "m_actionSearch", "m_actionSourceProperties",
+                 "m_actionQuery_properties"})
+            QTest::newRow(action) << QByteArray(action);
+    }
+
     std::unique_ptr<RecordingRenderer> m_renderer;
     std::vector<std::unique_ptr<RecordingSource>> m_sources;
     std::unique_ptr<ConsoleFixture> m_console;
