@@ -424,9 +424,11 @@ private Q_SLOTS:
         const ThreeRenderers three;
         const ConsoleFixture console;
         const QSignalSpy choices(console.window(), SIGNAL(currentRendererChanged(QString)));
+        const LogRecorder log;
         for (const int index : removed)
             registry()->removeRenderer(three.at(index));
         QCOMPARE(choices.count(), 0);
+        QCOMPARE(log.count("KelvoRendererController::rendererStateChanged"), 0); // nothing played
         QCOMPARE(console.application()->renderers()->currentRenderer(), nullptr);
         RecordingRenderer next("r4", "next");
         registry()->addRenderer(&next);

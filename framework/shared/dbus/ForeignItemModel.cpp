@@ -11,6 +11,7 @@
 
 namespace {
 constexpr std::array headers{"id", "title", "url", "duration"};
+constexpr qsizetype mostPieces = 50; // that are removed one by one
 
 QVariant durationData(qlonglong duration, int role)
 {
@@ -86,56 +87,82 @@ ForeignItemModel::Change ForeignItemModel::replace(const SharedItems &items)
 {
     const Change change = difference(m_items, items);
     const SharedItems wanted = items.mid(change.from, change.added);
-    const Rows rows = rowsOf(change, wanted);
-    const SharedItems added = newOnes(wanted, rows);
-    const qsizetype kept = wanted.size() - added.size();
-    // What stays goes to the front, so that what has gone, and then what is new, is in one piece.
-    gatherKept(change, rows);
-    remove(change.from + kept, change.removed - kept);
-    insert(change.from + kept, added);
-    spread(change, rows, kept);
+    const qsizetype kept = removeGone(change, wanted);
+    const Rows rows = rowsOf(change.from, kept, wanted);
+    arrangeKept(change.from, rows);
+    insert(change.from + kept, newOnes(wanted, rows));
+    spread(change.from, rows, kept);
     update(items);
     return change;
 }
 
-/// For each wanted item the row that has it now, counted from where the change begins; -1 for a new one.
-ForeignItemModel::Rows ForeignItemModel::rowsOf(const Change &change, const SharedItems &wanted) const
+/// How many of the changed rows stay.
+qsizetype ForeignItemModel::removeGone(const Change &change, const SharedItems &wanted)
 {
-    QHash<QString, qsizetype> present;
-    present.reserve(change.removed);
-    for (qsizetype row = 0; row < change.removed; ++row)
-        present.insert(m_items.at(change.from + row).id, row);
-    Rows rows;
-    rows.reserve(size_t(wanted.size()));
-    for (const SharedItem &item : wanted) {
-        const auto found = present.constFind(item.id);
-        rows.push_back(found == present.cend() ? -1 : *found);
-        if (found != present.cend())
-            present.erase(found);
+    QSet<QString> ids;
+    for (const SharedItem &item : wanted)
+        ids.insert(item.id);
+    QList<Change> gone; // in pieces
+    qsizetype count = 0;
+    for (qsizetype row = change.from; row < change.from + change.removed; ++row) {
+        if (ids.remove(m_items.at(row).id))
+            continue;
+        ++count;
+        if (gone.isEmpty() || gone.constLast().from + gone.constLast().removed < row)
+            gone.append({row, 1, 0});
+        else
+            ++gone.last().removed;
     }
-    return rows;
+    if (gone.size() > mostPieces) {
+        gatherAtEnd(change, gone);
+        remove(change.from + change.removed - count, count);
+    } else {
+        std::for_each(
+            gone.crbegin(), gone.crend(), [this](const Change &piece) { remove(piece.from, piece.removed); });
+    }
+    return change.removed - count;
 }
 
-void ForeignItemModel::gatherKept(const Change &change, const Rows &rows)
+/// Makes one piece of many: each that is removed costs as much as the list is long.
+void ForeignItemModel::gatherAtEnd(const Change &change, const QList<Change> &gone)
 {
     Rows order;
-    order.reserve(size_t(change.removed));
-    std::vector<bool> stays(size_t(change.removed), false);
-    for (const qsizetype row : rows) {
-        if (row >= 0) {
-            order.push_back(row);
-            stays[size_t(row)] = true;
-        }
+    Rows last;
+    auto piece = gone.cbegin();
+    for (qsizetype row = change.from; row < change.from + change.removed; ++row) {
+        while (piece != gone.cend() && row >= piece->from + piece->removed)
+            ++piece;
+        const bool goes = piece != gone.cend() && row >= piece->from;
+        (goes ? last : order).push_back(row - change.from);
     }
-    for (qsizetype row = 0; row < change.removed; ++row) {
-        if (!stays[size_t(row)])
-            order.push_back(row);
-    }
+    order.insert(order.end(), last.begin(), last.end());
     arrange(change.from, order);
 }
 
+/// For each wanted item the row that has it now, counted from `from`; -1 for a new one.
+ForeignItemModel::Rows ForeignItemModel::rowsOf(
+    qsizetype from, qsizetype count, const SharedItems &wanted) const
+{
+    QHash<QString, qsizetype> present;
+    present.reserve(count);
+    for (qsizetype row = 0; row < count; ++row)
+        present.insert(m_items.at(from + row).id, row);
+    Rows rows;
+    rows.reserve(size_t(wanted.size()));
+    for (const SharedItem &item : wanted)
+        rows.push_back(present.isEmpty() ? -1 : present.value(item.id, -1));
+    return rows;
+}
+
+void ForeignItemModel::arrangeKept(qsizetype from, const Rows &rows)
+{
+    Rows order;
+    std::copy_if(rows.begin(), rows.end(), std::back_inserter(order), [](qsizetype row) { return row >= 0; });
+    arrange(from, order);
+}
+
 /// Puts those that are new, which are behind the others, to their places among them.
-void ForeignItemModel::spread(const Change &change, const Rows &rows, qsizetype kept)
+void ForeignItemModel::spread(qsizetype from, const Rows &rows, qsizetype kept)
 {
     qsizetype nextKept = 0;
     qsizetype nextNew = kept;
@@ -143,7 +170,7 @@ void ForeignItemModel::spread(const Change &change, const Rows &rows, qsizetype 
     order.reserve(rows.size());
     for (const qsizetype row : rows)
         order.push_back(row < 0 ? nextNew++ : nextKept++);
-    arrange(change.from, order);
+    arrange(from, order);
 }
 
 /// Brings to each row from `from` on the item that is so many rows behind `from`.

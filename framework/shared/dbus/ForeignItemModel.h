@@ -40,9 +40,11 @@ public:
 private:
     using Rows = std::vector<qsizetype>;
 
-    Rows rowsOf(const Change &change, const SharedItems &wanted) const;
-    void gatherKept(const Change &change, const Rows &rows);
-    void spread(const Change &change, const Rows &rows, qsizetype kept);
+    qsizetype removeGone(const Change &change, const SharedItems &wanted);
+    void gatherAtEnd(const Change &change, const QList<Change> &gone);
+    Rows rowsOf(qsizetype from, qsizetype count, const SharedItems &wanted) const;
+    void arrangeKept(qsizetype from, const Rows &rows);
+    void spread(qsizetype from, const Rows &rows, qsizetype kept);
     void arrange(qsizetype from, const Rows &order);
     void remove(qsizetype from, qsizetype count);
     void insert(qsizetype from, const SharedItems &items);
