@@ -67,11 +67,26 @@ void keepOneThing(QListView *view, const QItemSelection &unhighlighted)
         selection->select(current, QItemSelectionModel::Select);
 }
 
+/// Assistive technology selects a row without making it current.
+void makeSelectedCurrent(QListView *view)
+{
+    QItemSelectionModel *selection = view->selectionModel();
+    const QItemSelection selected = selection ? selection->selection() : QItemSelection();
+    if (selected.size() != 1 || selected.first().topLeft() != selected.first().bottomRight())
+        return;
+    selection->setCurrentIndex(selected.first().topLeft(), QItemSelectionModel::NoUpdate);
+}
+
 void followSelection(QListView *view)
 {
     if (view->selectionModel())
         QObject::connect(view->selectionModel(), &QItemSelectionModel::selectionChanged, view,
-            [view](const QItemSelection &, const QItemSelection &gone) { keepOneThing(view, gone); });
+            [view](const QItemSelection &, const QItemSelection &gone) {
+                keepOneThing(view, gone);
+                // Not at once: who selects a row by hand is just making it current too.
+                QMetaObject::invokeMethod(
+                    view, [view] { makeSelectedCurrent(view); }, Qt::QueuedConnection);
+            });
 }
 } // namespace
 

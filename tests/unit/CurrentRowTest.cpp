@@ -7,6 +7,7 @@
 #include "KelvoTestCase.h"
 #include "TestGroup.h"
 
+#include <QAccessible>
 #include <QAction>
 #include <QListView>
 #include <QListWidget>
@@ -225,6 +226,22 @@ private Q_SLOTS:
         QCOMPARE(shown.highlighted(), QList<int>({1, 2}));
         clickInto(shown.view(), shown.view()->visualRect(shown.index(0)).center());
         QCOMPARE(shown.highlighted(), QList<int>({0}));
+    }
+
+    void rowSelectedFromOutsideIsCurrent_data() { addListRows(); }
+    void rowSelectedFromOutsideIsCurrent()
+    {
+        QFETCH(QByteArray, list);
+        const ShownList shown(list);
+        QVERIFY(QTest::qWaitForWindowActive(shown.top()));
+        if (shown.view()->selectionMode() == QAbstractItemView::SingleSelection)
+            clickInto(shown.view(), shown.view()->visualRect(shown.index(1)).center());
+        auto *cell = QAccessible::queryAccessibleInterface(shown.view())
+                         ->tableInterface()
+                         ->cellAt(3, shown.view()->modelColumn());
+        cell->actionInterface()->doAction(QAccessibleActionInterface::toggleAction());
+        QTRY_COMPARE(shown.view()->currentIndex().row(), 3);
+        QVERIFY(shown.view()->selectionModel()->isSelected(shown.index(3)));
     }
 
     void rowThatIsRemovedHandsItsHighlightOn_data()
