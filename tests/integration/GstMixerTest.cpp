@@ -12,6 +12,9 @@
 using R = KelvoRenderer;
 
 namespace {
+const QString output = QStringLiteral("audio-output");
+const QString silence = QStringLiteral("none (silent clock)");
+
 /// A sound server of the test's own, with one output that nobody hears. While it runs it is the one that PULSE_SERVER
 /// names. A telephone call takes the sound away from everybody else.
 class SoundServer
@@ -19,8 +22,13 @@ class SoundServer
 public:
     SoundServer()
     {
-        const QString socket = m_folder.filePath(QStringLiteral("socket"));
         m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        start();
+    }
+    void start()
+    {
+        const QString socket = m_folder.filePath(QStringLiteral("socket"));
+        QFile::remove(socket); // left behind by one that was killed
         m_process.start(QStringLiteral("pulseaudio"),
             {QStringLiteral("-n"), QStringLiteral("--daemonize=no"), QStringLiteral("--use-pid-file=no"),
                 QStringLiteral("--disable-shm=yes"), QStringLiteral("--exit-idle-time=-1"),
@@ -123,6 +131,51 @@ private Q_SLOTS:
         call.waitForFinished(5000);
         TRY_STATE(Playing);
         QCOMPARE(heard().property(R::KELVO_RENDERER_PROPERTY_POLICY_OVERRIDE), QVariant(false));
+    }
+
+    void nextItemUsesTheServerThatIsBack()
+    {
+        const auto playlist = makePlaylist(QList<QUrl>(4, media(QStringLiteral("long.mp3"))));
+        renderer()->assignPlaylist(playlist.get());
+        renderer()->gotoIndex(0);
+        QTRY_COMPARE(heard().mediaIndexes().constLast(), 0);
+        QTRY_COMPARE(heard().metadata(output), QVariant(QStringLiteral("pulsesink")));
+        TRY_STATE(Playing);
+        m_server->end();
+        QTRY_COMPARE_WITH_TIMEOUT(heard().metadata(output), QVariant(silence), 10000);
+        TRY_STATE(Playing);
+        renderer()->next(); // there is none yet
+        QTRY_COMPARE_WITH_TIMEOUT(heard().metadata(output), QVariant(silence), 10000);
+        TRY_STATE(Playing);
+        m_server->start();
+        QVERIFY(m_server->isRunning());
+        renderer()->next();
+        QTRY_COMPARE_WITH_TIMEOUT(heard().metadata(output), QVariant(QStringLiteral("pulsesink")), 10000);
+        TRY_STATE(Playing);
+        QTRY_VERIFY(SoundServer::streams().contains(QStringLiteral("Sink Input #")));
+        // The loss is one piece of news, however many items follow.
+        QCOMPARE(heard().errors(), QList<int>{KelvoError::AudioOutputFailed});
+        renderer()->next();
+        QTRY_COMPARE(heard().mediaIndexes().constLast(), 3);
+        TRY_STATE(Playing);
+        QCOMPARE(heard().metadata(output), QVariant(QStringLiteral("pulsesink")));
+        renderer()->assignPlaylist(nullptr);
+    }
+
+    /// The output breaks just as the next item takes it over.
+    void itemThatStartsAsTheServerGoesPlaysAllTheSame()
+    {
+        for (int round = 0; round < 3; ++round) {
+            m_server->end();
+            m_server->start();
+            QVERIFY(m_server->isRunning());
+            const qsizetype items = heard().mediaIndexes().size();
+            renderer()->playUri(media(QStringLiteral("long.mp3")));
+            QTRY_COMPARE(heard().mediaIndexes().size(), items + 1);
+            QTRY_COMPARE_WITH_TIMEOUT(heard().metadata(output), QVariant(QStringLiteral("pulsesink")), 10000);
+            TRY_STATE(Playing);
+        }
+        QVERIFY(!heard().errors().contains(KelvoError::EngineFailed));
     }
 
     void goesOnSilentlyAfterTheServer()

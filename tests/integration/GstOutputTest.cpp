@@ -172,6 +172,24 @@ private Q_SLOTS:
             heard().metadata(QStringLiteral("audio-output")).toString(), QStringLiteral("kelvotestsink"));
     }
 
+    void triesTheDeviceAgainWithTheNextItem()
+    {
+        start();
+        loseDevice();
+        QTRY_COMPARE(heard().metadata(QStringLiteral("audio-output")).toString(),
+            QStringLiteral("none (silent clock)"));
+        const int before = outputsMade;
+        renderer()->playUri(media(QStringLiteral("long.mp3")));
+        QTRY_COMPARE(
+            heard().metadata(QStringLiteral("audio-output")).toString(), QStringLiteral("kelvotestsink"));
+        QCOMPARE(outputsMade, before + 1);
+        // And stays with it.
+        renderer()->playUri(media(QStringLiteral("long.mp3")));
+        QTRY_COMPARE(
+            heard().metadata(QStringLiteral("audio-output")).toString(), QStringLiteral("kelvotestsink"));
+        QCOMPARE(outputsMade, before + 1);
+    }
+
     void staysPausedWhenTheDeviceIsLost()
     {
         start();

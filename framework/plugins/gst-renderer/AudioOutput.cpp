@@ -54,6 +54,10 @@ GstHandles::Element AudioOutput::makeSilent()
 
 QString AudioOutput::describe(GstElement *output)
 {
-    const QString sink = sinkWithin(output);
-    return sink == QLatin1String("fakesink") ? QStringLiteral("none (silent clock)") : sink;
+    return isSilent(output) ? QStringLiteral("none (silent clock)") : sinkWithin(output);
+}
+
+bool AudioOutput::isSilent(GstElement *output)
+{
+    return sinkWithin(output) == QLatin1String("fakesink");
 }

@@ -14,4 +14,6 @@ GstHandles::Element make(const QString &description);
 GstHandles::Element makeSilent();
 /// What sounds, as text for a tester: the name of the output, or "none (silent clock)".
 QString describe(GstElement *output);
+/// Whether it only keeps the time.
+bool isSilent(GstElement *output);
 } // namespace AudioOutput

@@ -75,6 +75,7 @@ void ItemPlayer::initialise()
 bool ItemPlayer::createPipeline()
 {
     m_pipeline.reset();
+    m_reused = false;
     m_mailbox->beginGeneration();
     const auto message = [this](GstMessage *arrived) {
         handle(arrived);
@@ -94,6 +95,11 @@ bool ItemPlayer::createPipeline()
 void ItemPlayer::load(const Item &item)
 {
     forgetItem();
+    // Whatever was lost may be back, as a sound server is that was started again.
+    if (m_audioLost) {
+        m_silent = false;
+        m_pipeline.reset();
+    }
     // Ready keeps the outputs open from one item to the next. A pipeline that cannot go there is beyond
     // repair.
     if (m_pipeline && m_pipeline->setState(GST_STATE_READY) == GST_STATE_CHANGE_FAILURE)
@@ -106,6 +112,7 @@ void ItemPlayer::load(const Item &item)
     m_tags.clear();
     m_missingCodec.clear();
     m_notMedia = false;
+    m_reused = true;
     if (!m_pipeline && !createPipeline()) {
         fail(KelvoError::EngineFailed, QStringLiteral("the pipeline cannot be made"));
         return;
@@ -142,6 +149,7 @@ void ItemPlayer::unload()
     shutDown();
     // The next start tries the outputs again.
     const bool wasSilent = std::exchange(m_silent, false);
+    m_audioLost = false;
     if (std::exchange(m_blind, false) || wasSilent)
         m_pipeline.reset();
     if (std::exchange(m_policyOverride, false))
@@ -205,11 +213,17 @@ void ItemPlayer::prerolled()
 void ItemPlayer::tellAboutItem()
 {
     if (m_pipeline->hasAudio())
-        m_tags.set(QStringLiteral("audio-output"), {AudioOutput::describe(m_pipeline->audioOutput())});
+        noteAudio();
     noteVideo();
     tellDuration();
     if (!m_missingCodec.isEmpty())
         Q_EMIT troubled(m_item.epoch, KelvoError::PartlyPlayable, m_missingCodec);
+}
+
+void ItemPlayer::noteAudio()
+{
+    m_audioLost = m_audioLost && AudioOutput::isSilent(m_pipeline->audioOutput());
+    m_tags.set(QStringLiteral("audio-output"), {AudioOutput::describe(m_pipeline->audioOutput())});
 }
 
 /// Brings the pipeline to where the want and the holds say it should be.
@@ -307,7 +321,10 @@ void ItemPlayer::fail(KelvoError::Code code, const QString &message)
 /// A state change was refused; the error message that usually says why was queued before this call.
 void ItemPlayer::failUnlessReported()
 {
-    if (m_phase != Phase::Idle)
+    // One that served the item before may hold an output that broke meanwhile, of which nothing was heard any more.
+    if (m_phase == Phase::Loading && m_reused)
+        restart();
+    else if (m_phase != Phase::Idle)
         fail(KelvoError::EngineFailed, QStringLiteral("the pipeline refuses to start"));
 }
 

@@ -131,6 +131,7 @@ private:
     void handleVolume();
     void tellFacts();
     void tellAboutItem();
+    void noteAudio();
     void tellDuration();
 
     // Position (ItemPlayer_seeking.cpp)
@@ -160,6 +161,7 @@ private:
     TagCollector m_tags;
     int m_volume = 99;
     bool m_silent = false; ///< the audio output failed while playing; the silent clock stands in
+    bool m_audioLost = false; ///< has failed, was told, and is tried again with each item until it is back
     bool m_blind = false; ///< the same for the video output
     bool m_policyOverride = false;
     bool m_framesWanted = false;
@@ -171,6 +173,7 @@ private:
     KelvoRenderer::State m_reported = KelvoRenderer::Stopped;
     int m_deadLooks = 0; ///< how often in a row no streaming thread was running
     bool m_wantPlaying = false;
+    bool m_reused = false; ///< the pipeline served another item before
     bool m_pauseAcknowledged = false; ///< paused before there is anything to pause: reported at once
     bool m_frameDue = false; ///< paused, and the picture not yet taken
     bool m_bufferHold = false;

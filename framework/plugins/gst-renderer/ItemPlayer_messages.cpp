@@ -137,7 +137,8 @@ void ItemPlayer::handleError(GstMessage *message)
     PipelineFailure failure = describe(message, *m_pipeline, m_item.uri);
     failure.notMedia = m_notMedia;
     if (failure.fromAudioOutput && !m_silent) {
-        Q_EMIT troubled(m_item.epoch, KelvoError::AudioOutputFailed, failure.text);
+        if (!std::exchange(m_audioLost, true))
+            Q_EMIT troubled(m_item.epoch, KelvoError::AudioOutputFailed, failure.text);
         m_silent = true;
         restart();
         return;
