@@ -123,16 +123,19 @@ private Q_SLOTS:
         QFETCH(QByteArray, head);
         QFETCH(int, announced);
         QFETCH(int, format);
-        QCOMPARE(int(PlaylistFile::recognised(head, Format(announced))), format);
+        QCOMPARE(int(PlaylistFile::recognised(head, PlaylistFile::Formats(announced))), format);
     }
 
     void takesHints()
     {
+        using PlaylistFile::Formats;
         QCOMPARE(PlaylistFile::announced(QUrl("http://h/a"), QStringLiteral("audio/x-scpls; charset=x")),
-            Format::Pls);
-        QCOMPARE(PlaylistFile::announced(QUrl("http://h/a.M3U?x=y"), {}), Format::M3u);
-        QCOMPARE(PlaylistFile::announced(QUrl("file:///a.xspf"), {}), Format::Xspf);
-        QCOMPARE(PlaylistFile::announced(QUrl("file:///a.mp3"), QStringLiteral("audio/mpeg")), Format::None);
+            Formats(Format::Pls));
+        QCOMPARE(PlaylistFile::announced(QUrl("http://h/a.M3U?x=y"), {}), Formats(Format::M3u));
+        QCOMPARE(PlaylistFile::announced(QUrl("http://h/a.m3u"), QStringLiteral("audio/x-scpls")),
+            Format::M3u | Format::Pls);
+        QCOMPARE(PlaylistFile::announced(QUrl("file:///a.xspf"), {}), Formats(Format::Xspf));
+        QCOMPARE(PlaylistFile::announced(QUrl("file:///a.mp3"), QStringLiteral("audio/mpeg")), Formats());
     }
 
     void resolvesEntries_data()

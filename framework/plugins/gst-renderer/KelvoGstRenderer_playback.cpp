@@ -49,7 +49,7 @@ void KelvoGstRenderer::startEntry(int entry)
             if (epoch == m_epoch)
                 entryFailed(KelvoError::InvalidUrl, text);
         });
-    } else if (!m_isList && PlaylistFile::announced(uri, m_item.mimeType()) != PlaylistFile::Format::None) {
+    } else if (!m_isList && PlaylistFile::announced(uri, m_item.mimeType())) {
         readList(ListReading::Announced);
     } else {
         loadEntry();

@@ -29,6 +29,16 @@ constexpr Mark suffixes[] = {
     {".xspf", Format::Xspf},
 };
 
+/// A blank file has no format of its own.
+Format firstOf(PlaylistFile::Formats formats)
+{
+    for (const Format format : {Format::Pls, Format::M3u, Format::Xspf}) {
+        if (formats.testFlag(format))
+            return format;
+    }
+    return Format::None;
+}
+
 /// Text of some kind: no control characters but blanks and line ends.
 bool isText(const QByteArray &head)
 {
@@ -43,25 +53,27 @@ bool isBlank(const QByteArray &head)
 }
 } // namespace
 
-PlaylistFile::Format PlaylistFile::announced(const QUrl &uri, const QString &contentType)
+PlaylistFile::Formats PlaylistFile::announced(const QUrl &uri, const QString &contentType)
 {
+    Formats formats = Format::None;
     const QString type = contentType.section(QLatin1Char(';'), 0, 0).trimmed().toLower();
     for (const Mark &mark : contentTypes) {
         if (type == QLatin1String(mark.text))
-            return mark.format;
+            formats |= mark.format;
     }
     for (const Mark &mark : suffixes) {
         if (uri.path().endsWith(QLatin1String(mark.text), Qt::CaseInsensitive))
-            return mark.format;
+            formats |= mark.format;
     }
-    return Format::None;
+    return formats;
 }
 
-PlaylistFile::Format PlaylistFile::recognised(const QByteArray &head, Format announced)
+PlaylistFile::Format PlaylistFile::recognised(const QByteArray &head, Formats announced)
 {
     if (isBlank(head))
-        return announced;
-    QByteArray text = head.startsWith("\xEF\xBB\xBF") ? head.mid(3) : head;
+        return firstOf(announced);
+    QByteArray text
+        = head.startsWith(PlaylistFile::byteOrderMark) ? head.mid(PlaylistFile::byteOrderMark.size()) : head;
     text = text.trimmed().toLower();
     if (text.startsWith("[playlist]"))
         return Format::Pls;
@@ -72,5 +84,5 @@ PlaylistFile::Format PlaylistFile::recognised(const QByteArray &head, Format ann
         return Format::M3u;
     if (text.startsWith('<'))
         return text.contains("<playlist") && text.contains("xspf.org/ns") ? Format::Xspf : Format::None;
-    return announced == Format::M3u && isText(head) ? Format::M3u : Format::None;
+    return announced.testFlag(Format::M3u) && isText(head) ? Format::M3u : Format::None;
 }

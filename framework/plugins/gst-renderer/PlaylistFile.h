@@ -12,13 +12,17 @@
 /// What is known about playlist files without any library: how to recognise one, and its limits.
 namespace PlaylistFile {
 
-enum class Format { None, Pls, M3u, Xspf };
+enum class Format { None = 0, Pls = 1, M3u = 2, Xspf = 4 };
+Q_DECLARE_FLAGS(Formats, Format)
+Q_DECLARE_OPERATORS_FOR_FLAGS(Formats)
 
 /// The beginning of a file that is looked at to recognise it.
 constexpr qint64 headSize = 4096; // bytes
 /// Far more than any list for people; a list of 100,000 entries has about 10 MB.
 constexpr qint64 maximumSize = 32 * 1024 * 1024; // bytes
 constexpr int maximumEntries = 500'000;
+
+inline const QByteArray byteOrderMark = QByteArrayLiteral("\xEF\xBB\xBF");
 
 /// What reading one has brought.
 struct Contents
@@ -39,12 +43,12 @@ struct Contents
     }
 };
 
-/// Whether the content type or else the name says that this is a playlist. A hint: the content decides.
-Format announced(const QUrl &uri, const QString &contentType);
+/// The formats that the content type and the name announce; they need not agree. A hint: the content decides.
+Formats announced(const QUrl &uri, const QString &contentType);
 
-/// The format of a file that begins like this. Lists without any mark (plain lines, or nothing at all) are
-/// only recognised when they are announced as one.
-Format recognised(const QByteArray &head, Format announced);
+/// The format of a file that begins like this. Lists without any mark (plain lines, or nothing at all) are only
+/// recognised when they are announced as one.
+Format recognised(const QByteArray &head, Formats announced);
 
 } // namespace PlaylistFile
 

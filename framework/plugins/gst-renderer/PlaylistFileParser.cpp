@@ -118,8 +118,11 @@ TotemPlParserResult run(const QString &path, Collection &collection)
 }
 } // namespace
 
-PlaylistFile::Contents PlaylistFileParser::parse(const QByteArray &text, Format format, const QUrl &uri)
+PlaylistFile::Contents PlaylistFileParser::parse(const QByteArray &file, Format format, const QUrl &uri)
 {
+    // The parser does not know the mark.
+    const bool marked = file.startsWith(PlaylistFile::byteOrderMark);
+    const QByteArray text = marked ? file.mid(PlaylistFile::byteOrderMark.size()) : file;
     const QString name = uri.toDisplayString();
     if (text.trimmed().isEmpty())
         return Contents::unusable(KelvoError::EmptyPlaylist, name);

@@ -144,10 +144,10 @@ void PlaylistFileReader::takeEnd()
 
 bool PlaylistFileReader::recognise()
 {
-    Format announced = m_announced;
-    if (m_reply && announced == Format::None)
-        announced
-            = PlaylistFile::announced({}, m_reply->header(QNetworkRequest::ContentTypeHeader).toString());
+    PlaylistFile::Formats announced = m_announced;
+    if (m_reply)
+        announced |= PlaylistFile::announced(
+            m_reply->url(), m_reply->header(QNetworkRequest::ContentTypeHeader).toString());
     m_format = PlaylistFile::recognised(m_text.left(PlaylistFile::headSize), announced);
     return m_format != Format::None;
 }

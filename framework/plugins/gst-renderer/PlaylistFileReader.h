@@ -39,7 +39,7 @@ private:
     QNetworkReply *m_reply = nullptr;
     quint64 m_ticket = 0;
     QUrl m_uri;
-    PlaylistFile::Format m_announced = PlaylistFile::Format::None;
+    PlaylistFile::Formats m_announced = PlaylistFile::Format::None;
     PlaylistFile::Format m_format = PlaylistFile::Format::None;
     QByteArray m_text;
 };

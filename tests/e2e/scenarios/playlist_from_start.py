@@ -73,6 +73,17 @@ class PlaylistFromStart(Scenario):
         until(lambda: not console.root().find("alert message"), "the message box closes")
         console.close_error_log()
 
+    def test_a_list_of_plain_lines_plays(self):
+        """Nothing in it says that it is a list, but its name does."""
+        plain = self.desktop.folder / "mine.m3u"
+        plain.write_text(f"{media.folder() / 'first.mp3'}\n{media.folder() / 'second.ogg'}\n")
+        console = self.start(plain.as_uri())
+        console.wait_button("Pause", 20)
+        self.wait_metadata(console, "title: First Tone")
+        console.press("Next")
+        self.wait_metadata(console, "title: Second Tone")
+        self.assertEqual(console.dialogs(), [])
+
     def test_an_empty_list_does_not_play(self):
         console = self.start(media.url("empty.pls"))
         console.dialog("dialog", "Renderer error log", limit=20)
