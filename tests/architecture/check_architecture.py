@@ -6,6 +6,7 @@
     plug-ins -> core (tracker-source also tracker) + their one foreign library
     upnp, mpris -> remote (a static library) -> core
     shared, mpris -> bus (a static library)
+    tracker, gst-renderer -> media (a static library)
 
 Exit status 1 and one line for each arrow that points the wrong way.
 """
@@ -20,9 +21,10 @@ MAY_INCLUDE = {
     "src": {"framework/core", "framework/shared", "framework/tracker"},
     "framework/core": set(),
     "framework/bus": set(),
+    "framework/media": set(),
     "framework/shared": {"framework/bus", "framework/core"},
-    "framework/tracker": {"framework/core"},
-    "framework/plugins/gst-renderer": {"framework/core"},
+    "framework/tracker": {"framework/core", "framework/media"},
+    "framework/plugins/gst-renderer": {"framework/core", "framework/media"},
     "framework/plugins/simulator": {"framework/core"},
     "framework/plugins/remote": {"framework/core"},
     "framework/plugins/upnp": {"framework/core", "framework/plugins/remote"},

@@ -8,6 +8,9 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <filesystem>
+#include <memory>
+
 using PlaylistFile::Contents;
 
 namespace {
@@ -74,7 +77,7 @@ Contents::Kind expectedOf(const Beginning &beginning, const Name &hint, const Na
 }
 } // namespace
 
-/// What a file is by its hint, its name and its content.
+/// What a file is by its hint, its name and its content, and which files its entries name.
 class GstPlaylistNamesTest : public KelvoTestCase
 {
     Q_OBJECT
@@ -92,8 +95,25 @@ private:
         reader.read(1, QUrl::fromLocalFile(file.fileName()), hint);
         return finished.value(0).value(1).value<Contents>();
     }
+    void makeFile(const QByteArray &name)
+    {
+        // Not by way of QFile: the name is bytes.
+        const QByteArray path = QFile::encodeName(m_folder.path()) + '/' + name;
+        std::unique_ptr<FILE, int (*)(FILE *)> file(std::fopen(path.constData(), "w"), std::fclose);
+        QVERIFY(file);
+    }
+    QByteArray encoded(const char *name)
+    {
+        return QUrl::fromLocalFile(m_folder.path()).toEncoded() + '/' + name;
+    }
 
 private Q_SLOTS:
+    void cleanupTestCase()
+    {
+        // Not by way of QDir: some of the names are no text.
+        std::filesystem::remove_all(m_folder.path().toStdString());
+    }
+
     void hintSuffixAndContentAreAllConsulted_data()
     {
         QTest::addColumn<QString>("hint");
@@ -122,6 +142,37 @@ private Q_SLOTS:
             QCOMPARE(contents.entries, QList<QUrl>{QUrl(QStringLiteral("file:///a.mp3"))});
         if (kind == Contents::Unusable)
             QCOMPARE(contents.code, KelvoError::EmptyPlaylist);
+    }
+
+    void latin1BytesNameTheFileOfThoseBytesFirst_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QByteArray>("before");
+        QTest::addColumn<QByteArray>("between");
+        QTest::newRow("m3u") << "latin.m3u" << QByteArray("#EXTM3U\n") << QByteArray("\n");
+        QTest::newRow("pls") << "latin.pls" << QByteArray("[playlist]\nTitle1=\xE9t\xE9\nFile1=")
+                             << QByteArray("\nFile2=");
+    }
+
+    void latin1BytesNameTheFileOfThoseBytesFirst()
+    {
+        QFETCH(QString, file);
+        QFETCH(QByteArray, before);
+        QFETCH(QByteArray, between);
+        makeFile("caf\xE9.mp3");
+        makeFile("caf\xC3\xA9.mp3");
+        makeFile("th\xC3\xA9.mp3");
+        const QByteArray absolute = QFile::encodeName(m_folder.path()) + "/./caf\xE9.mp3";
+        // One that is there in neither encoding is named as it reads.
+        const Contents relative = read(file, before + "caf\xE9.mp3" + between + "th\xE9.mp3" + '\n');
+        QCOMPARE(int(relative.kind), int(Contents::List));
+        QCOMPARE(relative.entries.size(), 2);
+        QCOMPARE(relative.entries.at(0).toEncoded(), encoded("caf%E9.mp3"));
+        QCOMPARE(relative.entries.at(1).toEncoded(), encoded("th%C3%A9.mp3"));
+        const Contents other = read(file, before + absolute + between + "nowhere\xE9.mp3" + '\n');
+        QCOMPARE(other.entries.size(), 2);
+        QCOMPARE(other.entries.at(0).toEncoded(), encoded("caf%E9.mp3"));
+        QCOMPARE(other.entries.at(1).toEncoded(), encoded("nowhere%C3%A9.mp3"));
     }
 };
 

@@ -139,6 +139,36 @@ private Q_SLOTS:
         QVERIFY(closed.wait(20000));
     }
 
+    void latin1BytesNameTheFileOfThoseBytesFirst_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<QByteArray>("text");
+        QTest::newRow("m3u") << "list.m3u" << QByteArray("caf\xE9.mp3\nth\xE9.mp3\nplain.mp3\n");
+        QTest::newRow("pls") << "list.pls"
+                             << QByteArray("[playlist]\nFile1=caf\xE9.mp3\nTitle1=x\xE9\nFile2=th\xE9.mp3\n"
+                                           "File3=plain.mp3\nNumberOfEntries=3\n");
+    }
+
+    void latin1BytesNameTheFileOfThoseBytesFirst()
+    {
+        QFETCH(QString, file);
+        QFETCH(QByteArray, text);
+        // Two files of one name in two encodings, and one that has only the UTF-8 name.
+        const QString folder = QString::fromUtf8("Mus\xC3\xADk/");
+        const QByteArray made = QFile::encodeName(addSong(folder + "made.mp3", {"Exact"}));
+        const QByteArray path = made.left(made.lastIndexOf('/') + 1);
+        QCOMPARE(::rename(made.constData(), (path + "caf\xE9.mp3").constData()), 0);
+        addSong(folder + QString::fromUtf8("caf\xC3\xA9.mp3"), {"Other"});
+        addSong(folder + QString::fromUtf8("th\xC3\xA9.mp3"), {"Decoded"});
+        addSong(folder + "plain.mp3", {"Plain"});
+        addText(folder + file, text);
+        QVERIFY(index());
+        const auto lists = result(Type::AllPlaylists);
+        QCOMPARE(lists->rowCount(), 1);
+        const auto entries = result(Type::SongsOfPlaylist, lists->index(0, 0).data().toInt());
+        QCOMPARE(texts(*entries, "songTitle"), QStringList({"Exact", "Decoded", "Plain"}));
+    }
+
     void makesPlaylistsOfPlaylistFiles_data()
     {
         QTest::addColumn<QString>("file");

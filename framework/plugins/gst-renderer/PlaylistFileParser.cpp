@@ -1,10 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "PlaylistFileParser.h"
 
-#include "KelvoMessageHandler.h"
+#include "PlaylistEntries.h"
 
 #include <QDir>
-#include <QStringDecoder>
 #include <QTemporaryFile>
 #include <QXmlStreamReader>
 
@@ -29,52 +28,23 @@ struct Collection
     int seen = 0;
 };
 
-QString decoded(const QByteArray &text)
+/// The list as the parser can take it. Lines of an M3U list it would take as seen from its own copy; a PLS list that is
+/// no UTF-8 it spoils.
+QByteArray prepared(const QByteArray &text, Format format, const QUrl &base)
 {
-    QStringDecoder utf8(QStringDecoder::Utf8);
-    const QString result = utf8(text);
-    return utf8.hasError() ? QString::fromLatin1(text) : result;
-}
-
-bool hasScheme(const QString &entry)
-{
-    const qsizetype colon = entry.indexOf(QLatin1String(":/"));
-    return colon > 1 && !entry.left(colon).contains(QLatin1Char('/'));
-}
-
-/// An entry is a URI, or the plain path of a file as seen from the list.
-QUrl resolved(const QString &entry, const QUrl &base)
-{
-    if (hasScheme(entry))
-        return QUrl(entry);
-    if (!base.isLocalFile())
-        return base.resolved(QUrl(entry));
-    const QDir folder = QFileInfo(base.toLocalFile()).dir();
-    return QUrl::fromLocalFile(QDir::cleanPath(folder.absoluteFilePath(entry)));
-}
-
-/// Lines of an M3U list with their entries made absolute: the parser would take them as seen from its own
-/// copy.
-QByteArray withAbsoluteLines(const QByteArray &text, const QUrl &base)
-{
-    QByteArray result;
-    result.reserve(text.size() * 2);
-    for (const QByteArray &raw : text.split(text.contains('\n') ? '\n' : '\r')) {
-        const QByteArray line = raw.trimmed();
-        if (line.isEmpty() || line.startsWith('#'))
-            result += line;
-        else
-            result += resolved(decoded(line), base).toEncoded();
-        result += '\n';
-    }
-    return result;
+    using PlaylistEntries::Syntax;
+    if (format == Format::M3u)
+        return PlaylistEntries::withAbsoluteEntries(text, Syntax::Lines, base);
+    if (format == Format::Pls && !PlaylistEntries::isUtf8(text))
+        return PlaylistEntries::withAbsoluteEntries(text, Syntax::Keys, base);
+    return text;
 }
 
 void addEntry(TotemPlParser *, const char *entry, GHashTable *, gpointer data)
 {
     auto *collection = static_cast<Collection *>(data);
     ++collection->seen;
-    const QUrl uri = resolved(QString::fromUtf8(entry), collection->base);
+    const QUrl uri = PlaylistEntries::resolved(entry, collection->base);
     if (uri.isValid() && uri != collection->base
         && collection->entries.count() < PlaylistFile::maximumEntries)
         collection->entries.append(uri);
@@ -127,7 +97,7 @@ PlaylistFile::Contents PlaylistFileParser::parse(const QByteArray &file, Format 
     if (text.trimmed().isEmpty())
         return Contents::unusable(KelvoError::EmptyPlaylist, name);
     QTemporaryFile copy(QDir::temp().filePath(QLatin1String("kelvo-XXXXXX") + suffixOf(format)));
-    if (!write(copy, format == Format::M3u ? withAbsoluteLines(text, uri) : text))
+    if (!write(copy, prepared(text, format, uri)))
         return Contents::unusable(KelvoError::EngineFailed, copy.errorString());
     Collection collection{uri, {}, 0};
     const TotemPlParserResult result = run(copy.fileName(), collection);

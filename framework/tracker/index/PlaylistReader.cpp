@@ -3,7 +3,14 @@
 
 #include "../store/GObjectPtr.h"
 #include "FileUri.h"
+#include "PlaylistEntries.h"
 #include "TextRepair.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryFile>
+
+#include <memory>
 
 #include <totem-pl-parser.h>
 #include <unistd.h>
@@ -42,6 +49,25 @@ void addEntry(TotemPlParser *, const char *uri, GHashTable *metadata, gpointer d
     item->entries.push_back(std::move(entry));
 }
 
+/// The list as the parser can take it, when it is no UTF-8: the parser would take its names for those of other files.
+std::unique_ptr<QTemporaryFile> readable(const QByteArray &path)
+{
+    using PlaylistEntries::Syntax;
+    QFile file(QFile::decodeName(path));
+    if (path.endsWith(".xspf") || !file.open(QIODevice::ReadOnly))
+        return nullptr;
+    const QByteArray text = file.read(maximumSize);
+    if (PlaylistEntries::isUtf8(text))
+        return nullptr;
+    const bool hasKeys = text.trimmed().toLower().startsWith("[playlist]");
+    const QByteArray suffix = hasKeys ? ".pls" : ".m3u";
+    auto copy = std::make_unique<QTemporaryFile>(
+        QDir::temp().filePath(QLatin1String("kelvo-XXXXXX") + QLatin1String(suffix)));
+    const QByteArray made = PlaylistEntries::withAbsoluteEntries(
+        text, hasKeys ? Syntax::Keys : Syntax::Lines, QUrl::fromEncoded(FileUri::fromPath(path)));
+    return copy->open() && copy->write(made) == made.size() && copy->flush() ? std::move(copy) : nullptr;
+}
+
 void takeTitle(TotemPlParser *, const char *, GHashTable *metadata, gpointer data)
 {
     auto *item = static_cast<MediaItem *>(data);
@@ -62,6 +88,8 @@ bool readPlaylist(MediaItem *item)
     g_object_set(parser.get(), "recurse", FALSE, "debug", FALSE, nullptr);
     g_signal_connect(parser.get(), "entry-parsed", G_CALLBACK(addEntry), item);
     g_signal_connect(parser.get(), "playlist-started", G_CALLBACK(takeTitle), item);
-    const TotemPlParserResult result = totem_pl_parser_parse(parser.get(), item->uri.constData(), FALSE);
+    const std::unique_ptr<QTemporaryFile> copy = readable(FileUri::toPath(item->uri));
+    const QByteArray uri = copy ? FileUri::fromPath(QFile::encodeName(copy->fileName())) : item->uri;
+    const TotemPlParserResult result = totem_pl_parser_parse(parser.get(), uri.constData(), FALSE);
     return result == TOTEM_PL_PARSER_RESULT_SUCCESS || !item->entries.empty();
 }

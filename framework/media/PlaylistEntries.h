@@ -1,0 +1,26 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QUrl>
+
+/// The entries of playlist files as they stand there. A name in a list is bytes: lists written by older programs
+/// hold Latin-1, and so may the names of the files beside them.
+namespace PlaylistEntries {
+
+enum class Syntax {
+    Lines, ///< M3U: each line is an entry, but for those that begin with '#'
+    Keys, ///< PLS: FileN=entry
+};
+
+bool isUtf8(const QByteArray &text);
+
+/// An entry is a URI, or the path of a file as seen from the list that was found at `list`. Bytes that are no UTF-8
+/// name the file of exactly that name; where there is none, they are read as Latin-1.
+QUrl resolved(const QByteArray &entry, const QUrl &list);
+
+/// The same list with all its entries made absolute: plain ASCII, wherever the list is read from.
+QByteArray withAbsoluteEntries(const QByteArray &text, Syntax syntax, const QUrl &list);
+
+} // namespace PlaylistEntries
