@@ -2,6 +2,7 @@
 #include "PlaylistEntries.h"
 
 #include <QDir>
+#include <QMap>
 #include <QStringDecoder>
 
 #include <unistd.h>
@@ -46,18 +47,70 @@ QByteArray absolutePath(const QByteArray &entry, const QUrl &list)
     return cleaned(entry.startsWith('/') ? entry : folder + entry);
 }
 
-QByteArray withAbsoluteEntry(const QByteArray &line, PlaylistEntries::Syntax syntax, const QUrl &list)
+QList<QByteArray> linesOf(const QByteArray &text)
 {
-    qsizetype start = 0;
-    if (syntax == PlaylistEntries::Syntax::Keys) {
-        start = line.indexOf('=') + 1;
-        if (start <= 0 || !line.trimmed().toLower().startsWith("file"))
-            return line;
-    } else if (line.startsWith('#')) {
-        return line;
+    return text.split(text.contains('\n') ? '\n' : '\r');
+}
+
+QByteArray withAbsoluteLines(const QByteArray &text, const QUrl &list)
+{
+    QByteArray result;
+    result.reserve(text.size() * 2);
+    for (const QByteArray &raw : linesOf(text)) {
+        const QByteArray line = raw.trimmed();
+        const bool isEntry = !line.isEmpty() && !line.startsWith('#');
+        result += isEntry ? PlaylistEntries::resolved(line, list).toEncoded() : line;
+        result += '\n';
     }
-    const QByteArray entry = line.mid(start).trimmed();
-    return entry.isEmpty() ? line : line.left(start) + PlaylistEntries::resolved(entry, list).toEncoded();
+    return result;
+}
+
+/// FileN and TitleN of a list, by their numbers.
+struct Keys
+{
+    QMap<int, QByteArray> files;
+    QMap<int, QByteArray> titles;
+    QByteArray others; ///< lines
+
+    void take(const QByteArray &line)
+    {
+        const qsizetype sign = line.indexOf('=');
+        const QByteArray key = line.left(sign).trimmed().toLower();
+        const QByteArray value = sign < 0 ? QByteArray() : line.mid(sign + 1).trimmed();
+        if (key.startsWith("file"))
+            takeNumbered(&files, key.mid(4), value);
+        else if (key.startsWith("title"))
+            takeNumbered(&titles, key.mid(5), value);
+        else if (key.startsWith("x-"))
+            others += key + '=' + value + '\n';
+    }
+
+private:
+    static void takeNumbered(QMap<int, QByteArray> *values, const QByteArray &number, const QByteArray &value)
+    {
+        bool ok = false;
+        const int place = number.toInt(&ok);
+        if (ok && !value.isEmpty() && !values->contains(place))
+            values->insert(place, value);
+    }
+};
+
+/// In the one spelling that every parser knows: without gaps, blanks and second values. Some look for a key that is
+/// spelled in another way for ever.
+QByteArray withAbsoluteKeys(const QByteArray &text, const QUrl &list)
+{
+    Keys keys;
+    for (const QByteArray &line : linesOf(text))
+        keys.take(line.trimmed());
+    QByteArray result = "[playlist]\n" + keys.others;
+    int number = 0;
+    for (auto file = keys.files.cbegin(); file != keys.files.cend(); ++file) {
+        const QByteArray place = QByteArray::number(++number);
+        result += "File" + place + '=' + PlaylistEntries::resolved(*file, list).toEncoded() + '\n';
+        if (keys.titles.contains(file.key()))
+            result += "Title" + place + '=' + keys.titles.value(file.key()) + '\n';
+    }
+    return result + "NumberOfEntries=" + QByteArray::number(number) + "\nVersion=2\n";
 }
 } // namespace
 
@@ -85,11 +138,5 @@ QUrl PlaylistEntries::resolved(const QByteArray &entry, const QUrl &list)
 
 QByteArray PlaylistEntries::withAbsoluteEntries(const QByteArray &text, Syntax syntax, const QUrl &list)
 {
-    QByteArray result;
-    result.reserve(text.size() * 2);
-    for (const QByteArray &line : text.split(text.contains('\n') ? '\n' : '\r')) {
-        result += withAbsoluteEntry(line.trimmed(), syntax, list);
-        result += '\n';
-    }
-    return result;
+    return syntax == Syntax::Keys ? withAbsoluteKeys(text, list) : withAbsoluteLines(text, list);
 }

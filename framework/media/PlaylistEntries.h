@@ -20,7 +20,8 @@ bool isUtf8(const QByteArray &text);
 /// name the file of exactly that name; where there is none, they are read as Latin-1.
 QUrl resolved(const QByteArray &entry, const QUrl &list);
 
-/// The same list with all its entries made absolute: plain ASCII, wherever the list is read from.
+/// The same list with all its entries made absolute: plain ASCII, wherever the list is read from. Of a list of keys,
+/// entries and their titles are kept, in the order of their numbers.
 QByteArray withAbsoluteEntries(const QByteArray &text, Syntax syntax, const QUrl &list);
 
 } // namespace PlaylistEntries

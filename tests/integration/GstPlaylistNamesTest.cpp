@@ -144,6 +144,30 @@ private Q_SLOTS:
             QCOMPARE(contents.code, KelvoError::EmptyPlaylist);
     }
 
+    void keysAreUnderstoodHoweverTheyAreSpelled_data()
+    {
+        QTest::addColumn<QByteArray>("keys");
+        QTest::newRow("blanks") << QByteArray(
+            "File1 = /a.mp3\nTitle1 = A\nFile2\t=\t/b.mp3\nNumberOfEntries = 2\n");
+        QTest::newRow("small letters") << QByteArray("file1=/a.mp3\nfile2=/b.mp3\nnumberofentries=2\n");
+        QTest::newRow("twice") << QByteArray("File1=/a.mp3\nFile1=/c.mp3\nFile2=/b.mp3\nNumberOfEntries=3\n");
+        QTest::newRow("without a number")
+            << QByteArray("File=/c.mp3\nFilename=/d.mp3\nFile1=/a.mp3\nFile2=/b.mp3\nNumberOfEntries=4\n");
+        QTest::newRow("without a value")
+            << QByteArray("File1=/a.mp3\nFile3\nFile4=\nFile9=/b.mp3\nNumberOfEntries=4\n");
+        QTest::newRow("old line ends") << QByteArray("File1=/a.mp3\rFile2=/b.mp3\rNumberOfEntries=2\r");
+        QTest::newRow("numbers from elsewhere")
+            << QByteArray("File0=/a.mp3\nFile070=/b.mp3\nNumberOfEntries=2\n");
+    }
+
+    void keysAreUnderstoodHoweverTheyAreSpelled()
+    {
+        QFETCH(QByteArray, keys);
+        const QByteArray mark = keys.contains('\n') ? "[playlist]\n" : "[playlist]\r";
+        const Contents contents = read(QStringLiteral("odd.pls"), mark + keys);
+        QCOMPARE(contents.entries, (QList<QUrl>{QUrl("file:///a.mp3"), QUrl("file:///b.mp3")}));
+    }
+
     void latin1BytesNameTheFileOfThoseBytesFirst_data()
     {
         QTest::addColumn<QString>("file");

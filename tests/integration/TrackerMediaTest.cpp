@@ -183,6 +183,11 @@ private Q_SLOTS:
                                     "[playlist]\nNumberOfEntries=3\nFile1=http://example.org/radio.mp3\n"
                                     "Title1=Radio\nFile2=b%20.mp3\nFile3=sub/a.mp3\n")
                              << "list";
+        QTest::newRow("pls with blanks around its signs")
+            << "list.pls"
+            << QByteArray("[playlist]\nNumberOfEntries = 3\nFile1 = http://example.org/radio.mp3\n"
+                          "Title1 = Radio\nFile2 = b%20.mp3\nFile3 = sub/a.mp3\n")
+            << "list";
         QTest::newRow("xspf")
             << "list.xspf"
             << QByteArray("<?xml version=\"1.0\"?><playlist version=\"1\" xmlns=\"http://xspf.org/ns/0/"

@@ -28,16 +28,14 @@ struct Collection
     int seen = 0;
 };
 
-/// The list as the parser can take it. Lines of an M3U list it would take as seen from its own copy; a PLS list that is
-/// no UTF-8 it spoils.
+/// The list as the parser can take it: entries it would take as seen from its own copy.
 QByteArray prepared(const QByteArray &text, Format format, const QUrl &base)
 {
     using PlaylistEntries::Syntax;
-    if (format == Format::M3u)
-        return PlaylistEntries::withAbsoluteEntries(text, Syntax::Lines, base);
-    if (format == Format::Pls && !PlaylistEntries::isUtf8(text))
-        return PlaylistEntries::withAbsoluteEntries(text, Syntax::Keys, base);
-    return text;
+    if (format == Format::Xspf)
+        return text;
+    return PlaylistEntries::withAbsoluteEntries(
+        text, format == Format::Pls ? Syntax::Keys : Syntax::Lines, base);
 }
 
 void addEntry(TotemPlParser *, const char *entry, GHashTable *, gpointer data)

@@ -49,20 +49,20 @@ void addEntry(TotemPlParser *, const char *uri, GHashTable *metadata, gpointer d
     item->entries.push_back(std::move(entry));
 }
 
-/// The list as the parser can take it, when it is no UTF-8: the parser would take its names for those of other files.
+/// A copy of the list that the parser can take, where it cannot take the list itself: it takes Latin-1 names for those
+/// of other files, and looks for ever for keys that are not spelled in the usual way.
 std::unique_ptr<QTemporaryFile> readable(const QByteArray &path)
 {
     using PlaylistEntries::Syntax;
     QFile file(QFile::decodeName(path));
-    if (path.endsWith(".xspf") || !file.open(QIODevice::ReadOnly))
+    if (path.toLower().endsWith(".xspf") || !file.open(QIODevice::ReadOnly))
         return nullptr;
     const QByteArray text = file.read(maximumSize);
-    if (PlaylistEntries::isUtf8(text))
+    const bool hasKeys = text.toLower().contains("[playlist]");
+    if (!hasKeys && PlaylistEntries::isUtf8(text))
         return nullptr;
-    const bool hasKeys = text.trimmed().toLower().startsWith("[playlist]");
-    const QByteArray suffix = hasKeys ? ".pls" : ".m3u";
     auto copy = std::make_unique<QTemporaryFile>(
-        QDir::temp().filePath(QLatin1String("kelvo-XXXXXX") + QLatin1String(suffix)));
+        QDir::temp().filePath(QLatin1String(hasKeys ? "kelvo-XXXXXX.pls" : "kelvo-XXXXXX.m3u")));
     const QByteArray made = PlaylistEntries::withAbsoluteEntries(
         text, hasKeys ? Syntax::Keys : Syntax::Lines, QUrl::fromEncoded(FileUri::fromPath(path)));
     return copy->open() && copy->write(made) == made.size() && copy->flush() ? std::move(copy) : nullptr;

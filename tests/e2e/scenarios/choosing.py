@@ -1,9 +1,6 @@
 # SPDX-License-Identifier: MIT
 """A renderer that plays already is chosen: the window shows what goes on there."""
 
-import os
-from pathlib import Path
-
 from bench import media
 from bench.scenario import Scenario
 from bench.waiting import holds, until
@@ -34,8 +31,7 @@ class Choosing(Scenario):
         console.wait_position(lambda at: at > first[0], "goes on")
         self.assertEqual(console.metadata()[:3], ["title: Long Tone", "artist: Dee Example", "album: Long"])
         self.assertEqual(len(console.metadata()), len(set(console.metadata())))
-        if os.environ.get("KELVO_E2E_PICTURES"):
-            console.screen.shoot(Path(os.environ["KELVO_E2E_PICTURES"]) / "chosen-while-playing.png")
+        console.screen.shoot(self.output(".png"))
         console.press("Pause")
         console.wait_button("Resume")
 
