@@ -22,6 +22,7 @@ public:
         , m_counter(counter)
     {
         m_reached.setSingleShot(true);
+        m_reached.setTimerType(Qt::PreciseTimer); // others may be early
         connect(&m_reached, &QTimer::timeout, this, &PlayingTime::count);
         connect(renderer, &KelvoRenderer::stateChanged, this, &PlayingTime::changeState);
         connect(renderer, &KelvoRenderer::mediaChanged, this,
@@ -65,9 +66,12 @@ private:
     {
         if (key != QLatin1String("duration"))
             return;
-        m_needed = m_neededOfMeasured = KelvoPlayCounter::neededTime(values.value(0).toInt());
+        const int seconds = values.value(0).toInt();
+        m_needed = m_neededOfMeasured = KelvoPlayCounter::neededTime(seconds);
         m_measured = m_url;
         schedule();
+        if (seconds > 0 && !m_url.isEmpty())
+            Q_EMIT m_counter->lengthTold(m_url, seconds);
     }
 
     void schedule()

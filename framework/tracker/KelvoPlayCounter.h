@@ -8,7 +8,7 @@
 class KelvoRegistry;
 class KelvoRenderer;
 
-/// Counts the playings of songs: follows the renderers of a registry by their signals and tells the tracker store when
+/// Where playing meets the store. Counts the playings of songs: follows the renderers of a registry by their signals and tells the tracker store when
 /// an item has been in state Playing for half of its duration or for four minutes, whichever is less. Pauses do not
 /// count, nor does what seeking skips; an item that is played again counts again. GUI thread.
 class KELVO_TRACKER_EXPORT KelvoPlayCounter : public QObject
@@ -24,6 +24,8 @@ public:
 Q_SIGNALS:
     /// The item with this URL counts as played.
     void played(const QUrl &url);
+    /// The renderer that plays the item with this URL says that it is so many seconds long.
+    void lengthTold(const QUrl &url, int seconds);
 
 private:
     void follow(KelvoRenderer *renderer);

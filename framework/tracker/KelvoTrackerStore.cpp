@@ -84,6 +84,24 @@ int addPlay(StoreConnection &connection, const QByteArray &url, StoreError *erro
     return connection.update({text}, error) ? count : 0;
 }
 
+// False when nothing with the URL has another length.
+bool setLength(StoreConnection &connection, const QByteArray &url, int seconds, StoreError *error)
+{
+    const QByteArray wanted = " nie:url " + Sparql::literal(url)
+        + " OPTIONAL { ?x nfo:duration ?length } FILTER (!BOUND(?length) || ?length != "
+        + QByteArray::number(seconds) + ") ";
+    const QByteArray length = " nfo:duration " + QByteArray::number(seconds);
+    const QByteArray inMusic = QByteArray("{ GRAPH <") + Sparql::MusicGraph + "> { ";
+    const QByteArray song
+        = connection.selectOne("SELECT ?x " + inMusic + "?x a nmm:MusicPiece ;" + wanted + "} }", error);
+    if (!song.isEmpty())
+        return connection.update(
+            {"INSERT OR REPLACE " + inMusic + Sparql::iri(song) + length + " } }"}, error);
+    const QByteArray video = connection.selectOne("SELECT ?x { ?x a nmm:Video ;" + wanted + "}", error);
+    return !video.isEmpty()
+        && connection.update({"INSERT OR REPLACE { " + Sparql::iri(video) + length + " }"}, error);
+}
+
 bool setMark(StoreConnection &connection, const QByteArray &url, const char *tag, bool on, StoreError *error)
 {
     const QByteArray song = songAt(connection, url, error);
@@ -317,6 +335,16 @@ void KelvoTrackerStore::countPlay(const QUrl &url)
         within(session, [&](StoreConnection &connection, StoreError *error) {
             if (const int count = addPlay(connection, FileUri::canonical(url.toEncoded()), error))
                 mailbox->post([this, url, count] { Q_EMIT playCounted(url, count); });
+        });
+    });
+}
+
+void KelvoTrackerStore::correctLength(const QUrl &url, int seconds)
+{
+    d->operations.start([this, url, seconds, session = session(), mailbox = d->mailbox] {
+        within(session, [&](StoreConnection &connection, StoreError *error) {
+            if (setLength(connection, FileUri::canonical(url.toEncoded()), seconds, error))
+                mailbox->post([this, url, seconds] { Q_EMIT lengthCorrected(url, seconds); });
         });
     });
 }

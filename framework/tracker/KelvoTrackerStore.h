@@ -63,6 +63,9 @@ public:
     /// Counts one playing of the song with this URL and notes the time. Ends with playCounted(), when it is a song
     /// of the store.
     void countPlay(const QUrl &url);
+    /// Corrects the length of the song or video with this URL, as playing it has shown it; until the file changes. Ends
+    /// with lengthCorrected(), when the store had another one.
+    void correctLength(const QUrl &url, int seconds);
     /// Adds the song to the favourites or takes it out; files keep their mark when they are moved or changed.
     /// (The entries of a playlist file named "Favorites" or "Favourites" are favourites too.)
     void setFavorite(const QUrl &url, bool favorite);
@@ -81,6 +84,7 @@ Q_SIGNALS:
     /// A pass of the indexer has ended.
     void indexed(const KelvoIndexReport &report);
     void playCounted(const QUrl &url, int count);
+    void lengthCorrected(const QUrl &url, int seconds);
     /// A mark was set or taken away.
     void marked(const QUrl &url);
     /// The store had to be rebuilt; a text for the user.

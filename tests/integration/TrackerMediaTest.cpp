@@ -42,6 +42,23 @@ private Q_SLOTS:
         QCOMPARE(value(model, 1, "fileSize").toLongLong(), QFileInfo(place("b.mp4")).size());
     }
 
+    void correctsTheLengthOfAVideo()
+    {
+        const QUrl video = QUrl::fromLocalFile(addFile("b.mp4", "clip.mp4"));
+        QVERIFY(index());
+        QSignalSpy corrected(&store(), &KelvoTrackerStore::lengthCorrected);
+        store().correctLength(video, 2); // nothing new
+        store().correctLength(video, 17);
+        QTRY_COMPARE(corrected.count(), 1);
+        QCOMPARE(corrected.first(), QVariantList({video, 17}));
+        QSparqlConnection connection("QTRACKER", QSparqlConnectionOptions());
+        QSparqlQueryModel model;
+        QSignalSpy finished(&model, &QSparqlQueryModel::finished);
+        model.setQuery(QSparqlQuery(VideoQuery, QSparqlQuery::SelectStatement), connection);
+        QVERIFY(finished.wait());
+        QCOMPARE(texts(model, "length"), QStringList("17"));
+    }
+
     void looksIntoVideos()
     {
         addFile("clip.mp4", "clip.mp4");
@@ -122,13 +139,19 @@ private Q_SLOTS:
         KelvoGeneralSourcePlaylist playlist(KelvoPlaylist::getNewPlaylistId(), "Songs", "KelvoTrackerSource");
         playlist.setUnderlyingModel(songs.get());
         QSignalSpy counted(&store(), &KelvoTrackerStore::playCounted);
+        QSignalSpy corrected(&store(), &KelvoTrackerStore::lengthCorrected);
+        store().correctLength(
+            QUrl(songs->index(0, 2).data().toString()), 99); // as if it had been read wrongly
+        QTRY_COMPARE(corrected.count(), 1);
         KelvoRenderer *renderer = registry.renderers().constFirst();
         QSignalSpy completed(renderer, &KelvoRenderer::playbackCompleted);
         renderer->assignPlaylist(&playlist);
         renderer->play();
         QVERIFY(completed.wait(20000));
         QTRY_COMPARE(counted.count(), 1);
+        QTRY_COMPARE(corrected.count(), 2);
         const auto played = result(Type::MostPlayedSongs);
+        QCOMPARE(value(*played, 0, "songLength").toInt(), 1);
         QCOMPARE(texts(*played, "songTitle"), QStringList("A"));
         QCOMPARE(value(*played, 0, "usageCounter").toInt(), 1);
         QCOMPARE(titles(Type::RecentlyPlayedSongs), QStringList("A"));

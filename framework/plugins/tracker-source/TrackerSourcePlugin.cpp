@@ -25,6 +25,7 @@ bool TrackerSourcePlugin::start(KelvoRegistry *registry, QString *error)
     KelvoTrackerStore *store = KelvoTrackerStore::instance();
     m_counter = std::make_unique<KelvoPlayCounter>(registry);
     connect(m_counter.get(), &KelvoPlayCounter::played, store, &KelvoTrackerStore::countPlay);
+    connect(m_counter.get(), &KelvoPlayCounter::lengthTold, store, &KelvoTrackerStore::correctLength);
     // A store that cannot be opened is said so by the log and by each query; the source stays, so that it can be
     // asked what it is.
     store->hold(this);

@@ -6,7 +6,6 @@
 #include "KelvoMessageHandler.h"
 #include "MediaTypes.h"
 #include "PlaylistReader.h"
-#include "TagReader.h"
 #include "TextRepair.h"
 
 #include <QElapsedTimer>
@@ -72,7 +71,7 @@ std::shared_ptr<Indexer> Indexer::start(std::shared_ptr<StoreSession> session, I
 void Indexer::stop()
 {
     m_stopped = true;
-    m_discoverer.interrupt();
+    m_reader.interrupt();
     m_cancellation.cancel();
     m_watch.wake();
 }
@@ -321,10 +320,7 @@ MediaItem Indexer::read(const FolderTree::Found &found)
     item.title = FileUri::fileName(item.uri);
     item.mimeType = MediaTypes::mimeType(found.file.name);
     item.isDownloaded = isDownloaded(item.path);
-    if (item.kind == MediaKind::Playlist)
-        item.isReadable = readPlaylist(&item);
-    else
-        item.isReadable = (item.kind == MediaKind::Song && readTags(&item)) || m_discoverer.read(&item);
+    item.isReadable = item.kind == MediaKind::Playlist ? readPlaylist(&item) : m_reader.read(&item);
     return item;
 }
 

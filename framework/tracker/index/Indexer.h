@@ -7,7 +7,7 @@
 #include "FolderTree.h"
 #include "FolderWatch.h"
 #include "IndexSettings.h"
-#include "MediaDiscoverer.h"
+#include "MediaReader.h"
 #include "StoreWriter.h"
 
 #include <atomic>
@@ -76,7 +76,7 @@ private:
 
     FolderWatch m_watch;
     FolderTree m_tree;
-    MediaDiscoverer m_discoverer;
+    MediaReader m_reader;
     StoreCancellation m_cancellation;
     bool m_reload = true; // the tree has to be read from the store again
     QSet<QByteArray> m_missingRoots; // when everything was looked through the last time

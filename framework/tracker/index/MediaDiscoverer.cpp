@@ -67,12 +67,23 @@ bool isUnderstood(GstDiscovererInfo *info)
         && (hasMovingPictures(info) || hasSound(info));
 }
 
+qint64 lengthOf(GstDiscovererInfo *info)
+{
+    const GstClockTime duration = gst_discoverer_info_get_duration(info);
+    return GST_CLOCK_TIME_IS_VALID(duration) ? qint64(duration / GST_MSECOND) : 0;
+}
+
+// A stream that is in no container has no place where its length could stand.
+bool isBareStream(GstDiscovererInfo *info)
+{
+    const auto top = GObjectPtr<GstDiscovererStreamInfo>::take(gst_discoverer_info_get_stream_info(info));
+    return top && !GST_IS_DISCOVERER_CONTAINER_INFO(top.get());
+}
+
 void fill(MediaItem *item, GstDiscovererInfo *info)
 {
     item->kind = hasMovingPictures(info) ? MediaKind::Video : MediaKind::Song;
-    const GstClockTime duration = gst_discoverer_info_get_duration(info);
-    if (GST_CLOCK_TIME_IS_VALID(duration) && duration > 0)
-        item->seconds = int(std::clamp<quint64>((duration + GST_SECOND / 2) / GST_SECOND, 1, INT32_MAX));
+    item->setLength(lengthOf(info));
     const GstTagList *tags = gst_discoverer_info_get_tags(info);
     if (const QString title = tagText(tags, GST_TAG_TITLE); !title.isEmpty())
         item->title = title;
@@ -99,6 +110,7 @@ struct MediaDiscoverer::Private
     MediaItem *item = nullptr;
     bool done = false;
     bool understood = false;
+    bool estimated = false;
 };
 
 bool MediaDiscoverer::Private::prepare()
@@ -118,8 +130,10 @@ bool MediaDiscoverer::Private::prepare()
     const auto discovered = +[](GstDiscoverer *, GstDiscovererInfo *info, GError *, gpointer data) {
         auto *self = static_cast<Private *>(data);
         self->understood = info && isUnderstood(info);
-        if (self->understood)
+        if (self->understood) {
             fill(self->item, info);
+            self->estimated = isBareStream(info) || self->item->milliseconds == 0;
+        }
         self->done = true;
     };
     g_signal_connect(discoverer.get(), "discovered", G_CALLBACK(discovered), this);
@@ -137,13 +151,14 @@ MediaDiscoverer::~MediaDiscoverer()
     g_main_context_unref(d->context);
 }
 
-bool MediaDiscoverer::read(MediaItem *item)
+bool MediaDiscoverer::read(MediaItem *item, bool *estimated)
 {
     if (!d->prepare())
         return false;
     d->item = item;
     d->done = false;
     d->understood = false;
+    d->estimated = false;
     // The discoverer's callbacks come through the context of the thread that starts it.
     g_main_context_push_thread_default(d->context);
     gst_discoverer_start(d->discoverer.get());
@@ -153,6 +168,7 @@ bool MediaDiscoverer::read(MediaItem *item)
     }
     gst_discoverer_stop(d->discoverer.get());
     g_main_context_pop_thread_default(d->context);
+    *estimated = d->estimated;
     return d->understood;
 }
 

@@ -17,7 +17,8 @@ public:
 
     /// Fills in what the file says. A video without pictures becomes a song. False when it cannot be understood, or
     /// takes too long.
-    bool read(MediaItem *item);
+    /// @param estimated  the length is a guess: nothing in the file tells it
+    bool read(MediaItem *item, bool *estimated);
     /// Ends a read() that runs, and all later ones.
     void interrupt();
 

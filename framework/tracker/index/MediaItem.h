@@ -64,6 +64,7 @@ struct MediaItem
     int track = 0;
     int disc = 0;
     int seconds = 0; ///< 0: not known
+    qint64 milliseconds = 0; ///< the same, as read from a file
     QByteArray mimeType;
     bool isDownloaded = false;
 
@@ -73,6 +74,9 @@ struct MediaItem
         QString title;
     };
     std::vector<Entry> entries; ///< of a playlist
+
+    /// 0 or less: not known.
+    KELVO_TRACKER_EXPORT void setLength(qint64 length);
 };
 
 /// "urn:kelvo:<kind>:<number>"

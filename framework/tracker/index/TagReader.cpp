@@ -4,6 +4,9 @@
 #include "TextRepair.h"
 
 #include <fileref.h>
+#include <mpegfile.h>
+#include <mpegproperties.h>
+#include <oggfile.h>
 #include <tag.h>
 #include <tfile.h>
 #include <tfilestream.h>
@@ -96,9 +99,44 @@ void fill(MediaItem *item, TagLib::File &file)
     item->track = tags.number("TRACKNUMBER");
     item->disc = tags.number("DISCNUMBER");
 }
+// Without a header that counts the frames, the library takes the first frame's bit rate for that of all.
+bool hasOneBitRate(TagLib::MPEG::File &file)
+{
+    constexpr long samples = 16;
+    const long begin = file.firstFrameOffset();
+    if (begin < 0)
+        return false;
+    const int bitRate = TagLib::MPEG::Header(&file, begin, false).bitrate();
+    for (long i = 1; i < samples; ++i) {
+        const long frame = file.nextFrameOffset(begin + (file.length() - begin) / samples * i);
+        if (frame >= 0 && TagLib::MPEG::Header(&file, frame, false).bitrate() != bitRate)
+            return false;
+    }
+    return true;
+}
+
+// The length of an Ogg file stands on its last page. The library looks for that backwards, in pieces that do not
+// overlap, and so does not see one that begins where two of them meet. It does in pieces that lie elsewhere.
+bool missesLastPage(TagLib::Ogg::File &file)
+{
+    constexpr long otherwise = 512;
+    return file.length() > otherwise && file.rfind("OggS", file.length() - otherwise) > file.rfind("OggS");
+}
+
+LengthSource lengthSource(TagLib::File &file)
+{
+    if (!file.audioProperties() || file.audioProperties()->lengthInMilliseconds() <= 0)
+        return LengthSource::Decoding;
+    if (auto *mpeg = dynamic_cast<TagLib::MPEG::File *>(&file))
+        return mpeg->audioProperties()->xingHeader() || hasOneBitRate(*mpeg) ? LengthSource::Headers
+                                                                             : LengthSource::Frames;
+    if (auto *ogg = dynamic_cast<TagLib::Ogg::File *>(&file))
+        return missesLastPage(*ogg) ? LengthSource::Frames : LengthSource::Headers;
+    return LengthSource::Headers;
+}
 } // namespace
 
-bool readTags(MediaItem *item)
+bool readTags(MediaItem *item, LengthSource *source)
 {
     try {
         // By its name alone the library would open the file for writing too.
@@ -110,8 +148,8 @@ bool readTags(MediaItem *item)
         const TagLib::AudioProperties *sound = file.audioProperties();
         if (!sound || (sound->sampleRate() <= 0 && sound->lengthInMilliseconds() <= 0))
             return false;
-        const int milliseconds = sound->lengthInMilliseconds();
-        item->seconds = milliseconds > 0 ? std::max(1, (milliseconds + 500) / 1000) : 0;
+        item->setLength(sound->lengthInMilliseconds());
+        *source = lengthSource(*file.file());
         return true;
     } catch (const std::exception &) {
         return false; // lengths in broken files make the library ask for more memory than there is
