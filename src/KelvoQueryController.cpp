@@ -39,7 +39,35 @@ const auto videoQueryText = QStringLiteral(
     "SELECT ?video nfo:fileName(?video) nie:url(?video) ?length nfo:fileSize(?video)WHERE {  "
     "  ?video a nmm:Video .    OPTIONAL    {      ?video nfo:duration ?length .    } } ORDER "
     "BY nfo:fileName(?video)");
-const auto songIdKey = QStringLiteral("songId");
+
+/// The header texts by which results name their columns. Of these only the first is looked for here.
+constexpr QLatin1String columnKeys[] = {
+    QLatin1String("songId"),
+    QLatin1String("songUri"),
+    QLatin1String("songTitle"),
+    QLatin1String("songLength"),
+    QLatin1String("trackNumber"),
+    QLatin1String("artistId"),
+    QLatin1String("artistName"),
+    QLatin1String("albumId"),
+    QLatin1String("albumName"),
+    QLatin1String("albumTrackCount"),
+    QLatin1String("albumLength"),
+    QLatin1String("albumArtistCount"),
+    QLatin1String("albumSongs"),
+    QLatin1String("numberOfSongs"),
+    QLatin1String("numberOfAlbums"),
+    QLatin1String("genre"),
+    QLatin1String("year"),
+    QLatin1String("favorited"),
+    QLatin1String("usageCounter"),
+    QLatin1String("added"),
+    QLatin1String("playlistId"),
+    QLatin1String("playlistName"),
+    QLatin1String("playlistTrackCount"),
+    QLatin1String("playlistLength"),
+};
+constexpr QLatin1String songIdKey = columnKeys[0];
 } // namespace
 
 KelvoQueryController::KelvoQueryController(QObject *parent, KelvoMainWindow *mainWindow)

@@ -68,7 +68,6 @@ private:
     KelvoRegistry *m_registry;
     QPointer<KelvoMainWindow> m_mainWindow;
     KelvoQueryController *m_queryController;
-    QPointer<KelvoPlaylistController> m_appendingTo; // may still be copying from the latest result
     KelvoBrowseController *m_browseController;
     KelvoThumbnailDownloader *m_thumbnailDownloader;
     QList<QPointer<KelvoSource>> m_selectedSources; // in the registry's order
@@ -79,4 +78,5 @@ private:
     QStringList m_propertyKeys;
     QString m_propertySourceUuid;
     int m_propertyIndex = -1;
+    QPointer<KelvoPlaylistController> m_appendingTo; // may still be copying from the latest result
 };
