@@ -47,6 +47,7 @@ private Q_SLOTS:
     void coverIsTold();
     void unfitAddressIsNotHandedOn_data();
     void unfitAddressIsNotHandedOn();
+    void stateIsFollowedWithoutEvents();
 
 private:
     bool pauses(FakeUpnpDevice &device)
@@ -261,6 +262,27 @@ void UpnpEventFaultTest::unfitAddressIsNotHandedOn()
     QTRY_COMPARE(m_heard->state(), Playing);
     QCOMPARE(m_heard->media.size(), 1);
     QCOMPARE(m_heard->media.constFirst().content.url, isFit ? QUrl(QString::fromLatin1(uri)) : QUrl());
+}
+void UpnpEventFaultTest::stateIsFollowedWithoutEvents()
+{
+    constexpr int pollTime = 10'000;
+    FakeUpnpDevice device;
+    device.otherUrls = "/nowhere";
+    QVERIFY(appears(device));
+    KelvoRenderer *renderer = find(device.udn);
+    m_heard = std::make_unique<RendererProbe>(*renderer);
+    device.results["CurrentURI"] = "http://elsewhere/song";
+    device.sendState("PLAYING");
+    QTRY_COMPARE_WITH_TIMEOUT(m_heard->state(), Playing, pollTime);
+    const int asked = device.actions("GetTransportInfo");
+    QTRY_VERIFY_WITH_TIMEOUT(device.actions("GetTransportInfo") > asked, pollTime);
+    // What we do we know before it is looked at again; then somebody else undoes it.
+    device.sendState("PAUSED_PLAYBACK");
+    renderer->pause();
+    QTRY_COMPARE(m_heard->state(), Paused);
+    device.sendState("PLAYING");
+    QTRY_COMPARE_WITH_TIMEOUT(m_heard->state(), Playing, pollTime);
+    QCOMPARE(device.subscriptions(), 0);
 }
 } // namespace
 
