@@ -86,7 +86,8 @@ void UpnpTransport::hearUri(const QString &uri)
 
 void UpnpTransport::hearMedia(const Upnp::Answer &answer)
 {
-    if (answer.outcome != Upnp::Answer::Done || isLoading() || m_isStopping)
+    // What is to be stopped need not be shown, and would take the wish with it.
+    if (answer.outcome != Upnp::Answer::Done || isLoading() || m_isStopping || m_wishes.stop)
         return;
     const QString uri = answer.values.value("CurrentURI");
     if (!m_epoch && m_stoppedEpoch && UpnpText::isSameUri(uri, m_uri)) {

@@ -31,6 +31,7 @@ private Q_SLOTS:
     void endIsFoundWithoutAnEvent();
     void pauseIsFoundWithoutAnEvent();
     void fallenPositionOfWhatPlaysIsTaken();
+    void stopIsNotLostWhileTheItemIsAskedFor();
 
 private:
     struct Told
@@ -295,6 +296,20 @@ void UpnpItemsTest::fallenPositionOfWhatPlaysIsTaken()
     QTRY_VERIFY((m_transport->askPosition(), m_positions->constLast().at(1).toDouble() < 12));
     QVERIFY(plays(1));
     QCOMPARE(ends(), 0);
+}
+void UpnpItemsTest::stopIsNotLostWhileTheItemIsAskedFor()
+{
+    // Somebody else plays, as it may be found to do.
+    m_link->uri = m_link->trackUri = QStringLiteral("http://other/song");
+    become("PLAYING");
+    QTRY_VERIFY(plays(0));
+    m_link->uri = QStringLiteral("http://other/next");
+    send({{"AVTransportURI", m_link->uri}});
+    QCOMPARE(m_link->calls.constLast().action, QByteArray("GetMediaInfo"));
+    m_transport->unload();
+    QTRY_COMPARE(m_link->count("Stop"), 1);
+    QTRY_COMPARE(m_link->underWay, 0);
+    QCOMPARE(m_link->state, QStringLiteral("STOPPED"));
 }
 } // namespace
 
