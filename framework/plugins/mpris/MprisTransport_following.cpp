@@ -175,9 +175,8 @@ void MprisTransport::takeIdle(const MprisSnapshot &now)
 {
     const bool playsSilently
         = now.state == KelvoRenderer::Stopped && now.track.isPresent() && hasAdvanced(now);
-    // Where it came to rest after its end.
-    const bool rests = now.state == KelvoRenderer::Paused && m_epoch == 0 && m_sinceUnload.isValid()
-        && now.track.isSameAs(m_track);
+    // After their end some come to rest in what they had first.
+    const bool rests = now.state == KelvoRenderer::Paused && m_epoch == 0 && m_sinceUnload.isValid();
     const bool plays = (now.state != KelvoRenderer::Stopped && !rests) || playsSilently;
     const bool stillStopping = m_sinceUnload.isValid() && m_sinceUnload.elapsed() < StoppingTime
         && (now.track.isSameAs(m_track) || !now.track.isPresent());

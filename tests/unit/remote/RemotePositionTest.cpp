@@ -17,6 +17,7 @@ private Q_SLOTS:
     void aimIsKeptWhileThePlayerSettles();
     void pausesBetweenPolls();
     void doesNotAskWhilePaused();
+    void refinedLengthIsToldWhenItsSecondsChange();
 };
 
 void RemotePositionTest::asksNobodyWhileNobodyWantsToKnow()
@@ -139,6 +140,17 @@ void RemotePositionTest::doesNotAskWhilePaused()
     QVERIFY(waitMs(1200));
     QCOMPARE(position(), 4.5);
     QCOMPARE(m_transport->polls, 1);
+}
+
+// Players refine the length of what they play as they read it.
+void RemotePositionTest::refinedLengthIsToldWhenItsSecondsChange()
+{
+    playing();
+    for (const double seconds : {5.31, 5.12, 5.07, 4.4})
+        Q_EMIT m_transport->durationReported(m_transport->epoch(), seconds);
+    flush();
+    QCOMPARE(m_heard->metadataCount("duration"), 2);
+    QCOMPARE(m_heard->metadata("duration"), QVariant(4));
 }
 } // namespace
 
