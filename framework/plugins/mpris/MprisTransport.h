@@ -75,6 +75,8 @@ private:
     void fail(KelvoError::Code code, const QString &message);
     bool isOurs(const MprisTrack &track) const;
     bool isFresh(const MprisSnapshot &now) const;
+    bool hasGivenUp() const;
+    bool isEmptyForGood(const MprisSnapshot &now) const;
     bool hasPlayedAtOnce(const MprisSnapshot &now) const;
 
     // What a snapshot means (MprisTransport_following.cpp)

@@ -11,9 +11,11 @@ constexpr qint64 BenefitOfDoubt = 1500;
 /// With nothing in it for so long after it took the item, the player does not play it.
 constexpr qint64 EmptyBefore = 600;
 constexpr qint64 AbsenceAfter = 150; ///< without any track, once ours had been there
-/// At rest for so long with our item in it, the player has given it up.
+/// Stopped for so long, the player has given our item up: with it, without any track after it had said that it plays,
+/// and since it took the item if it never said so.
 constexpr qint64 StopAfterTrying = 500;
-constexpr qint64 StopBefore = 2500;
+constexpr qint64 EmptyAfterTrying = 1500;
+constexpr qint64 StopWithoutTrying = 2500;
 /// So long paused, it is to be paused.
 constexpr qint64 PauseTime = 3000;
 constexpr qint64 NudgeEvery = 250;
@@ -90,14 +92,18 @@ void MprisTransport::takeOpeningRest(const MprisSnapshot &now)
         begin(now, KelvoRenderer::Playing);
         m_position.moveTo(m_duration);
         takeEnd(now);
-    } else if (isStopped && !m_tellsOfEmptiness
-        && m_sinceRest.elapsed() >= (m_tried ? StopAfterTrying : StopBefore)) {
-        giveUp();
-    } else if (m_sinceLoad.elapsed() > OpeningTime) {
+    } else if ((isStopped && hasGivenUp()) || m_sinceLoad.elapsed() > OpeningTime) {
         giveUp();
     } else {
         nudge(now);
     }
+}
+
+/// Whether it has been stopped with our item for long enough. One that says when nothing is left of it is waited for.
+bool MprisTransport::hasGivenUp() const
+{
+    const bool late = m_tried || m_sinceLoad.elapsed() >= StopWithoutTrying;
+    return !m_tellsOfEmptiness && late && m_sinceRest.elapsed() >= StopAfterTrying;
 }
 
 /// Whether it is so short that it was over between two looks.
@@ -120,6 +126,15 @@ void MprisTransport::nudge(const MprisSnapshot &now)
     command(m_item.paused ? QStringLiteral("Pause") : QStringLiteral("Play"), {}, [this] { refresh(); });
 }
 
+/// Whether a player without any track has said all that it will say of our item.
+bool MprisTransport::isEmptyForGood(const MprisSnapshot &now) const
+{
+    const qint64 absent = m_sinceAbsence.elapsed();
+    const bool hasTried = m_tried && now.state == KelvoRenderer::Stopped;
+    return (m_seen && absent >= AbsenceAfter) || (now.isEmptied && absent >= EmptyBefore)
+        || (hasTried && m_sinceRest.elapsed() >= EmptyAfterTrying);
+}
+
 /// The player shows nothing of ours, or does not answer.
 void MprisTransport::takeAbsence(const MprisSnapshot *now)
 {
@@ -128,9 +143,11 @@ void MprisTransport::takeAbsence(const MprisSnapshot *now)
         m_sinceAbsence.invalidate();
     else if (!m_sinceAbsence.isValid())
         m_sinceAbsence.start();
-    const qint64 absent = isAbsent ? m_sinceAbsence.elapsed() : 0;
-    const bool isDefinite = isAbsent && (m_seen || now->isEmptied);
-    if (m_accepted && isDefinite && absent >= (m_seen ? AbsenceAfter : EmptyBefore))
+    if (isAbsent) {
+        m_tried = m_tried || now->state == KelvoRenderer::Playing;
+        noteRest(now->state);
+    }
+    if (m_accepted && isAbsent && isEmptyForGood(*now))
         giveUp();
     else if (m_accepted && m_sinceLoad.elapsed() > OpeningTime && now)
         giveUp();

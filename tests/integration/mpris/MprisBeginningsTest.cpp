@@ -99,17 +99,24 @@ void MprisBeginningsTest::slowOneIsWaitedFor()
 void MprisBeginningsTest::unplayableItemIsAnError_data()
 {
     QTest::addColumn<QStringList>("says");
-    QTest::newRow("stopped with its address") << QStringList{"Stopped"};
-    QTest::newRow("tries, then stops") << QStringList{"Playing", "Stopped"};
+    QTest::addColumn<QVariantMap>("shows");
+    const QVariantMap ours = FakeMprisPlayer::metadata("http://media/missing", 0);
+    const QVariantMap nameless{{"mpris:trackid", QVariant::fromValue(QDBusObjectPath("/track/0"))}};
+    QTest::newRow("stopped with its address") << QStringList{"Stopped"} << ours;
+    QTest::newRow("tries, then stops") << QStringList{"Playing", "Stopped"} << ours;
+    QTest::newRow("stopped with a track without an address") << QStringList{"Stopped"} << nameless;
+    QTest::newRow("tries and shows nothing") << QStringList{"Playing", "Stopped"} << QVariantMap();
 }
 
 void MprisBeginningsTest::unplayableItemIsAnError()
 {
     QFETCH(QStringList, says);
+    QFETCH(QVariantMap, shows);
+    m_player->player["Metadata"] = shows.contains("xesam:url") ? QVariantMap() : shows;
     m_player->appear();
     QVERIFY(listen());
-    whenOpened([&](const QString &url) {
-        m_player->player["Metadata"] = FakeMprisPlayer::metadata(url, 0);
+    whenOpened([&](const QString &) {
+        m_player->player["Metadata"] = shows;
         m_player->player["PlaybackStatus"] = says.constFirst();
         // Text, which the player does not move on.
         m_player->player["Position"] = QStringLiteral("0");
