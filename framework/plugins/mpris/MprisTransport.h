@@ -69,6 +69,7 @@ private:
     void takeOpeningRest(const MprisSnapshot &now);
     void noteRest(KelvoRenderer::State state);
     void nudge(const MprisSnapshot &now);
+    void takeRefusal(const QString &message);
     void takeAbsence(const MprisSnapshot *now);
     void begin(const MprisSnapshot &now, KelvoRenderer::State state);
     void giveUp();
@@ -123,10 +124,12 @@ private:
     bool m_accepted = false;
     bool m_seen = false;
     bool m_tried = false; ///< the player said that it plays it
-    int m_nudges = 0;
+    size_t m_nudges = 0;
+    int m_refusals = 0; ///< of nudges, in a row
     QElapsedTimer m_sinceNudge;
     KelvoRenderer::State m_restState = KelvoRenderer::Stopped;
     QElapsedTimer m_sinceRest; ///< in that state
+    QElapsedTimer m_sinceLook;
     QElapsedTimer m_sinceLoad;
     QElapsedTimer m_sinceAbsence;
     QElapsedTimer m_sinceUnload;

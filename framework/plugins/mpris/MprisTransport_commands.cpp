@@ -57,8 +57,10 @@ void MprisTransport::load(const Item &item)
     m_before = m_last.track.url;
     m_accepted = m_seen = m_tried = false;
     m_nudges = 0;
+    m_refusals = 0;
     m_sinceNudge.invalidate();
     m_sinceRest.invalidate();
+    m_sinceLook.invalidate();
     m_sinceSeek.invalidate();
     m_sinceLoss.invalidate();
     m_duration = -1;

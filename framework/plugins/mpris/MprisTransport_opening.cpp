@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "MprisTransport.h"
 
+#include <array>
+
 namespace {
 // All in milliseconds. How often to look while an item is on its way, at first and later.
 constexpr int QuickLook = 25;
@@ -16,9 +18,12 @@ constexpr qint64 AbsenceAfter = 150; ///< without any track, once ours had been 
 constexpr qint64 StopAfterTrying = 500;
 constexpr qint64 EmptyAfterTrying = 1500;
 constexpr qint64 StopWithoutTrying = 2500;
+constexpr qint64 Silence = 400;
 /// So long paused, it is to be paused.
-constexpr qint64 PauseTime = 3000;
-constexpr qint64 NudgeEvery = 250;
+constexpr qint64 PauseTime = 6000;
+/// Between one nudge and the next, each longer than the one before: some begin anew with each.
+constexpr std::array<qint64, 4> NudgePauses{250, 750, 2000, 4000};
+constexpr int RefusedNudges = 3;
 /// A player that says nothing definite may be waiting for a server.
 constexpr qint64 OpeningTime = 10'000;
 // Seconds.
@@ -78,10 +83,13 @@ void MprisTransport::takeOpeningOurs(const MprisSnapshot &now)
     }
 }
 
+/// A player that was busy for a while has not been at rest.
 void MprisTransport::noteRest(KelvoRenderer::State state)
 {
-    if (std::exchange(m_restState, state) != state || !m_sinceRest.isValid())
+    const bool hasBeenSilent = m_sinceLook.isValid() && m_sinceLook.elapsed() > Silence;
+    if (std::exchange(m_restState, state) != state || !m_sinceRest.isValid() || hasBeenSilent)
         m_sinceRest.start();
+    m_sinceLook.start();
 }
 
 /// The player has our item and does not do what it should with it, or not yet.
@@ -118,12 +126,32 @@ bool MprisTransport::hasPlayedAtOnce(const MprisSnapshot &now) const
 void MprisTransport::nudge(const MprisSnapshot &now)
 {
     const auto wanted = m_item.paused ? KelvoRenderer::Paused : KelvoRenderer::Playing;
-    const bool isTooSoon = m_sinceNudge.isValid() && m_sinceNudge.elapsed() < NudgeEvery;
-    if (now.state == wanted || isTooSoon || (now.state == KelvoRenderer::Stopped && m_nudges > 0))
+    const bool hasBeenTried = now.state == KelvoRenderer::Stopped && m_nudges > 0;
+    const bool isEnough = hasBeenTried || m_nudges > NudgePauses.size();
+    if (now.state == wanted || isEnough
+        || (m_nudges > 0 && m_sinceNudge.elapsed() < NudgePauses.at(m_nudges - 1)))
         return;
     ++m_nudges;
     m_sinceNudge.start();
-    command(m_item.paused ? QStringLiteral("Pause") : QStringLiteral("Play"), {}, [this] { refresh(); });
+    command(
+        m_item.paused ? QStringLiteral("Pause") : QStringLiteral("Play"), {},
+        [this, epoch = m_epoch] {
+            if (epoch == m_epoch)
+                m_refusals = 0;
+            refresh();
+        },
+        [this, epoch = m_epoch](KelvoError::Code, const QString &message) {
+            if (epoch == m_epoch && m_phase == Phase::Opening)
+                takeRefusal(message);
+        });
+}
+
+/// Once, it may not be ready for the command; again and again, it cannot do it.
+void MprisTransport::takeRefusal(const QString &message)
+{
+    if (++m_refusals < RefusedNudges)
+        return;
+    fail(KelvoError::ReadFailed, QStringLiteral("%1 (%2)").arg(m_item.info.url().toDisplayString(), message));
 }
 
 /// Whether a player without any track has said all that it will say of our item.

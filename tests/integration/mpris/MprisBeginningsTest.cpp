@@ -26,12 +26,14 @@ private Q_SLOTS:
     }
     void slowOneIsWaitedFor_data();
     void slowOneIsWaitedFor();
+    void busyOneIsWaitedFor();
     void unplayableItemIsAnError_data();
     void unplayableItemIsAnError();
     void itemThatIsGivenUpLateIsAnError();
     void sameItemUnderAnotherAddress_data();
     void sameItemUnderAnotherAddress();
     void playIsRepeatedWhileItRestsPaused();
+    void refusalToPlayIsOneError();
     void pauseIsPossibleOnlyWhileItPlays_data();
     void pauseIsPossibleOnlyWhileItPlays();
 
@@ -94,6 +96,37 @@ void MprisBeginningsTest::slowOneIsWaitedFor()
     // And it is ours.
     QCOMPARE(m_heard->media.size(), 1);
     QCOMPARE(m_heard->media.constFirst().content.url, QUrl("http://media/slow"));
+}
+
+// It says for a moment that it is stopped with our item, and nothing more until the server has answered.
+void MprisBeginningsTest::busyOneIsWaitedFor()
+{
+    m_player->appear();
+    QVERIFY(listen());
+    QList<QDBusMessage> waiting;
+    bool isBusy = false;
+    m_player->onCall = [&](const QDBusMessage &call) {
+        if (call.member() == u"OpenUri") {
+            show(call.arguments().constFirst().toString(), "Stopped");
+            m_player->reply(call);
+            QTimer::singleShot(100, m_player.get(), [&] { isBusy = true; });
+            QTimer::singleShot(2700, m_player.get(), [&] {
+                isBusy = false;
+                // First what was asked meanwhile, as of before.
+                for (const QDBusMessage &question : std::exchange(waiting, {}))
+                    m_player->handleMessage(question, QDBusConnection(QString()));
+                m_player->player["PlaybackStatus"] = "Playing";
+                m_player->change();
+            });
+            return true;
+        }
+        if (isBusy)
+            waiting.append(call);
+        return isBusy || call.member() == u"Play";
+    };
+    m_renderer->playUri(QUrl("http://media/slow"));
+    QTRY_COMPARE(m_heard->states, (States{Transitioning, Playing}));
+    QCOMPARE(m_heard->errors.size(), 0);
 }
 
 void MprisBeginningsTest::unplayableItemIsAnError_data()
@@ -205,6 +238,30 @@ void MprisBeginningsTest::playIsRepeatedWhileItRestsPaused()
     m_renderer->playUri(QUrl("http://media/song"));
     QTRY_COMPARE(m_heard->states, (States{Transitioning, Playing}));
     QCOMPARE(ignored, 3);
+}
+
+void MprisBeginningsTest::refusalToPlayIsOneError()
+{
+    m_player->appear();
+    QVERIFY(listen());
+    m_player->onCall = [&](const QDBusMessage &call) {
+        if (call.member() == u"Play")
+            m_player->refuse(call, "what is this");
+        else if (call.member() == u"OpenUri")
+            show(call.arguments().constFirst().toString(), "Paused");
+        if (call.member() == u"OpenUri")
+            m_player->reply(call);
+        return call.member() == u"OpenUri" || call.member() == u"Play";
+    };
+    QElapsedTimer timer;
+    timer.start();
+    m_renderer->playUri(QUrl("http://media/junk"));
+    QTRY_COMPARE(m_heard->errors.size(), 1);
+    QVERIFY2(timer.elapsed() < 3000, qPrintable(QString::number(timer.elapsed())));
+    QCOMPARE(m_heard->errors.constFirst().code(), KelvoError::ReadFailed);
+    QVERIFY(m_heard->errors.constFirst().message().contains("http://media/junk"));
+    QVERIFY(m_heard->errors.constFirst().message().contains("what is this"));
+    QTRY_COMPARE(m_heard->states, (States{Transitioning, Stopped}));
 }
 
 void MprisBeginningsTest::pauseIsPossibleOnlyWhileItPlays_data()
