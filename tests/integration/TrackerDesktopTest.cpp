@@ -4,6 +4,7 @@
 #include "TrackerTestCase.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QProcess>
 #include <QSignalSpy>
 #include <QTest>
@@ -84,6 +85,22 @@ private Q_SLOTS:
         QCOMPARE(report.removed, 1);
         QCOMPARE(report.files, 3);
         QCOMPARE(titles(Type::AllSongs), QStringList({"Three", "Two"}));
+        // The desktop knows that there is a playlist, and the file what is in it.
+        QFile list(place("list.m3u"));
+        QVERIFY(list.open(QIODevice::WriteOnly));
+        list.write("file:///music/two.mp3\nfile:///music/three.mp3\n");
+        list.close();
+        QVERIFY(tell("INSERT DATA { <urn:file:p> a nfo:FileDataObject ; nie:url \"file://"
+            + list.fileName().toUtf8()
+            + "\" ; nfo:fileSize 9 ; nfo:fileLastModified \"2026-01-02T03:04:05Z\" . <urn:p> a nmm:Playlist "
+              "; "
+              "nie:isStoredAs <urn:file:p> }"));
+        store().rescan();
+        QVERIFY(indexed.wait(10000));
+        const auto lists = result(Type::AllPlaylists);
+        QCOMPARE(lists->rowCount(), 1);
+        const auto entries = result(Type::SongsOfPlaylist, lists->index(0, 0).data().toInt());
+        QCOMPARE(texts(*entries, "songTitle"), QStringList({"Two", "Three"}));
         closeStore();
         m_desktop.kill();
         m_desktop.waitForFinished();
