@@ -177,6 +177,8 @@ void SimulatorItemsTest::refusesValues_data()
     const QList<QPair<const char *, QVariant>> values{
         {"sim-latency", -1},
         {"sim-latency", "soon"},
+        {"sim-latency", 1.5},
+        {"sim-latency", true},
         {"sim-failure", "x"},
         {"sim-failure", "106,0"},
         {"sim-failure", "106,x"},
