@@ -108,8 +108,11 @@ class TestScript(MadeUp):
         1/2 Testing: unit-a
         1/2 Test: unit-a
         PASS   : ATest::one()
-        SKIP   : ATest::two(row) no mounts here
+        SKIP   : ATest::two(a row) no mounts here
            Loc: [a.cpp(1)]
+        SKIP   : ATest::three() no mounts here
+        SKIP   : ATest::three() no mounts here
+        SKIP   : ATest::four(x (y)) no mounts here
         1/2 Testing: e2e-b
         test_three (b.B.test_three) ... skipped "it's no use here"
         2/2 Testing: contract-c
@@ -121,8 +124,9 @@ class TestScript(MadeUp):
         result = self.start()
         self.assertEqual(result.returncode, 0, result.stdout)
         self.assertEqual(result.stdout.splitlines()[-4:], [
-            "==> skipped: 3", "    contract-c all of it: this system has no cables.",
-            "    e2e-b test_three: it's no use here", "    unit-a ATest::two(row): no mounts here"])
+            "==> skipped: 6", "    contract-c: this system has no cables. (all of it)",
+            "    e2e-b: it's no use here (test_three)",
+            "    unit-a: no mounts here (ATest::two(a row), ATest::three() and 2 more)"])
 
     def test_a_skip_for_want_of_a_package_fails(self):
         for reason in ("rygel is not installed", "mpv or its script (packages mpv and mpv-mpris) is not installed",
@@ -140,7 +144,7 @@ class TestScript(MadeUp):
         self.ends("alone", "1/1 Testing: unit-a\nSKIP   : ATest::four() no sound\n")
         result = self.start()
         self.assertIn("==> skipped: 3", result.stdout)
-        self.assertIn("ATest::four(): no sound", result.stdout)
+        self.assertIn("unit-a: no sound (ATest::four())", result.stdout)
         self.assertNotIn("ATest::two", result.stdout)
 
 

@@ -40,7 +40,12 @@ def report(logs):
         by_test |= skips_of(log)
     skips = [(test, *skip) for test, skipped in sorted(by_test.items()) for skip in skipped]
     missing = [skip for skip in skips if _MISSING_PACKAGE.search(skip[2])]
-    lines = [f"==> skipped: {len(skips)}"] + [f"    {test} {what}: {why}" for test, what, why in skips]
+    lines = [f"==> skipped: {len(skips)}"]
+    by_reason = {}
+    for test, what, why in skips:
+        by_reason.setdefault((test, why), []).append(what)
+    for (test, why), whats in by_reason.items():
+        lines.append(f"    {test}: {why} ({', '.join(whats[:2])}{f' and {len(whats) - 2} more' if whats[2:] else ''})")
     if missing:
         lines.append(f"error: {len(missing)} of them for want of a package (scripts/install-dependencies.sh test)")
     return lines, bool(missing)
