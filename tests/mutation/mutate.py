@@ -33,6 +33,7 @@ from areas import programs_for  # noqa: E402
 ROOT = Path(__file__).resolve().parents[2]
 HERE = Path(__file__).resolve().parent
 DONE = ("killed", "survived")
+QUICK = 2  # seconds; tests that take longer wait for others, and may wait in vain
 _ENDED = re.compile(r"\s*\d+/\d+ Test\s+#\d+: (\S+) \.*\s*(.*?)\s+([\d.]+) sec")
 
 
@@ -205,9 +206,18 @@ class Run:
         self.store.save("pending", {"path": mutant["path"], "text": text})
         file.write_text("\n".join(lines))
         try:
-            return self.verdict(programs)
+            outcome = self.verdict(programs)
         finally:
             self.put_back()
+        return self.confirmed(outcome) if outcome["result"] == "killed" else outcome
+
+    def confirmed(self, outcome):
+        """A kill counts only when the test passes without the change, at this hour and on a machine as busy as now."""
+        program, name = outcome.pop("program"), outcome["by"]
+        usual = self.build.baseline(program)[name]
+        if usual > QUICK and (not self.build.make(program, 3600)[0] or self.build.run([name], 60 + 8 * usual)[0]):
+            return {"result": "unclear", "why": f"{name} fails without the change too"}
+        return outcome
 
     def verdict(self, programs):
         end = time.monotonic() + self.options.limit
@@ -231,7 +241,7 @@ class Run:
                 for name in failed:
                     again, how, _ = self.build.run([name], 60 + 8 * usual[name])
                     if again:
-                        return {"result": "killed", "by": name, "how": how}
+                        return {"result": "killed", "by": name, "how": how, "program": program}
                 tests = [name for name in tests if name not in taken and name not in failed] if failed else []
         return {"result": "survived"}
 
@@ -247,7 +257,7 @@ class Run:
             key = name_of(mutant)
             known = self.results.get(key, {}).get("result")
             if self.options.again:
-                if known != "survived":
+                if known not in ("survived", "unclear"):
                     continue
             elif known:
                 continue
@@ -291,7 +301,8 @@ def write_report(file, results, options, reasons):
              f"Written by `tests/mutation/mutate.py --count {options.count} --seed {options.seed}`"
              + "".join(f" --path {path}" for path in options.path) + ".", "",
              f"{len(decided)} of {options.count} changes were tried to the end: {len(killed)} killed{share}, "
-             f"{len(survived)} survived. Not counted: {len(others)} (do not compile, lines that are gone, out of time).",
+             f"{len(survived)} survived. Not counted: {len(others)} (do not compile, lines that are gone, out of time, "
+             "tests that failed without the change too).",
              "", "## Survived", "", "| where | change | now | reason |", "|---|---|---|---|"]
     lines += [f"| {one['path']}:{one['line']} | {one['operator']} | {cell(one['after'])} | "
               f"{reasons.get(name_of(one), '')} |" for one in survived]
@@ -312,7 +323,7 @@ def arguments(argv):
     parser.add_argument("--build", default=str(ROOT / "build-asan"), help="build folder (build-asan)")
     parser.add_argument("--build-prefix", default="", help="put before each build command, for instance 'nice'")
     parser.add_argument("--report", default=str(HERE / "report.md"), help="where the report goes")
-    parser.add_argument("--again", action="store_true", help="tries the survivors again")
+    parser.add_argument("--again", action="store_true", help="tries the survivors again, and what was unclear")
     parser.add_argument("--list", action="store_true", help="shows the chosen changes only")
     return parser.parse_args(argv)
 

@@ -204,6 +204,11 @@ class Verdicts(unittest.TestCase):
         results = self.run_with(lambda test, text: test == "quick" and next(failures, False))
         self.assertEqual({one["result"] for one in results.values()}, {"survived"})
 
+    def test_a_test_that_fails_without_the_change_has_noticed_nothing(self):
+        results = self.run_with(lambda test, text: test == "slow")
+        self.assertEqual({one["result"] for one in results.values()}, {"unclear"})
+        self.assertIn("0 of 60 changes were tried to the end", (self.root / "report.md").read_text())
+
     def test_what_does_not_compile_is_not_counted(self):
         self.SOURCE = "void f()\n{\n    use(uncompilable, true);\n}\n"
         self.file.write_text(self.SOURCE)
