@@ -4,34 +4,38 @@
 #include "KelvoMessageHandler.h"
 
 #include <QCoreApplication>
+#include <QDeadlineTimer>
 
 #include <algorithm>
 #include <utility>
 #include <vector>
 
 namespace {
-using Thread = std::unique_ptr<QThread>;
-constexpr int LongestWait = 5000; // milliseconds
-
-std::vector<Thread> &endingThreads()
+struct EndingThread
 {
-    static std::vector<Thread> threads;
+    std::unique_ptr<QThread> thread;
+    std::chrono::milliseconds longestWait;
+};
+
+std::vector<EndingThread> &endingThreads()
+{
+    static std::vector<EndingThread> threads;
     return threads;
 }
 
-void waitFor(Thread thread)
+void waitFor(EndingThread ending)
 {
-    if (thread->wait(LongestWait))
+    if (ending.thread->wait(QDeadlineTimer(ending.longestWait)))
         return;
-    qCWarning(lcKelvo) << "Thread" << thread->objectName() << "does not end";
+    qCWarning(lcKelvo) << "Thread" << ending.thread->objectName() << "does not end";
     // Outlives the program, as said above.
-    static_cast<void>(thread.release());
+    static_cast<void>(ending.thread.release());
 }
 
 void waitForAll()
 {
-    for (Thread &thread : std::exchange(endingThreads(), {}))
-        waitFor(std::move(thread));
+    for (EndingThread &ending : std::exchange(endingThreads(), {}))
+        waitFor(std::move(ending));
 }
 
 /// It has said that it is finished, so this waits for its very last steps. A deleteLater() would come too late when
@@ -39,21 +43,21 @@ void waitForAll()
 void forget(const QThread *thread)
 {
     auto &threads = endingThreads();
-    const auto found = std::find_if(
-        threads.begin(), threads.end(), [thread](const Thread &one) { return one.get() == thread; });
+    const auto found = std::find_if(threads.begin(), threads.end(),
+        [thread](const EndingThread &one) { return one.thread.get() == thread; });
     if (found == threads.end())
         return;
-    Thread ended = std::move(*found);
+    EndingThread ended = std::move(*found);
     threads.erase(found);
     waitFor(std::move(ended));
 }
 } // namespace
 
-void deleteWhenEnded(std::unique_ptr<QThread> thread)
+void deleteWhenEnded(std::unique_ptr<QThread> thread, std::chrono::milliseconds longestWait)
 {
     QCoreApplication *application = QCoreApplication::instance();
     if (!application) {
-        waitFor(std::move(thread));
+        waitFor({std::move(thread), longestWait});
         return;
     }
     // Each time anew: plug-ins end their threads while the application ends, too.
@@ -62,5 +66,5 @@ void deleteWhenEnded(std::unique_ptr<QThread> thread)
     QObject::connect(
         thread.get(), &QThread::finished, application, [ended = thread.get()] { forget(ended); },
         Qt::QueuedConnection);
-    endingThreads().push_back(std::move(thread));
+    endingThreads().push_back({std::move(thread), longestWait});
 }

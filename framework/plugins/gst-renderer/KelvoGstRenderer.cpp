@@ -9,6 +9,14 @@
 #include "RendererValues.h"
 
 #include <algorithm>
+#include <chrono>
+
+using namespace std::chrono_literals;
+
+namespace {
+constexpr auto endWhileStarting = 200ms;
+constexpr auto endOnceStarted = 5s;
+} // namespace
 
 KelvoGstRenderer::KelvoGstRenderer(const EngineSettings &settings, QObject *parent)
     : KelvoRenderer(parent)
@@ -88,6 +96,10 @@ void KelvoGstRenderer::connectPlayer()
 
 void KelvoGstRenderer::startEngine()
 {
+    // The first start ever looks through all of GStreamer's plug-ins, which takes seconds, cannot be interrupted and
+    // leaves nothing half done.
+    m_engine.setLongestEnd(endWhileStarting);
+    connect(m_player, &ItemPlayer::initialised, this, [this] { m_engine.setLongestEnd(endOnceStarted); });
     tellPlayer([](ItemPlayer &player) { player.initialise(); });
 }
 

@@ -15,7 +15,7 @@ WorkerThread::WorkerThread(std::unique_ptr<QObject> worker, const QString &name)
 WorkerThread::~WorkerThread()
 {
     QThread *thread = m_thread.get();
-    deleteWhenEnded(std::move(m_thread));
+    deleteWhenEnded(std::move(m_thread), m_longestEnd);
     post([worker = m_worker, thread] {
         worker->deleteLater(); // done by the thread as its last act
         thread->quit();

@@ -4,6 +4,7 @@
 #include <QMetaObject>
 #include <QThread>
 
+#include <chrono>
 #include <memory>
 #include <utility>
 
@@ -22,6 +23,9 @@ public:
     /// The object, as the type that was given. Only for connections and for calls by post().
     template <typename Worker> Worker *worker() const { return static_cast<Worker *>(m_worker); }
 
+    /// How long the end of the application waits for this thread; five seconds unless told otherwise.
+    void setLongestEnd(std::chrono::milliseconds longest) { m_longestEnd = longest; }
+
     /// Runs the call on the worker's thread, after those asked for before.
     template <typename Call> void post(Call &&call)
     {
@@ -31,4 +35,5 @@ public:
 private:
     QObject *m_worker;
     std::unique_ptr<QThread> m_thread;
+    std::chrono::milliseconds m_longestEnd = std::chrono::seconds(5);
 };

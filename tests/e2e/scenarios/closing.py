@@ -123,3 +123,11 @@ class Closing(Scenario):
         # GStreamer looks through all its plug-ins then, which cannot be interrupted.
         console = self.start(media.url("list.pls"), env={"GST_REGISTRY_1_0": None})
         self.assert_ends(console, "window manager")
+
+    def test_while_gstreamer_looks_through_its_plugins_on_a_slow_disk(self):
+        scanner, begun = self.desktop.folder / "scanner", self.desktop.folder / "scanner-has-begun"
+        scanner.write_text(f"#!/bin/sh\n: >{begun}\nexec sleep 4\n")
+        scanner.chmod(0o755)
+        console = self.start(env={"GST_REGISTRY_1_0": None, "GST_PLUGIN_SCANNER_1_0": str(scanner)})
+        until(begun.exists, lambda: f"it looks\n{console.log.tail()}", 20)
+        self.assert_ends(console, "menu")
