@@ -66,3 +66,35 @@ class MainMenu(Scenario):
             self.choose_plugin(console, "simulator", "Unload")
             until(lambda: self.renderers(console) == ["KelvoGstRenderer"],
                   lambda: f"they are gone; there are {self.renderers(console)}")
+
+    def start_with_both(self):
+        console = self.start()
+        until(lambda: self.renderers(console) == ["KelvoGstRenderer"], "the real renderer is the first one")
+        self.choose_plugin(console, "simulator", "Load")
+        until(lambda: len(self.renderers(console)) == 4, "the simulated renderers follow", 20)
+        console.user.choose_in_combo(console.combos()[0], "Simulator A")
+        until(lambda: console.combos()[0].name() == "Simulator A", "another renderer is current")
+        return console
+
+    def unload(self, console, name):
+        mark = console.log.mark()
+        self.choose_plugin(console, name, "Unload")
+        console.log.wait_for("KelvoPluginController::showPluginsDialog ends", mark)
+        return mark
+
+    def test_a_renderer_that_is_not_current_goes_alone(self):
+        console = self.start_with_both()
+        mark = self.unload(console, "gst-renderer")
+        until(lambda: "KelvoGstRenderer" not in self.renderers(console), "it is gone")
+        self.assertEqual(console.combos()[0].name(), "Simulator A")
+        self.assertEqual(console.log.count("KelvoRendererController::(rendererChanged|stop)", mark), 0)
+
+    def test_nobody_follows_a_current_renderer_that_goes(self):
+        console = self.start_with_both()
+        mark = self.unload(console, "simulator")
+        until(lambda: self.renderers(console) == ["KelvoGstRenderer"], "they are gone")
+        self.assertNotEqual(console.combos()[0].name(), "KelvoGstRenderer")
+        self.assertEqual(console.log.count("KelvoRendererController::rendererChanged", mark), 0)
+        console.user.choose_in_combo(console.combos()[0], "KelvoGstRenderer")
+        console.log.wait_for("KelvoRendererController::rendererChanged", mark)
+        until(lambda: console.combos()[0].name() == "KelvoGstRenderer", "the one that was picked is current")
