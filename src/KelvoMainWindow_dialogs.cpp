@@ -49,7 +49,8 @@ bool KelvoMainWindow::showCreatePlaylistDialog(QString &name)
     if (m_playlistDialog->isVisible())
         return false;
     m_playlistDialog->setText(name);
-    const QPointer<KelvoPlaylistDialog> dialog = m_playlistDialog; // it goes with a window that is closed meanwhile
+    // A dialog goes with its window, which can be closed meanwhile.
+    const QPointer<KelvoPlaylistDialog> dialog = m_playlistDialog;
     const bool accepted = dialog->exec() == QDialog::Accepted;
     if (dialog)
         name = dialog->text();
@@ -142,7 +143,7 @@ bool KelvoMainWindow::showSelectSourcesDialog(const QList<KelvoSource *> &source
     if (isSelectSourcesDialogOpen())
         return false;
     m_sourceDialog->setSources(sources, selected);
-    const QPointer<KelvoSourceDialog> dialog = m_sourceDialog; // as above
+    const QPointer<KelvoSourceDialog> dialog = m_sourceDialog;
     const bool accepted = dialog->exec() == QDialog::Accepted;
     if (dialog)
         selected = dialog->selectedSources();
