@@ -6,12 +6,14 @@
 #include "WorkerPool.h"
 #include "index/FileUri.h"
 #include "index/Indexer.h"
+#include "index/MediaReader.h"
 #include "store/Sparql.h"
 #include "store/StoreOpening.h"
 #include "store/StoreSession.h"
 #include "store/TrackerThreads.h"
 
 #include <QCoreApplication>
+#include <QFile>
 #include <QSet>
 #include <QTimer>
 
@@ -84,22 +86,35 @@ int addPlay(StoreConnection &connection, const QByteArray &url, StoreError *erro
     return connection.update({text}, error) ? count : 0;
 }
 
-// False when nothing with the URL has another length.
-bool setLength(StoreConnection &connection, const QByteArray &url, int seconds, StoreError *error)
+// Who plays such a file guesses its length from what has been played so far.
+bool isLengthCounted(const QUrl &url)
 {
-    const QByteArray wanted = " nie:url " + Sparql::literal(url)
+    MediaItem item;
+    item.kind = MediaKind::Song;
+    item.path = QFile::encodeName(url.toLocalFile());
+    item.uri = FileUri::fromPath(item.path);
+    return url.isLocalFile() && MediaReader().read(&item) && item.isLengthCounted;
+}
+
+// False when nothing with the URL has another length, or a surer one.
+bool setLength(StoreConnection &connection, const QUrl &url, int seconds, StoreError *error)
+{
+    const QByteArray isOther = " ; nie:url " + Sparql::literal(FileUri::canonical(url.toEncoded()))
         + " OPTIONAL { ?x nfo:duration ?length } FILTER (!BOUND(?length) || ?length != "
         + QByteArray::number(seconds) + ") ";
-    const QByteArray length = " nfo:duration " + QByteArray::number(seconds);
     const QByteArray inMusic = QByteArray("{ GRAPH <") + Sparql::MusicGraph + "> { ";
     const QByteArray song
-        = connection.selectOne("SELECT ?x " + inMusic + "?x a nmm:MusicPiece ;" + wanted + "} }", error);
-    if (!song.isEmpty())
-        return connection.update(
-            {"INSERT OR REPLACE " + inMusic + Sparql::iri(song) + length + " } }"}, error);
-    const QByteArray video = connection.selectOne("SELECT ?x { ?x a nmm:Video ;" + wanted + "}", error);
-    return !video.isEmpty()
-        && connection.update({"INSERT OR REPLACE { " + Sparql::iri(video) + length + " }"}, error);
+        = connection.selectOne("SELECT ?x " + inMusic + "?x a nmm:MusicPiece" + isOther + "} }", error);
+    const QByteArray video = song.isEmpty()
+        ? connection.selectOne("SELECT ?x { ?x a nmm:Video" + isOther + "}", error)
+        : QByteArray();
+    if ((song.isEmpty() && video.isEmpty()) || isLengthCounted(url))
+        return false;
+    const QByteArray length = " nfo:duration " + QByteArray::number(seconds);
+    return connection.update({"INSERT OR REPLACE "
+                                 + (video.isEmpty() ? inMusic + Sparql::iri(song) + length + " } }"
+                                                    : "{ " + Sparql::iri(video) + length + " }")},
+        error);
 }
 
 bool setMark(StoreConnection &connection, const QByteArray &url, const char *tag, bool on, StoreError *error)
@@ -343,7 +358,7 @@ void KelvoTrackerStore::correctLength(const QUrl &url, int seconds)
 {
     d->operations.start([this, url, seconds, session = session(), mailbox = d->mailbox] {
         within(session, [&](StoreConnection &connection, StoreError *error) {
-            if (setLength(connection, FileUri::canonical(url.toEncoded()), seconds, error))
+            if (setLength(connection, url, seconds, error))
                 mailbox->post([this, url, seconds] { Q_EMIT lengthCorrected(url, seconds); });
         });
     });

@@ -64,7 +64,7 @@ public:
     /// of the store.
     void countPlay(const QUrl &url);
     /// Corrects the length of the song or video with this URL, as playing it has shown it; until the file changes. Ends
-    /// with lengthCorrected(), when the store had another one.
+    /// with lengthCorrected(), when the store had another one that it did not know for sure.
     void correctLength(const QUrl &url, int seconds);
     /// Adds the song to the favourites or takes it out; files keep their mark when they are moved or changed.
     /// (The entries of a playlist file named "Favorites" or "Favourites" are favourites too.)

@@ -4,6 +4,7 @@
 
 #include <QFile>
 #include <QProcess>
+#include <QSignalSpy>
 #include <QTest>
 
 #include <gst/gst.h>
@@ -257,6 +258,20 @@ private Q_SLOTS:
         QVERIFY(index());
         QCOMPARE(indexedSeconds("six.ogg"), 6);
         QCOMPARE(indexedSeconds("varied.mp3"), 6);
+    }
+
+    // Who plays a stream without a table tells a guess, and another one later.
+    void isNotCorrectedWhereItWasCounted()
+    {
+        QVERIFY(make(place("varied.mp3"), QString(varied) + " -q:a 4 -write_xing 0 -id3v2_version 0"));
+        QVERIFY(make(place("table.mp3"), QString(varied) + " -q:a 4 -id3v2_version 0"));
+        QVERIFY(index());
+        QSignalSpy corrected(&store(), &KelvoTrackerStore::lengthCorrected);
+        store().correctLength(QUrl::fromLocalFile(place("varied.mp3")), 9);
+        store().correctLength(QUrl::fromLocalFile(place("table.mp3")), 9);
+        QTRY_COMPARE(corrected.count(), 1);
+        QCOMPARE(indexedSeconds("varied.mp3"), 6);
+        QCOMPARE(indexedSeconds("table.mp3"), 9);
     }
 
     void ofWhatIsNoSoundIsNotCounted()

@@ -65,6 +65,7 @@ struct MediaItem
     int disc = 0;
     int seconds = 0; ///< 0: not known
     qint64 milliseconds = 0; ///< the same, as read from a file
+    bool isLengthCounted = false; ///< by going through the file, because its headers only let guess
     QByteArray mimeType;
     bool isDownloaded = false;
 

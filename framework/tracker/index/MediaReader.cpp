@@ -35,8 +35,10 @@ bool MediaReader::read(MediaItem *item)
     if (source == LengthSource::Headers)
         return true;
     const auto way = source == LengthSource::Frames ? StreamLength::Parsing : StreamLength::Decoding;
-    if (const qint64 milliseconds = d->length.count(item->path, way))
+    if (const qint64 milliseconds = d->length.count(item->path, way)) {
         item->setLength(milliseconds);
+        item->isLengthCounted = true;
+    }
     return true;
 }
 
