@@ -11,6 +11,7 @@
 #include <QTimer>
 
 #include <functional>
+#include <utility>
 
 class QDBusError;
 
@@ -67,7 +68,7 @@ private:
     void takeOpening(const MprisSnapshot &now);
     void takeOpeningOurs(const MprisSnapshot &now);
     void takeOpeningRest(const MprisSnapshot &now);
-    void noteRest(KelvoRenderer::State state);
+    void noteRest(const MprisSnapshot &now);
     void nudge(const MprisSnapshot &now);
     void takeRefusal(const QString &message);
     void takeAbsence(const MprisSnapshot *now);
@@ -127,8 +128,8 @@ private:
     size_t m_nudges = 0;
     int m_refusals = 0; ///< of nudges, in a row
     QElapsedTimer m_sinceNudge;
-    KelvoRenderer::State m_restState = KelvoRenderer::Stopped;
-    QElapsedTimer m_sinceRest; ///< in that state
+    std::pair<KelvoRenderer::State, bool> m_rest; ///< the state, and whether there is a track
+    QElapsedTimer m_sinceRest; ///< of that
     QElapsedTimer m_sinceLook;
     QElapsedTimer m_sinceLoad;
     QElapsedTimer m_sinceAbsence;

@@ -67,7 +67,7 @@ void MprisTransport::takeOpeningOurs(const MprisSnapshot &now)
     m_seen = true;
     m_tried = m_tried || now.state == KelvoRenderer::Playing;
     m_sinceAbsence.invalidate();
-    noteRest(now.state);
+    noteRest(now);
     const bool late = m_sinceLoad.elapsed() > BenefitOfDoubt;
     const bool playsSilently = now.state == KelvoRenderer::Stopped && hasAdvanced(now);
     const bool plays
@@ -84,10 +84,11 @@ void MprisTransport::takeOpeningOurs(const MprisSnapshot &now)
 }
 
 /// A player that was busy for a while has not been at rest.
-void MprisTransport::noteRest(KelvoRenderer::State state)
+void MprisTransport::noteRest(const MprisSnapshot &now)
 {
+    const std::pair rest(now.state, now.track.isPresent());
     const bool hasBeenSilent = m_sinceLook.isValid() && m_sinceLook.elapsed() > Silence;
-    if (std::exchange(m_restState, state) != state || !m_sinceRest.isValid() || hasBeenSilent)
+    if (std::exchange(m_rest, rest) != rest || !m_sinceRest.isValid() || hasBeenSilent)
         m_sinceRest.start();
     m_sinceLook.start();
 }
@@ -173,7 +174,7 @@ void MprisTransport::takeAbsence(const MprisSnapshot *now)
         m_sinceAbsence.start();
     if (isAbsent) {
         m_tried = m_tried || now->state == KelvoRenderer::Playing;
-        noteRest(now->state);
+        noteRest(*now);
     }
     if (m_accepted && isAbsent && isEmptyForGood(*now))
         giveUp();

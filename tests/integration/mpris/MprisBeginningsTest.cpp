@@ -88,7 +88,10 @@ void MprisBeginningsTest::slowOneIsWaitedFor()
     m_player->player["Metadata"] = meanwhile;
     m_player->appear();
     QVERIFY(listen());
-    whenOpened([this](const QString &url) { later(2500, [this, url] { show(url, "Playing"); }); });
+    whenOpened([this](const QString &url) {
+        later(2600, [this, url] { show(url, "Stopped"); });
+        later(2800, [this, url] { show(url, "Playing"); });
+    });
     m_renderer->playUri(QUrl("http://media/slow"));
     QTRY_COMPARE(m_heard->state(), Playing);
     QCOMPARE(m_heard->states, (States{Transitioning, Playing}));
