@@ -107,7 +107,7 @@ public:
 
     // Video surface: KelvoMainWindow_video.cpp
 public:
-    /// Native id of the window that video goes to.
+    /// Native id of the window that video goes to; 0 while the window is closing.
     uint getVideoXID() const;
     /// Where in that window the video goes, in native pixels.
     QRect getVideoRectangle() const;

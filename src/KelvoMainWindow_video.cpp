@@ -12,7 +12,9 @@ uint KelvoMainWindow::getVideoXID() const
     qDebug() << "KelvoMainWindow::getVideoXID";
     if (m_videoFullScreen)
         return uint(m_fullScreenVideoWidget->winId());
-    return uint(m_video_videoLabel->nativeParentWidget()->winId());
+    // None any more while the window is closing; renderers may still come then.
+    const QWidget *native = m_video_videoLabel->nativeParentWidget();
+    return native ? uint(native->winId()) : 0;
 }
 
 QRect KelvoMainWindow::getVideoRectangle() const

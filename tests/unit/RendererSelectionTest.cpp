@@ -16,6 +16,7 @@
 #include <QSlider>
 #include <QTest>
 #include <QToolButton>
+#include <QWindow>
 
 namespace {
 QStringList entries(const ConsoleFixture &console)
@@ -446,6 +447,18 @@ private Q_SLOTS:
         QCOMPARE(console.application()->renderers()->currentRenderer(), nullptr);
         console.application()->renderers()->invokeGetPosition();
         console.application()->renderers()->handlePlay();
+    }
+
+    /// The window has no native part any more and is deleted from the event loop.
+    void rendererAddedWhileTheWindowCloses()
+    {
+        const ConsoleFixture console;
+        console.window()->show();
+        QVERIFY(QTest::qWaitForWindowExposed(console.window()));
+        console.window()->windowHandle()->close(); // as the window manager does
+        RecordingRenderer renderer("r1", "one");
+        registry()->addRenderer(&renderer);
+        QVERIFY(renderer.calls().contains("setKelvoProperty(xid,uint,0)"));
     }
 
     void renamedRenderer()
