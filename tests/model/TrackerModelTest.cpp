@@ -9,8 +9,6 @@
 
 #include <QAbstractItemModelTester>
 #include <QDateTime>
-#include <QDir>
-#include <QFile>
 #include <QMetaEnum>
 #include <QPointer>
 #include <QSignalSpy>
@@ -117,20 +115,12 @@ class TrackerModelTest : public TrackerTestCase
         return true;
     }
 
-    /// Deletes the store's files under whoever reads it, waits for the new one and writes songs into that.
     bool rebuildStore(int count)
     {
-        QSignalSpy rebuilt(&store(), &KelvoTrackerStore::rebuilt);
-        const QStringList files = QDir(store().folder()).entryList({"*.db*"}, QDir::Files);
-        for (const QString &file : files)
-            QFile::remove(store().folder() + '/' + file);
-        store().session()->report(store().session()->checkFiles());
-        if (!rebuilt.wait(10'000))
-            return false;
         std::vector<MediaItem> items;
         for (int i = 0; i < count; ++i)
             items.push_back(song(i));
-        return writeSongs(items);
+        return replaceStore() && writeSongs(items);
     }
 
 private Q_SLOTS:

@@ -41,6 +41,31 @@ private Q_SLOTS:
         m_models.append(m_controller->queryModel());
         QTRY_COMPARE(caption(), QStringLiteral("Execute\nquery"));
     }
+
+    // The last function: the store has other songs then.
+    void aResultThatIsQueriedAnewIsShownAnew()
+    {
+        m_controller->setNewQueryProperties(200, 2000);
+        QTRY_VERIFY(find<QToolButton>("m_query_executeButton")->isEnabled());
+        choose(AllSongs);
+        click("m_query_executeButton");
+        m_models.append(m_controller->queryModel());
+        QTRY_COMPARE(caption(), QStringLiteral("Fetch\nrest"));
+        QVERIFY(replaceStore());
+        QVERIFY(writeSongs({song(1), song(2), song(3)}));
+        QCOMPARE(find<QLabel>("m_query_resultsLabel")->text(), QStringLiteral("200 results"));
+        QCOMPARE(caption(), QStringLiteral("Fetch\nrest"));
+        click("m_query_executeButton");
+        QTRY_COMPARE(caption(), QStringLiteral("Execute\nquery"));
+        QTRY_VERIFY(!find<QLabel>("m_query_errorLabel")->text().isEmpty());
+        QCOMPARE(find<QLabel>("m_query_resultsLabel")->text(), QStringLiteral("3 results"));
+        QCOMPARE(shown()->index(0, 1).data().toString(), song(1).title);
+        // A query of its own, and nothing more of the earlier one.
+        click("m_query_executeButton");
+        m_models.append(m_controller->queryModel());
+        QTRY_COMPARE(caption(), QStringLiteral("Execute\nquery"));
+        QCOMPARE(find<QLabel>("m_query_resultsLabel")->text(), QStringLiteral("3 results"));
+    }
 };
 
 KELVO_WIDGET_TEST(LongResultTest)

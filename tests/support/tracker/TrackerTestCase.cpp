@@ -124,6 +124,16 @@ void TrackerTestCase::closeStore()
         QVERIFY(closed.wait(patience));
 }
 
+bool TrackerTestCase::replaceStore() const
+{
+    QSignalSpy rebuilt(&store(), &KelvoTrackerStore::rebuilt);
+    const QStringList files = QDir(store().folder()).entryList({"*.db*"}, QDir::Files);
+    for (const QString &file : files)
+        QFile::remove(store().folder() + '/' + file);
+    store().session()->report(store().session()->checkFiles());
+    return rebuilt.wait(patience);
+}
+
 bool TrackerTestCase::index()
 {
     QSignalSpy indexed(&store(), &KelvoTrackerStore::indexed);

@@ -52,6 +52,8 @@ protected:
     bool openStore();
     /// Releases the store and waits until its files are closed.
     void closeStore();
+    /// Deletes the store's files under whoever reads it and waits until an empty store has taken its place.
+    bool replaceStore() const;
     /// Opens and indexes; waits until the first pass has ended.
     bool index();
     /// Waits for a pass of the indexer that leaves so many files.
