@@ -109,6 +109,7 @@ private:
     KelvoRenderer::State m_state = KelvoRenderer::Stopped; ///< reported last
     MprisTrack m_track; ///< in play, or played last
     QHash<QString, QString> m_told; ///< facts about it
+    bool m_isFactChanged = false; ///< since it was first told
     bool m_trustsPosition = false; ///< the player says "Stopped" while it plays
     RemotePosition m_position;
     double m_toldPosition = 0; ///< last

@@ -65,6 +65,7 @@ void MprisTransport::load(const Item &item)
     m_sinceLoss.invalidate();
     m_duration = -1;
     m_told.clear();
+    m_isFactChanged = false;
     m_titleAskedFor.clear();
     m_sinceAbsence.invalidate();
     m_sinceLoad.start();

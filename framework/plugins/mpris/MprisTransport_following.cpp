@@ -168,6 +168,9 @@ void MprisTransport::takeEnd(const MprisSnapshot &now)
     // What the player has gone on with is stopped or replaced like ours.
     if (now.track.isPresent())
         m_track = now.track;
+    // It has been read although the player told of no position.
+    if (m_isFactChanged)
+        Q_EMIT positionReported(m_epoch, m_position.now());
     Q_EMIT ended(std::exchange(m_epoch, 0));
 }
 
@@ -260,6 +263,7 @@ void MprisTransport::tell(const char *key, const QString &text)
     const QString name = QString::fromLatin1(key);
     if (text.isEmpty() || m_told.value(name) == text)
         return;
+    m_isFactChanged = m_isFactChanged || m_told.contains(name);
     m_told.insert(name, text);
     Q_EMIT fact(m_epoch, name, {text});
 }

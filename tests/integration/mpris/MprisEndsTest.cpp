@@ -18,6 +18,8 @@ private Q_SLOTS:
     void positionMayBeLostBeforeTheEnd_data();
     void positionMayBeLostBeforeTheEnd();
     void positionThatIsLostAtLastIsTheEnd();
+    void streamWithoutATimeEnds_data();
+    void streamWithoutATimeEnds();
     void itemThatBeginsAgainHasEnded();
     void seekFromTheEndIsNoEnd();
     void stopInTheMiddleIsNoEnd();
@@ -141,6 +143,46 @@ void MprisEndsTest::positionThatIsLostAtLastIsTheEnd()
     player.player["Position"] = QStringLiteral("0"); // and stays there
     player.change();
     QTRY_VERIFY(player.hasCall("OpenUri http://media/1"));
+}
+
+void MprisEndsTest::streamWithoutATimeEnds_data()
+{
+    QTest::addColumn<QString>("title");
+    QTest::addColumn<bool>("hasPlayed");
+    QTest::newRow("it has been read") << "Song" << true;
+    QTest::newRow("it has not been reached") << "http://media/stream" << false;
+}
+
+// A player that tells neither position nor length of what comes from the web: first it shows the address as the title,
+// and the real one when it has read it.
+void MprisEndsTest::streamWithoutATimeEnds()
+{
+    QFETCH(QString, title);
+    QFETCH(bool, hasPlayed);
+    const QString url = QStringLiteral("http://media/stream");
+    FakeMprisPlayer player;
+    player.onCall = [&](const QDBusMessage &call) {
+        player.player["Position"] = QStringLiteral("0");
+        if (call.member() != u"OpenUri")
+            return false;
+        player.player["Metadata"] = FakeMprisPlayer::metadata(url, 0, url);
+        player.player["PlaybackStatus"] = "Playing";
+        player.reply(call);
+        return true;
+    };
+    player.appear();
+    QVERIFY(listen());
+    m_renderer->playUri(QUrl(url));
+    QTRY_COMPARE(m_heard->metadata("title"), QVariant(url));
+    player.player["Metadata"] = FakeMprisPlayer::metadata(url, 0, title);
+    player.change();
+    QTRY_COMPARE(m_heard->metadata("title"), QVariant(title));
+    player.player["PlaybackStatus"] = "Stopped";
+    player.change();
+    QTRY_COMPARE(m_heard->state(), Stopped);
+    QCoreApplication::processEvents();
+    QCOMPARE(m_heard->completed, hasPlayed ? 1 : 0);
+    QCOMPARE(m_heard->errorsOf(KelvoError::ReadFailed), hasPlayed ? 0 : 1);
 }
 
 // A player that is set to repeat its track.
