@@ -210,7 +210,7 @@ void UpnpPeerQuirksTest::tellsTitleAndDurationOnceItHasLooked()
     QStringList told;
     for (const QList<QVariant> &arguments : metadata)
         told.append(arguments.at(0).toString() + ' ' + arguments.at(1).toList().constFirst().toString());
-    QCOMPARE(told, (QStringList{"title tone.mp3", "title tone", "duration 3"}));
+    QCOMPARE(told.join(", "), QStringLiteral("title tone.mp3, title tone, duration 3"));
 }
 
 void UpnpPeerQuirksTest::tellsTheDurationOfTheItemBefore()

@@ -7,7 +7,7 @@
 
 namespace {
 constexpr int firstCheck = 20; // milliseconds; doubled each time
-constexpr int proofInterval = 250; // milliseconds
+constexpr int proofInterval = 1000; // milliseconds
 } // namespace
 
 UpnpTransport::UpnpTransport(std::unique_ptr<RendererLink> link, Patience patience)
@@ -102,6 +102,7 @@ void UpnpTransport::forgetItem()
     m_isStarting = false;
     m_isDoubted = false;
     m_isAddressGone = false;
+    m_early.clear();
     m_started.invalidate();
     m_proof.stop();
     m_playTries = 0;

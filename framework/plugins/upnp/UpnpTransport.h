@@ -101,6 +101,7 @@ private:
     // --- hearing, in UpnpTransport_reports.cpp ---
     void hear(const Upnp::Report &report);
     void hearItem(const Upnp::Report &report, std::optional<State> state);
+    void hearEarly();
     void hearRendering(const Upnp::Report &report);
     void hearUri(const QString &uri);
     void hearTrack(const Upnp::Track &track);
@@ -155,6 +156,7 @@ private:
     State m_state = KelvoRenderer::Stopped;
     QString m_trackUri; // what the device named last as that of its track
     QStringList m_before; // of items that the device may still be busy with
+    QList<Upnp::Report> m_early; // come before the answer to the command that they are due to
     bool m_isTrackOurs = false; // and not that of an item before
     bool m_isAddressGone = false; // forgotten by the device
     bool m_isStarting = false; // accepted, and has not played yet

@@ -169,6 +169,7 @@ void UpnpTransport::playAnswered(quint64 epoch, const Answer &answer)
         m_isStarting = true;
         ++m_playTries;
         expect(KelvoRenderer::Playing);
+        hearEarly();
     } else {
         fail(loadError(answer), describe("Play", answer));
     }

@@ -16,6 +16,7 @@ constexpr int longestCheck = 500; // milliseconds
 // Longer than this, in milliseconds, the position of what plays is not the same: most tell it in whole seconds.
 constexpr qint64 standstill = 1500;
 constexpr int mostTries = 3;
+constexpr qsizetype mostEarly = 20; // events
 } // namespace
 
 void UpnpTransport::hear(const Upnp::Report &report)
@@ -49,6 +50,11 @@ void UpnpTransport::hear(const Upnp::Report &report)
 
 void UpnpTransport::hearItem(const Upnp::Report &report, std::optional<State> state)
 {
+    if (isLoading()) {
+        if (m_early.size() < mostEarly && !report.values.value("CurrentTrackURI").isEmpty())
+            m_early.append(report);
+        return;
+    }
     const QString duration = report.values.value("CurrentTrackDuration");
     // With an item's end its duration is over too, and not taken back.
     const bool isOver = state == KelvoRenderer::Stopped && UpnpText::parseTime(duration) == 0;
@@ -56,6 +62,15 @@ void UpnpTransport::hearItem(const Upnp::Report &report, std::optional<State> st
         hearDuration(duration);
     if (report.track)
         hearTrack(*report.track);
+}
+
+/// An event may be quicker than the answer. What it tells of the item is not said again.
+void UpnpTransport::hearEarly()
+{
+    for (const Upnp::Report &report : std::exchange(m_early, {})) {
+        if (UpnpText::isSameUri(report.values.value("CurrentTrackURI"), m_uri))
+            hearItem(report, UpnpText::parseState(report.values.value("TransportState")));
+    }
 }
 
 void UpnpTransport::hearRendering(const Upnp::Report &report)

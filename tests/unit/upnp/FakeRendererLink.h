@@ -4,6 +4,7 @@
 #include "RendererLink.h"
 
 #include <algorithm>
+#include <functional>
 
 /// A device that answers from the event loop: as its state is, or with what it was told to say to an action.
 class FakeRendererLink : public RendererLink
@@ -15,6 +16,8 @@ public:
         ++underWay;
         mostUnderWay = qMax(mostUnderWay, underWay);
         calls.append(call);
+        if (asked)
+            asked(call.action);
         QMetaObject::invokeMethod(
             this,
             [this, call, handler] {
@@ -55,6 +58,7 @@ public:
             calls.begin(), calls.end(), [&](const Upnp::Call &call) { return call.action == action; }));
     }
 
+    std::function<void(const QByteArray &)> asked; ///< hears of each action before it is answered
     QList<Upnp::Call> calls;
     QHash<QByteArray, Upnp::Answer> answers;
     QByteArray answerOnce; ///< from the second call of this action on, as the state is
