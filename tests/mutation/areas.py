@@ -11,6 +11,7 @@ AREAS = (
     ("framework/core/", ("core-tests", "model-tests", "console-tests", "simulator-tests", "unit-plugin-loading",
                          "contract-simulator")),
     ("framework/bus/", ("sharing-tests", "mpris-tests")),
+    ("framework/media/", ("gst-parts-tests", "tracker-tests")),
     ("framework/shared/", ("core-tests", "sharing-tests")),
     ("framework/tracker/", ("tracker-tests", "integration-tracker-store", "console-tests")),
     ("framework/plugins/simulator/", ("simulator-tests", "contract-simulator")),
