@@ -150,7 +150,7 @@ class Video(VideoCase):
         console = self.start(media.url("red.mp4"), env={"KELVO_PLUGINS": "simulator,gst-renderer"})
         console.log.wait_for("rendererAdded .*KelvoGstRenderer", limit=20)
         self.choose_renderer(console, "KelvoGstRenderer")
-        console.press("Play")
+        console.wait_button("Pause")  # as soon as it is chosen
         self.wait_picture(console, "the picture shows", 15)
         self.choose_renderer(console, "Simulator A")
         self.wait_no_picture(console, "the picture goes with its renderer")
