@@ -1,9 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoPlaylist.h"
-#include "KelvoShared.h"
-#include "KelvoTestCase.h"
 #include "LogRecorder.h"
-#include "RoguePeer.h"
+#include "RogueListCase.h"
 #include "TestGroup.h"
 #include "TestRegistry.h"
 
@@ -14,43 +12,11 @@
 #include <QSignalSpy>
 #include <QTest>
 
-namespace {
-uint startOf(const QDBusMessage &call)
-{
-    return call.arguments().at(0).toUInt();
-}
-
-uint countOf(const QDBusMessage &call)
-{
-    return call.arguments().at(1).toUInt();
-}
-} // namespace
-
-// A playlist of another process whose items come in wrong ways. Waits are cut to 400 ms by the environment.
-class SharedRogueItemsTest : public KelvoTestCase
+// A playlist of another process whose items come in wrong ways.
+class SharedRogueItemsTest : public RogueListCase
 {
     Q_OBJECT
 private Q_SLOTS:
-    void initTestCase()
-    {
-        qputenv("KELVO_PLUGINS", "");
-        QVERIFY(KelvoShared::instance()->initTracking(registry()));
-    }
-
-    void init()
-    {
-        KelvoTestCase::init();
-        m_rogue = std::make_unique<RoguePeer>();
-        m_rogue->items = RoguePeer::numbered(3);
-        m_rogue->appear();
-    }
-
-    void cleanup()
-    {
-        m_rogue.reset();
-        QTRY_VERIFY(registry()->allPlaylists().isEmpty());
-    }
-
     void dropsAListOfOtherTypes_data()
     {
         QTest::addColumn<QVariantList>("answer");
@@ -283,51 +249,6 @@ private Q_SLOTS:
         QVERIFY(log.warnings().first().contains("revision went back"));
     }
 
-    void doesNotWaitForItemsThatNeverCome()
-    {
-        m_rogue->onPage = [](const QDBusMessage &) {
-        };
-        KelvoPlaylist *playlist = offer(3);
-        LogRecorder log;
-        QElapsedTimer timer;
-        timer.start();
-        QCOMPARE(playlist->count(), 0);
-        QCOMPARE(playlist->itemModel()->rowCount(), 0);
-        QVERIFY(playlist->mediaInfoAt(0).isNull());
-        QVERIFY(timer.elapsed() < 400);
-        QTRY_COMPARE(log.warnings().size(), 1);
-        QVERIFY(log.warnings().first().contains("does not answer"));
-        QCOMPARE(m_rogue->pages, 3);
-        // After a rest it is asked again, without more warnings.
-        QTRY_VERIFY_WITH_TIMEOUT(m_rogue->pages >= 6, 10'000);
-        m_rogue->onPage = nullptr;
-        QTRY_COMPARE_WITH_TIMEOUT(playlist->count(), 3, 10'000);
-        QCOMPARE(log.warnings().size(), 1);
-    }
-
-    void keepsWhatItHasWhenTheRestNeverComes()
-    {
-        m_rogue->items = RoguePeer::numbered(1000);
-        const auto onlyTheFirst = [this](const QDBusMessage &call) {
-            if (startOf(call) == 0)
-                m_rogue->replyPage(call, m_rogue->items.mid(0, countOf(call)), 1);
-        };
-        m_rogue->onPage = onlyTheFirst;
-        KelvoPlaylist *playlist = offer(1000);
-        QAbstractItemModelTester tester(
-            playlist->itemModel(), QAbstractItemModelTester::FailureReportingMode::QtTest);
-        LogRecorder log;
-        QTRY_COMPARE(playlist->count(), 100);
-        QTRY_COMPARE(log.warnings().size(), 1);
-        QCOMPARE(playlist->count(), 100);
-        m_rogue->onPage = nullptr;
-        QSignalSpy changes(playlist, &KelvoPlaylist::contentsChanged);
-        playlist->itemModel(); // somebody looks at it again
-        QTRY_COMPARE(playlist->count(), 1000);
-        QCOMPARE(changes.size(), 1);
-        QCOMPARE(changes.first(), QVariantList({100U, 0U, 900U}));
-    }
-
     void saysWhenItRefuses()
     {
         m_rogue->onPage = [this](const QDBusMessage &call) {
@@ -369,21 +290,6 @@ private Q_SLOTS:
         m_rogue->replyPage(late, m_rogue->items, 1); // to somebody who no longer listens
         m_rogue->onPage = nullptr;
         QTRY_COMPARE(offer(3)->count(), 3);
-    }
-
-    void takesNoItemsFromOthers()
-    {
-        RoguePeer other("other");
-        m_rogue->onPage = [&](const QDBusMessage &call) {
-            if (m_rogue->pages == 1)
-                other.replyPage(call, RoguePeer::numbered(9), 1);
-            else
-                m_rogue->replyPage(call, m_rogue->items.mid(startOf(call), countOf(call)), 1);
-        };
-        KelvoPlaylist *playlist = offer(3);
-        QCOMPARE(playlist->count(), 0);
-        QTRY_COMPARE(playlist->count(), 3);
-        QCOMPARE(playlist->mediaInfoAt(2).title(), "Song 2");
     }
 
     void standsAFloodOfChanged()
@@ -476,17 +382,6 @@ private:
         }
         return bytes;
     }
-
-    /// One playlist, as it has arrived in the registry.
-    KelvoPlaylist *offer(uint count)
-    {
-        m_rogue->offer(0, "list", "List", count);
-        if (!QTest::qWaitFor([] { return find("list"); }, 10'000))
-            qFatal("The playlist does not arrive");
-        return find("list");
-    }
-
-    std::unique_ptr<RoguePeer> m_rogue;
 };
 
 KELVO_TEST(SharedRogueItemsTest)
