@@ -96,6 +96,7 @@ private:
     void tell(const char *key, const QString &text);
     bool hasAdvanced(const MprisSnapshot &now) const;
     bool isAtEnd() const;
+    bool isHandOver() const;
     bool isLoss(double seconds) const;
     bool isNews(double seconds) const;
     bool isBackAtRest(const MprisSnapshot &now) const;

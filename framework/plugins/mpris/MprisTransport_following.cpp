@@ -19,11 +19,12 @@ constexpr qint64 SeekingTime = 3000;
 constexpr qint64 LossTime = 300;
 // Seconds.
 constexpr double NearEnd = 1.5;
+constexpr double ReadAhead = 3;
 constexpr double NearStart = 0.5;
 /// Past its end for so long and still without a position, it has ended.
 constexpr double Overdue = 2;
-/// Some tell of the position once a second only.
-constexpr double Lag = 1.1;
+/// Some tell of the position once a second only, and begin a little later than they say.
+constexpr double Lag = 1.5;
 constexpr double SeekTolerance = 1.5;
 } // namespace
 
@@ -89,7 +90,8 @@ void MprisTransport::takeFollowing(const MprisSnapshot &now)
     const bool isOther = now.track.isPresent() && m_track.isPresent() && !now.track.isSameAs(m_track);
     if (state == KelvoRenderer::Stopped || (m_epoch != 0 && isBackAtRest(now))) {
         takeEnd(now);
-    } else if (isOther && m_epoch != 0 && isAtEnd()) {
+    } else if (isOther && m_epoch != 0 && isHandOver()) {
+        m_position.moveTo(m_duration);
         takeEnd(now); // The player goes on with a list of its own.
     } else if (isOther) {
         takeReplacement(now);
@@ -105,6 +107,12 @@ void MprisTransport::takeFollowing(const MprisSnapshot &now)
 bool MprisTransport::isAtEnd() const
 {
     return m_duration > 0 && m_position.now() >= m_duration - NearEnd;
+}
+
+/// Whether another track follows ours. Some tell of it as soon as they have read all of ours.
+bool MprisTransport::isHandOver() const
+{
+    return m_duration > 0 && m_position.now() >= m_duration - ReadAhead;
 }
 
 /// Whether that second may say nothing of where the item is: back at the start without a seek of ours. Some players

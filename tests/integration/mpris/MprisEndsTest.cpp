@@ -24,6 +24,7 @@ private Q_SLOTS:
     void seekFromTheEndIsNoEnd();
     void stopInTheMiddleIsNoEnd();
     void restsAtTheStartAfterTheLastItem();
+    void playersQueueDoesNotTakeOver_data();
     void playersQueueDoesNotTakeOver();
     void playersQueueIsStoppedAfterTheLastItem();
     void shortItemMayEndBeforeItMoves();
@@ -272,14 +273,22 @@ void MprisEndsTest::restsAtTheStartAfterTheLastItem()
     QTRY_COMPARE(m_heard->state(), Playing);
 }
 
+void MprisEndsTest::playersQueueDoesNotTakeOver_data()
+{
+    QTest::addColumn<double>("from");
+    QTest::newRow("at the end") << 59.5;
+    QTest::newRow("once all is read") << 57.5;
+}
+
 void MprisEndsTest::playersQueueDoesNotTakeOver()
 {
+    QFETCH(double, from);
     FakeMprisPlayer player;
     player.appear();
     QVERIFY(listen());
     QVERIFY(playingListOf(2));
-    player.seekTo(59'500'000);
-    QVERIFY(isPastSecond(59));
+    player.seekTo(qlonglong(from * 1e6));
+    QVERIFY(isPastSecond(uint(from)));
     player.player["Metadata"] = FakeMprisPlayer::metadata("http://elsewhere/theirs", 10, "Theirs");
     player.player["Position"] = qlonglong(0);
     player.change();
