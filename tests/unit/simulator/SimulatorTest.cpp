@@ -191,8 +191,14 @@ void SimulatorTest::sourcesAnswerAndRefuse()
         }
         QCOMPARE(listener.keys, QStringList());
         QTRY_COMPARE(listener.keys, expected);
-        for (const QVariant &value : std::as_const(listener.values))
-            QVERIFY(!value.toString().isEmpty());
+        const QVariantList all{true, false, "urn:schemas-upnp-org:device:MediaServer:1", "Simulator",
+            "http://manufacturer.invalid/", "A source without content",
+            m_registry->findSourceByUuid(uuid)->name(), "1", "http://manufacturer.invalid/model", "0000001",
+            "http://device.invalid/", "000000000000", "http://device.invalid/icon.png", false};
+        QVariantList values;
+        for (const QString &key : std::as_const(expected))
+            values.append(all.at(keys.indexOf(key)));
+        QCOMPARE(listener.values, values);
         QVERIFY(!m_registry->findSourceByUuid(uuid)->kelvoProperty(
             "no such key", &listener, "sourcePropertyCallback(QString&,QVariant&)"));
     }
