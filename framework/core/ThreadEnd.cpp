@@ -28,8 +28,9 @@ void waitFor(EndingThread ending)
     if (ending.thread->wait(QDeadlineTimer(ending.longestWait)))
         return;
     qCWarning(lcKelvo) << "Thread" << ending.thread->objectName() << "does not end";
-    // Outlives the program, as said above.
-    static_cast<void>(ending.thread.release());
+    // Outlives the program, and what it works with must too.
+    static auto &abandoned = *new std::vector<std::unique_ptr<QThread>>;
+    abandoned.push_back(std::move(ending.thread));
 }
 
 void waitForAll()
