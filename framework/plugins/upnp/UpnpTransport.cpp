@@ -7,7 +7,6 @@
 
 namespace {
 constexpr int firstCheck = 20; // milliseconds; doubled each time
-constexpr int proofInterval = 1000; // milliseconds
 } // namespace
 
 UpnpTransport::UpnpTransport(std::unique_ptr<RendererLink> link, Patience patience)
@@ -28,7 +27,7 @@ UpnpTransport::UpnpTransport(std::unique_ptr<RendererLink> link, Patience patien
     });
     m_progress.setSingleShot(true);
     connect(&m_progress, &QTimer::timeout, this, &UpnpTransport::checkProgress);
-    m_proof.setInterval(proofInterval);
+    m_proof.setSingleShot(true);
     connect(&m_proof, &QTimer::timeout, this, &UpnpTransport::askForProof);
     m_wishes.knowState = true;
     m_wishes.knowVolume = true;

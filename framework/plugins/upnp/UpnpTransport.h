@@ -163,6 +163,7 @@ private:
     bool m_isDoubted = false; // stopped at once
     QElapsedTimer m_started;
     QTimer m_proof;
+    int m_proofDelay = 0;
     int m_playTries = 0; // of the item
     bool m_isStopping = false;
     bool m_isStopTried = false; // because the device would not take an item while playing

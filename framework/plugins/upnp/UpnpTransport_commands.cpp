@@ -352,9 +352,12 @@ void UpnpTransport::sendPositionQuestion()
 {
     if (!m_epoch || isLoading())
         return;
-    send(Service::AVTransport, "GetPositionInfo", {}, {"RelTime", "TrackDuration", "TrackURI"},
-        [this, epoch = m_epoch](const Answer &answer) {
-            if (epoch == m_epoch && !isLoading())
-                hearPosition(answer);
-        });
+    QList<QByteArray> out = {"RelTime", "TrackDuration", "TrackURI"};
+    // Of a short item no event may tell in time.
+    if (m_facts.isEmpty())
+        out.append("TrackMetaData");
+    send(Service::AVTransport, "GetPositionInfo", {}, out, [this, epoch = m_epoch](const Answer &answer) {
+        if (epoch == m_epoch && !isLoading())
+            hearPosition(answer);
+    });
 }

@@ -17,6 +17,9 @@ constexpr int longestCheck = 500; // milliseconds
 constexpr qint64 standstill = 1500;
 constexpr int mostTries = 3;
 constexpr qsizetype mostEarly = 20; // events
+// Milliseconds; doubled each time.
+constexpr int firstProof = 100;
+constexpr int longestProof = 1000;
 } // namespace
 
 void UpnpTransport::hear(const Upnp::Report &report)
@@ -255,13 +258,15 @@ void UpnpTransport::failStart()
     fail(KelvoError::ReadFailed, QStringLiteral("%1 does not play it").arg(m_link->deviceName()));
 }
 
-/// Not everybody tells the duration unasked, and short items are over before anybody wants to know the position.
+/// Events come late or not at all, and short items are over before anybody else wants to know the position. Right at the
+/// start many do not know either.
 void UpnpTransport::askForProof()
 {
-    if (m_state == KelvoRenderer::Playing && isUnproven())
-        askPosition();
-    else
-        m_proof.stop();
+    if (m_state != KelvoRenderer::Playing || !isUnproven())
+        return;
+    m_proof.start(m_proofDelay);
+    m_proofDelay = std::min(2 * m_proofDelay, longestProof);
+    askPosition();
 }
 
 /// Asks again in a while. A device that accepted a command and lost it is told once more.
@@ -291,7 +296,8 @@ void UpnpTransport::itemStarted(State state)
     m_progress.start(m_patience.progress);
     if (!m_started.isValid())
         m_started.start();
-    m_proof.start();
+    m_proof.start(m_proofDelay = firstProof);
+    m_wishes.knowPosition = true;
     enterState(state);
 }
 
@@ -390,6 +396,8 @@ void UpnpTransport::hearPosition(const Upnp::Answer &answer)
         m_wishes.knowState = true;
     else
         hearDuration(duration);
+    if (isOurs && answer.track && m_facts.isEmpty())
+        hearTrack(*answer.track);
     if (const auto position = UpnpText::parseTime(answer.values.value("RelTime")))
         takePosition(*position, isJudged);
 }

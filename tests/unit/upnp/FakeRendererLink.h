@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <optional>
 
 /// A device that answers from the event loop: as its state is, or with what it was told to say to an action.
 class FakeRendererLink : public RendererLink
@@ -42,6 +43,8 @@ public:
         Upnp::Answer answer;
         answer.values = {{"CurrentTransportState", state}, {"CurrentURI", uri}, {"RelTime", position},
             {"TrackDuration", duration}, {"TrackURI", trackUri}, {"CurrentVolume", volume}};
+        if (call.out.contains("TrackMetaData"))
+            answer.track = track;
         return answer;
     }
     void refuse(const QByteArray &action, int code, const QString &message = QStringLiteral("No"))
@@ -69,6 +72,7 @@ public:
     QString position = QStringLiteral("0:00:01");
     QString duration = QStringLiteral("0:00:10");
     QString volume = QStringLiteral("50");
+    std::optional<Upnp::Track> track; ///< what is heard, for who asks for it
     int underWay = 0;
     int mostUnderWay = 0;
 };

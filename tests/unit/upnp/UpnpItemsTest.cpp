@@ -8,6 +8,7 @@
 #include <QElapsedTimer>
 #include <QSignalSpy>
 #include <QTest>
+#include <QTimer>
 
 #include <memory>
 
@@ -25,6 +26,10 @@ private Q_SLOTS:
     void unplayableItemIsAnError_data();
     void unplayableItemIsAnError();
     void itemOfASecondEnds();
+    void itemBelowASecondEndsWithoutAnEvent_data();
+    void itemBelowASecondEndsWithoutAnEvent();
+    void titleIsKnownWithoutAnEvent();
+    void titleOfTheItemBeforeIsNotOfThisOne();
     void itemWhoseAddressIsForgottenEnds();
     void itemThatMovedEndsWithoutADuration();
     void itemThatPlayedLongEndsWithoutAPosition();
@@ -219,16 +224,69 @@ void UpnpItemsTest::itemOfASecondEnds()
     QCOMPARE(m_ended->size(), 1);
 }
 
+void UpnpItemsTest::itemBelowASecondEndsWithoutAnEvent_data()
+{
+    QTest::addColumn<int>("question");
+    QTest::newRow("tells its duration at once") << 1;
+    QTest::newRow("tells its duration in a moment") << 2;
+}
+
+void UpnpItemsTest::itemBelowASecondEndsWithoutAnEvent()
+{
+    QFETCH(int, question);
+    m_link->position = m_link->duration = QStringLiteral("0:00:00.000");
+    const auto end = [this] {
+        m_link->position = m_link->duration = QStringLiteral("0:00:00.000");
+        become("STOPPED", {{"CurrentTrackDuration", "0:00:00.000"}});
+    };
+    m_link->asked = [this, end, question](const QByteArray &action) {
+        if (action == "Play")
+            QTimer::singleShot(700, m_link, end);
+        if (action == "GetPositionInfo" && m_link->state == "PLAYING"
+            && m_link->count("GetPositionInfo") >= question)
+            m_link->duration = QStringLiteral("0:00:00.731");
+    };
+    load(1, "one");
+    QTRY_COMPARE(ends(), 1);
+    QCOMPARE(m_ended->size(), 1);
+    QVERIFY(m_told.contains(Told{1, KelvoRenderer::Playing}));
+}
+
+void UpnpItemsTest::titleIsKnownWithoutAnEvent()
+{
+    QSignalSpy facts(m_transport.get(), &RemoteTransport::fact);
+    m_link->track.emplace().title = QStringLiteral("Title");
+    load(1, "one");
+    QTRY_COMPARE(facts.size(), 1);
+    QCOMPARE(facts.at(0).at(0).toULongLong(), 1ull);
+    QCOMPARE(facts.at(0).at(1).toString(), QStringLiteral("title"));
+    QCOMPARE(facts.at(0).at(2).toList().constFirst().toString(), QStringLiteral("Title"));
+}
+
+void UpnpItemsTest::titleOfTheItemBeforeIsNotOfThisOne()
+{
+    QSignalSpy facts(m_transport.get(), &RemoteTransport::fact);
+    m_link->track.emplace().title = QStringLiteral("Title");
+    load(1, "one");
+    QTRY_COMPARE(facts.size(), 1);
+    m_link->keepsTrack = true;
+    load(2, "two");
+    QTRY_VERIFY(plays(2));
+    QTRY_VERIFY((m_transport->askPosition(), m_positions->constLast().at(0).toULongLong() == 2));
+    QCOMPARE(facts.size(), 1);
+}
+
 void UpnpItemsTest::itemWhoseAddressIsForgottenEnds()
 {
-    m_link->position = m_link->duration = QStringLiteral("00:00:00");
+    // It does not tell where it is.
+    m_link->position = m_link->duration = QStringLiteral("NOT_IMPLEMENTED");
     load(1, "one");
     QTRY_VERIFY(plays(1));
     QVERIFY(m_positions->isEmpty());
     become("STOPPED", {{"AVTransportURI", ""}, {"CurrentTrackURI", ""}});
     QTRY_COMPARE(ends(), 1);
     QCOMPARE(m_ended->size(), 1);
-    // Nobody had asked, and who judges the end is told that it has moved.
+    // Who judges the end is told that it has moved.
     QCOMPARE(m_positions->size(), 1);
 }
 
@@ -315,6 +373,8 @@ void UpnpItemsTest::stopIsNotLostWhileTheItemIsAskedFor()
 void UpnpItemsTest::whatComesBeforeTheAnswerIsHeard()
 {
     QSignalSpy facts(m_transport.get(), &RemoteTransport::fact);
+    // Who asks is not told.
+    m_link->duration = QStringLiteral("NOT_IMPLEMENTED");
     load(1, "one");
     QTRY_VERIFY(plays(1));
     for (const char *command : {"SetAVTransportURI", "Play"}) {
