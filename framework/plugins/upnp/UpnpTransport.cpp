@@ -105,6 +105,7 @@ void UpnpTransport::forgetItem()
     m_started.invalidate();
     m_proof.stop();
     m_playTries = 0;
+    m_isRefusalTried = false;
     m_duration = -1;
     m_isDurationDoubted = false;
     m_position = 0;

@@ -84,6 +84,7 @@ private:
     void uriAnswered(quint64 epoch, const QString &uri, const Upnp::Answer &answer);
     void sendPlay();
     void playAnswered(quint64 epoch, const Upnp::Answer &answer);
+    bool isRefusalPassing(const Upnp::Answer &answer);
     void sendPaused();
     void sendSeek();
     void seekAnswered(double target, const Upnp::Answer &answer);
@@ -165,6 +166,7 @@ private:
     QTimer m_proof;
     int m_proofDelay = 0;
     int m_playTries = 0; // of the item
+    bool m_isRefusalTried = false; // whether it lasts
     bool m_isStopping = false;
     bool m_isStopTried = false; // because the device would not take an item while playing
     std::optional<State> m_expected;

@@ -170,9 +170,20 @@ void UpnpTransport::playAnswered(quint64 epoch, const Answer &answer)
         ++m_playTries;
         expect(KelvoRenderer::Playing);
         hearEarly();
+    } else if (isRefusalPassing(answer)) {
+        m_wishes.stop = true;
+        m_wishes.load = true;
     } else {
         fail(loadError(answer), describe("Play", answer));
     }
+}
+
+/// Some cannot begin while they are still busy with the end of the item before. One that is given the item anew, after
+/// a stop, has had the time; what it refuses then it does not play.
+bool UpnpTransport::isRefusalPassing(const Answer &answer)
+{
+    return answer.outcome == Answer::Refused && loadError(answer) == KelvoError::CommandRefused
+        && !std::exchange(m_isRefusalTried, true);
 }
 
 void UpnpTransport::sendPaused()

@@ -30,6 +30,9 @@ private Q_SLOTS:
     void itemBelowASecondEndsWithoutAnEvent();
     void titleIsKnownWithoutAnEvent();
     void titleOfTheItemBeforeIsNotOfThisOne();
+    void refusalToPlayIsTriedAgain();
+    void lastingRefusalToPlayIsAnError_data();
+    void lastingRefusalToPlayIsAnError();
     void itemWhoseAddressIsForgottenEnds();
     void itemThatMovedEndsWithoutADuration();
     void itemThatPlayedLongEndsWithoutAPosition();
@@ -274,6 +277,48 @@ void UpnpItemsTest::titleOfTheItemBeforeIsNotOfThisOne()
     QTRY_VERIFY(plays(2));
     QTRY_VERIFY((m_transport->askPosition(), m_positions->constLast().at(0).toULongLong() == 2));
     QCOMPARE(facts.size(), 1);
+}
+
+void UpnpItemsTest::refusalToPlayIsTriedAgain()
+{
+    // Still busy with the end of the item before.
+    m_link->refuse("Play", 501, QStringLiteral("Playing failed"));
+    m_link->answerOnce = "Play";
+    load(1, "one");
+    QTRY_VERIFY(plays(1));
+    QCOMPARE(m_link->count("Stop"), 1);
+    QCOMPARE(m_link->count("SetAVTransportURI"), 2);
+    QCOMPARE(m_link->count("Play"), 2);
+    QCOMPARE(m_link->uri, QStringLiteral("http://h/one"));
+    QCOMPARE(ends(), 0);
+}
+
+void UpnpItemsTest::lastingRefusalToPlayIsAnError_data()
+{
+    QTest::addColumn<int>("code");
+    QTest::addColumn<KelvoError::Code>("error");
+    QTest::addColumn<int>("tries");
+    QTest::newRow("without a reason") << 501 << KelvoError::CommandRefused << 2;
+    QTest::newRow("for the item's format") << 704 << KelvoError::UnsupportedType << 1;
+    QTest::newRow("because it is not there") << 716 << KelvoError::NotFound << 1;
+}
+
+void UpnpItemsTest::lastingRefusalToPlayIsAnError()
+{
+    QFETCH(int, code);
+    QFETCH(KelvoError::Code, error);
+    QFETCH(int, tries);
+    m_link->refuse("Play", code);
+    load(1, "one");
+    QTRY_COMPARE(ends(), 1);
+    QCOMPARE(m_failed->size(), 1);
+    QCOMPARE(m_failed->at(0).at(1).value<KelvoError::Code>(), error);
+    QCOMPARE(m_link->count("Play"), tries);
+    // The next one has its own chance.
+    m_link->calls.clear();
+    load(2, "two");
+    QTRY_COMPARE(ends(), 2);
+    QCOMPARE(m_link->count("Play"), tries);
 }
 
 void UpnpItemsTest::itemWhoseAddressIsForgottenEnds()
