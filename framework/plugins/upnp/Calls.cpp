@@ -5,6 +5,7 @@
 #include "UpnpText.h"
 
 #include <algorithm>
+#include <utility>
 
 using Upnp::Answer;
 using Upnp::Call;
@@ -17,7 +18,6 @@ struct Calls::Running
     GlibHandles::Action action;
     GlibHandles::Object<GCancellable> cancellable{g_cancellable_new()};
     GlibHandles::Source timer = {};
-    bool isLate = false;
 };
 
 namespace {
@@ -131,12 +131,21 @@ void Calls::run(GUPnPServiceProxy *proxy, const Call &call, Upnp::AnswerHandler 
         proxy, running->action.get(), running->cancellable.get(), finished, running);
 }
 
-int Calls::timedOut(void *running)
+/// Answered here: whoever waits must not depend on the library's word for what it was told to give up.
+int Calls::timedOut(void *data)
 {
-    auto *call = static_cast<Running *>(running);
-    call->isLate = true;
+    auto *running = static_cast<Running *>(data);
+    Calls *owner = std::exchange(running->owner, nullptr);
+    const Upnp::AnswerHandler handler = std::move(running->handler);
+    if (owner)
+        owner->forget(running);
     // Ends in finished().
-    g_cancellable_cancel(call->cancellable.get());
+    g_cancellable_cancel(running->cancellable.get());
+    if (owner) {
+        Answer answer;
+        answer.outcome = Answer::TimedOut;
+        handler(answer);
+    }
     return G_SOURCE_REMOVE;
 }
 
@@ -150,9 +159,7 @@ void Calls::finished(GObject *proxy, GAsyncResult *result, void *data)
         return;
     running->owner->forget(running.get());
     Answer answer;
-    if (running->isLate)
-        answer.outcome = Answer::TimedOut;
-    else if (error)
+    if (error)
         readFailure(error.get(), &answer);
     else
         readValues(running->action.get(), running->call, &answer);

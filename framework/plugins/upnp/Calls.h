@@ -24,8 +24,8 @@ public:
 private:
     struct Running;
     static void finished(GObject *proxy, GAsyncResult *result, void *running);
-    static int timedOut(void *running);
+    static int timedOut(void *data);
     void forget(Running *running);
 
-    std::vector<Running *> m_running; // each deletes itself when it has finished
+    std::vector<Running *> m_running; // that are waited for; each deletes itself when it has finished
 };
