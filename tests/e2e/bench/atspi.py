@@ -12,7 +12,7 @@ import gi
 gi.require_version("Gio", "2.0")
 from gi.repository import Gio, GLib  # noqa: E402
 
-from .waiting import FACTOR, until  # noqa: E402
+from .waiting import FACTOR, Gone, until  # noqa: E402
 
 _A11Y = "org.a11y.atspi"
 _ACCESSIBLE = "org.a11y.atspi.Accessible"
@@ -25,10 +25,6 @@ _STATES = {1: "active", 4: "checked", 7: "editable", 8: "enabled", 11: "focusabl
            43: "read-only"}
 # Views may hold thousands of rows, each of which would be asked; search them by Node.rows().
 _DEEP = {"list", "table", "tree", "tree table"}
-
-
-class Gone(Exception):
-    """The widget or the program no longer exists."""
 
 
 class NoReply(Exception):

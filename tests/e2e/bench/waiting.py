@@ -9,15 +9,23 @@ import time
 FACTOR = float(os.environ.get("KELVO_E2E_SLOWNESS", "1"))
 
 
+class Gone(Exception):
+    """The widget or the program no longer exists."""
+
+
 class TimedOut(AssertionError):
     """A condition did not come true in time."""
 
 
 def until(condition, what, limit=10.0, poll=0.1):
-    """Calls the condition until it returns something true, and returns that; `what` may be a function."""
+    """Calls the condition until it returns something true, and returns that; `what` may be a function. What goes while
+    the condition looks at it (a row of a list, say) is looked for again."""
     end = time.monotonic() + limit * FACTOR
     while True:
-        value = condition()
+        try:
+            value = condition()
+        except Gone:
+            value = None
         if value:
             return value
         if time.monotonic() >= end:
