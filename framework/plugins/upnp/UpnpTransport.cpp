@@ -106,7 +106,10 @@ void UpnpTransport::forgetItem()
     m_proof.stop();
     m_playTries = 0;
     m_isRefusalTried = false;
+    if (m_duration > 0)
+        m_durationBefore = m_duration;
     m_duration = -1;
+    m_isDurationUntold = false;
     m_isDurationDoubted = false;
     m_position = 0;
     m_lastPosition = -1;

@@ -106,7 +106,9 @@ private:
     void hearRendering(const Upnp::Report &report);
     void hearUri(const QString &uri);
     void hearTrack(const Upnp::Track &track);
-    void hearDuration(const QString &text);
+    enum class From { Event, Answer };
+    void hearDuration(const QString &text, From from);
+    bool isDurationOfItemBefore(double duration) const;
     void hearState(State state, bool isCertain);
     void awaitExpected();
     void hearStarting(State state, bool isCertain);
@@ -176,6 +178,8 @@ private:
     QTimer m_check;
 
     double m_duration = -1;
+    double m_durationBefore = -1; // of the item before
+    bool m_isDurationUntold = false; // it may be that one
     double m_position = 0; // as the device said last
     bool m_isDurationDoubted = false; // taken back by an answer
     double m_lastPosition = -1;

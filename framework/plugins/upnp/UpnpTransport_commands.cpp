@@ -258,7 +258,7 @@ void UpnpTransport::judgeTarget(double target, const Answer &refusal)
 {
     send(Service::AVTransport, "GetPositionInfo", {}, {"TrackDuration"},
         [this, target, refusal](const Answer &answer) {
-            hearDuration(answer.values.value("TrackDuration"));
+            hearDuration(answer.values.value("TrackDuration"), From::Event);
             const bool isPastEnd = m_duration > 0 && target >= m_duration;
             if (!isPastEnd || m_epoch.value_or(0) == 0 || isLoading()) {
                 trouble("Seek", refusal);

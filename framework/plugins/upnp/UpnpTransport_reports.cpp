@@ -20,6 +20,7 @@ constexpr qsizetype mostEarly = 20; // events
 // Milliseconds; doubled each time.
 constexpr int firstProof = 100;
 constexpr int longestProof = 1000;
+constexpr qint64 stale = 1000;
 } // namespace
 
 void UpnpTransport::hear(const Upnp::Report &report)
@@ -62,7 +63,7 @@ void UpnpTransport::hearItem(const Upnp::Report &report, std::optional<State> st
     // With an item's end its duration is over too, and not taken back.
     const bool isOver = state == KelvoRenderer::Stopped && UpnpText::parseTime(duration) == 0;
     if (!duration.isEmpty() && !isOver)
-        hearDuration(duration);
+        hearDuration(duration, From::Event);
     if (report.track)
         hearTrack(*report.track);
 }
@@ -159,10 +160,10 @@ void UpnpTransport::hearTrack(const Upnp::Track &track)
     }
 }
 
-void UpnpTransport::hearDuration(const QString &text)
+void UpnpTransport::hearDuration(const QString &text, From from)
 {
     const double duration = UpnpText::parseTime(text).value_or(-1);
-    if (!m_epoch || isLoading() || qFuzzyCompare(duration, m_duration))
+    if (!m_epoch || isLoading() || (qFuzzyCompare(duration, m_duration) && !m_isDurationUntold))
         return;
     // At first some tell of the item before, and take it back with the 0 that they write for what has no duration, or
     // one below a second.
@@ -170,7 +171,16 @@ void UpnpTransport::hearDuration(const QString &text)
     if (duration <= 0 && !isTakenBack)
         return;
     m_duration = isTakenBack ? -1 : duration;
-    tell([this, epoch = *m_epoch, known = m_duration] { Q_EMIT durationReported(epoch, known); });
+    const bool isTakenBackUntold = std::exchange(m_isDurationUntold, false) && isTakenBack;
+    m_isDurationUntold = from == From::Answer && isDurationOfItemBefore(duration);
+    if (!m_isDurationUntold && !isTakenBackUntold)
+        tell([this, epoch = *m_epoch, known = m_duration] { Q_EMIT durationReported(epoch, known); });
+}
+
+/// Who is asked right after the start may still answer for the item before. What it says later, or by itself, counts.
+bool UpnpTransport::isDurationOfItemBefore(double duration) const
+{
+    return qFuzzyCompare(duration, m_durationBefore) && m_started.isValid() && !m_started.hasExpired(stale);
 }
 
 void UpnpTransport::hearState(State state, bool isCertain)
@@ -262,7 +272,7 @@ void UpnpTransport::failStart()
 /// start many do not know either.
 void UpnpTransport::askForProof()
 {
-    if (m_state != KelvoRenderer::Playing || !isUnproven())
+    if (m_state != KelvoRenderer::Playing || !(isUnproven() || m_isDurationUntold))
         return;
     m_proof.start(m_proofDelay);
     m_proofDelay = std::min(2 * m_proofDelay, longestProof);
@@ -395,7 +405,7 @@ void UpnpTransport::hearPosition(const Upnp::Answer &answer)
     if (m_isDurationDoubted)
         m_wishes.knowState = true;
     else
-        hearDuration(duration);
+        hearDuration(duration, From::Answer);
     if (isOurs && answer.track && m_facts.isEmpty())
         hearTrack(*answer.track);
     if (const auto position = UpnpText::parseTime(answer.values.value("RelTime")))
@@ -405,7 +415,7 @@ void UpnpTransport::hearPosition(const Upnp::Answer &answer)
 void UpnpTransport::settleDuration(State state)
 {
     if (std::exchange(m_isDurationDoubted, false) && state != KelvoRenderer::Stopped)
-        hearDuration(QStringLiteral("0:00:00"));
+        hearDuration(QStringLiteral("0:00:00"), From::Event);
 }
 
 void UpnpTransport::takePosition(double position, bool isJudged)

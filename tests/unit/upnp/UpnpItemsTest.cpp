@@ -30,6 +30,8 @@ private Q_SLOTS:
     void itemBelowASecondEndsWithoutAnEvent();
     void titleIsKnownWithoutAnEvent();
     void titleOfTheItemBeforeIsNotOfThisOne();
+    void durationOfTheItemBeforeIsNotOfThisOne();
+    void sameDurationAgainIsToldInTheEnd();
     void refusalToPlayIsTriedAgain();
     void lastingRefusalToPlayIsAnError_data();
     void lastingRefusalToPlayIsAnError();
@@ -277,6 +279,30 @@ void UpnpItemsTest::titleOfTheItemBeforeIsNotOfThisOne()
     QTRY_VERIFY(plays(2));
     QTRY_VERIFY((m_transport->askPosition(), m_positions->constLast().at(0).toULongLong() == 2));
     QCOMPARE(facts.size(), 1);
+}
+
+void UpnpItemsTest::durationOfTheItemBeforeIsNotOfThisOne()
+{
+    load(1, "one");
+    QTRY_VERIFY(m_durations->size() == 1); // 10 s
+    m_link->calls.clear();
+    load(2, "two");
+    QTRY_VERIFY(plays(2));
+    // It goes on answering for the item before until it has looked at this one.
+    QTRY_VERIFY(m_link->count("GetPositionInfo") >= 2);
+    m_link->duration = QStringLiteral("0:00:03");
+    send({{"CurrentTrackURI", "http://h/two"}, {"CurrentTrackDuration", m_link->duration}});
+    QTRY_COMPARE(m_durations->size(), 2);
+    QCOMPARE(m_durations->at(1), QVariantList({2ull, 3.0}));
+}
+
+void UpnpItemsTest::sameDurationAgainIsToldInTheEnd()
+{
+    load(1, "one");
+    QTRY_VERIFY(m_durations->size() == 1);
+    load(2, "two");
+    QTRY_COMPARE(m_durations->size(), 2);
+    QCOMPARE(m_durations->at(1), QVariantList({2ull, 10.0}));
 }
 
 void UpnpItemsTest::refusalToPlayIsTriedAgain()
