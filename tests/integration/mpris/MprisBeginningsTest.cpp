@@ -27,6 +27,7 @@ private Q_SLOTS:
     void slowOneIsWaitedFor_data();
     void slowOneIsWaitedFor();
     void busyOneIsWaitedFor();
+    void oneThatPlaysOnForAWhileIsWaitedFor();
     void unplayableItemIsAnError_data();
     void unplayableItemIsAnError();
     void itemThatIsGivenUpLateIsAnError();
@@ -130,6 +131,21 @@ void MprisBeginningsTest::busyOneIsWaitedFor()
     m_renderer->playUri(QUrl("http://media/slow"));
     QTRY_COMPARE(m_heard->states, (States{Transitioning, Playing}));
     QCOMPARE(m_heard->errors.size(), 0);
+}
+
+// It plays what it had until it has fetched enough of ours.
+void MprisBeginningsTest::oneThatPlaysOnForAWhileIsWaitedFor()
+{
+    m_player->appear();
+    QVERIFY(listen());
+    QVERIFY(playing());
+    whenOpened([this](const QString &url) { later(2600, [this, url] { show(url, "Playing"); }); });
+    m_renderer->playUri(QUrl("http://media/slow"));
+    QTRY_COMPARE(m_heard->states, (States{Transitioning, Playing}));
+    QCOMPARE(m_heard->errors.size(), 0);
+    QCOMPARE(m_heard->media.size(), 1);
+    QCOMPARE(m_heard->media.constFirst().content.url, QUrl("http://media/slow"));
+    QCOMPARE(m_player->player["Metadata"].toMap().value("xesam:url").toString(), "http://media/slow");
 }
 
 void MprisBeginningsTest::unplayableItemIsAnError_data()
