@@ -29,6 +29,8 @@ private Q_SLOTS:
     void refusalOfACommandHasItsReason();
     void timeoutNamesActionAndDevice();
     void refusedTransitionIsSuccessWhenTheStateMatches();
+    void tellsADeviceNothingThatItDoesAlready();
+    void aDeviceAtRestIsNeitherPausedNorStarted();
     void stopsADeviceThatTakesNothingWhilePlaying();
     void stopsADeviceThatPauses();
     void startsAgainWhatWasLost();
@@ -194,6 +196,41 @@ void UpnpTransportTest::refusedTransitionIsSuccessWhenTheStateMatches()
     m_transport->resume();
     QTRY_COMPARE(m_troubled->size(), 1);
     QCOMPARE(m_troubled->at(0).at(0).value<KelvoError::Code>(), KelvoError::CommandRefused);
+}
+
+// Some begin the item anew with a Play, or refuse a second Pause. Whoever asked hears all the same.
+void UpnpTransportTest::tellsADeviceNothingThatItDoesAlready()
+{
+    playItem();
+    m_states->clear();
+    m_transport->resume();
+    QTRY_COMPARE(states(), QList{Playing});
+    QCOMPARE(m_link->count("Play"), 0);
+    m_transport->pause();
+    QTRY_VERIFY(states().endsWith(Paused));
+    QTRY_COMPARE(m_link->underWay, 0);
+    m_states->clear();
+    m_transport->pause();
+    QTRY_COMPARE(states(), QList{Paused});
+    QCOMPARE(m_link->count("Pause"), 1);
+    QVERIFY(m_troubled->isEmpty());
+}
+
+// What has been stopped neither begins again nor pauses by a command that was meant for it while it played.
+void UpnpTransportTest::aDeviceAtRestIsNeitherPausedNorStarted()
+{
+    playItem();
+    Q_EMIT m_link->reported(report("CurrentTrackDuration", QStringLiteral("0:03:00")));
+    m_link->state = QStringLiteral("STOPPED");
+    Q_EMIT m_link->reported(report("TransportState", QStringLiteral("STOPPED")));
+    QTRY_VERIFY(states().endsWith(Stopped));
+    QTRY_COMPARE(m_link->underWay, 0);
+    m_link->calls.clear();
+    m_transport->resume();
+    m_transport->pause();
+    m_transport->setVolume(10); // Sent after them.
+    QTRY_COMPARE(m_link->count("SetVolume"), 1);
+    QCOMPARE(m_link->count("Play") + m_link->count("Pause"), 0);
 }
 
 void UpnpTransportTest::stopsADeviceThatTakesNothingWhilePlaying()
