@@ -42,6 +42,26 @@ private Q_SLOTS:
         QCOMPARE(value(model, 1, "fileSize").toLongLong(), QFileInfo(place("b.mp4")).size());
     }
 
+    /// When a video came to the store stays what it was, whatever becomes of the file.
+    void remembersWhenAVideoWasAdded()
+    {
+        addFile("b.mp4", "clip.mp4");
+        QVERIFY(index());
+        const QStringList added = ofVideos("nie:created");
+        QCOMPARE(added.size(), 1);
+        const QDateTime time = QDateTime::fromString(added.constFirst(), Qt::ISODate);
+        QVERIFY2(time.isValid() && qAbs(time.secsTo(QDateTime::currentDateTime())) < 60,
+            qPrintable(added.first()));
+        closeStore();
+        // The next whole second, so that another time would show.
+        QTRY_VERIFY(time.secsTo(QDateTime::currentDateTime()) > 1);
+        QVERIFY(QFile::remove(place("b.mp4")));
+        addFile("b.mp4", "clip.webm");
+        QVERIFY(index());
+        QCOMPARE(ofVideos("nfo:fileSize"), QStringList(QString::number(QFileInfo(place("b.mp4")).size())));
+        QCOMPARE(ofVideos("nie:created"), added);
+    }
+
     void correctsTheLengthOfAVideo()
     {
         const QUrl video = QUrl::fromLocalFile(addFile("b.mp4", "clip.mp4"));
@@ -256,6 +276,20 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(titles(Type::FavoriteSongs), QStringList("B"), 5000);
         QVERIFY(QFile::remove(place("Favourites.m3u")));
         QTRY_COMPARE_WITH_TIMEOUT(titles(Type::FavoriteSongs), QStringList(), 5000);
+    }
+
+private:
+    /// What each video has of this.
+    static QStringList ofVideos(const QString &property)
+    {
+        QSparqlConnection connection("QTRACKER", QSparqlConnectionOptions());
+        QSparqlQueryModel model;
+        QSignalSpy finished(&model, &QSparqlQueryModel::finished);
+        model.setQuery(
+            QSparqlQuery(QStringLiteral("SELECT ?wanted { ?video a nmm:Video ; %1 ?wanted }").arg(property),
+                QSparqlQuery::SelectStatement),
+            connection);
+        return finished.wait() ? texts(model, "wanted") : QStringList();
     }
 };
 
