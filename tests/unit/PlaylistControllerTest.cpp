@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "ConsoleFixture.h"
 #include "FakePlaylist.h"
+#include "FatalCall.h"
 #include "KelvoGeneralSourcePlaylist.h"
 #include "KelvoPlaylistController.h"
 #include "KelvoShared.h"
@@ -17,7 +18,15 @@
 #include <QStandardItemModel>
 #include <QTest>
 
+// The linker gives the program this list of the registry in place of its own, which never holds a null.
+QList<KelvoPlaylist *> registeredPlaylists(const KelvoRegistry *) asm(
+    "__real__ZNK13KelvoRegistry12allPlaylistsEv");
+QList<KelvoPlaylist *> listedPlaylists(const KelvoRegistry *) asm(
+    "__wrap__ZNK13KelvoRegistry12allPlaylistsEv");
+
 namespace {
+bool isNullListed = false;
+
 const char *const playlistBoxes[]
     = {"m_music_playlistCombo", "m_browse_playlistCombo", "m_query_playlistCombo"};
 
@@ -36,6 +45,14 @@ void compareBoxes(const ConsoleFixture &console, const QStringList &uuids, bool 
     QCOMPARE(playlist ? playlist->uuid() : QString(), uuids.value(current));
 }
 } // namespace
+
+QList<KelvoPlaylist *> listedPlaylists(const KelvoRegistry *registry)
+{
+    QList<KelvoPlaylist *> list = registeredPlaylists(registry);
+    if (isNullListed)
+        list.append(nullptr);
+    return list;
+}
 
 /// How playlists come, go and become current, and how new ones are published.
 class PlaylistControllerTest : public KelvoTestCase
@@ -86,6 +103,22 @@ private Q_SLOTS:
             QCOMPARE(
                 console.find<QComboBox>(name)->itemData(1, Qt::UserRole).toString(), QStringLiteral("p2"));
         }
+    }
+
+    void nullInTheListAtStartIsFatal()
+    {
+        FakePlaylist first("p1", "list one", {"a"});
+        registry()->addPlaylist(&first);
+        const ConsoleFixture console;
+        const auto start = [&console] {
+            KelvoPlaylistController(console.application(), console.window(), KelvoShared::instance());
+        };
+        QCOMPARE(fatalMessage(start), QString());
+        const QString message = fatalMessage([&start] {
+            isNullListed = true;
+            start();
+        });
+        QVERIFY2(isAssertion(message, "playlists.at(i)", "src/KelvoPlaylistController"), qPrintable(message));
     }
 
     void startWithAPlaylistAndNoRenderer()
