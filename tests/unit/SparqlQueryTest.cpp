@@ -34,6 +34,9 @@ private Q_SLOTS:
         row("all", "SELECT * { ?a ?b ?c }", {});
         row("no select", "ASK { ?a ?b ?c }", {});
         row("unfinished", "SELECT nie:url(?a", {"url"});
+        // As long as the memory of the list, so that a look behind its end is one into foreign memory.
+        row("bracket that stays open", "SELECT (?a", {"(?a"});
+        row("call that stays open", "SELECT COUNT(?a ?b", {"COUNT(?a ?b"});
         row("empty", "", {});
     }
 
