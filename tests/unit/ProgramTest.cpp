@@ -271,6 +271,29 @@ private Q_SLOTS:
         QCOMPARE(message.count('\n'), 1);
     }
 
+    void displayOfTheCommandLineIsTaken_data()
+    {
+        QTest::addColumn<QString>("option");
+        QTest::newRow("one dash") << "-display";
+        QTest::newRow("two dashes") << "--display";
+    }
+
+    void displayOfTheCommandLineIsTaken()
+    {
+        QFETCH(QString, option);
+        QProcess program;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.remove("WAYLAND_DISPLAY");
+        environment.insert("QT_QPA_PLATFORM", "xcb");
+        environment.insert("DISPLAY", ":4141");
+        program.setProcessEnvironment(environment);
+        program.start(path(), {option, ":4242"});
+        QVERIFY(program.waitForFinished());
+        const QByteArray message = program.readAllStandardError();
+        QVERIFY2(message.startsWith("kelvo-test-gui: No display: ") && message.contains("\":4242\""),
+            message.constData());
+    }
+
     void noDisplayIsSaid_data()
     {
         QTest::addColumn<QStringList>("arguments");
