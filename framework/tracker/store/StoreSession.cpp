@@ -1,15 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "StoreSession.h"
 
-StoreSession::Entry &StoreSession::Entry::operator=(Entry &&other) noexcept
-{
-    leave();
-    m_session = std::move(other.m_session);
-    m_connection = std::move(other.m_connection);
-    m_interrupt = other.m_interrupt;
-    return *this;
-}
-
 void StoreSession::Entry::leave()
 {
     if (!m_session)

@@ -25,7 +25,7 @@ public:
     public:
         Entry() = default;
         Entry(Entry &&) noexcept = default;
-        Entry &operator=(Entry &&other) noexcept;
+        Entry &operator=(Entry &&) = delete;
         ~Entry() { leave(); }
 
         explicit operator bool() const { return m_session != nullptr; }
