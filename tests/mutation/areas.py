@@ -12,6 +12,7 @@ AREAS = (
                          "contract-simulator")),
     ("framework/bus/", ("sharing-tests", "mpris-tests")),
     ("framework/media/", ("gst-parts-tests", "tracker-tests")),
+    ("framework/shared/dbus/ForeignItemModel", ("model-tests", "sharing-tests")),
     ("framework/shared/", ("core-tests", "sharing-tests")),
     ("framework/tracker/", ("tracker-tests", "integration-tracker-store", "console-tests")),
     ("framework/plugins/simulator/", ("simulator-tests", "contract-simulator")),
