@@ -455,6 +455,12 @@ void UpnpTransportTest::abilitiesComeFromTheDevice()
     playItem();
     Q_EMIT m_link->reported(report("CurrentTransportActions", QStringLiteral("STOP,PAUSE")));
     QVERIFY(!m_transport->abilities().seek);
+    limits.actions = {"Play", "Pause"};
+    Q_EMIT m_link->limitsKnown(limits);
+    Q_EMIT m_link->reported(report("CurrentTransportActions", QStringLiteral("STOP,PAUSE,SEEK")));
+    QVERIFY(!m_transport->abilities().seek);
+    QVERIFY(m_transport->abilities().pause);
+    QVERIFY(!m_transport->abilities().volume);
 }
 } // namespace
 
