@@ -278,6 +278,16 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(titles(Type::FavoriteSongs), QStringList(), 5000);
     }
 
+    void namesUntitledEntriesByTheirAddresses()
+    {
+        addText("list.m3u", "http://h/a/b%20c.mp3?d=/e#f\nhttp://h/caf%C3%A9.mp3\nhttp://h/\n");
+        QVERIFY(index());
+        const auto lists = result(Type::AllPlaylists);
+        QCOMPARE(lists->rowCount(), 1);
+        const auto entries = result(Type::SongsOfPlaylist, lists->index(0, 0).data().toInt());
+        QCOMPARE(texts(*entries, "songTitle"), QStringList({"b c.mp3", "café.mp3", "http://h/"}));
+    }
+
 private:
     /// What each video has of this.
     static QStringList ofVideos(const QString &property)
