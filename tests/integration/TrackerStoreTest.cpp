@@ -421,6 +421,27 @@ private Q_SLOTS:
         QVERIFY(other.state() == QProcess::Running);
         QVERIFY2(!other.heard().contains("moved to"), qPrintable(other.heard()));
     }
+
+    /// The next change of any folder makes good for all that was not written.
+    void catchesUpOnceTheDiskHasRoom()
+    {
+        if (!canMount())
+            QSKIP("no mounts here");
+        QVERIFY(QDir().mkpath(folder() + "/data"));
+        constexpr int count = 4000;
+        for (int i = 0; i < count; ++i)
+            QVERIFY(QFile::link(generated("short.mp3"),
+                place(QString::number(i % 40) + '/' + QString(200, 'x') + QString::number(i) + ".mp3")));
+        Other other("--index", QString("mount -t tmpfs -o size=11m tmpfs %1/data").arg(folder()));
+        QVERIFY2(other.waitFor("The index of media files is not up to date"), qPrintable(other.heard()));
+        QVERIFY2(other.waitFor("indexed "), qPrintable(other.heard()));
+        QCOMPARE(QProcess::execute("nsenter",
+                     {"--target", QString::number(other.processId()), "--user", "--mount",
+                         "--preserve-credentials", "mount", "-o", "remount,size=64m", folder() + "/data"}),
+            0);
+        QVERIFY(QFile::link(generated("short.mp3"), place("0/new.mp3")));
+        QVERIFY2(other.waitFor("indexed " + QString::number(count + 1)), qPrintable(other.heard()));
+    }
 };
 
 int main(int argc, char *argv[])
