@@ -222,6 +222,20 @@ private Q_SLOTS:
         QCOMPARE(result(Type::AllSongs)->rowCount(), count);
     }
 
+    /// Files that come one soon after the other are read together, and not each in a pass of its own.
+    void gathersWhatComesInARow()
+    {
+        QVERIFY(index());
+        QSignalSpy passes(&store(), &KelvoTrackerStore::indexed);
+        constexpr int count = 20;
+        for (int i = 0; i < count; ++i) {
+            addFile(QString::number(i) + ".mp3", "short.mp3");
+            QTest::qWait(50); // as they do who copy them
+        }
+        QTRY_VERIFY(!passes.isEmpty() && passes.constLast().at(0).value<KelvoIndexReport>().files == count);
+        QVERIFY2(passes.size() <= count / 4, qPrintable(QString::number(passes.size())));
+    }
+
     void waitsForAMissingFolder()
     {
         qputenv(
