@@ -3,6 +3,7 @@
 #include "LogRecorder.h"
 #include "TestGroup.h"
 
+#include <QScopeGuard>
 #include <QTest>
 
 #include <atomic>
@@ -14,6 +15,15 @@ using R = KelvoRenderer;
 namespace {
 std::atomic<GstElement *> output = nullptr; ///< the audio output that the renderer uses at the moment
 int outputsMade = 0;
+std::atomic<bool> isOutputBroken = false; ///< it does not open, and does not say why
+
+GstStateChangeReturn changeState(GstElement *element, GstStateChange change)
+{
+    if (isOutputBroken && change == GST_STATE_CHANGE_NULL_TO_READY)
+        return GST_STATE_CHANGE_FAILURE;
+    auto *model = static_cast<GstElementClass *>(g_type_class_peek_parent(GST_ELEMENT_GET_CLASS(element)));
+    return model->change_state(element, change);
+}
 
 /// A silent clock like GStreamer's own, that the test can get hold of.
 void registerSink()
@@ -26,8 +36,11 @@ void registerSink()
         output = reinterpret_cast<GstElement *>(instance);
         ++outputsMade;
     };
+    const auto adapt = [](gpointer sink, gpointer) {
+        GST_ELEMENT_CLASS(sink)->change_state = changeState;
+    };
     const GType type = g_type_register_static_simple(G_OBJECT_TYPE(model), "KelvoTestSink", query.class_size,
-        nullptr, query.instance_size, remember, GTypeFlags(0));
+        adapt, query.instance_size, remember, GTypeFlags(0));
     gst_element_register(nullptr, "kelvotestsink", GST_RANK_NONE, type);
     gst_object_unref(model);
 }
@@ -188,6 +201,21 @@ private Q_SLOTS:
         QTRY_COMPARE(
             heard().metadata(QStringLiteral("audio-output")).toString(), QStringLiteral("kelvotestsink"));
         QCOMPARE(outputsMade, before + 1);
+    }
+
+    void outputThatDoesNotOpenIsOneError()
+    {
+        const auto repaired = qScopeGuard([] { isOutputBroken = false; });
+        isOutputBroken = true;
+        const int before = outputsMade;
+        renderer()->playUri(media(QStringLiteral("long.mp3")));
+        QTRY_COMPARE(heard().errors(), QList<int>{KelvoError::EngineFailed});
+        TRY_STATE(Stopped);
+        QCOMPARE(outputsMade, before + 1);
+        isOutputBroken = false;
+        heard().clear();
+        start();
+        QCOMPARE(heard().errors(), QList<int>());
     }
 
     void staysPausedWhenTheDeviceIsLost()
