@@ -19,6 +19,7 @@ private Q_SLOTS:
     void takesAProcessOnce();
     void drives();
     void setsTheVolume();
+    void volumeThatThePlayerLimitsIsAskedFor();
     void volumeDoesNotDrift();
     void lastOfManyVolumesCounts();
     void followsVolumeAndSpeed();
@@ -137,6 +138,23 @@ void MprisPlayersTest::setsTheVolume()
     m_renderer->setKelvoProperty("volume", 50);
     QTRY_COMPARE(m_heard->property("volume"), QVariant(50U));
     QVERIFY(qAbs(player.player.value("Volume").toDouble() - 0.1288) < 0.0001);
+}
+
+// At rest, when nothing else is asked, by a player that does not tell of what it was told.
+void MprisPlayersTest::volumeThatThePlayerLimitsIsAskedFor()
+{
+    FakeMprisPlayer player;
+    player.appear();
+    QVERIFY(listen());
+    player.onCall = [&player](const QDBusMessage &call) {
+        if (call.member() != u"Set")
+            return false;
+        player.player["Volume"] = 0.5;
+        player.reply(call);
+        return true;
+    };
+    m_renderer->setKelvoProperty("volume", 95);
+    QTRY_COMPARE(m_heard->property("volume"), QVariant(79U));
 }
 
 void MprisPlayersTest::volumeDoesNotDrift()
