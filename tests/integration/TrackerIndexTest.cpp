@@ -236,6 +236,29 @@ private Q_SLOTS:
         QVERIFY2(passes.size() <= count / 4, qPrintable(QString::number(passes.size())));
     }
 
+    void saysWhetherItLookedThroughAll()
+    {
+        QSignalSpy passes(&store(), &KelvoTrackerStore::indexed);
+        QVERIFY(index());
+        QVERIFY(passes.constLast().at(0).value<KelvoIndexReport>().complete);
+        passes.clear();
+        addSong("new.mp3", {"New"});
+        QTRY_COMPARE(passes.size(), 1);
+        QVERIFY(!passes.constLast().at(0).value<KelvoIndexReport>().complete);
+    }
+
+    void namesTheFileThatTheStoreRefuses()
+    {
+        QVERIFY(openStore());
+        MediaItem twin = song(1);
+        twin.uri = song(0).uri;
+        const LogRecorder log;
+        QVERIFY(!writeSongs({song(0), twin, song(2)}));
+        QCOMPARE(log.warnings().size(), 1);
+        QVERIFY(log.warnings().constFirst().contains("refuses file:///music/0.mp3"));
+        QCOMPARE(titles(Type::AllSongs).size(), 2);
+    }
+
     void waitsForAMissingFolder()
     {
         qputenv(
