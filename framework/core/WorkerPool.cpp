@@ -31,6 +31,9 @@ WorkerPool::WorkerPool(const QString &name, int maxThreads)
 {
     m_pool->setObjectName(name);
     m_pool->setMaxThreadCount(maxThreads);
+    // A thread that has nothing to do goes at once. Kept for later, it would be ended by the end of the program, which
+    // does not see its very last steps: what they free would look lost.
+    m_pool->setExpiryTimeout(0);
 }
 
 WorkerPool::~WorkerPool()
