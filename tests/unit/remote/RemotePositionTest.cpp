@@ -12,6 +12,7 @@ private Q_SLOTS:
     void asksAtMostOnceASecond();
     void answersWithThePlayersPosition();
     void answersWhenThePlayerIsSilent();
+    void positionOfTheItemBeforeIsIgnored();
     void staleReportAfterASeekIsIgnored();
     void lateSeekIsWaitedForWhilePaused();
     void aimIsKeptWhileThePlayerSettles();
@@ -66,6 +67,17 @@ void RemotePositionTest::answersWhenThePlayerIsSilent()
     timer.start();
     QVERIFY(position() < 2);
     QVERIFY(timer.elapsed() < 1500);
+}
+
+void RemotePositionTest::positionOfTheItemBeforeIsIgnored()
+{
+    playing();
+    const quint64 before = m_transport->epoch();
+    playing(QUrl("http://media/other"));
+    Q_EMIT m_transport->positionReported(m_transport->epoch(), 3);
+    Q_EMIT m_transport->positionReported(before, 50);
+    const double now = position();
+    QVERIFY2(now >= 3 && now < 10, qPrintable(QString::number(now)));
 }
 
 void RemotePositionTest::staleReportAfterASeekIsIgnored()

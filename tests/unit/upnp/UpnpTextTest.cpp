@@ -34,9 +34,10 @@ void UpnpTextTest::readsTimes_data()
     QTest::addColumn<double>("seconds"); // below 0: none
     const QList<QPair<const char *, double>> rows = {{"0:00:05", 5}, {"1:02:03", 3723}, {"01:02:03", 3723},
         {"0:00:01.500", 1.5}, {"0:00:01.5", 1.5}, {"0:00:10.1/2", 10.5}, {" 0:00:05 ", 5}, {"+0:00:05", 5},
-        {"0:0:7", 7}, {"100:00:00", 360000}, {"", -1}, {"NOT_IMPLEMENTED", -1}, {"2147483647", -1},
-        {"-0:00:05", -1}, {"0:61:00", -1}, {"0:00:60", -1}, {"596523:14:07", -1}, {"99999999999:00:00", -1},
-        {"0:00:01.5/0", 1}, {"1:2", -1}, {"0:00:05x", -1}, {"\x01", -1}, {"::", -1}};
+        {"0:0:7", 7}, {"100:00:00", 360000}, {"8784:00:00", 31'622'400}, {"8784:00:01", -1}, {"", -1},
+        {"NOT_IMPLEMENTED", -1}, {"2147483647", -1}, {"-0:00:05", -1}, {"0:61:00", -1}, {"0:00:60", -1},
+        {"596523:14:07", -1}, {"99999999999:00:00", -1}, {"0:00:01.5/0", 1}, {"1:2", -1}, {"0:00:05x", -1},
+        {"\x01", -1}, {"::", -1}};
     for (const auto &[text, seconds] : rows)
         QTest::addRow("'%s'", text) << QString::fromLatin1(text) << seconds;
     QTest::addRow("long") << QStringLiteral("0:00:0") + QString(100'000, QLatin1Char('0')) << -1.0;
@@ -56,6 +57,7 @@ void UpnpTextTest::writesTimes()
     QCOMPARE(UpnpText::formatTime(1.5), QStringLiteral("0:00:01.500"));
     QCOMPARE(UpnpText::formatTime(59.9999), QStringLiteral("0:01:00"));
     QCOMPARE(UpnpText::formatTime(-3), QStringLiteral("0:00:00"));
+    QCOMPARE(UpnpText::formatTime(1e12), QStringLiteral("8784:00:00")); // A year, the longest.
 }
 
 void UpnpTextTest::readsActionsWithEscapedCommas()
