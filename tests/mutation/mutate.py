@@ -33,6 +33,7 @@ from areas import programs_for  # noqa: E402
 ROOT = Path(__file__).resolve().parents[2]
 HERE = Path(__file__).resolve().parent
 DONE = ("killed", "survived")
+EQUIVALENT = "Equivalent"  # how a reason begins that says that no test can notice
 QUICK = 2  # seconds; tests that take longer wait for others, and may wait in vain
 _ENDED = re.compile(r"\s*\d+/\d+ Test\s+#\d+: (\S+) \.*\s*(.*?)\s+([\d.]+) sec")
 
@@ -48,6 +49,22 @@ def end_tree(pid):
         os.kill(pid, signal.SIGKILL)
     except OSError:  # it has ended by itself
         return
+
+
+def batches(usual, path):
+    """The tests of a program in the order in which they are asked: those named like the file, quick ones, slow ones.
+
+    Within a call, ctest begins with those that take longest.
+    """
+    named = {name: set(name.split("-")) for name in usual}
+    told = set.intersection(*named.values()) if named else set()  # by all of them, so by none
+    words = set(re.findall("[a-z]+", re.sub("([A-Z])", r" \1", Path(path).stem).lower())) - told
+    groups = {}
+    for name, seconds in usual.items():
+        near = bool(words & named[name])
+        rank = 0 if near and seconds <= 5 * QUICK else 1 if seconds <= QUICK else 2 if near else 3
+        groups.setdefault(rank, []).append(name)
+    return [groups[rank] for rank in sorted(groups)]
 
 
 def candidates(paths):
@@ -199,16 +216,19 @@ class Run:
         place = operators.place_of(lines, mutant["line"], mutant["before"])
         if place is None:
             return {"result": "gone"}
-        programs = programs_for(mutant["path"])
-        for program in programs:  # before the change
-            self.build.baseline(program)
-        lines[place] = mutant["after"]
-        self.store.save("pending", {"path": mutant["path"], "text": text})
-        file.write_text("\n".join(lines))
-        try:
-            outcome = self.verdict(programs)
-        finally:
-            self.put_back()
+        changed = "\n".join([*lines[:place], mutant["after"], *lines[place + 1:]])
+        end = time.monotonic() + self.options.limit
+        outcome = {"result": "survived"}
+        for program in programs_for(mutant["path"]):
+            self.build.baseline(program)  # before the change
+            self.store.save("pending", {"path": mutant["path"], "text": text})
+            file.write_text(changed)
+            try:
+                outcome = self.verdict(program, mutant["path"], end)
+            finally:
+                self.put_back()
+            if outcome["result"] != "survived":
+                break
         return self.confirmed(outcome) if outcome["result"] == "killed" else outcome
 
     def confirmed(self, outcome):
@@ -219,24 +239,20 @@ class Run:
             return {"result": "unclear", "why": f"{name} fails without the change too"}
         return outcome
 
-    def verdict(self, programs):
-        end = time.monotonic() + self.options.limit
-        for program in programs:
-            left = end - time.monotonic()
-            if left <= 0:
-                return {"result": "undecided", "why": f"no time for {program}"}
-            try:
-                built, out = self.build.make(program, max(60, left))
-            except subprocess.TimeoutExpired:
-                return {"result": "undecided", "why": f"building {program} took too long"}
-            if not built:
-                return {"result": "unbuildable", "why": next((l for l in out.splitlines() if "error:" in l), out[-200:])}
-            usual = self.build.baseline(program)
-            tests = sorted(usual, key=usual.get)
-            if not tests:
-                continue
+    def verdict(self, program, path, end):
+        left = end - time.monotonic()
+        if left <= 0:
+            return {"result": "undecided", "why": f"no time for {program}"}
+        try:
+            built, out = self.build.make(program, max(60, left))
+        except subprocess.TimeoutExpired:
+            return {"result": "undecided", "why": f"building {program} took too long"}
+        if not built:
+            return {"result": "unbuildable", "why": next((l for l in out.splitlines() if "error:" in l), out[-200:])}
+        usual = self.build.baseline(program)
+        for tests in batches(usual, path):
             while tests:
-                failed, how, taken = self.build.run(tests, 30 + 4 * max(usual.values()))
+                failed, how, taken = self.build.run(tests, 30 + 4 * max(usual[name] for name in tests))
                 # A crowded machine fails tests too: only who fails again has noticed.
                 for name in failed:
                     again, how, _ = self.build.run([name], 60 + 8 * usual[name])
@@ -267,6 +283,8 @@ class Run:
                 break
             begin = time.monotonic()
             outcome = self.judge(mutant)
+            if known == "survived" or self.results.get(key, {}).get("again"):
+                outcome["again"] = True
             self.results[key] = {**mutant, **outcome, "seconds": round(time.monotonic() - begin)}
             self.store.save("results", self.results)
             print(f"{outcome['result']:11} {outcome.get('by', outcome.get('why', ''))}  {self.results[key]['seconds']} s\n"
@@ -291,18 +309,39 @@ def cell(text):
     return "`" + text.strip().replace("|", "\\|") + "`"
 
 
+def percent(part, whole):
+    return f" ({100 * part / whole:.1f} %)" if whole else ""
+
+
+def summary(results, count, reasons):
+    """What was found in figures: with and without the changes after which the program does the same."""
+    number = {kind: sum(one["result"] == kind for one in results)
+              for kind in (*DONE, "undecided", "unclear", "unbuildable", "gone")}
+    decided = number["killed"] + number["survived"]
+    equivalent = sum(one["result"] == "survived" and reasons.get(name_of(one), "").startswith(EQUIVALENT)
+                     for one in results)
+    late = sum(one["result"] == "killed" and one.get("again", False) for one in results)
+    return [f"{decided} of {count} changes were tried to the end: {number['killed']} killed"
+            f"{percent(number['killed'], decided)}, {number['survived']} survived. "
+            f"Of the survivors {equivalent} are equivalent (the program does the same); without these, "
+            f"{number['killed']} of {decided - equivalent} were killed{percent(number['killed'], decided - equivalent)}.",
+            "",
+            f"{late} of the killed had survived at first and were tried again, after a test was added or the program "
+            "that has the test was named in `areas.py`.",
+            "",
+            f"Not counted: {number['undecided']} undecided (out of time), {number['unclear']} unclear (the test that "
+            f"failed does so without the change too), {number['unbuildable']} that do not compile, {number['gone']} of "
+            "lines that are gone."]
+
+
 def write_report(file, results, options, reasons):
-    decided = [one for one in results if one["result"] in DONE]
-    killed = [one for one in decided if one["result"] == "killed"]
-    survived = [one for one in decided if one["result"] == "survived"]
+    killed = [one for one in results if one["result"] == "killed"]
+    survived = [one for one in results if one["result"] == "survived"]
     others = [one for one in results if one["result"] not in DONE]
-    share = f" ({100 * len(killed) / len(decided):.0f} %)" if decided else ""
     lines = ["# Mutation report", "",
-             f"Written by `tests/mutation/mutate.py --count {options.count} --seed {options.seed}`"
-             + "".join(f" --path {path}" for path in options.path) + ".", "",
-             f"{len(decided)} of {options.count} changes were tried to the end: {len(killed)} killed{share}, "
-             f"{len(survived)} survived. Not counted: {len(others)} (do not compile, lines that are gone, out of time, "
-             "tests that failed without the change too).",
+             f"Written by `tests/mutation/mutate.py --count {options.count} --seed {options.seed}"
+             + "".join(f" --path {path}" for path in options.path) + "`.", "",
+             *summary(results, options.count, reasons),
              "", "## Survived", "", "| where | change | now | reason |", "|---|---|---|---|"]
     lines += [f"| {one['path']}:{one['line']} | {one['operator']} | {cell(one['after'])} | "
               f"{reasons.get(name_of(one), '')} |" for one in survived]

@@ -150,6 +150,21 @@ class Choice(unittest.TestCase):
             self.assertTrue(mutate.programs_for(path), path)
 
 
+class Order(unittest.TestCase):
+    def test_tests_named_like_the_file_come_first_and_slow_ones_last(self):
+        usual = {"unit-slow": 60, "unit-quick": 1, "unit-gate": 3, "unit-gate-slow": 50, "unit-other": 2}
+        self.assertEqual(mutate.batches(usual, "src/GateKeeper_words.cpp"),
+                         [["unit-gate"], ["unit-quick", "unit-other"], ["unit-gate-slow"], ["unit-slow"]])
+
+    def test_what_all_tests_are_named_like_says_nothing(self):
+        usual = {"unit-gate-a": 1, "unit-gate-b": 30}
+        self.assertEqual(mutate.batches(usual, "src/Gate.cpp"), [["unit-gate-a"], ["unit-gate-b"]])
+
+    def test_no_test_is_left_out_of_the_order(self):
+        usual = {f"unit-{number}": number for number in range(40)}
+        self.assertEqual(sorted(name for tests in mutate.batches(usual, "src/A.cpp") for name in tests), sorted(usual))
+
+
 class FakeBuild:
     """Builds and tests nothing: looks at the file as it is at that moment."""
 
@@ -197,7 +212,7 @@ class Verdicts(unittest.TestCase):
     def test_what_none_notices_survives(self):
         results = self.run_with(lambda test, text: False)
         self.assertEqual({one["result"] for one in results.values()}, {"survived"})
-        self.assertIn("0 killed (0 %)", (self.root / "report.md").read_text())
+        self.assertIn("0 killed (0.0 %)", (self.root / "report.md").read_text())
 
     def test_one_failure_alone_is_no_kill(self):
         failures = iter([True])
@@ -225,6 +240,37 @@ class Verdicts(unittest.TestCase):
         self.run_with(lambda test, text: False)
         results = self.run_with(lambda test, text: text != self.SOURCE, "--again")
         self.assertEqual({one["result"] for one in results.values()}, {"killed"})
+        count = len(results)
+        self.assertIn(f"{count} of the killed had survived at first", (self.root / "report.md").read_text())
+
+    def test_the_share_is_given_with_and_without_what_no_test_can_notice(self):
+        one = {"path": "src/a.cpp", "line": 1, "operator": "o", "before": "a", "after": "b"}
+        results = [{**one, "result": "killed", "by": "t"} for _ in range(9)] + [{**one, "after": "c", "result": "survived"}]
+        names = {mutate.name_of(results[-1]): "Equivalent: it is the same."}
+        self.assertIn("9 killed (90.0 %), 1 survived. Of the survivors 1 are equivalent (the program does the same); "
+                      "without these, 9 of 9 were killed (100.0 %).", "\n".join(mutate.summary(results, 60, names)))
+        names[mutate.name_of(results[-1])] = "Open: equivalent to nothing."
+        self.assertIn("9 of 10 were killed (90.0 %)", "\n".join(mutate.summary(results, 60, names)))
+
+    def test_a_program_is_measured_before_the_line_is_changed_for_it(self):
+        seen = []
+        options = mutate.arguments(["--build", str(self.root / "build"), "--report", str(self.root / "report.md"), "--count", "1"])
+        run = mutate.Run(options)
+        run.build = FakeBuild(self.file, lambda test, text: False)
+        baseline = run.build.baseline
+        measured = set()
+
+        def measure(program):
+            if program not in measured:
+                seen.append(self.file.read_text())
+            measured.add(program)
+            return baseline(program)
+        run.build.baseline = measure
+        self.addCleanup(setattr, mutate, "programs_for", mutate.programs_for)
+        mutate.programs_for = lambda _path: ("one", "two")
+        with contextlib.redirect_stdout(io.StringIO()):
+            run.go()
+        self.assertEqual(seen, [self.SOURCE, self.SOURCE])
 
     def test_a_line_left_changed_by_a_run_that_was_killed_is_put_back(self):
         folder = self.root / "build" / "mutation"
