@@ -17,6 +17,7 @@ private Q_SLOTS:
     void dropsReportsAfterStop();
     void itemTooShortForAReportHasPlayed();
     void failuresInARowStop();
+    void failuresInARowStopAfterAnItemThatPlayed();
     void falseStartsInARowStop();
     void startsThatAreTakenBackInARowStop();
     void aRoundOfEmptyItemsStops();
@@ -146,6 +147,24 @@ void RemoteRendererTest::failuresInARowStop()
     QCOMPARE(m_heard->errors.constLast().code(), KelvoError::NothingPlayable);
     QCOMPARE(m_heard->states, (States{Transitioning, Stopped}));
     QCOMPARE(m_heard->completed, 0);
+}
+
+// What has played for long enough speaks for itself only, not for those after it.
+void RemoteRendererTest::failuresInARowStopAfterAnItemThatPlayed()
+{
+    assign(2);
+    m_playlist->setRepeatMode(KelvoPlaylist::RepeatAll);
+    m_renderer->play();
+    say(Playing);
+    Q_EMIT m_transport->durationReported(m_transport->epoch(), 60);
+    QVERIFY(waitMs(1100));
+    Q_EMIT m_transport->ended(m_transport->epoch());
+    for (int i = 0; i < 2; ++i)
+        Q_EMIT m_transport->failed(m_transport->epoch(), KelvoError::NotFound, QString());
+    flush();
+    QCOMPARE(m_heard->errorsOf(KelvoError::NothingPlayable), 1);
+    QCOMPARE(m_heard->state(), Stopped);
+    QCOMPARE(m_transport->items.size(), 3);
 }
 
 void RemoteRendererTest::falseStartsInARowStop()
