@@ -2,10 +2,15 @@
 // The texts of devices, and what is made of careless and broken ones.
 #include "UpnpText.h"
 #include "DeviceHealth.h"
+#include "GlibLog.h"
 #include "KelvoTestCase.h"
+#include "LogRecorder.h"
 #include "TestGroup.h"
 
+#include <QLoggingCategory>
 #include <QTest>
+
+#include <libxml/xmlerror.h>
 
 namespace {
 using State = KelvoRenderer::State;
@@ -24,6 +29,7 @@ private Q_SLOTS:
     void mapsVolumes();
     void knowsTheSameAddress();
     void cleansTexts();
+    void cutsWhatIsSaidOfBrokenXml();
     void healthHidesASilentDevice();
     void healthForgivesOneLostAnswer();
 };
@@ -124,6 +130,17 @@ void UpnpTextTest::cleansTexts()
     QCOMPARE(UpnpText::cleaned(QString(QChar(0xd800)) + QLatin1Char('x')), QStringLiteral("x"));
     QCOMPARE(UpnpText::cleaned(QStringLiteral("\U0001F3B5")), QStringLiteral("\U0001F3B5"));
     QCOMPARE(UpnpText::cleaned(QString(1'000'000, QLatin1Char('x'))).size(), 4000);
+}
+
+void UpnpTextTest::cutsWhatIsSaidOfBrokenXml()
+{
+    QLoggingCategory::setFilterRules(QStringLiteral("kelvo.debug=true"));
+    GlibLog::catchXmlErrors();
+    const LogRecorder log;
+    xmlGenericError(xmlGenericErrorContext, "%s", "short");
+    xmlGenericError(xmlGenericErrorContext, "%s", QByteArray(5000, 'x').constData());
+    QCOMPARE(log.lines(),
+        QStringList({"XML of a device: short", "XML of a device: " + QString(499, QLatin1Char('x'))}));
 }
 
 void UpnpTextTest::healthHidesASilentDevice()
