@@ -3,9 +3,6 @@
 #include "SimulatorCase.h"
 #include "TestGroup.h"
 
-#include <QElapsedTimer>
-#include <QThread>
-
 namespace {
 class SimulatorItemsTest : public SimulatorCase
 {
@@ -21,7 +18,6 @@ private Q_SLOTS:
     void clockGoesOnFromWhereItIs();
     void clockIsSharedByAll();
     void advancesStepByStep();
-    void endThatComesWithAnEditIsAnEnd();
     void rewindsToTheBeginning();
     void refusesValues_data();
     void refusesValues();
@@ -157,29 +153,6 @@ void SimulatorItemsTest::advancesStepByStep()
         (States{Transitioning, Playing, Paused, Playing, Transitioning, Playing, Transitioning, Playing,
             Stopped}));
     QCOMPARE(heard().completed, 1);
-}
-
-// The end falls due first, but the list has been edited already when its turn comes.
-void SimulatorItemsTest::endThatComesWithAnEditIsAnEnd()
-{
-    m_playlist = std::make_unique<KelvoGeneralSourcePlaylist>("p", "p", "s");
-    QStandardItemModel model;
-    const auto add = [&model](const char *uri) {
-        model.appendRow({new QStandardItem(uri), new QStandardItem("T"), new QStandardItem(uri)});
-    };
-    add("sim:x?duration=1");
-    m_playlist->setUnderlyingModel(&model);
-    renderer()->assignPlaylist(m_playlist.get());
-    set("sim-clock", QStringLiteral("real"));
-    renderer()->play();
-    QTRY_COMPARE(heard().state(), Playing);
-    QElapsedTimer sinceStart;
-    sinceStart.start();
-    while (sinceStart.elapsed() < 1100) // Nothing of the renderer's runs meanwhile.
-        QThread::msleep(10);
-    add("sim:y?duration=100");
-    QTRY_VERIFY(
-        !heard().media.isEmpty() && heard().media.constLast().content.url == QUrl("sim:y?duration=100"));
 }
 
 void SimulatorItemsTest::rewindsToTheBeginning()
