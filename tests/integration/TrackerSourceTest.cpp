@@ -288,7 +288,8 @@ private Q_SLOTS:
         }
         QCOMPARE(removed.count(), 100);
         QTRY_COMPARE_WITH_TIMEOUT(store().state(), KelvoTrackerStore::Closed, 20000);
-        QTRY_COMPARE_WITH_TIMEOUT(openFiles(), files, 40000); // threads that wait for work go after a while
+        // No more; fewer where a thread was still on its way out when they were counted.
+        QTRY_VERIFY_WITH_TIMEOUT(openFiles() <= files, 40000);
         QVERIFY(openStore()); // the lock is free
         QVERIFY(!store().isReadOnly());
     }
