@@ -256,6 +256,12 @@ KelvoPluginStatus KelvoPluginLoader::status(const QString &fileName) const
     return status;
 }
 
+QString KelvoPluginLoader::failure(const QString &fileName) const
+{
+    const KelvoPluginStatus status = d->entries.value(fileName).status;
+    return status.state == KelvoPluginStatus::Failed ? status.error : QString();
+}
+
 void KelvoPluginLoader::load(const QString &fileName)
 {
     Private::Entry &entry = d->entries[fileName];

@@ -53,6 +53,8 @@ public:
     /// File names of the plug-ins that run, in the order in which they started.
     QStringList loaded() const;
     KelvoPluginStatus status(const QString &fileName) const;
+    /// Why the last attempt to load it came to nothing; empty when none did. Unlike status() it reads no file.
+    QString failure(const QString &fileName) const;
 
     /// Asynchronous: ends with loaded() or failed(). Nothing happens for a plug-in that runs or is being loaded.
     void load(const QString &fileName);

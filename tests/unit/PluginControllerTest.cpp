@@ -211,6 +211,27 @@ private Q_SLOTS:
         QCOMPARE(registry()->renderers().size(), 0);
     }
 
+    /// What could not be loaded says why where one tries again, until it is loaded.
+    void failureIsToldAtTheEntry()
+    {
+        QFile broken(m_folder->filePath("unreadable.so"));
+        QVERIFY(broken.open(QIODevice::WriteOnly) && broken.write("not a library") > 0);
+        broken.close();
+        QCOMPARE(told("m_availableItemsList", "unreadable"), QStringList({"", ""}));
+        LogRecorder log;
+        registry()->loadPlugin("unreadable.so");
+        const QString warning = "Plug-in unreadable.so cannot be used: ";
+        QTRY_VERIFY(!log.warnings().filter(warning).isEmpty());
+        const QString reason = log.warnings().filter(warning).constFirst().section(warning, 1);
+        QVERIFY(!reason.isEmpty());
+        QCOMPARE(told("m_availableItemsList", "unreadable"),
+            QStringList({"Cannot be used: " + reason, "Cannot be used: " + reason}));
+        QCOMPARE(told("m_availableItemsList", "one"), QStringList({"", ""}));
+        QVERIFY(QFile::remove(broken.fileName()) && QFile::copy(m_built + "/simulator.so", broken.fileName()));
+        bringIn("unreadable.so");
+        QCOMPARE(told("m_selectedItemsList", "unreadable"), QStringList({"", ""}));
+    }
+
     void fileReplacedWhileLoaded()
     {
         bringIn("one.so");
@@ -249,6 +270,19 @@ private:
     QString badFile(const char *name) const
     {
         return m_folder->filePath(QStringLiteral("bad-%1.so").arg(QLatin1String(name)));
+    }
+
+    /// Tool tip and accessible description of an entry.
+    QStringList told(const char *listName, const QString &text)
+    {
+        QStringList told;
+        openAnd(ModalCloser::Reject, [&](const QWidget *dialog) {
+            const QList<QListWidgetItem *> found = list(dialog, listName)->findItems(text, Qt::MatchExactly);
+            QCOMPARE(found.size(), 1);
+            told = {found.first()->toolTip(),
+                found.first()->data(Qt::AccessibleDescriptionRole).toString()};
+        });
+        return told;
     }
 
     void bringIn(const QString &fileName)
