@@ -28,6 +28,11 @@ if(KELVO_SANITIZE)
     target_compile_options(kelvo-options INTERFACE -fno-omit-frame-pointer
         $<${watched}:-fsanitize=${KELVO_SANITIZE}> $<${watched}:-fno-sanitize-recover=all>)
     target_link_options(kelvo-options INTERFACE -fsanitize=${KELVO_SANITIZE})
+    if(KELVO_SANITIZE MATCHES address)
+        set(program $<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>)
+        target_sources(kelvo-options INTERFACE $<${program}:${CMAKE_CURRENT_LIST_DIR}/sanitizers/BusThread.cpp>)
+        target_link_libraries(kelvo-options INTERFACE $<${program}:Qt6::DBus>)
+    endif()
     # GCC's flow analysis sees uninitialised values that only the sanitizers' own checks introduce.
     target_compile_options(kelvo-options INTERFACE -Wno-maybe-uninitialized)
 endif()
