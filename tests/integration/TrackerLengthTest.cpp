@@ -10,8 +10,12 @@
 #include <gst/gst.h>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <future>
 #include <memory>
 #include <mutex>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -111,6 +115,42 @@ private:
     GstElement *m_pipeline = gst_pipeline_new(nullptr);
     std::mutex m_mutex;
     std::vector<std::unique_ptr<Stream>> m_streams;
+};
+
+/// Calls off a reading when a certain one of the engine's elements has found a stream, and holds the thread that found
+/// it: time enough for the reader to be on its way out, while that thread has all the locks that it ever has.
+class CallOff
+{
+public:
+    /// @param turn  which of the streams found in the reading, from 1 on
+    CallOff(MediaReader *reader, int turn)
+        : m_reader(reader)
+        , m_turn(turn)
+        , m_signal(g_signal_lookup("pad-added", GST_TYPE_ELEMENT))
+        , m_hook(g_signal_add_emission_hook(m_signal, 0, found, this, nullptr))
+    {
+    }
+    ~CallOff() { g_signal_remove_emission_hook(m_signal, m_hook); }
+    Q_DISABLE_COPY_MOVE(CallOff)
+
+    bool hasHappened() const { return m_found >= m_turn; }
+
+private:
+    static gboolean found(GSignalInvocationHint *, guint, const GValue *, gpointer data)
+    {
+        auto *self = static_cast<CallOff *>(data);
+        if (++self->m_found == self->m_turn) {
+            self->m_reader->interrupt();
+            std::this_thread::sleep_for(std::chrono::milliseconds(200));
+        }
+        return TRUE;
+    }
+
+    MediaReader *const m_reader;
+    const int m_turn;
+    std::atomic<int> m_found{0};
+    const guint m_signal;
+    const gulong m_hook;
 };
 } // namespace
 
@@ -297,6 +337,39 @@ private Q_SLOTS:
         reader.interrupt();
         QVERIFY(!reader.read(&item));
         QCOMPARE(item.milliseconds, 0);
+    }
+
+    void endsWhereverItIsCalledOff_data()
+    {
+        QTest::addColumn<QString>("arguments");
+        QTest::addColumn<QString>("file");
+        QTest::newRow("looked into, then counted") << QString(varied) + " -c:a aac -f adts"
+                                                   << "a.aac";
+        QTest::newRow("looked into, with two streams")
+            << QString(film) + " -c:v libx264 -preset ultrafast -pix_fmt yuv420p -c:a aac"
+            << "a.mp4";
+    }
+    void endsWhereverItIsCalledOff()
+    {
+        QFETCH(QString, arguments);
+        QFETCH(QString, file);
+        QVERIFY(make(place(file), arguments));
+        bool isCalledOff = true;
+        int turns = 0;
+        while (isCalledOff) {
+            MediaItem item;
+            item.kind = MediaKind::Video;
+            item.path = local(place(file));
+            item.uri = QUrl::fromLocalFile(place(file)).toEncoded();
+            MediaReader reader;
+            const CallOff callOff(&reader, ++turns);
+            const auto reading = std::async(std::launch::async, [&] { reader.read(&item); });
+            // One that hangs cannot be ended.
+            if (reading.wait_for(std::chrono::seconds(60)) != std::future_status::ready)
+                qFatal("The reading does not end when called off at stream %d", turns);
+            isCalledOff = callOff.hasHappened();
+        }
+        QVERIFY2(turns > 3, QByteArray::number(turns)); // there was something to call off
     }
 };
 

@@ -101,10 +101,13 @@ void fill(MediaItem *item, GstDiscovererInfo *info)
 struct MediaDiscoverer::Private
 {
     bool prepare();
+    void noteSource(GstElement *source);
+    void endStreaming();
 
     std::atomic<bool> interrupted{false};
     GMainContext *context = g_main_context_new();
     GObjectPtr<GstDiscoverer> discoverer;
+    GObjectPtr<GstElement> pipeline; ///< the discoverer's; null until it has opened a first file
     bool failed = false;
     // Of the file being read:
     MediaItem *item = nullptr;
@@ -137,7 +140,29 @@ bool MediaDiscoverer::Private::prepare()
         self->done = true;
     };
     g_signal_connect(discoverer.get(), "discovered", G_CALLBACK(discovered), this);
+    const auto opened = +[](GstDiscoverer *, GstElement *source, gpointer self) {
+        static_cast<Private *>(self)->noteSource(source);
+    };
+    g_signal_connect(discoverer.get(), "source-setup", G_CALLBACK(opened), this);
     return true;
+}
+
+/// On the thread of read(): a file is opened while the pipeline is told to start.
+void MediaDiscoverer::Private::noteSource(GstElement *source)
+{
+    auto top = GObjectPtr<GstObject>::take(GST_OBJECT(gst_object_ref(source)));
+    while (GstObject *parent = gst_object_get_parent(top.get()))
+        top = GObjectPtr<GstObject>::take(parent);
+    pipeline = GObjectPtr<GstElement>::take(GST_ELEMENT(gst_object_ref(top.get())));
+}
+
+/// To be called before the discoverer is stopped in the middle of a file. It stops the pipeline under its own lock,
+/// for which the thread that has just found a stream may be waiting; that thread holds what the pipeline then waits
+/// for. Here no lock is held.
+void MediaDiscoverer::Private::endStreaming()
+{
+    if (pipeline)
+        gst_element_set_state(pipeline.get(), GST_STATE_READY);
 }
 
 MediaDiscoverer::MediaDiscoverer()
@@ -147,6 +172,7 @@ MediaDiscoverer::MediaDiscoverer()
 
 MediaDiscoverer::~MediaDiscoverer()
 {
+    d->pipeline.reset();
     d->discoverer.reset();
     g_main_context_unref(d->context);
 }
@@ -166,6 +192,8 @@ bool MediaDiscoverer::read(MediaItem *item, bool *estimated)
         while (!d->done && !d->interrupted)
             g_main_context_iteration(d->context, true);
     }
+    if (!d->done)
+        d->endStreaming();
     gst_discoverer_stop(d->discoverer.get());
     g_main_context_pop_thread_default(d->context);
     *estimated = d->estimated;
