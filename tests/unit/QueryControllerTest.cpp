@@ -1,144 +1,21 @@
 // SPDX-License-Identifier: MIT
-#include "KelvoMainWindow.h"
-#include "KelvoQueryController.h"
 #include "LogRecorder.h"
 #include "QSparqlQueryModel.h"
+#include "QueryControllerCase.h"
 #include "TestGroup.h"
-#include "TrackerTestCase.h"
 
 #include <QLabel>
 #include <QMetaMethod>
-#include <QSignalSpy>
-#include <QStandardItemModel>
-#include <QTest>
-#include <QToolButton>
 
 namespace {
 const char *const fetchRestLine = "void KelvoQueryController::fetchRest() not valid KelvoTrackerModel";
-constexpr int patience = 10'000;
-
-MediaItem video(int number)
-{
-    MediaItem item;
-    item.kind = MediaKind::Video;
-    item.number = quint64(1000 + number);
-    item.path = "/video/" + QByteArray::number(number) + ".mp4";
-    item.uri = "file://" + item.path;
-    item.stamp = {item.number, 5000 + number, 5};
-    item.title = QStringLiteral("Video %1").arg(number);
-    item.seconds = 60 + number;
-    return item;
 }
-} // namespace
 
-/// The query controller over a store of eight songs, a video and a playlist, with a window that shows its state.
-class QueryControllerTest : public TrackerTestCase
+/// States, buttons, settings and errors of the query controller.
+class QueryControllerTest : public QueryControllerCase
 {
     Q_OBJECT
-
-    // Songs 0 to 7 of the artists 0 to 5 and the albums 0 to 2; number 6 has neither artist nor album.
-    bool fill()
-    {
-        std::vector<MediaItem> items;
-        for (int i = 0; i < songCount; ++i)
-            items.push_back(song(i));
-        items[nameless].artists.clear();
-        items[nameless].albumArtist.clear();
-        items[nameless].album.clear();
-        items.push_back(video(1));
-        MediaItem playlist;
-        playlist.kind = MediaKind::Playlist;
-        playlist.number = 2000;
-        playlist.path = "/music/list.m3u";
-        playlist.uri = "file:///music/list.m3u";
-        playlist.title = QStringLiteral("My list");
-        playlist.entries = {{song(4).uri, {}}, {song(1).uri, {}}};
-        items.push_back(playlist);
-        return openStore() && writeSongs(items);
-    }
-
-    bool play(int number)
-    {
-        QSignalSpy counted(&store(), &KelvoTrackerStore::playCounted);
-        store().countPlay(QUrl(QString::fromUtf8(song(number).uri)));
-        return counted.wait(patience);
-    }
-
-    bool mark()
-    {
-        QSignalSpy marked(&store(), &KelvoTrackerStore::marked);
-        store().setFavorite(QUrl(QString::fromUtf8(song(0).uri)), true);
-        store().setDownloaded(QUrl(QString::fromUtf8(song(1).uri)), true);
-        return QTest::qWaitFor([&] { return marked.count() == 2; }, patience) && play(2) && play(2)
-            && play(3);
-    }
-
-    QAbstractItemModel *keep(QAbstractItemModel *model)
-    {
-        if (model && !m_models.contains(model))
-            m_models.append(model);
-        return model;
-    }
-    QAbstractItemModel *query(int index) { return keep(m_controller->query({}, index)); }
-    QAbstractItemModel *extend(int row) { return keep(m_controller->extendQuery({}, row)); }
-    bool waitUntilIdle() const
-    {
-        return QTest::qWaitFor(
-            [&] { return m_controller->queryState() == KelvoQueryController::Idle; }, patience);
-    }
-    static QStringList shown(const QAbstractItemModel *model)
-    {
-        QStringList list;
-        for (int row = 0; row < model->rowCount(); ++row)
-            list.append(model->index(row, 1).data().toString());
-        return list;
-    }
-    static QString titles(std::initializer_list<int> numbers)
-    {
-        QStringList list;
-        for (const int number : numbers)
-            list.append(song(number).title);
-        return list.join(',');
-    }
-    QToolButton *button(const char *name) const
-    {
-        return m_window->findChild<QToolButton *>(QLatin1String(name));
-    }
-    QString caption() const { return button("m_query_executeButton")->text(); }
-    bool buttonsEnabled() const
-    {
-        return button("m_query_executeButton")->isEnabled() && button("m_query_extendButton")->isEnabled();
-    }
-
 private Q_SLOTS:
-    // One store for all functions: none changes what it holds.
-    void initTestCase()
-    {
-        TrackerTestCase::initTestCase();
-        TrackerTestCase::init();
-        QVERIFY(fill());
-        QVERIFY(mark());
-    }
-
-    void cleanupTestCase() { TrackerTestCase::cleanup(); }
-
-    void init()
-    {
-        KelvoTestCase::init();
-        m_window = new KelvoMainWindow(nullptr, nullptr);
-        m_controller = std::make_unique<KelvoQueryController>(nullptr, m_window);
-        QTRY_VERIFY(buttonsEnabled());
-    }
-
-    void cleanup()
-    {
-        m_controller.reset();
-        for (const QPointer<QAbstractItemModel> &model : std::as_const(m_models))
-            delete model;
-        m_models.clear();
-        delete m_window;
-    }
-
     void startsIdleWithoutResult()
     {
         QCOMPARE(m_controller->queryState(), 0);
@@ -155,56 +32,6 @@ private Q_SLOTS:
         QVERIFY(!button("m_query_extendButton")->isEnabled());
         QTRY_VERIFY(buttonsEnabled());
         QCOMPARE(log.count("void KelvoMainWindow::setQueryButtonsEnabled(bool)"), 2);
-    }
-
-    void builtInQueries_data()
-    {
-        QTest::addColumn<int>("index");
-        QTest::addColumn<QString>("expected");
-        QTest::addColumn<QString>("firstKey");
-        QTest::addColumn<bool>("extendable");
-        const auto row = [](int index, const QString &expected, const char *key, bool extendable = false) {
-            QTest::addRow("%d", index) << index << expected << QString::fromLatin1(key) << extendable;
-        };
-        row(0, titles({0, 1, 2, 3, 4, 5, 6, 7}), "songId");
-        row(2, titles({3, 2}), "songId");
-        row(3, titles({2, 3}), "songId");
-        row(4, "Album 0,Album 1,Album 2,Unknown KTG Album", "albumId", true);
-        row(5, "Artist 0,Artist 1,Artist 2,Artist 3,Artist 4,Artist 5,Unknown KTG Artist", "artistId", true);
-        row(6, "My list", "playlistId");
-        row(7, titles({0}), "songId");
-        row(8, titles({0, 1, 4, 5, 6, 7}), "songId");
-        row(9, titles({1}), "songId");
-        row(10, "1.mp4", "video");
-    }
-
-    void builtInQueries()
-    {
-        QFETCH(int, index);
-        QFETCH(QString, expected);
-        QFETCH(QString, firstKey);
-        QFETCH(bool, extendable);
-        LogRecorder log;
-        QAbstractItemModel *model = query(index);
-        QVERIFY(log.contains(QStringLiteral("KelvoQueryController::query %1").arg(index)));
-        QVERIFY(model);
-        QCOMPARE(m_controller->queryModel(), model);
-        QCOMPARE(model->headerData(0, Qt::Horizontal).toString(), firstKey);
-        QCOMPARE(m_controller->latestQueryExtendable(), extendable);
-        QVERIFY(waitUntilIdle());
-        QStringList rows = shown(model);
-        if (extendable)
-            rows.sort();
-        QCOMPARE(rows.join(','), expected);
-    }
-
-    void recentlyAddedSongs()
-    {
-        const QAbstractItemModel *model = query(1);
-        QVERIFY(waitUntilIdle());
-        QStringList rows = shown(model);
-        rows.sort();
-        QCOMPARE(rows.join(','), titles({0, 1, 2, 3, 4, 5, 6, 7}));
     }
 
     void unknownIndexChangesNothingButTheKind_data()
@@ -307,120 +134,6 @@ private Q_SLOTS:
         first->fetchRest();
         QVERIFY(completed.wait());
         QCOMPARE(m_controller->queryState(), 2);
-    }
-
-    void artistsExtendToAlbumsAndAlbumsToSongs()
-    {
-        QAbstractItemModel *artists = query(5);
-        QVERIFY(waitUntilIdle());
-        const QPointer<QAbstractItemModel> old = artists;
-        LogRecorder log;
-        QAbstractItemModel *albums = extend(rowOf(*artists, "artistName", "Artist 4"));
-        QVERIFY(log.lines().first().startsWith("KelvoQueryController::extendQuery "));
-        QVERIFY(!old);
-        QCOMPARE(m_controller->queryModel(), albums);
-        QCOMPARE(m_controller->queryState(), 1);
-        QVERIFY(m_controller->latestQueryExtendable()); // still not playable
-        QVERIFY(waitUntilIdle());
-        QCOMPARE(shown(albums), QStringList("Album 1"));
-        QAbstractItemModel *songs = extend(0);
-        QVERIFY(!m_controller->latestQueryExtendable());
-        QVERIFY(waitUntilIdle());
-        QCOMPARE(shown(songs).join(','), titles({1, 4, 7}));
-    }
-
-    void playlistsExtendToTheirSongs()
-    {
-        query(6);
-        QVERIFY(waitUntilIdle());
-        QVERIFY(!m_controller->latestQueryExtendable());
-        const QAbstractItemModel *songs = extend(0);
-        QVERIFY(songs);
-        QVERIFY(!m_controller->latestQueryExtendable());
-        QVERIFY(waitUntilIdle());
-        QCOMPARE(shown(songs).join(','), titles({4, 1}));
-    }
-
-    void songsExtendToRelatedSongs()
-    {
-        query(0);
-        QVERIFY(waitUntilIdle());
-        const QAbstractItemModel *songs = extend(0);
-        QVERIFY(songs);
-        QVERIFY(waitUntilIdle());
-        QCOMPARE(shown(songs).join(','), titles({7}));
-        QVERIFY(extend(0)); // songs again, so on and on
-        QVERIFY(!m_controller->latestQueryExtendable());
-    }
-
-    void videosAndNothingDoNotExtend_data()
-    {
-        QTest::addColumn<bool>("videos");
-        QTest::newRow("before any query") << false;
-        QTest::newRow("videos") << true;
-    }
-
-    void videosAndNothingDoNotExtend()
-    {
-        QFETCH(bool, videos);
-        if (videos) {
-            query(10);
-            QVERIFY(waitUntilIdle());
-        }
-        const QPointer<QAbstractItemModel> before = m_controller->queryModel();
-        LogRecorder log;
-        QCOMPARE(extend(0), nullptr);
-        QCOMPARE(log.lines(), QStringList({"KelvoQueryController::extendQuery 0", "Not extendable item!"}));
-        QCOMPARE(m_controller->queryModel(), before);
-        QCOMPARE(m_controller->queryState(), 0);
-        QCOMPARE(caption(), QStringLiteral("Execute\nquery"));
-    }
-
-    void rowsThatAreNotThereExtendToNothing()
-    {
-        query(5);
-        QVERIFY(waitUntilIdle());
-        const QAbstractItemModel *albums = extend(99999);
-        QVERIFY(albums);
-        QVERIFY(waitUntilIdle());
-        QCOMPARE(albums->rowCount(), 0);
-    }
-
-    void aResultThatIsGoneExtendsToNothing()
-    {
-        delete query(0);
-        const QAbstractItemModel *songs = extend(3);
-        QVERIFY(songs);
-        QVERIFY(waitUntilIdle());
-        QCOMPARE(songs->rowCount(), 0);
-    }
-
-    void videoQueryText()
-    {
-        const auto *model = qobject_cast<QSparqlQueryModel *>(query(10));
-        QVERIFY(model);
-        QCOMPARE(model->query().query(),
-            QStringLiteral("SELECT ?video nfo:fileName(?video) nie:url(?video) ?length "
-                           "nfo:fileSize(?video)WHERE {    ?video a nmm:Video .    OPTIONAL    {      ?video "
-                           "nfo:duration ?length .    } } ORDER BY nfo:fileName(?video)"));
-        QCOMPARE(model->query().type(), QSparqlQuery::SelectStatement);
-        QVERIFY(!model->QObject::parent());
-        QCOMPARE(model->columnCount(), 5);
-        QCOMPARE(m_controller->queryState(), 1);
-        QVERIFY(waitUntilIdle());
-        QCOMPARE(model->index(0, 2).data().toString(), QStringLiteral("file:///video/1.mp4"));
-        QCOMPARE(model->index(0, 3).data().toInt(), 61);
-        QCOMPARE(model->index(0, 4).data().toInt(), 5001);
-    }
-
-    void twoVideoQueriesMakeTwoModels()
-    {
-        QAbstractItemModel *first = query(10);
-        QVERIFY(waitUntilIdle());
-        QAbstractItemModel *second = query(10);
-        QVERIFY(first != second);
-        QVERIFY(waitUntilIdle());
-        QCOMPARE(shown(first), shown(second));
     }
 
     void fetchRestOfVideosIsCritical()
@@ -607,14 +320,6 @@ private Q_SLOTS:
         QTRY_COMPARE(model->rowCount(), songCount);
         QCOMPARE(m_controller->queryState(), 1);
     }
-
-private:
-    static constexpr int songCount = 8;
-    static constexpr int nameless = 6;
-
-    QPointer<KelvoMainWindow> m_window;
-    std::unique_ptr<KelvoQueryController> m_controller;
-    QList<QPointer<QAbstractItemModel>> m_models;
 };
 KELVO_WIDGET_TEST(QueryControllerTest)
 #include "QueryControllerTest.moc"
