@@ -136,6 +136,7 @@ HttpTestServer::Resource FakeUpnpDevice::subscribe(const QByteArray &head)
     }
     done.headers
         = "SID: uuid:subscription-" + QByteArray::number(m_subscriptions) + "\r\nTIMEOUT: Second-1800\r\n";
+    done.delay = subscriptionDelay;
     return done;
 }
 

@@ -31,6 +31,8 @@ public:
     QByteArray configId;
     QHash<QByteArray, QByteArray> results; ///< of every action, as they stand in the XML
     int maxAge = 1800; ///< seconds that an announcement or an answer counts
+    int subscriptionDelay
+        = 0; ///< milliseconds that it answers a subscription late, though not with its event
     bool isSlow = false; ///< sends its description when server() is released
 
     HttpTestServer &server() { return m_server; }

@@ -48,6 +48,7 @@ private Q_SLOTS:
     void unfitAddressIsNotHandedOn_data();
     void unfitAddressIsNotHandedOn();
     void stateIsFollowedWithoutEvents();
+    void firstEventMayOvertakeItsSubscription();
 
 private:
     bool pauses(FakeUpnpDevice &device)
@@ -283,6 +284,17 @@ void UpnpEventFaultTest::stateIsFollowedWithoutEvents()
     device.sendState("PLAYING");
     QTRY_COMPARE_WITH_TIMEOUT(m_heard->state(), Playing, pollTime);
     QCOMPARE(device.subscriptions(), 0);
+}
+
+void UpnpEventFaultTest::firstEventMayOvertakeItsSubscription()
+{
+    FakeUpnpDevice device;
+    device.subscriptionDelay = 100;
+    QVERIFY(listen(device));
+    QVERIFY(playing(device));
+    QVERIFY(pauses(device));
+    // Nothing was missed, so there was no need for another one.
+    QCOMPARE(device.subscriptions(), 1);
 }
 } // namespace
 

@@ -102,8 +102,19 @@ void HttpTestServer::answer(QTcpSocket *socket, const QByteArray &head)
         resource.status = 404;
     if (resource.silent)
         return;
+    if (resource.delay > 0)
+        QTimer::singleShot(
+            resource.delay, socket, [this, socket, head, resource] { send(socket, head, resource); });
+    else
+        send(socket, head, resource);
+}
+
+void HttpTestServer::send(QTcpSocket *socket, const QByteArray &head, const Resource &resource)
+{
+    const QList<QByteArray> request = head.left(head.indexOf('\r')).split(' ');
+    const qint64 from = firstByte(head);
     if (resource.closeAfter >= 0)
-        m_resources[path].closeAfter = -1;
+        m_resources[request.value(1)].closeAfter = -1;
 
     auto transfer = std::make_shared<Transfer>();
     transfer->resource = resource;

@@ -31,6 +31,7 @@ public:
             = -1; ///< sends nothing more from this offset of the body on, and keeps the connection
         qint64 closeAfter = -1; ///< closes the connection at this offset, once
         bool silent = false; ///< accepts, and never answers
+        int delay = 0; ///< milliseconds that the answer comes late
         bool ranges = true; ///< answers requests for a part with that part
         QByteArray headers = {}; ///< further ones, each with the end of its line
     };
@@ -62,6 +63,7 @@ private:
     struct Transfer;
     void accept();
     void answer(QTcpSocket *socket, const QByteArray &head);
+    void send(QTcpSocket *socket, const QByteArray &head, const Resource &resource);
     void sendMore(QTcpSocket *socket, Transfer &transfer);
 
     QTcpServer m_server;

@@ -2,6 +2,7 @@
 #include "RendererServices.h"
 
 #include "DeviceDescription.h"
+#include "EventOrder.h"
 #include "KelvoMessageHandler.h"
 #include "LastChange.h"
 #include "ServerConnections.h"
@@ -55,10 +56,12 @@ void RendererServices::listen(GUPnPServiceProxy *service)
 {
     gupnp_service_proxy_add_notify(service, eventVariable, G_TYPE_STRING, changed, this);
     g_signal_connect(service, "subscription-lost", G_CALLBACK(lost), this);
-    gupnp_service_proxy_set_subscribed(service, TRUE);
+    GUPnPContext *context = gupnp_service_info_get_context(GUPNP_SERVICE_INFO(service));
     // Events come to it, mostly over a new connection each.
-    ServerConnections::endWithTheirAnswer(
-        gupnp_context_get_server(gupnp_service_info_get_context(GUPNP_SERVICE_INFO(service))));
+    SoupServer *server = gupnp_context_get_server(context);
+    EventOrder::keep(gupnp_context_get_session(context), server);
+    ServerConnections::endWithTheirAnswer(server);
+    gupnp_service_proxy_set_subscribed(service, TRUE);
 }
 
 void RendererServices::silence(GUPnPServiceProxy *service)
