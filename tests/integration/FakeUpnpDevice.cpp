@@ -44,6 +44,10 @@ HttpTestServer::Resource FakeUpnpDevice::describe() const
 {
     const QByteArray base = urlBase.isEmpty() ? QByteArray() : "<URLBase>" + urlBase + "</URLBase>";
     const QByteArray service = type == "MediaRenderer" ? "AVTransport" : "ContentDirectory";
+    const QByteArray volume
+        = "<service><serviceType>urn:schemas-upnp-org:service:RenderingControl:1</serviceType>"
+          "<serviceId>urn:upnp-org:serviceId:RenderingControl</serviceId><SCPDURL>/scpd</SCPDURL>"
+          "<controlURL>/control</controlURL><eventSubURL/></service>";
     const QByteArray xml = "<?xml version=\"1.0\"?><root xmlns=\"urn:schemas-upnp-org:device-1-0\">"
                            "<specVersion><major>1</major><minor>0</minor></specVersion>"
         + base + "<device><deviceType>urn:schemas-upnp-org:device:" + type + ":1</deviceType><friendlyName>"
@@ -52,7 +56,7 @@ HttpTestServer::Resource FakeUpnpDevice::describe() const
         + ":1</serviceType><serviceId>urn:upnp-org:serviceId:" + service + "</serviceId><SCPDURL>"
         + (otherUrls.isEmpty() ? "/scpd" : otherUrls) + "</SCPDURL><controlURL>" + controlUrl
         + "</controlURL><eventSubURL>" + (otherUrls.isEmpty() ? "/events" : otherUrls)
-        + "</eventSubURL></service></serviceList></device></root>";
+        + "</eventSubURL></service>" + (hasVolume ? volume : QByteArray()) + "</serviceList></device></root>";
     HttpTestServer::Resource resource{xml, "text/xml"};
     if (isSlow) {
         resource.stallAfter = 10;
@@ -165,7 +169,7 @@ void FakeUpnpDevice::sendLastChange(const QByteArray &text)
 
 void FakeUpnpDevice::sendProperties(const QByteArray &xml)
 {
-    if (m_subscriber.isEmpty())
+    if (m_subscriber.isEmpty() || isMute)
         return;
     m_events.append(xml);
     // One after the other, else they might arrive in another order.

@@ -33,6 +33,8 @@ public:
     int maxAge = 1800; ///< seconds that an announcement or an answer counts
     int subscriptionDelay
         = 0; ///< milliseconds that it answers a subscription late, though not with its event
+    bool hasVolume = false; ///< has a RenderingControl service, which sends no events
+    bool isMute = false; ///< accepts subscriptions and sends no events
     bool isSlow = false; ///< sends its description when server() is released
 
     HttpTestServer &server() { return m_server; }

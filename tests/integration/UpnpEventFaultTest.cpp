@@ -49,6 +49,7 @@ private Q_SLOTS:
     void unfitAddressIsNotHandedOn();
     void stateIsFollowedWithoutEvents();
     void firstEventMayOvertakeItsSubscription();
+    void deviceThatSendsNoEventIsAsked();
 
 private:
     bool pauses(FakeUpnpDevice &device)
@@ -295,6 +296,30 @@ void UpnpEventFaultTest::firstEventMayOvertakeItsSubscription()
     QVERIFY(pauses(device));
     // Nothing was missed, so there was no need for another one.
     QCOMPARE(device.subscriptions(), 1);
+}
+
+void UpnpEventFaultTest::deviceThatSendsNoEventIsAsked()
+{
+    constexpr int pollTime = 10'000;
+    FakeUpnpDevice device;
+    device.isMute = true;
+    device.hasVolume = true;
+    device.results["CurrentVolume"] = "0";
+    const auto plays = [&device](const QByteArray &title) {
+        device.results["CurrentURI"] = "http://elsewhere/" + title;
+        device.results["CurrentURIMetaData"]
+            = FakeUpnpDevice::escaped(metadata(item("<dc:title>" + title + "</dc:title>")));
+    };
+    QVERIFY(listen(device));
+    plays("first");
+    device.sendState("PLAYING");
+    QTRY_COMPARE_WITH_TIMEOUT(m_heard->metadata("title"), QVariant("first"), pollTime);
+    // Neither comes with another state.
+    plays("second");
+    QTRY_COMPARE_WITH_TIMEOUT(m_heard->metadata("title"), QVariant("second"), pollTime);
+    device.results["CurrentVolume"] = "100";
+    const QPair<QString, QVariant> loudest("volume", 99U);
+    QTRY_VERIFY_WITH_TIMEOUT(m_heard->properties.contains(loudest), pollTime);
 }
 } // namespace
 

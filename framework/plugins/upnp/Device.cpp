@@ -107,8 +107,11 @@ void Device::polled(const Answer &answer)
     }
     // Each time: who drives it may have learnt of another state meanwhile, by asking for itself.
     const QString state = answer.values.value("CurrentTransportState");
-    if (m_key.kind == Kind::Renderer && !state.isEmpty())
-        report({.values = {{"TransportState", state}}});
+    if (m_key.kind != Kind::Renderer || state.isEmpty())
+        return;
+    Upnp::Report news = m_services ? m_services->unheard() : Upnp::Report();
+    news.values.insert("TransportState", state);
+    report(news);
 }
 
 void Device::report(const Upnp::Report &report)

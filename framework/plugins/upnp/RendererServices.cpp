@@ -73,6 +73,8 @@ void RendererServices::silence(GUPnPServiceProxy *service)
 
 void RendererServices::subscribeAgain()
 {
+    m_isTransportHeard = false;
+    m_isRenderingHeard = false;
     for (GUPnPServiceProxy *service : {m_transport.get(), m_rendering.get()}) {
         if (service && DeviceDescription::sendsEvents(service)) {
             gupnp_service_proxy_set_subscribed(service, FALSE);
@@ -81,10 +83,21 @@ void RendererServices::subscribeAgain()
     }
 }
 
-void RendererServices::changed(GUPnPServiceProxy *, const char *, GValue *value, void *self)
+Upnp::Report RendererServices::unheard() const
 {
+    Upnp::Report report;
+    report.isUnreadable = !m_isTransportHeard;
+    if (!m_isRenderingHeard)
+        report.values.insert("Volume", QString());
+    return report;
+}
+
+void RendererServices::changed(GUPnPServiceProxy *service, const char *, GValue *value, void *data)
+{
+    auto *self = static_cast<RendererServices *>(data);
+    (service == self->m_rendering.get() ? self->m_isRenderingHeard : self->m_isTransportHeard) = true;
     const char *xml = g_value_get_string(value);
-    static_cast<RendererServices *>(self)->m_listener.reported(LastChange::parse(QByteArray(xml ? xml : "")));
+    self->m_listener.reported(LastChange::parse(QByteArray(xml ? xml : "")));
 }
 
 void RendererServices::lost(GUPnPServiceProxy *, const GError *reason, void *)

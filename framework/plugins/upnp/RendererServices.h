@@ -24,6 +24,8 @@ public:
 
     /// After the device was away: what it knew of subscribers may be lost.
     void subscribeAgain();
+    /// What is to be asked for because no event has told of it since the subscription: some accept it and send none.
+    Upnp::Report unheard() const;
 
 private:
     static void changed(GUPnPServiceProxy *service, const char *variable, GValue *value, void *self);
@@ -39,5 +41,7 @@ private:
     const GlibHandles::Object<GCancellable> m_cancellable;
     const std::shared_ptr<RendererServices *> m_self; // what late callbacks find it by
     Upnp::RendererLimits m_limits;
+    bool m_isTransportHeard = false;
+    bool m_isRenderingHeard = false;
     int m_studies = 0; // under way
 };
