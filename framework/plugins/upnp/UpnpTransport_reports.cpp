@@ -55,8 +55,12 @@ void UpnpTransport::hear(const Upnp::Report &report)
 void UpnpTransport::hearItem(const Upnp::Report &report, std::optional<State> state)
 {
     if (isLoading()) {
-        if (m_early.size() < mostEarly && !report.values.value("CurrentTrackURI").isEmpty())
+        // What is not named has not changed.
+        const QString trackUri = report.values.value("CurrentTrackURI", m_trackUri);
+        if (m_early.size() < mostEarly && !trackUri.isEmpty()) {
             m_early.append(report);
+            m_early.last().values.insert("CurrentTrackURI", trackUri);
+        }
         return;
     }
     const QString duration = report.values.value("CurrentTrackDuration");

@@ -43,6 +43,7 @@ private Q_SLOTS:
     void fallenPositionOfWhatPlaysIsTaken();
     void stopIsNotLostWhileTheItemIsAskedFor();
     void whatComesBeforeTheAnswerIsHeard();
+    void whatChangesBeforeTheAnswerIsHeard();
 
 private:
     struct Told
@@ -441,6 +442,7 @@ void UpnpItemsTest::stopIsNotLostWhileTheItemIsAskedFor()
     QTRY_COMPARE(m_link->underWay, 0);
     QCOMPARE(m_link->state, QStringLiteral("STOPPED"));
 }
+
 void UpnpItemsTest::whatComesBeforeTheAnswerIsHeard()
 {
     QSignalSpy facts(m_transport.get(), &RemoteTransport::fact);
@@ -474,6 +476,36 @@ void UpnpItemsTest::whatComesBeforeTheAnswerIsHeard()
         QCOMPARE(m_durations->size(), 1);
         QCOMPARE(m_durations->at(0).at(1).toDouble(), 120.0);
     }
+}
+
+/// A change names the track only when that is what changes.
+void UpnpItemsTest::whatChangesBeforeTheAnswerIsHeard()
+{
+    QSignalSpy facts(m_transport.get(), &RemoteTransport::fact);
+    load(1, "one");
+    QTRY_VERIFY(plays(1));
+    send({{"CurrentTrackURI", "http://h/one"}});
+    m_link->asked = [&](const QByteArray &action) {
+        if (action != "Play")
+            return;
+        const auto tell = [&](const char *title, const QHash<QByteArray, QString> &values) {
+            Upnp::Report report;
+            report.track.emplace().title = QLatin1String(title);
+            report.values = values;
+            Q_EMIT m_link->reported(report);
+        };
+        tell("Before", {});
+        tell("Name of the file", {{"CurrentTrackURI", "http://h/two"}});
+        tell("Title", {});
+        tell("Nothing", {{"CurrentTrackURI", ""}});
+    };
+    load(2, "two");
+    QTRY_VERIFY(plays(2));
+    m_link->asked = nullptr;
+    QStringList titles;
+    for (const QList<QVariant> &arguments : facts)
+        titles.append(arguments.at(2).toList().constFirst().toString());
+    QCOMPARE(titles, (QStringList{"Name of the file", "Title"}));
 }
 } // namespace
 
