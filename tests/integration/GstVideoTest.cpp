@@ -58,6 +58,10 @@ private:
         const int right = place.x() + place.width();
         const int bottom = place.y() + place.height();
         const QPoint centre = place.center();
+        const QImage screen = m_server->picture();
+        const auto at = [&screen](int x, int y) {
+            return screen.pixelColor(page.x() + x, page.y() + y);
+        };
         return color(at(place.x() + 2, place.y() + 2)) && color(at(right - 3, bottom - 3))
             && color(at(centre.x(), centre.y())) && at(place.x() - 1, centre.y()) == green
             && at(right, centre.y()) == green && at(centre.x(), place.y() - 1) == green

@@ -80,15 +80,26 @@ int XServer::childrenOf(uint window)
 
 QColor XServer::pixel(int x, int y)
 {
-    const xcb_get_image_cookie_t request = xcb_get_image(
-        m_connection, XCB_IMAGE_FORMAT_Z_PIXMAP, m_screen->root, qint16(x), qint16(y), 1, 1, ~0U);
-    xcb_get_image_reply_t *image = xcb_get_image_reply(m_connection, request, nullptr);
-    if (!image)
+    return picture({x, y, 1, 1}).pixelColor(0, 0);
+}
+
+QImage XServer::picture()
+{
+    return picture(QRect(QPoint(), size));
+}
+
+QImage XServer::picture(const QRect &place)
+{
+    const xcb_get_image_cookie_t request
+        = xcb_get_image(m_connection, XCB_IMAGE_FORMAT_Z_PIXMAP, m_screen->root, qint16(place.x()),
+            qint16(place.y()), quint16(place.width()), quint16(place.height()), ~0U);
+    xcb_get_image_reply_t *reply = xcb_get_image_reply(m_connection, request, nullptr);
+    if (!reply)
         return {};
-    const uint8_t *bytes = xcb_get_image_data(image);
-    const QColor color(bytes[2], bytes[1], bytes[0]);
-    std::free(image);
-    return color;
+    const QImage view(xcb_get_image_data(reply), place.width(), place.height(), QImage::Format_RGB32);
+    QImage picture = view.copy();
+    std::free(reply);
+    return picture;
 }
 
 /// Until the server has done all that it was asked for.

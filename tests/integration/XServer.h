@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QColor>
+#include <QImage>
 #include <QProcess>
 #include <QRect>
 
@@ -36,8 +37,12 @@ public:
 
     /// What is on the screen there.
     QColor pixel(int x, int y);
+    /// All that is on the screen, at one moment: of pixels that are asked for one by one, some may be of before and
+    /// some of after a change. Null when there is no picture to be had.
+    QImage picture();
 
 private:
+    QImage picture(const QRect &place);
     void sync();
 
     QProcess m_process;
