@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "LogRecorder.h"
 #include "TestGroup.h"
-#include "TrackerTestCase.h"
+#include "TrackerIndexCase.h"
 
 #include <QCoreApplication>
 #include <QFile>
@@ -23,7 +23,7 @@ QByteArray songText(const QByteArray &name, const QByteArray &title)
 }
 } // namespace
 
-class TrackerDesktopTest : public TrackerTestCase
+class TrackerDesktopTest : public TrackerIndexCase
 {
     Q_OBJECT
 
@@ -38,7 +38,7 @@ class TrackerDesktopTest : public TrackerTestCase
 private Q_SLOTS:
     void init()
     {
-        TrackerTestCase::init();
+        TrackerIndexCase::init();
         qputenv("KELVO_TRACKER", "bus");
     }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "LogRecorder.h"
 #include "TestGroup.h"
-#include "TrackerTestCase.h"
+#include "TrackerIndexCase.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -16,7 +16,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
-class TrackerIndexTest : public TrackerTestCase
+class TrackerIndexTest : public TrackerIndexCase
 {
     Q_OBJECT
 private Q_SLOTS:

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "TrackerTestCase.h"
+#include "TrackerIndexCase.h"
 #include "index/MediaReader.h"
 
 #include <QFile>
@@ -155,7 +155,7 @@ private:
 } // namespace
 
 /// How long files are said to be, against how long they play.
-class TrackerLengthTest : public TrackerTestCase
+class TrackerLengthTest : public TrackerIndexCase
 {
     Q_OBJECT
 
@@ -194,7 +194,7 @@ private Q_SLOTS:
     void initTestCase()
     {
         gst_init(nullptr, nullptr);
-        TrackerTestCase::initTestCase();
+        TrackerIndexCase::initTestCase();
     }
 
     void isThatOfPlaying_data()

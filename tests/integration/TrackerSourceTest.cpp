@@ -1,6 +1,5 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoGeneralSourcePlaylist.h"
-#include "KelvoPlayCounter.h"
 #include "KelvoPluginLoader.h"
 #include "KelvoRegistry.h"
 #include "LogRecorder.h"
@@ -9,7 +8,6 @@
 #include "TrackerTestCase.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QSignalSpy>
 #include <QTest>
 
@@ -51,47 +49,6 @@ class TrackerSourceTest : public TrackerTestCase
     {
         registry.loadPlugin(pluginFile);
         return QTest::qWaitFor([&] { return !registry.sources().isEmpty(); }, 20000);
-    }
-
-    /// Tells of the item, as renderers also do when somebody chooses them in the middle of it.
-    static void tellItem(MinimalRenderer &renderer)
-    {
-        Q_EMIT renderer.mediaChanged(0, {"x", QUrl("file:///a"), {}});
-    }
-    /// From item to item, as renderers do.
-    static void begin(MinimalRenderer &renderer)
-    {
-        Q_EMIT renderer.stateChanged(KelvoRenderer::Transitioning);
-        tellItem(renderer);
-    }
-    static void tellLength(MinimalRenderer &renderer, int seconds)
-    {
-        Q_EMIT renderer.metadataChanged("duration", {seconds});
-    }
-
-    /// Milliseconds from the beginning of the playing until it is counted; -1 when it is not.
-    static qint64 playFor(MinimalRenderer &renderer, QSignalSpy &played)
-    {
-        const qsizetype before = played.count();
-        QElapsedTimer time;
-        time.start();
-        Q_EMIT renderer.stateChanged(KelvoRenderer::Playing);
-        return QTest::qWaitFor([&] { return played.count() > before; }, 20'000) ? time.elapsed() : -1;
-    }
-
-    /// Another renderer begins to play something just as long, in a registry of its own. When that is counted, nothing
-    /// that `played` sees may have been.
-    static bool nothingIsPlayedFor(int seconds, QSignalSpy &played)
-    {
-        const qsizetype before = played.count();
-        KelvoRegistry registry;
-        MinimalRenderer other("other", "Other");
-        registry.addRenderer(&other);
-        KelvoPlayCounter counter(&registry);
-        QSignalSpy otherPlayed(&counter, &KelvoPlayCounter::played);
-        begin(other);
-        tellLength(other, seconds);
-        return playFor(other, otherPlayed) >= 0 && played.count() == before;
     }
 
     bool waitUntilClosed() const
@@ -179,80 +136,6 @@ private Q_SLOTS:
         QVERIFY(waitUntilClosed());
     }
 
-    void countsAfterHalfTheSongOrFourMinutes()
-    {
-        QCOMPARE(KelvoPlayCounter::neededTime(1), 500);
-        QCOMPARE(KelvoPlayCounter::neededTime(200), 100'000);
-        QCOMPARE(KelvoPlayCounter::neededTime(480), 240'000);
-        QCOMPARE(KelvoPlayCounter::neededTime(481), 240'000);
-        QCOMPARE(KelvoPlayCounter::neededTime(INT_MAX), 240'000);
-        QCOMPARE(KelvoPlayCounter::neededTime(0), 240'000);
-        QCOMPARE(KelvoPlayCounter::neededTime(-1), 240'000);
-    }
-
-    // Nothing here waits for a fixed time: a machine under load is late, but never early.
-    void countsOnceForEachPlaying()
-    {
-        KelvoRegistry registry;
-        MinimalRenderer renderer("r", "R");
-        registry.addRenderer(&renderer);
-        KelvoPlayCounter counter(&registry);
-        QSignalSpy played(&counter, &KelvoPlayCounter::played);
-        begin(renderer);
-        tellLength(renderer, 1);
-        QVERIFY(playFor(renderer, played) >= 500);
-        QVERIFY(nothingIsPlayedFor(1, played)); // once
-        tellItem(renderer); // to somebody who has chosen the renderer
-        Q_EMIT renderer.stateChanged(KelvoRenderer::Playing);
-        QVERIFY(nothingIsPlayedFor(1, played)); // it plays on
-        begin(renderer); // again, in repeat "one"
-        QVERIFY(playFor(renderer, played) >= 500);
-        QCOMPARE(played.count(), 2);
-        QCOMPARE(played.last().first().toUrl(), QUrl("file:///a"));
-    }
-
-    void doesNotCountWithoutAnItem()
-    {
-        KelvoRegistry registry;
-        MinimalRenderer renderer("r", "R");
-        registry.addRenderer(&renderer);
-        KelvoPlayCounter counter(&registry);
-        QSignalSpy played(&counter, &KelvoPlayCounter::played);
-        tellLength(renderer, 1);
-        Q_EMIT renderer.stateChanged(KelvoRenderer::Playing);
-        QVERIFY(nothingIsPlayedFor(1, played));
-    }
-
-    void doesNotCountPauses()
-    {
-        KelvoRegistry registry;
-        MinimalRenderer renderer("r", "R");
-        registry.addRenderer(&renderer);
-        KelvoPlayCounter counter(&registry);
-        QSignalSpy played(&counter, &KelvoPlayCounter::played);
-        begin(renderer);
-        tellLength(renderer, 1);
-        Q_EMIT renderer.stateChanged(KelvoRenderer::Paused);
-        QVERIFY(nothingIsPlayedFor(1, played));
-        QVERIFY(playFor(renderer, played) >= 500);
-    }
-
-    void doesNotCountWhatIsLeftBeforeItsHalf()
-    {
-        KelvoRegistry registry;
-        MinimalRenderer renderer("r", "R");
-        registry.addRenderer(&renderer);
-        KelvoPlayCounter counter(&registry);
-        QSignalSpy played(&counter, &KelvoPlayCounter::played);
-        begin(renderer);
-        tellLength(renderer, 7200);
-        Q_EMIT renderer.stateChanged(KelvoRenderer::Playing);
-        QVERIFY(nothingIsPlayedFor(1, played)); // four minutes are far away
-        begin(renderer);
-        tellLength(renderer, 1);
-        QVERIFY(playFor(renderer, played) >= 500); // from its new beginning, not from that before
-    }
-
     void correctsTheLengthOfWhatIsPlayed()
     {
         const QString path = addSong("a.mp3", {"A"});
@@ -266,7 +149,7 @@ private Q_SLOTS:
         QSignalSpy corrected(&store(), &KelvoTrackerStore::lengthCorrected);
         const auto play = [&](const QUrl &url, int seconds) {
             Q_EMIT renderer.mediaChanged(0, {"x", url, {}});
-            tellLength(renderer, seconds);
+            Q_EMIT renderer.metadataChanged("duration", {seconds});
         };
         play(QUrl("file:///nowhere.mp3"), 9); // none of the store
         play(QUrl::fromLocalFile(path), 0); // not known

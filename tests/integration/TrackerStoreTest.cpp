@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "LogRecorder.h"
-#include "TrackerTestCase.h"
+#include "TrackerIndexCase.h"
 #include "store/StoreSession.h"
 
 #include <QCoreApplication>
@@ -103,7 +103,7 @@ bool canMount()
 }
 } // namespace
 
-class TrackerStoreTest : public TrackerTestCase
+class TrackerStoreTest : public TrackerIndexCase
 {
     Q_OBJECT
 

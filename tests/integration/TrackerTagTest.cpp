@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "LogRecorder.h"
 #include "TestGroup.h"
-#include "TrackerTestCase.h"
+#include "TrackerIndexCase.h"
 
 #include <QFile>
 #include <QTest>
@@ -68,7 +68,7 @@ bool setProperties(const QString &path, const Properties &properties)
 
 /// Tags of every form. Files are made while nothing is indexed, and indexed together: a store for each would only
 /// take time.
-class TrackerTagTest : public TrackerTestCase
+class TrackerTagTest : public TrackerIndexCase
 {
     Q_OBJECT
 

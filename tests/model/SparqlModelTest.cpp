@@ -3,7 +3,7 @@
 #include "QSparqlConnection.h"
 #include "QSparqlQueryModel.h"
 #include "TestGroup.h"
-#include "TrackerTestCase.h"
+#include "TrackerIndexCase.h"
 
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
@@ -24,7 +24,7 @@ MediaItem video(int number)
 }
 } // namespace
 
-class SparqlModelTest : public TrackerTestCase
+class SparqlModelTest : public TrackerIndexCase
 {
     Q_OBJECT
 

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "TrackerTestCase.h"
+#include "TrackerIndexCase.h"
 
 #include <QAbstractItemModelTester>
 #include <QSignalSpy>
 #include <QTest>
 
 /// Base of the tests of results.
-class TrackerModelCase : public TrackerTestCase
+class TrackerModelCase : public TrackerIndexCase
 {
     Q_OBJECT
 protected:

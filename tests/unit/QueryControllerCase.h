@@ -3,14 +3,14 @@
 
 #include "KelvoMainWindow.h"
 #include "KelvoQueryController.h"
-#include "TrackerTestCase.h"
+#include "TrackerIndexCase.h"
 
 #include <QSignalSpy>
 #include <QTest>
 #include <QToolButton>
 
 /// The query controller over a store of eight songs, a video and a playlist, with a window that shows its state.
-class QueryControllerCase : public TrackerTestCase
+class QueryControllerCase : public TrackerIndexCase
 {
     Q_OBJECT
 protected:
@@ -63,13 +63,13 @@ protected Q_SLOTS:
     // One store for all functions: none changes what it holds.
     void initTestCase()
     {
-        TrackerTestCase::initTestCase();
-        TrackerTestCase::init();
+        TrackerIndexCase::initTestCase();
+        TrackerIndexCase::init();
         QVERIFY(fill());
         QVERIFY(mark());
     }
 
-    void cleanupTestCase() { TrackerTestCase::cleanup(); }
+    void cleanupTestCase() { TrackerIndexCase::cleanup(); }
 
     void init()
     {

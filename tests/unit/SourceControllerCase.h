@@ -9,7 +9,7 @@
 #include "KelvoSourceController.h"
 #include "LogRecorder.h"
 #include "RecordingSource.h"
-#include "TrackerTestCase.h"
+#include "TrackerIndexCase.h"
 
 #include <QAction>
 #include <QCheckBox>
@@ -22,7 +22,7 @@
 #include <QToolButton>
 
 /// The source controller in a console with three sources and a store of six songs.
-class SourceControllerCase : public TrackerTestCase
+class SourceControllerCase : public TrackerIndexCase
 {
     Q_OBJECT
 protected:
@@ -90,8 +90,8 @@ protected Q_SLOTS:
     // One store for all functions: none changes what it holds.
     void initTestCase()
     {
-        TrackerTestCase::initTestCase();
-        TrackerTestCase::init();
+        TrackerIndexCase::initTestCase();
+        TrackerIndexCase::init();
         std::vector<MediaItem> items;
         for (int i = 0; i < songCount; ++i)
             items.push_back(song(i));
@@ -99,7 +99,7 @@ protected Q_SLOTS:
         QVERIFY(writeSongs(items));
     }
 
-    void cleanupTestCase() { TrackerTestCase::cleanup(); }
+    void cleanupTestCase() { TrackerIndexCase::cleanup(); }
 
     void init()
     {

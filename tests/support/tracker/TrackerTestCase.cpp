@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "TrackerTestCase.h"
 
-#include "index/StoreWriter.h"
 #include "store/StoreSession.h"
 
 #include <QDir>
@@ -14,8 +13,6 @@
 #include <tag.h>
 
 namespace {
-constexpr int patience = 30'000;
-
 TagLib::String tagText(const QString &text)
 {
     return {text.toStdString(), TagLib::String::UTF8};
@@ -111,7 +108,7 @@ bool TrackerTestCase::openStore()
     m_user = std::make_unique<QObject>();
     QSignalSpy opened(&store(), &KelvoTrackerStore::opened);
     store().hold(m_user.get());
-    return opened.wait(patience) && store().state() == KelvoTrackerStore::Open;
+    return opened.wait(Patience) && store().state() == KelvoTrackerStore::Open;
 }
 
 void TrackerTestCase::closeStore()
@@ -121,7 +118,7 @@ void TrackerTestCase::closeStore()
     const bool open = store().state() != KelvoTrackerStore::Closed;
     m_user.reset();
     if (open)
-        QVERIFY(closed.wait(patience));
+        QVERIFY(closed.wait(Patience));
 }
 
 bool TrackerTestCase::replaceStore() const
@@ -131,14 +128,7 @@ bool TrackerTestCase::replaceStore() const
     for (const QString &file : files)
         QFile::remove(store().folder() + '/' + file);
     store().session()->report(store().session()->checkFiles());
-    return rebuilt.wait(patience);
-}
-
-bool TrackerTestCase::index()
-{
-    QSignalSpy indexed(&store(), &KelvoTrackerStore::indexed);
-    store().startIndexing();
-    return openStore() && (indexed.count() > 0 || indexed.wait(patience));
+    return rebuilt.wait(Patience);
 }
 
 bool TrackerTestCase::waitForFiles(int count, int milliseconds)
@@ -151,44 +141,13 @@ bool TrackerTestCase::waitForFiles(int count, int milliseconds)
     return reached;
 }
 
-bool TrackerTestCase::writeSongs(const std::vector<MediaItem> &items)
-{
-    StoreError error;
-    const StoreSession::Entry entry = store().session()->enter([] {}, &error);
-    if (!entry)
-        return false;
-    StoreWriter writer(entry.connection());
-    std::vector<bool> written;
-    return writer.write(items, &written, &error)
-        && std::find(written.begin(), written.end(), false) == written.end();
-}
-
-MediaItem TrackerTestCase::song(int number)
-{
-    MediaItem item;
-    item.kind = MediaKind::Song;
-    item.number = quint64(number) + 1;
-    item.path = "/music/" + QByteArray::number(number) + ".mp3";
-    item.uri = "file://" + item.path;
-    item.stamp = {item.number, 1000 + number, 5};
-    item.title = QStringLiteral("Song %1").arg(number, 6, 10, QLatin1Char('0'));
-    item.artists = QStringList(QStringLiteral("Artist %1").arg(number % 7));
-    item.album = QStringLiteral("Album %1").arg(number % 3);
-    item.albumArtist = QStringLiteral("Various");
-    item.genre = QStringLiteral("Rock");
-    item.year = 1990;
-    item.track = number + 1;
-    item.seconds = 100 + number;
-    return item;
-}
-
 std::unique_ptr<KelvoTrackerModel> TrackerTestCase::result(Type type, int id)
 {
     KelvoTrackerModelFactory factory("No album", "No artist", 50);
     std::unique_ptr<KelvoTrackerModel> model(factory.getModel(type, 0, id));
     QSignalSpy completed(model.get(), &KelvoTrackerModel::completed);
     QSignalSpy failed(model.get(), &KelvoTrackerModel::error);
-    if (!completed.wait(patience) || !failed.isEmpty()) {
+    if (!completed.wait(Patience) || !failed.isEmpty()) {
         qWarning() << "The query failed:" << failed;
         model.reset();
     }

@@ -4,7 +4,6 @@
 #include "KelvoTestCase.h"
 #include "KelvoTrackerModelFactory.h"
 #include "KelvoTrackerStore.h"
-#include "index/MediaItem.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -33,6 +32,8 @@ protected:
         "SELECT ?video nfo:fileName(?video) nie:url(?video) ?length nfo:fileSize(?video)WHERE {    ?video a "
         "nmm:Video .    "
         "OPTIONAL    {      ?video nfo:duration ?length .    } } ORDER BY nfo:fileName(?video)");
+    /// Milliseconds after which something is taken to have failed.
+    static constexpr int Patience = 30'000;
     /// Milliseconds in which a change of a file has to show in the store.
     static constexpr int Soon = 5000;
 
@@ -54,13 +55,8 @@ protected:
     void closeStore();
     /// Deletes the store's files under whoever reads it and waits until an empty store has taken its place.
     bool replaceStore() const;
-    /// Opens and indexes; waits until the first pass has ended.
-    bool index();
     /// Waits for a pass of the indexer that leaves so many files.
-    bool waitForFiles(int count, int milliseconds = 30'000);
-    /// Writes songs into the open store without any files behind them.
-    bool writeSongs(const std::vector<MediaItem> &items);
-    static MediaItem song(int number);
+    bool waitForFiles(int count, int milliseconds = Patience);
 
     /// The complete result of a query; null when it fails.
     std::unique_ptr<KelvoTrackerModel> result(Type type, int id = 0);

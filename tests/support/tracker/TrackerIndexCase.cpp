@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+#include "TrackerIndexCase.h"
+
+#include "index/StoreWriter.h"
+#include "store/StoreSession.h"
+
+#include <QSignalSpy>
+#include <QTest>
+
+#include <algorithm>
+
+bool TrackerIndexCase::index()
+{
+    QSignalSpy indexed(&store(), &KelvoTrackerStore::indexed);
+    store().startIndexing();
+    return openStore() && (indexed.count() > 0 || indexed.wait(Patience));
+}
+
+bool TrackerIndexCase::writeSongs(const std::vector<MediaItem> &items)
+{
+    StoreError error;
+    const StoreSession::Entry entry = store().session()->enter([] {}, &error);
+    if (!entry)
+        return false;
+    StoreWriter writer(entry.connection());
+    std::vector<bool> written;
+    return writer.write(items, &written, &error)
+        && std::find(written.begin(), written.end(), false) == written.end();
+}
+
+MediaItem TrackerIndexCase::song(int number)
+{
+    MediaItem item;
+    item.kind = MediaKind::Song;
+    item.number = quint64(number) + 1;
+    item.path = "/music/" + QByteArray::number(number) + ".mp3";
+    item.uri = "file://" + item.path;
+    item.stamp = {item.number, 1000 + number, 5};
+    item.title = QStringLiteral("Song %1").arg(number, 6, 10, QLatin1Char('0'));
+    item.artists = QStringList(QStringLiteral("Artist %1").arg(number % 7));
+    item.album = QStringLiteral("Album %1").arg(number % 3);
+    item.albumArtist = QStringLiteral("Various");
+    item.genre = QStringLiteral("Rock");
+    item.year = 1990;
+    item.track = number + 1;
+    item.seconds = 100 + number;
+    return item;
+}
