@@ -4,6 +4,7 @@
 // looks through them again, and indexes as many in one folder. The reference reads every file once.
 #include "KelvoTrackerStore.h"
 #include "Measurement.h"
+#include "index/MediaIndexing.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -71,7 +72,7 @@ public:
         qputenv("KELVO_MEDIA_DIRS", QFile::encodeName(media));
         QObject::connect(m_store, &KelvoTrackerStore::indexed, &m_user,
             [this](const KelvoIndexReport &pass) { m_report = pass; });
-        m_store->startIndexing();
+        m_store->startIndexing(std::make_shared<MediaIndexing>());
         m_store->hold(&m_user);
         waitFor(m_store, &KelvoTrackerStore::indexed);
     }

@@ -4,16 +4,14 @@
 #include "GuiMailbox.h"
 #include "KelvoMessageHandler.h"
 #include "WorkerPool.h"
-#include "index/FileUri.h"
-#include "index/Indexer.h"
-#include "index/MediaReader.h"
+#include "store/FileUri.h"
 #include "store/Sparql.h"
+#include "store/StoreIndexing.h"
 #include "store/StoreOpening.h"
 #include "store/StoreSession.h"
 #include "store/TrackerThreads.h"
 
 #include <QCoreApplication>
-#include <QFile>
 #include <QSet>
 #include <QTimer>
 
@@ -36,8 +34,9 @@ struct KelvoTrackerStore::Private
     /// Counts openings, so that what comes late from an earlier one is told from news. Read on any thread.
     std::atomic<quint64> attempt = 0;
     std::shared_ptr<StoreSession> session;
-    bool indexing = false;
-    std::shared_ptr<Indexer> indexer;
+    std::shared_ptr<const StoreIndexing> indexing; ///< null: nothing is to be indexed
+    std::shared_ptr<StoreIndexer> indexer;
+    std::shared_ptr<StoreSession> indexed; ///< what the indexer works on
 };
 
 namespace {
@@ -86,18 +85,9 @@ int addPlay(StoreConnection &connection, const QByteArray &url, StoreError *erro
     return connection.update({text}, error) ? count : 0;
 }
 
-// Who plays such a file guesses its length from what has been played so far.
-bool isLengthCounted(const QUrl &url)
-{
-    MediaItem item;
-    item.kind = MediaKind::Song;
-    item.path = QFile::encodeName(url.toLocalFile());
-    item.uri = FileUri::fromPath(item.path);
-    return url.isLocalFile() && MediaReader().read(&item) && item.isLengthCounted;
-}
-
 // False when nothing with the URL has another length, or a surer one.
-bool setLength(StoreConnection &connection, const QUrl &url, int seconds, StoreError *error)
+bool setLength(StoreConnection &connection, const StoreIndexing *indexing, const QUrl &url, int seconds,
+    StoreError *error)
 {
     const QByteArray isOther = " ; nie:url " + Sparql::literal(FileUri::canonical(url.toEncoded()))
         + " OPTIONAL { ?x nfo:duration ?length } FILTER (!BOUND(?length) || ?length != "
@@ -108,7 +98,9 @@ bool setLength(StoreConnection &connection, const QUrl &url, int seconds, StoreE
     const QByteArray video = song.isEmpty()
         ? connection.selectOne("SELECT ?x { ?x a nmm:Video" + isOther + "}", error)
         : QByteArray();
-    if ((song.isEmpty() && video.isEmpty()) || isLengthCounted(url))
+    if (song.isEmpty() && video.isEmpty())
+        return false;
+    if (indexing && indexing->isLengthCounted(url))
         return false;
     const QByteArray length = " nfo:duration " + QByteArray::number(seconds);
     return connection.update({"INSERT OR REPLACE "
@@ -167,12 +159,13 @@ KelvoTrackerStore::~KelvoTrackerStore()
 void KelvoTrackerStore::shutDown()
 {
     d->users.clear();
-    d->indexing = false;
+    d->indexing.reset();
     updateIndexer();
     close();
     d->operations.waitForDone();
     TrackerThreads::waitForAll();
     d->indexer.reset();
+    d->indexed.reset();
 }
 
 void KelvoTrackerStore::hold(QObject *user)
@@ -308,15 +301,15 @@ void KelvoTrackerStore::close()
     d->state = Closed;
 }
 
-void KelvoTrackerStore::startIndexing()
+void KelvoTrackerStore::startIndexing(std::shared_ptr<const StoreIndexing> indexing)
 {
-    d->indexing = true;
+    d->indexing = std::move(indexing);
     updateIndexer();
 }
 
 void KelvoTrackerStore::stopIndexing()
 {
-    d->indexing = false;
+    d->indexing.reset();
     updateIndexer();
 }
 
@@ -333,7 +326,7 @@ void KelvoTrackerStore::rescan()
 
 void KelvoTrackerStore::updateIndexer()
 {
-    if (d->indexer && (!d->indexing || d->indexer->session() != d->session))
+    if (d->indexer && (!d->indexing || d->indexed != d->session))
         d->indexer->stop();
     const bool wanted = d->indexing && d->state == Open && !d->readOnly;
     if (!wanted || (d->indexer && d->indexer->isRunning()))
@@ -341,7 +334,8 @@ void KelvoTrackerStore::updateIndexer()
     const auto report = [this, mailbox = d->mailbox](const KelvoIndexReport &pass) {
         mailbox->post([this, pass] { Q_EMIT indexed(pass); });
     };
-    d->indexer = Indexer::start(d->session, IndexSettings::fromEnvironment(), report, d->indexer);
+    d->indexer = d->indexing->start(d->session, report, d->indexer);
+    d->indexed = d->session;
 }
 
 void KelvoTrackerStore::countPlay(const QUrl &url)
@@ -356,12 +350,13 @@ void KelvoTrackerStore::countPlay(const QUrl &url)
 
 void KelvoTrackerStore::correctLength(const QUrl &url, int seconds)
 {
-    d->operations.start([this, url, seconds, session = session(), mailbox = d->mailbox] {
-        within(session, [&](StoreConnection &connection, StoreError *error) {
-            if (setLength(connection, url, seconds, error))
-                mailbox->post([this, url, seconds] { Q_EMIT lengthCorrected(url, seconds); });
+    d->operations.start(
+        [this, url, seconds, session = session(), indexing = d->indexing, mailbox = d->mailbox] {
+            within(session, [&](StoreConnection &connection, StoreError *error) {
+                if (setLength(connection, indexing.get(), url, seconds, error))
+                    mailbox->post([this, url, seconds] { Q_EMIT lengthCorrected(url, seconds); });
+            });
         });
-    });
 }
 
 void KelvoTrackerStore::setFavorite(const QUrl &url, bool favorite)

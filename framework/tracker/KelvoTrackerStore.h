@@ -8,6 +8,7 @@
 
 #include <memory>
 
+class StoreIndexing;
 class StoreSession;
 
 /// What one pass of the indexer found.
@@ -51,10 +52,9 @@ public:
     /// Where the store lies (or would lie).
     QString folder() const;
 
-    /// Keeps the store up to date with the media folders, from now until stopIndexing(). The folders are those of
-    /// KELVO_MEDIA_DIRS (separated by ":"), otherwise the user's music and video folders. With KELVO_TRACKER=bus
-    /// the desktop's own index is taken over instead, where it runs.
-    void startIndexing();
+    /// Keeps the store up to date by this means, from now until stopIndexing(). Nothing is indexed while the store is
+    /// read only.
+    void startIndexing(std::shared_ptr<const StoreIndexing> indexing);
     void stopIndexing();
     bool isIndexing() const;
     /// Looks through all folders again; ends with indexed().
@@ -64,7 +64,7 @@ public:
     /// of the store.
     void countPlay(const QUrl &url);
     /// Corrects the length of the song or video with this URL, as playing it has shown it; until the file changes. Ends
-    /// with lengthCorrected(), when the store had another one that it did not know for sure.
+    /// with lengthCorrected(), when the store had another one that who indexes it does not know for sure.
     void correctLength(const QUrl &url, int seconds);
     /// Adds the song to the favourites or takes it out; files keep their mark when they are moved or changed.
     /// (The entries of a playlist file named "Favorites" or "Favourites" are favourites too.)

@@ -6,7 +6,9 @@
     plug-ins -> core (tracker-source also tracker) + their one foreign library
     upnp, mpris -> remote (a static library) -> core
     shared, mpris -> bus (a static library)
-    tracker, gst-renderer -> media (a static library)
+    tracker-source, gst-renderer -> media (a static library)
+
+The program alone loads none of the libraries that only a back end needs: they come with its plug-in.
 
 Exit status 1 and one line for each arrow that points the wrong way.
 """
@@ -23,27 +25,28 @@ MAY_INCLUDE = {
     "framework/bus": set(),
     "framework/media": set(),
     "framework/shared": {"framework/bus", "framework/core"},
-    "framework/tracker": {"framework/core", "framework/media"},
+    "framework/tracker": {"framework/core"},
     "framework/plugins/gst-renderer": {"framework/core", "framework/media"},
     "framework/plugins/simulator": {"framework/core"},
     "framework/plugins/remote": {"framework/core"},
     "framework/plugins/upnp": {"framework/core", "framework/plugins/remote"},
     "framework/plugins/mpris": {"framework/bus", "framework/core", "framework/plugins/remote"},
-    "framework/plugins/tracker-source": {"framework/core", "framework/tracker"},
+    "framework/plugins/tracker-source": {"framework/core", "framework/media", "framework/tracker"},
 }
 
 # Headers of foreign libraries -> the folders that may know them.
 FOREIGN = {
     # The indexer looks into videos with the media engine's discoverer.
-    r"gst/": {"framework/plugins/gst-renderer", "framework/tracker"},
-    r"totem-pl-parser": {"framework/plugins/gst-renderer", "framework/tracker"},
+    r"gst/": {"framework/plugins/gst-renderer", "framework/plugins/tracker-source"},
+    r"totem-pl-parser": {"framework/plugins/gst-renderer", "framework/plugins/tracker-source"},
     r"libtracker-sparql|tracker-sparql": {"framework/tracker"},
-    r"taglib/|^(fileref|tag|tfile|tfilestream|tpropertymap)\.h$": {"framework/tracker"},
-    r"uchardet/": {"framework/tracker"},
+    r"taglib/|^(fileref|tag|tfile|tfilestream|tpropertymap)\.h$": {"framework/plugins/tracker-source"},
+    r"uchardet/": {"framework/plugins/tracker-source"},
     r"libgupnp|libgssdp|libsoup": {"framework/plugins/upnp"},
     r"xcb/": {"framework/plugins/gst-renderer"},
     r"glib|gio/|gobject/": {
-        "framework/plugins/gst-renderer", "framework/tracker", "framework/plugins/upnp"},
+        "framework/plugins/gst-renderer", "framework/plugins/tracker-source", "framework/tracker",
+        "framework/plugins/upnp"},
     r"QtWidgets/|Q(Widget|Dialog|MainWindow|Application|MessageBox)\b": {"src"},
     r"QDBus": {"framework/bus", "framework/shared", "framework/plugins/mpris"},
 }
@@ -53,15 +56,20 @@ QT_BASE = r"libQt6(Core|Gui)\.so"
 MAY_LINK = {
     r"lib/libkelvo-core\.so": QT_BASE,
     r"lib/libkelvo-shared\.so": QT_BASE + r"|libQt6DBus\.so|libkelvo-core\.so",
-    r"lib/libkelvo-tracker\.so": QT_BASE + r"|libQt6\w+\.so|libkelvo-core\.so|libtracker|libtag|libg\w+-2\.0|libgst|libtotem|libuchardet",
+    # GLib is what libtracker-sparql's own interface is made of.
+    r"lib/libkelvo-tracker\.so": QT_BASE + r"|libkelvo-core\.so|libtracker-sparql|libg(lib|object|io)-2\.0",
     r"bin/kelvo-test-gui": r"libQt6(Core|Gui|Widgets|Network|DBus)\.so|libkelvo-(core|shared|tracker)\.so",
     r"lib/kelvo/plugins/gst-renderer\.so":
         QT_BASE + r"|libQt6Network\.so|libkelvo-core\.so|libgst\w+-1\.0|libg(lib|object|io)-2\.0|libtotem-plparser|libxcb",
     r"lib/kelvo/plugins/simulator\.so": QT_BASE + r"|libkelvo-core\.so",
-    r"lib/kelvo/plugins/tracker-source\.so": QT_BASE + r"|libkelvo-(core|tracker)\.so",
+    r"lib/kelvo/plugins/tracker-source\.so":
+        QT_BASE + r"|libkelvo-(core|tracker)\.so|libtag\.so|libgst(pbutils|reamer)-1\.0|libg(lib|object|io)-2\.0"
+        r"|libtotem-plparser|libuchardet",
     r"lib/kelvo/plugins/upnp\.so": QT_BASE + r"|libkelvo-core\.so|libgupnp|libgssdp|libsoup|libg(lib|object|io)-2\.0|libxml2",
     r"lib/kelvo/plugins/mpris\.so": QT_BASE + r"|libQt6DBus\.so|libkelvo-core\.so",
 }
+# Not loaded by any program or library of the boundary, not even by way of others: only plug-ins bring them.
+OF_BACK_ENDS = re.compile(r"libgst|libtag\.so|libtotem-plparser|libuchardet|libgupnp|libgssdp|libsoup")
 RUNTIME = re.compile(r"lib(stdc\+\+|m|gcc_s|c|pthread|dl|rt|asan|ubsan|tsan)\.so|ld-linux")
 
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.MULTILINE)
@@ -127,6 +135,17 @@ def needed_libraries(path):
     return re.findall(r"\(NEEDED\)\s+Shared library: \[(.+)\]", output)
 
 
+def load_faults(binary, loaded):
+    """Faults of a program, or a library that it links, with all that is loaded for it before any plug-in."""
+    return [f"{binary}: loads {library}, which belongs to a plug-in"
+            for library in loaded if OF_BACK_ENDS.match(library)]
+
+
+def loaded_libraries(path):
+    output = subprocess.run(["ldd", str(path)], check=True, capture_output=True, text=True).stdout
+    return re.findall(r"^\s+(\S+) =>", output, re.MULTILINE)
+
+
 def binary_faults(build):
     binaries = sorted(path for pattern in ("bin/*", "lib/libkelvo-*.so", "lib/kelvo/plugins/*.so")
                       for path in build.glob(pattern) if path.is_file())
@@ -134,7 +153,10 @@ def binary_faults(build):
         return [f"{build}: nothing built"]
     faults = []
     for path in binaries:
-        faults += link_faults(path.relative_to(build).as_posix(), needed_libraries(path))
+        name = path.relative_to(build).as_posix()
+        faults += link_faults(name, needed_libraries(path))
+        if not name.startswith("lib/kelvo/plugins/"):
+            faults += load_faults(name, loaded_libraries(path))
     return faults
 
 

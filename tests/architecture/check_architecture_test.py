@@ -3,7 +3,7 @@
 """The architecture check must see the faults it exists for."""
 import unittest
 
-from check_architecture import include_faults, link_faults
+from check_architecture import include_faults, link_faults, load_faults
 
 OWNERS = {"KelvoRegistry.h": {"framework/core"}, "KelvoGstRenderer.h": {"framework/plugins/gst-renderer"},
           "KelvoMainWindow.h": {"src"}, "RemoteRenderer.h": {"framework/plugins/remote"},
@@ -45,12 +45,33 @@ class Includes(unittest.TestCase):
         self.assertTrue(self.faults("framework/core/a.cpp", '"RemoteRenderer.h"'))
 
 
+    def test_the_store_reads_no_media(self):
+        self.assertEqual(self.faults("framework/tracker/store/a.cpp", "<libtracker-sparql/tracker-sparql.h>"), [])
+        for header in ("<gst/gst.h>", "<fileref.h>", "<totem-pl-parser.h>", "<uchardet/uchardet.h>"):
+            self.assertTrue(self.faults("framework/tracker/a.cpp", header))
+            self.assertEqual(self.faults("framework/plugins/tracker-source/index/a.cpp", header), [])
+        self.assertTrue(self.faults("framework/plugins/tracker-source/a.cpp", "<libtracker-sparql/tracker-sparql.h>"))
+
+
 class Links(unittest.TestCase):
     def test_rules(self):
         self.assertEqual(link_faults("lib/libkelvo-core.so", ["libQt6Core.so.6", "libstdc++.so.6"]), [])
         self.assertTrue(link_faults("lib/libkelvo-core.so", ["libQt6Widgets.so.6"]))
         self.assertTrue(link_faults("bin/kelvo-test-gui", ["libgstreamer-1.0.so.0"]))
         self.assertTrue(link_faults("lib/kelvo/plugins/simulator.so", ["libQt6Widgets.so.6"]))
+
+    def test_the_store_links_its_database_only(self):
+        store = "lib/libkelvo-tracker.so"
+        self.assertEqual(link_faults(store, ["libtracker-sparql-3.0.so.0", "libglib-2.0.so.0"]), [])
+        for library in ("libgstreamer-1.0.so.0", "libtag.so.1", "libtotem-plparser.so.18", "libuchardet.so.0"):
+            self.assertTrue(link_faults(store, [library]))
+            self.assertEqual(link_faults("lib/kelvo/plugins/tracker-source.so", [library]), [])
+
+    def test_what_back_ends_need_comes_with_them(self):
+        self.assertEqual(load_faults("bin/kelvo-test-gui", ["libQt6Core.so.6", "libglib-2.0.so.0"]), [])
+        for library in ("libgstreamer-1.0.so.0", "libtag.so.1", "libtotem-plparser.so.18", "libuchardet.so.0",
+                        "libgupnp-1.6.so.0"):
+            self.assertTrue(load_faults("bin/kelvo-test-gui", [library]))
 
     def test_an_unknown_binary_is_a_fault(self):
         self.assertTrue(link_faults("lib/kelvo/plugins/new.so", []))

@@ -215,7 +215,7 @@ private Q_SLOTS:
         for (int i = 1; i < count; ++i)
             QCOMPARE(::link(first.constData(), local(place(QString::number(i) + ".mp3")).constData()), 0);
         QSignalSpy indexed(&store(), &KelvoTrackerStore::indexed);
-        store().startIndexing();
+        startIndexing();
         QVERIFY(openStore());
         QVERIFY(indexed.count() > 0 || indexed.wait(120'000));
         QCOMPARE(indexed.first().first().value<KelvoIndexReport>().added, count);

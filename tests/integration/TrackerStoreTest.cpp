@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "LogRecorder.h"
 #include "TrackerIndexCase.h"
+#include "index/MediaIndexing.h"
 #include "store/StoreSession.h"
 
 #include <QCoreApplication>
@@ -35,7 +36,7 @@ int runOther(bool indexing)
     QObject::connect(store, &KelvoTrackerStore::indexed, &user,
         [](const KelvoIndexReport &report) { say("indexed " + QString::number(report.files)); });
     if (indexing)
-        store->startIndexing();
+        store->startIndexing(std::make_shared<MediaIndexing>());
     store->hold(&user);
     return QCoreApplication::exec();
 }
@@ -157,7 +158,7 @@ private Q_SLOTS:
         for (int round = 0; round < 20; ++round) {
             QVERIFY(openStore());
             if (round % 2)
-                store().startIndexing();
+                startIndexing();
             closeStore();
         }
         // Users that come and go in one turn of the event loop leave nothing behind.
@@ -197,7 +198,7 @@ private Q_SLOTS:
             QVERIFY(store().isReadOnly());
             QCOMPARE(log.warnings().filter("in use by another process").size(), 1);
             QCOMPARE(titles(Type::AllSongs).size(), 3);
-            store().startIndexing();
+            startIndexing();
             QVERIFY(!store().isIndexing());
             QSignalSpy counted(&store(), &KelvoTrackerStore::playCounted);
             store().countPlay(QUrl(QString::fromLatin1(song(0).uri)));
@@ -312,7 +313,7 @@ private Q_SLOTS:
         QVERIFY(openStore());
         // Damage that the opening does not meet shows with the first query.
         if (rebuilt.isEmpty()) {
-            store().startIndexing();
+            startIndexing();
             QVERIFY(rebuilt.wait(10000));
         }
         const QString text = rebuilt.first().first().toString();

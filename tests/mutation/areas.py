@@ -20,7 +20,7 @@ AREAS = (
     ("framework/plugins/mpris/", ("mpris-tests", "contract-mpris")),
     ("framework/plugins/upnp/", ("upnp-tests", "upnp-network-tests", "contract-upnp")),
     ("framework/plugins/gst-renderer/", ("gst-parts-tests", "gst-tests", "gst-video-tests", "contract-gst-renderer")),
-    ("framework/plugins/", ("tracker-plugin-tests",)),
+    ("framework/plugins/", ("tracker-tests", "integration-tracker-store", "tracker-plugin-tests")),
 )
 
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoTestCase.h"
 #include "TestGroup.h"
-#include "index/FileUri.h"
 #include "index/TextRepair.h"
+#include "store/FileUri.h"
 
 #include <QTest>
 

@@ -5,6 +5,7 @@
 #include "KelvoRegistry.h"
 #include "KelvoTrackerStore.h"
 #include "TrackerSource.h"
+#include "index/MediaIndexing.h"
 
 TrackerSourcePlugin::TrackerSourcePlugin() = default;
 
@@ -29,7 +30,7 @@ bool TrackerSourcePlugin::start(KelvoRegistry *registry, QString *error)
     // A store that cannot be opened is said so by the log and by each query; the source stays, so that it can be
     // asked what it is.
     store->hold(this);
-    store->startIndexing();
+    store->startIndexing(std::make_shared<MediaIndexing>());
     return true;
 }
 

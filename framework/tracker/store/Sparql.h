@@ -19,10 +19,10 @@ inline constexpr char UnknownArtist[] = "urn:kelvo:artist:unknown";
 inline constexpr char UnknownAlbum[] = "urn:kelvo:album:unknown";
 
 /// "text" with quotes, escaped; characters that the store cannot hold (NUL) are left out.
-QByteArray literal(const QString &text);
-QByteArray literal(const QByteArray &utf8);
+KELVO_TRACKER_EXPORT QByteArray literal(const QString &text);
+KELVO_TRACKER_EXPORT QByteArray literal(const QByteArray &utf8);
 /// <iri>; what may not stand in an IRI is percent-encoded.
-QByteArray iri(const QByteArray &text);
+KELVO_TRACKER_EXPORT QByteArray iri(const QByteArray &text);
 /// An xsd:dateTime literal of the current time in UTC, later than each one made before by this process. Any thread.
 KELVO_TRACKER_EXPORT QByteArray now();
 /// The time for what happens now when the last one was given `last`; microseconds since 1970. Never a full second: the

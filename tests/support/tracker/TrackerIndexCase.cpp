@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "TrackerIndexCase.h"
 
+#include "index/MediaIndexing.h"
 #include "index/StoreWriter.h"
 #include "store/StoreSession.h"
 
@@ -9,10 +10,15 @@
 
 #include <algorithm>
 
+void TrackerIndexCase::startIndexing()
+{
+    KelvoTrackerStore::instance()->startIndexing(std::make_shared<MediaIndexing>());
+}
+
 bool TrackerIndexCase::index()
 {
     QSignalSpy indexed(&store(), &KelvoTrackerStore::indexed);
-    store().startIndexing();
+    startIndexing();
     return openStore() && (indexed.count() > 0 || indexed.wait(Patience));
 }
 

@@ -11,6 +11,8 @@ class TrackerIndexCase : public TrackerTestCase
 {
     Q_OBJECT
 protected:
+    /// Makes the store keep up to date with the media folder, once it is open.
+    static void startIndexing();
     /// Opens and indexes; waits until the first pass has ended.
     bool index();
     /// Writes songs into the open store without any files behind them.

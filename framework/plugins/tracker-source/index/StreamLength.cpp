@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "StreamLength.h"
 
-#include "../store/GObjectPtr.h"
+#include "store/GObjectPtr.h"
 
 #include <QElapsedTimer>
 

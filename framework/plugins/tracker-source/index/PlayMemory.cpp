@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "PlayMemory.h"
 
-#include "../store/Sparql.h"
+#include "store/Sparql.h"
 
 #include <QSet>
 

@@ -1,10 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "FileUri.h"
 
-#include "../store/GObjectPtr.h"
-#include "TextRepair.h"
-
-#include <QUrl>
+#include "GObjectPtr.h"
 
 #include <glib.h>
 
@@ -27,13 +24,4 @@ QByteArray FileUri::canonical(const QByteArray &uri)
         return uri;
     const GCharPtr absolute(g_canonicalize_filename(path.constData(), "/"));
     return fromPath(absolute.get());
-}
-
-QString FileUri::fileName(const QByteArray &uri)
-{
-    QByteArray path = toPath(uri);
-    if (path.isEmpty())
-        path = QByteArray::fromPercentEncoding(QUrl::fromEncoded(uri).path(QUrl::FullyEncoded).toLatin1());
-    const QString name = TextRepair::decode(path.mid(path.lastIndexOf('/') + 1));
-    return name.isEmpty() ? TextRepair::decode(uri) : name;
 }

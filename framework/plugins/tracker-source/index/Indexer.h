@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "../KelvoTrackerStore.h"
-#include "../store/StoreSession.h"
 #include "DesktopIndex.h"
 #include "FolderTree.h"
 #include "FolderWatch.h"
 #include "IndexSettings.h"
+#include "KelvoTrackerStore.h"
 #include "MediaReader.h"
 #include "StoreWriter.h"
+#include "store/StoreIndexing.h"
+#include "store/StoreSession.h"
 
 #include <atomic>
 #include <condition_variable>
@@ -16,26 +17,23 @@
 #include <memory>
 #include <mutex>
 
-/// Keeps a store up to date with the media folders, on a thread of its own, until it is stopped or the store's session
-/// is closed.
+/// Keeps a store up to date with the folders of its settings, or with the desktop's own index.
 ///
 /// It looks through everything once, then follows what changes. A pass compares folders with what the store
 /// holds, reads what is new or changed, and writes it in batches, so that songs appear while a long pass runs.
-class Indexer : public std::enable_shared_from_this<Indexer>
+class Indexer : public StoreIndexer
 {
 public:
-    using Report = std::function<void(const KelvoIndexReport &)>;
+    using Report = StoreIndexing::Report;
 
     /// `report` is called on the indexer's thread after each pass. Begins when `previous` has ended.
     static std::shared_ptr<Indexer> start(std::shared_ptr<StoreSession> session, IndexSettings settings,
-        Report report, std::shared_ptr<Indexer> previous);
+        Report report, std::shared_ptr<StoreIndexer> previous);
 
-    const std::shared_ptr<StoreSession> &session() const { return m_session; }
-    /// Any thread; returns at once.
-    void stop();
-    void rescan();
-    /// Neither stopped nor ended.
-    bool isRunning() const;
+    void stop() override;
+    void rescan() override;
+    bool isRunning() const override;
+    void waitForEnd() override;
 
 private:
     static constexpr size_t ItemsPerBatch = 500; ///< written to the store at once
@@ -62,7 +60,6 @@ private:
     bool followDesktop(StoreWriter &writer);
     void desktopPass(StoreWriter &writer, const DesktopIndex &desktop);
     bool applyDesktop(StoreWriter &writer, std::vector<MediaItem> items, KelvoIndexReport *report);
-    void waitForEnd();
 
     const std::shared_ptr<StoreSession> m_session;
     const IndexSettings m_settings;

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "StoreWriter.h"
 
-#include "../store/Sparql.h"
-#include "FileUri.h"
 #include "KelvoMessageHandler.h"
 #include "PlayMemory.h"
+#include "TextRepair.h"
+#include "store/FileUri.h"
+#include "store/Sparql.h"
 
 #include <QCryptographicHash>
 
@@ -50,7 +51,7 @@ QByteArray videoStatement(const MediaItem &item)
 {
     const QByteArray subject = iri(resourceIri(MediaKind::Video, item.number));
     QByteArray text = "INSERT OR REPLACE { " + subject + " a nmm:Video , nfo:FileDataObject"
-        + commonProperties(item) + " ; nfo:fileName " + literal(FileUri::fileName(item.uri))
+        + commonProperties(item) + " ; nfo:fileName " + literal(TextRepair::fileName(item.uri))
         + " ; nfo:fileSize " + QByteArray::number(item.stamp.size);
     if (item.seconds > 0)
         text += " ; nfo:duration " + QByteArray::number(item.seconds);

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "DesktopIndex.h"
 
-#include "../query/QueryCatalog.h"
-#include "FileUri.h"
 #include "TextRepair.h"
+#include "query/QueryCatalog.h"
+#include "store/FileUri.h"
 
 #include <QDateTime>
 #include <QSet>
@@ -52,7 +52,7 @@ MediaItem commonOf(const StoreCursor &cursor, MediaKind kind)
         = QDateTime::fromString(textAt(cursor, Modified), Qt::ISODate).toMSecsSinceEpoch() * 1'000'000;
     item.title = textAt(cursor, Title);
     if (item.title.isEmpty())
-        item.title = FileUri::fileName(item.uri);
+        item.title = TextRepair::fileName(item.uri);
     item.seconds = numberAt(cursor, Length);
     item.mimeType = textAt(cursor, MimeType).toLatin1();
     item.isReadable = true;

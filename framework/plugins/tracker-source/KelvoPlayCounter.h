@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "KelvoTrackerGlobal.h"
-
 #include <QObject>
 
 class KelvoRegistry;
@@ -11,7 +9,7 @@ class KelvoRenderer;
 /// Where playing meets the store. Counts the playings of songs: follows the renderers of a registry by their signals and tells the tracker store when
 /// an item has been in state Playing for half of its duration or for four minutes, whichever is less. Pauses do not
 /// count, nor does what seeking skips; an item that is played again counts again. GUI thread.
-class KELVO_TRACKER_EXPORT KelvoPlayCounter : public QObject
+class KelvoPlayCounter : public QObject
 {
     Q_OBJECT
 public:

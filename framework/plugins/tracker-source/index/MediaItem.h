@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "KelvoTrackerGlobal.h"
-
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
@@ -77,10 +75,10 @@ struct MediaItem
     std::vector<Entry> entries; ///< of a playlist
 
     /// 0 or less: not known.
-    KELVO_TRACKER_EXPORT void setLength(qint64 length);
+    void setLength(qint64 length);
 };
 
 /// "urn:kelvo:<kind>:<number>"
-KELVO_TRACKER_EXPORT QByteArray resourceIri(MediaKind kind, quint64 number);
+QByteArray resourceIri(MediaKind kind, quint64 number);
 /// The number in such an IRI; 0 when it is none.
 quint64 resourceNumber(const QByteArray &iri);

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "PlaylistReader.h"
 
-#include "../store/GObjectPtr.h"
-#include "FileUri.h"
 #include "PlaylistEntries.h"
 #include "TextRepair.h"
+#include "store/FileUri.h"
+#include "store/GObjectPtr.h"
 
 #include <QDir>
 #include <QFile>
@@ -45,7 +45,7 @@ void addEntry(TotemPlParser *, const char *uri, GHashTable *metadata, gpointer d
         return;
     MediaItem::Entry entry{entryUri(uri), textOf(metadata, TOTEM_PL_PARSER_FIELD_TITLE)};
     if (entry.title.isEmpty())
-        entry.title = FileUri::fileName(entry.uri);
+        entry.title = TextRepair::fileName(entry.uri);
     item->entries.push_back(std::move(entry));
 }
 

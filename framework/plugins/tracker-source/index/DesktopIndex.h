@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "../store/StoreConnection.h"
 #include "MediaItem.h"
+#include "store/StoreConnection.h"
 
 /// The desktop's own index of media files, as far as this store takes it over. Worker thread.
 class DesktopIndex

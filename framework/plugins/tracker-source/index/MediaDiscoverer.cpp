@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "MediaDiscoverer.h"
 
-#include "../store/GObjectPtr.h"
 #include "KelvoMessageHandler.h"
 #include "TextRepair.h"
+#include "store/GObjectPtr.h"
 
 #include <gst/gst.h>
 #include <gst/pbutils/pbutils.h>

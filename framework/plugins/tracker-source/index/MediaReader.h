@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "KelvoTrackerGlobal.h"
+#include <QtGlobal>
 
 #include <memory>
 
@@ -9,7 +9,7 @@ struct MediaItem;
 
 /// Reads what a song or video is: songs of known formats by a tag library, which is quick, the rest by the media
 /// engine. A length that a file's headers only let guess is counted. One thread at a time.
-class KELVO_TRACKER_EXPORT MediaReader
+class MediaReader
 {
 public:
     MediaReader();

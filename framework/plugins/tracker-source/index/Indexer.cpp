@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "Indexer.h"
 
-#include "../store/TrackerThreads.h"
-#include "FileUri.h"
 #include "KelvoMessageHandler.h"
 #include "MediaTypes.h"
 #include "PlaylistReader.h"
 #include "TextRepair.h"
+#include "store/FileUri.h"
+#include "store/TrackerThreads.h"
 
 #include <QElapsedTimer>
 #include <QRandomGenerator>
@@ -55,7 +55,7 @@ Indexer::Indexer(std::shared_ptr<StoreSession> session, IndexSettings settings, 
 }
 
 std::shared_ptr<Indexer> Indexer::start(std::shared_ptr<StoreSession> session, IndexSettings settings,
-    Report report, std::shared_ptr<Indexer> previous)
+    Report report, std::shared_ptr<StoreIndexer> previous)
 {
     const std::shared_ptr<Indexer> indexer(
         new Indexer(std::move(session), std::move(settings), std::move(report)));
@@ -317,7 +317,7 @@ MediaItem Indexer::read(const FolderTree::Found &found)
     item.stamp = found.file.stamp;
     item.path = (found.folder == "/" ? found.folder : found.folder + '/') + found.file.name;
     item.uri = FileUri::fromPath(item.path);
-    item.title = FileUri::fileName(item.uri);
+    item.title = TextRepair::fileName(item.uri);
     item.mimeType = MediaTypes::mimeType(found.file.name);
     item.isDownloaded = isDownloaded(item.path);
     item.isReadable = item.kind == MediaKind::Playlist ? readPlaylist(&item) : m_reader.read(&item);

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "../store/StoreConnection.h"
 #include "MediaItem.h"
+#include "store/StoreConnection.h"
 
 #include <QSet>
 
 /// Writes what the indexer read into the store. Worker thread.
-class KELVO_TRACKER_EXPORT StoreWriter
+class StoreWriter
 {
 public:
     explicit StoreWriter(StoreConnection &connection);

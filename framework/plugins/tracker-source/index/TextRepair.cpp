@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "TextRepair.h"
 
-#include "../store/GObjectPtr.h"
+#include "store/FileUri.h"
+#include "store/GObjectPtr.h"
+
+#include <QUrl>
 
 #include <glib.h>
 #include <uchardet/uchardet.h>
@@ -70,4 +73,13 @@ QString TextRepair::tidy(const QString &text)
             c = QLatin1Char(' ');
     }
     return result.trimmed().left(maximumLength);
+}
+
+QString TextRepair::fileName(const QByteArray &uri)
+{
+    QByteArray path = FileUri::toPath(uri);
+    if (path.isEmpty())
+        path = QByteArray::fromPercentEncoding(QUrl::fromEncoded(uri).path(QUrl::FullyEncoded).toLatin1());
+    const QString name = decode(path.mid(path.lastIndexOf('/') + 1));
+    return name.isEmpty() ? decode(uri) : name;
 }
