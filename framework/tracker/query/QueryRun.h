@@ -3,7 +3,6 @@
 
 #include "../store/StoreSession.h"
 #include "GuiMailbox.h"
-#include "KelvoTrackerGlobal.h"
 #include "RowBlock.h"
 
 #include <QByteArray>
@@ -59,7 +58,7 @@ public:
     bool hasLostItsStore();
 
     /// How long an open cursor waits for fetchRest().
-    KELVO_TRACKER_EXPORT static void setIdleTimeout(int milliseconds);
+    static void setIdleTimeout(int milliseconds);
 
 private:
     enum State {

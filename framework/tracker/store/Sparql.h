@@ -27,6 +27,6 @@ KELVO_TRACKER_EXPORT QByteArray iri(const QByteArray &text);
 KELVO_TRACKER_EXPORT QByteArray now();
 /// The time for what happens now when the last one was given `last`; microseconds since 1970. Never a full second: the
 /// store's library keeps those as numbers and other times as texts, and any text sorts behind any number.
-KELVO_TRACKER_EXPORT qint64 nextTime(qint64 now, qint64 last);
+qint64 nextTime(qint64 now, qint64 last);
 
 } // namespace Sparql

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "KelvoTrackerGlobal.h"
 #include "StoreError.h"
 
 #include <QByteArray>
@@ -15,7 +14,7 @@ namespace StoreFolder {
 QString defaultPath();
 
 /// The lock file beside the store. The kernel gives it free when the owner ends, however it ends.
-class KELVO_TRACKER_EXPORT Lock
+class Lock
 {
 public:
     ~Lock();

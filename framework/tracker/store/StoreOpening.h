@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "KelvoTrackerGlobal.h"
 #include "StoreConnection.h"
 #include "StoreFolder.h"
 
@@ -15,7 +14,7 @@ struct OpenedStore
 
 /// Opens the store in the folder, whatever state it is in: makes a missing one, moves a damaged one or one of
 /// another version aside and makes a new one, opens one that another process owns for reading. Worker thread.
-KELVO_TRACKER_EXPORT OpenedStore openStore(const QString &folder, StoreError *error);
+OpenedStore openStore(const QString &folder, StoreError *error);
 
 /// Moves the store aside and returns a text that says so; for a store whose damage showed while it was open.
 QString discardStore(const QString &folder, const StoreError &why);
