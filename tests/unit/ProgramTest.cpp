@@ -192,6 +192,27 @@ private Q_SLOTS:
         QCOMPARE(program.exitCode(), 0);
     }
 
+    /// What is linked is looked at by tests/architecture; this is all that the program has loaded, Qt's own plug-ins
+    /// included, when its window is there and no back end has been asked for.
+    void librariesOfBackEndsAreNotLoadedWithoutOne()
+    {
+        QProcess program;
+        program.setProcessChannelMode(QProcess::MergedChannels);
+        program.start(path(), QStringList());
+        QByteArray output;
+        QVERIFY(readUntil(program, "\n1 ", &output));
+        QFile maps(QStringLiteral("/proc/%1/maps").arg(program.processId()));
+        QVERIFY(maps.open(QIODevice::ReadOnly));
+        const QByteArray loaded = maps.readAll();
+        QVERIFY(loaded.contains("/libkelvo-tracker.so"));
+        for (const char *library :
+            {"/libgst", "/libtag.so", "/libtotem-plparser", "/libuchardet", "/libgupnp", "/libgssdp"})
+            QVERIFY2(!loaded.contains(library), library);
+        program.terminate();
+        QVERIFY(program.waitForFinished());
+        QCOMPARE(program.exitCode(), 0);
+    }
+
     void standardErrorThatNobodyReadsStopsNothing()
     {
         FullPipe pipe;
