@@ -21,11 +21,6 @@ bool hasScheme(const QByteArray &entry)
     return colon > 1 && !entry.left(colon).contains('/');
 }
 
-QByteArray pathOf(const QUrl &file)
-{
-    return QByteArray::fromPercentEncoding(file.path(QUrl::FullyEncoded).toLatin1());
-}
-
 QUrl urlOf(const QByteArray &path)
 {
     return PlaylistEntries::isUtf8(path) ? QUrl::fromLocalFile(QString::fromUtf8(path))
@@ -43,8 +38,23 @@ QByteArray absolutePath(const QByteArray &entry, const QUrl &list)
 {
     if (entry.startsWith("file:///"))
         return cleaned(QByteArray::fromPercentEncoding(entry.mid(int(qstrlen("file://")))));
-    const QByteArray folder = pathOf(list.adjusted(QUrl::RemoveFilename));
+    const QByteArray folder = PlaylistEntries::pathOf(list.adjusted(QUrl::RemoveFilename));
     return cleaned(entry.startsWith('/') ? entry : folder + entry);
+}
+
+bool exists(const QByteArray &path)
+{
+    return ::access(path.constData(), F_OK) == 0;
+}
+
+/// XSPF has URIs where parsers expect file names, and some programs write them into other lists too.
+QUrl withoutEscapes(const QUrl &file)
+{
+    const QByteArray path = PlaylistEntries::pathOf(file);
+    if (!path.contains('%') || exists(path))
+        return file;
+    const QByteArray meant = QByteArray::fromPercentEncoding(path);
+    return exists(meant) ? urlOf(meant) : file;
 }
 
 QList<QByteArray> linesOf(const QByteArray &text)
@@ -121,19 +131,26 @@ bool PlaylistEntries::isUtf8(const QByteArray &text)
     return !utf8.hasError();
 }
 
+QByteArray PlaylistEntries::pathOf(const QUrl &file)
+{
+    return QByteArray::fromPercentEncoding(file.path(QUrl::FullyEncoded).toLatin1());
+}
+
 QUrl PlaylistEntries::resolved(const QByteArray &entry, const QUrl &list)
 {
     const bool isFile = !hasScheme(entry) || entry.startsWith("file:///");
     if (list.isLocalFile() && isFile && !isUtf8(entry)) {
         const QByteArray exact = absolutePath(entry, list);
-        if (::access(exact.constData(), F_OK) == 0)
+        if (exists(exact))
             return urlOf(exact);
     }
-    if (hasScheme(entry))
-        return QUrl(decoded(entry));
+    if (hasScheme(entry)) {
+        const QUrl uri(decoded(entry));
+        return list.isLocalFile() && isFile ? withoutEscapes(uri) : uri;
+    }
     if (!list.isLocalFile())
         return list.resolved(QUrl(decoded(entry)));
-    return urlOf(absolutePath(decoded(entry).toUtf8(), list));
+    return withoutEscapes(urlOf(absolutePath(decoded(entry).toUtf8(), list)));
 }
 
 QByteArray PlaylistEntries::withAbsoluteEntries(const QByteArray &text, Syntax syntax, const QUrl &list)

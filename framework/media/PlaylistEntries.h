@@ -16,8 +16,12 @@ enum class Syntax {
 
 bool isUtf8(const QByteArray &text);
 
+/// The bytes of a local file's path.
+QByteArray pathOf(const QUrl &file);
+
 /// An entry is a URI, or the path of a file as seen from the list that was found at `list`. Bytes that are no UTF-8
-/// name the file of exactly that name; where there is none, they are read as Latin-1.
+/// name the file of exactly that name; where there is none, they are read as Latin-1. A path that is escaped as in a URI
+/// names the file of exactly that name too; where there is none, that of the name without the escapes, if there is one.
 QUrl resolved(const QByteArray &entry, const QUrl &list);
 
 /// The same list with all its entries made absolute: plain ASCII, wherever the list is read from. Of a list of keys,

@@ -104,6 +104,12 @@ private Q_SLOTS:
         QTest::newRow("xspf") << write(QStringLiteral("a.xspf"), xspf(two)) << none << local;
         QTest::newRow("xspf by its content")
             << write(QStringLiteral("xspf-list"), xspf(two)) << none << local;
+        QVERIFY(QFile::copy(
+            mediaFile(QStringLiteral("blip.flac")), m_folder.filePath(QStringLiteral("b c.flac"))));
+        QTest::newRow("xspf with an escaped name")
+            << write(QStringLiteral("escaped.xspf"), xspf({"b%20c.flac", absolute})) << none
+            << QList<QUrl>{QUrl::fromLocalFile(m_folder.filePath(QStringLiteral("b c.flac"))),
+                   media(QStringLiteral("blip.flac"))};
         QTest::newRow("http pls") << serve(QStringLiteral("/music/a.pls"), pls(two), "audio/x-scpls") << scpls
                                   << remote;
         QTest::newRow("http pls by its content")

@@ -11,7 +11,7 @@ AREAS = (
     ("framework/core/", ("core-tests", "model-tests", "console-tests", "simulator-tests", "unit-plugin-loading",
                          "contract-simulator")),
     ("framework/bus/", ("sharing-tests", "mpris-tests")),
-    ("framework/media/", ("gst-parts-tests", "tracker-tests")),
+    ("framework/media/", ("media-tests", "tracker-tests", "gst-tests")),
     ("framework/shared/dbus/ForeignItemModel", ("model-tests", "sharing-tests")),
     ("framework/shared/", ("core-tests", "sharing-tests")),
     ("framework/tracker/", ("tracker-tests", "integration-tracker-store", "console-tests")),

@@ -3,8 +3,6 @@
 
 #include "PlaylistFileParser.h"
 
-#include <QFile>
-#include <QFileInfo>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QNetworkRequest>
@@ -12,14 +10,6 @@
 namespace {
 using PlaylistFile::Contents;
 using PlaylistFile::Format;
-
-Contents tooLarge(const QUrl &uri)
-{
-    return Contents::unusable(KelvoError::PlaylistTooLarge,
-        QStringLiteral("%1 has more than %2 MB")
-            .arg(uri.toDisplayString())
-            .arg(PlaylistFile::maximumSize >> 20));
-}
 
 /// Code of a failed transfer; none when the pipeline may have more luck, for instance with a server that does
 /// not speak proper HTTP.
@@ -67,7 +57,8 @@ void PlaylistFileReader::read(quint64 ticket, const QUrl &uri, const QString &co
     m_announced = PlaylistFile::announced(uri, contentType);
     m_format = Format::None;
     if (uri.isLocalFile())
-        readFile(uri);
+        // Whatever cannot be read gives its error when it is played.
+        finish(PlaylistFileParser::parseFile(uri, m_announced));
     else if (uri.scheme() == QLatin1String("http") || uri.scheme() == QLatin1String("https"))
         readRemote(uri);
     else
@@ -83,25 +74,6 @@ void PlaylistFileReader::cancel()
     m_reply->abort();
     m_reply->deleteLater();
     m_reply = nullptr;
-}
-
-void PlaylistFileReader::readFile(const QUrl &uri)
-{
-    QFile file(uri.toLocalFile());
-    // Whatever cannot be read gives its error when it is played. Opening a pipe could block for ever.
-    if (!QFileInfo(file).isFile() || !file.open(QIODevice::ReadOnly)) {
-        finish({});
-        return;
-    }
-    m_text = file.read(PlaylistFile::headSize);
-    if (!recognise()) {
-        finish({});
-    } else if (file.size() > PlaylistFile::maximumSize) {
-        finish(tooLarge(uri));
-    } else {
-        m_text += file.read(PlaylistFile::maximumSize);
-        finish(PlaylistFileParser::parse(m_text, m_format, uri));
-    }
 }
 
 void PlaylistFileReader::readRemote(const QUrl &uri)
@@ -127,7 +99,7 @@ void PlaylistFileReader::takeMore()
     if (m_format == Format::None && !recognise())
         finish({});
     else if (m_text.size() > PlaylistFile::maximumSize)
-        finish(tooLarge(m_uri));
+        finish(Contents::tooLarge(m_uri));
 }
 
 void PlaylistFileReader::takeEnd()

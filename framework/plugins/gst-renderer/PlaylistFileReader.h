@@ -27,7 +27,6 @@ Q_SIGNALS:
     void finished(quint64 ticket, const PlaylistFile::Contents &contents);
 
 private:
-    void readFile(const QUrl &uri);
     void readRemote(const QUrl &uri);
     void takeMore();
     void takeEnd();

@@ -7,9 +7,11 @@
 #include <QList>
 #include <QMetaType>
 #include <QString>
+#include <QStringList>
 #include <QUrl>
 
-/// What is known about playlist files without any library: how to recognise one, and its limits.
+/// What is known about playlist files without any library: their names, how to recognise one, and their limits. All
+/// functions may be called from any thread.
 namespace PlaylistFile {
 
 enum class Format { None = 0, Pls = 1, M3u = 2, Xspf = 4 };
@@ -36,15 +38,26 @@ struct Contents
     QList<QUrl> entries; ///< absolute
     KelvoError::Code code = KelvoError::NoError;
     QString message;
+    QByteArray title = {}; ///< of the list, also of one without entries; empty where it has none
+    /// Of the entries, at the same places; empty where an entry has none. Texts in the encoding of the file.
+    QList<QByteArray> titles = {};
 
     static Contents unusable(KelvoError::Code code, const QString &message)
     {
         return {Unusable, {}, code, message};
     }
+    /// A list of more than maximumSize.
+    static Contents tooLarge(const QUrl &uri);
 };
 
 /// The formats that the content type and the name announce; they need not agree. A hint: the content decides.
 Formats announced(const QUrl &uri, const QString &contentType);
+
+/// The content type of lists whose names end with this suffix (small letters, without the dot); empty when it is none
+/// of lists.
+QByteArray contentTypeOfSuffix(const QByteArray &suffix);
+/// All content types of lists.
+QStringList contentTypes();
 
 /// The format of a file that begins like this. Lists without any mark (plain lines, or nothing at all) are only
 /// recognised when they are announced as one.

@@ -4,15 +4,14 @@
 #include <algorithm>
 
 namespace {
-struct Mark
-{
-    const char *text;
-    PlaylistFile::Format format;
-};
-
 using PlaylistFile::Format;
 
-constexpr Mark contentTypes[] = {
+struct Type
+{
+    const char *name;
+    Format format;
+};
+constexpr Type types[] = {
     {"audio/x-scpls", Format::Pls},
     {"audio/scpls", Format::Pls},
     {"application/pls+xml", Format::Pls},
@@ -22,11 +21,17 @@ constexpr Mark contentTypes[] = {
     {"application/xspf+xml", Format::Xspf},
 };
 
-constexpr Mark suffixes[] = {
-    {".pls", Format::Pls},
-    {".m3u", Format::M3u},
-    {".m3u8", Format::M3u},
-    {".xspf", Format::Xspf},
+struct Suffix
+{
+    const char *text;
+    Format format;
+    const char *type; ///< that such files are said to be of
+};
+constexpr Suffix suffixes[] = {
+    {".pls", Format::Pls, "audio/x-scpls"},
+    {".m3u", Format::M3u, "audio/x-mpegurl"},
+    {".m3u8", Format::M3u, "audio/x-mpegurl"},
+    {".xspf", Format::Xspf, "application/xspf+xml"},
 };
 
 /// A blank file has no format of its own.
@@ -46,6 +51,16 @@ bool isText(const QByteArray &head)
         head.cbegin(), head.cend(), [](char c) { return uchar(c) < 0x20 && !isspace(uchar(c)); });
 }
 
+/// What follows the remarks at the beginning of a file of keys.
+QByteArray withoutRemarks(QByteArray text)
+{
+    while (text.startsWith(';')) {
+        const qsizetype end = text.indexOf('\n');
+        text = end < 0 ? QByteArray() : text.mid(end + 1).trimmed();
+    }
+    return text;
+}
+
 /// Nothing but blanks and zeros, as a list that is yet to be written.
 bool isBlank(const QByteArray &head)
 {
@@ -57,15 +72,38 @@ PlaylistFile::Formats PlaylistFile::announced(const QUrl &uri, const QString &co
 {
     Formats formats = Format::None;
     const QString type = contentType.section(QLatin1Char(';'), 0, 0).trimmed().toLower();
-    for (const Mark &mark : contentTypes) {
-        if (type == QLatin1String(mark.text))
-            formats |= mark.format;
+    for (const Type &known : types) {
+        if (type == QLatin1String(known.name))
+            formats |= known.format;
     }
-    for (const Mark &mark : suffixes) {
-        if (uri.path().endsWith(QLatin1String(mark.text), Qt::CaseInsensitive))
-            formats |= mark.format;
+    for (const Suffix &known : suffixes) {
+        if (uri.path().endsWith(QLatin1String(known.text), Qt::CaseInsensitive))
+            formats |= known.format;
     }
     return formats;
+}
+
+QByteArray PlaylistFile::contentTypeOfSuffix(const QByteArray &suffix)
+{
+    for (const Suffix &known : suffixes) {
+        if (suffix == known.text + 1)
+            return known.type;
+    }
+    return {};
+}
+
+QStringList PlaylistFile::contentTypes()
+{
+    QStringList names;
+    for (const Type &known : types)
+        names.append(QLatin1String(known.name));
+    return names;
+}
+
+PlaylistFile::Contents PlaylistFile::Contents::tooLarge(const QUrl &uri)
+{
+    return unusable(KelvoError::PlaylistTooLarge,
+        QStringLiteral("%1 has more than %2 MB").arg(uri.toDisplayString()).arg(maximumSize >> 20));
 }
 
 PlaylistFile::Format PlaylistFile::recognised(const QByteArray &head, Formats announced)
@@ -75,14 +113,17 @@ PlaylistFile::Format PlaylistFile::recognised(const QByteArray &head, Formats an
     QByteArray text
         = head.startsWith(PlaylistFile::byteOrderMark) ? head.mid(PlaylistFile::byteOrderMark.size()) : head;
     text = text.trimmed().toLower();
-    if (text.startsWith("[playlist]"))
+    if (withoutRemarks(text).startsWith("[playlist]"))
         return Format::Pls;
     // Segments of one stream: that is a medium, and the pipeline plays it.
     if (text.contains("#ext-x-"))
         return Format::None;
     if (text.startsWith("#extm3u"))
         return Format::M3u;
-    if (text.startsWith('<'))
-        return text.contains("<playlist") && text.contains("xspf.org/ns") ? Format::Xspf : Format::None;
+    if (text.startsWith('<')) {
+        // Not every program that writes such lists names the namespace.
+        const bool isXspf = text.contains("xspf.org/ns") || announced.testFlag(Format::Xspf);
+        return isXspf && text.contains("<playlist") ? Format::Xspf : Format::None;
+    }
     return announced.testFlag(Format::M3u) && isText(head) ? Format::M3u : Format::None;
 }
