@@ -6,7 +6,7 @@
     plug-ins -> core (tracker-source also tracker) + their one foreign library
     upnp, mpris -> remote (a static library) -> core
     shared, mpris -> bus (a static library)
-    tracker-source, gst-renderer -> media (a static library) -> core
+    tracker-source, gst-renderer -> media (a static library) -> core, which alone reads playlist files
 
 The program alone loads none of the libraries that only a back end needs: they come with its plug-in.
 
@@ -38,7 +38,7 @@ MAY_INCLUDE = {
 FOREIGN = {
     # The indexer looks into videos with the media engine's discoverer.
     r"gst/": {"framework/plugins/gst-renderer", "framework/plugins/tracker-source"},
-    r"totem-pl-parser": {"framework/media", "framework/plugins/tracker-source"},
+    r"totem-pl-parser": {"framework/media"},
     r"libtracker-sparql|tracker-sparql": {"framework/tracker"},
     r"taglib/|^(fileref|tag|tfile|tfilestream|tpropertymap)\.h$": {"framework/plugins/tracker-source"},
     r"uchardet/": {"framework/plugins/tracker-source"},

@@ -191,6 +191,21 @@ private Q_SLOTS:
             << QByteArray("[playlist]\nNumberOfEntries = 3\nFile1 = http://example.org/radio.mp3\n"
                           "Title1 = Radio\nFile2 = b%20.mp3\nFile3 = sub/a.mp3\n")
             << "list";
+        QTest::newRow("m3u in UTF-8 with its mark, and paths")
+            << "list.m3u"
+            << QByteArray("\xEF\xBB\xBF#EXTM3U\n#EXTINF:10,Radio\nhttp://example.org/radio.mp3\n"
+                          "FOLDER/b%20.mp3\nFOLDER/sub/a.mp3\n")
+            << "list";
+        QTest::newRow("pls behind a remark")
+            << "list.pls"
+            << QByteArray(
+                   "; mine\n[playlist]\nFile1=http://example.org/radio.mp3\nTitle1=Radio\nFile2=b%20.mp3\n"
+                   "File3=sub/a.mp3\n")
+            << "list";
+        QTest::newRow("m3u that is called pls")
+            << "list.pls"
+            << QByteArray("#EXTM3U\n#EXTINF:10,Radio\nhttp://example.org/radio.mp3\nb%20.mp3\nsub/a.mp3\n")
+            << "list";
         QTest::newRow("xspf")
             << "list.xspf"
             << QByteArray("<?xml version=\"1.0\"?><playlist version=\"1\" xmlns=\"http://xspf.org/ns/0/"
@@ -208,7 +223,7 @@ private Q_SLOTS:
         QFETCH(QString, name);
         addSong("sub/a.mp3", {"Song A", "Artist"});
         addSong("b%20.mp3", {"Song B"});
-        const QString path = addText(file, text);
+        const QString path = addText(file, text.replace("FOLDER", local(mediaFolder())));
         QVERIFY(index());
         const auto lists = result(Type::AllPlaylists);
         QCOMPARE(lists->rowCount(), 1);
@@ -236,6 +251,25 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(titles(Type::FavoriteSongs), QStringList("B"), 5000);
         QVERIFY(QFile::remove(place("Favourites.m3u")));
         QTRY_COMPARE_WITH_TIMEOUT(titles(Type::FavoriteSongs), QStringList(), 5000);
+    }
+
+    /// They are found by their names, and listed, but nothing in them is an entry.
+    void takesNoEntriesOfWhatIsNoList_data()
+    {
+        QTest::addColumn<QByteArray>("text");
+        QTest::newRow("segments of a stream") << QByteArray("#EXTM3U\n#EXT-X-VERSION:3\n#EXTINF:1,\na.mp3\n");
+        QTest::newRow("page") << QByteArray("<html>\na.mp3\n</html>\n");
+        QTest::newRow("blanks") << QByteArray(" \n\n");
+    }
+
+    void takesNoEntriesOfWhatIsNoList()
+    {
+        QFETCH(QByteArray, text);
+        addText("list.m3u", text);
+        QVERIFY(index());
+        const auto lists = result(Type::AllPlaylists);
+        QCOMPARE(lists->rowCount(), 1);
+        QCOMPARE(value(*lists, 0, "playlistTrackCount").toInt(), 0);
     }
 
     void namesUntitledEntriesByTheirAddresses()

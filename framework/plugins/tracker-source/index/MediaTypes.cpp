@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "MediaTypes.h"
 
+#include "PlaylistFile.h"
+
 #include <QHash>
 #include <QMimeDatabase>
 
+#include <algorithm>
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -20,7 +23,6 @@ const QHash<QByteArray, Suffix> &suffixes()
 {
     constexpr MediaKind song = MediaKind::Song;
     constexpr MediaKind video = MediaKind::Video;
-    constexpr MediaKind list = MediaKind::Playlist;
     static const QHash<QByteArray, Suffix> table{
         {"mp3", {song, "audio/mpeg"}},
         {"mp2", {song, "audio/mpeg"}},
@@ -71,10 +73,6 @@ const QHash<QByteArray, Suffix> &suffixes()
         {"3g2", {video, "video/3gpp2"}},
         {"vob", {video, "video/mpeg"}},
         {"mxf", {video, "application/mxf"}},
-        {"m3u", {list, "audio/x-mpegurl"}},
-        {"m3u8", {list, "audio/x-mpegurl"}},
-        {"pls", {list, "audio/x-scpls"}},
-        {"xspf", {list, "application/xspf+xml"}},
     };
     return table;
 }
@@ -88,8 +86,9 @@ QByteArray suffixOf(const QByteArray &fileName)
 MediaKind kindOfMimeType(const QMimeType &type)
 {
     const QString name = type.name();
-    if (type.inherits(QStringLiteral("audio/x-mpegurl")) || type.inherits(QStringLiteral("audio/x-scpls"))
-        || type.inherits(QStringLiteral("application/xspf+xml")))
+    const QStringList lists = PlaylistFile::contentTypes();
+    if (std::any_of(
+            lists.cbegin(), lists.cend(), [&type](const QString &list) { return type.inherits(list); }))
         return MediaKind::Playlist;
     if (name.startsWith(QLatin1String("audio/")))
         return MediaKind::Song;
@@ -102,6 +101,8 @@ MediaKind kindOfMimeType(const QMimeType &type)
 MediaTypes::Verdict MediaTypes::fromName(const QByteArray &fileName)
 {
     const QByteArray suffix = suffixOf(fileName);
+    if (!PlaylistFile::contentTypeOfSuffix(suffix).isEmpty())
+        return {MediaKind::Playlist, false};
     const auto known = suffixes().constFind(suffix);
     if (known != suffixes().constEnd())
         return {known->kind, false};
@@ -119,17 +120,21 @@ MediaKind MediaTypes::sniff(const QByteArray &path)
     const int fd = ::open(path.constData(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
     if (fd < 0)
         return MediaKind::Ignored;
-    QByteArray beginning(4096, Qt::Uninitialized);
+    QByteArray beginning(PlaylistFile::headSize, Qt::Uninitialized);
     const ssize_t count = ::read(fd, beginning.data(), size_t(beginning.size()));
     ::close(fd);
     if (count <= 0)
         return MediaKind::Ignored;
     beginning.truncate(count);
+    if (PlaylistFile::recognised(beginning, {}) != PlaylistFile::Format::None)
+        return MediaKind::Playlist;
     return kindOfMimeType(QMimeDatabase().mimeTypeForData(beginning));
 }
 
 QByteArray MediaTypes::mimeType(const QByteArray &fileName)
 {
-    const auto known = suffixes().constFind(suffixOf(fileName));
-    return known != suffixes().constEnd() ? QByteArray(known->mimeType) : QByteArray();
+    const QByteArray suffix = suffixOf(fileName);
+    const auto known = suffixes().constFind(suffix);
+    return known != suffixes().constEnd() ? QByteArray(known->mimeType)
+                                          : PlaylistFile::contentTypeOfSuffix(suffix);
 }
