@@ -5,6 +5,8 @@
 
 #include <QSet>
 
+#include <algorithm>
+
 namespace {
 using States = QList<KelvoRenderer::State>;
 
@@ -73,9 +75,12 @@ private Q_SLOTS:
     void answersTolerateTheTextOfTheSlot();
     void answersNobodyWhoIsGone();
     void statusNamesWhatPlays();
+    void statusNamesTheCurrentItem_data();
+    void statusNamesTheCurrentItem();
 
 private:
     bool bringInto(const QString &state);
+    bool carryOut(const QString &command);
     void give(const QString &command);
 
     KelvoPlaylist *m_other = nullptr;
@@ -429,6 +434,70 @@ void StateContract::statusNamesWhatPlays()
     QCOMPARE(now.index, 2U);
     QCOMPARE(now.state, int(Playing));
     QCOMPARE(now.objectId, playlist->mediaInfoAt(2).uuid());
+}
+
+void StateContract::statusNamesTheCurrentItem_data()
+{
+    QTest::addColumn<bool>("assigned");
+    QTest::addColumn<QString>("commands");
+    QTest::addColumn<int>("index"); // -1: none of a playlist
+    QTest::addColumn<int>("state");
+    struct Way
+    {
+        const char *commands;
+        int index;
+        KelvoRenderer::State state;
+    };
+    const auto add = [](bool assigned, const QList<Way> &ways) {
+        for (const auto &[commands, index, state] : ways) {
+            QTest::addRow("%s playlist: %s", assigned ? "a" : "no", commands)
+                << assigned << QString(commands) << index << int(state);
+        }
+    };
+    add(false,
+        {{"playUri", -1, Playing}, {"playUri stop", -1, Stopped}, {"playUri next", -1, Stopped},
+            {"playUri stop next", -1, Stopped}, {"playUri stop previous", -1, Stopped}});
+    // What was moved to is the current item, also when something else was played last.
+    add(true,
+        {{"", 0, Stopped}, {"stop", 0, Stopped}, {"next", 1, Stopped}, {"next stop", 1, Stopped},
+            {"play stop", 0, Stopped}, {"play stop next", 1, Stopped}, {"play next", 1, Playing},
+            {"playUri", -1, Playing}, {"playUri stop", -1, Stopped}, {"playUri next", -1, Stopped},
+            {"playUri stop next", 1, Stopped}, {"playUri next next", 1, Stopped},
+            {"playUri stop next stop", 1, Stopped}, {"playUri stop previous", 0, Stopped},
+            {"playUri stop next playUri", -1, Playing}, {"playUri stop play", 0, Playing},
+            {"playUri stop next play", 1, Playing}, {"gotoIndex playUri stop", -1, Stopped},
+            {"gotoIndex playUri stop previous", 1, Stopped}});
+}
+
+void StateContract::statusNamesTheCurrentItem()
+{
+    QFETCH(bool, assigned);
+    QFETCH(QString, commands);
+    QFETCH(int, index);
+    QFETCH(int, state);
+    KelvoPlaylist *playlist = makeLongPlaylist(3);
+    if (assigned)
+        renderer()->assignPlaylist(playlist);
+    for (const QString &command : commands.split(QLatin1Char(' '), Qt::SkipEmptyParts))
+        HOLDS(carryOut(command));
+    REACHES(status().state == state);
+    settle();
+    const RendererProbe::Status now = status();
+    QCOMPARE(now.playlistId, index < 0 ? QString() : playlist->uuid());
+    QCOMPARE(now.index, uint(std::max(0, index)));
+    QCOMPARE(now.state, state);
+    QCOMPARE(now.objectId, index < 0 ? QString() : playlist->mediaInfoAt(uint(index)).uuid());
+}
+
+/// Gives the command and waits for the state that it leads to, where there is one.
+bool StateContract::carryOut(const QString &command)
+{
+    const bool skips = command == QLatin1String("next") || command == QLatin1String("previous");
+    const qsizetype items = heard().media.size();
+    give(command);
+    if (command == QLatin1String("stop"))
+        return reaches([this] { return status().state == Stopped; });
+    return skips || reaches([&] { return heard().media.size() > items && status().state == Playing; });
 }
 } // namespace
 

@@ -97,6 +97,7 @@ bool KelvoGstRenderer::moveWhileStopped(int index)
     if (m_state != Stopped)
         return false;
     if (m_queue.setIndex(index)) {
+        m_singleInPlay = false;
         const KelvoMediaInfo item = m_queue.current();
         const KelvoContent content{item.uuid(), item.url(), item.mimeType()};
         m_facts.announce(content, true);

@@ -49,6 +49,7 @@ bool SimulatedRenderer::moveWhileStopped(int index)
     if (m_state != Stopped)
         return false;
     if (m_queue.setIndex(index)) {
+        m_uriInPlay = false;
         const KelvoMediaInfo item = m_queue.current();
         const KelvoContent to{item.uuid(), item.url(), item.mimeType()};
         m_facts.announce(to, true);
