@@ -5,6 +5,7 @@
     console -> {shared, tracker} -> core -> Qt Core and Gui
     plug-ins -> core (tracker-source also tracker) + their one foreign library
     upnp, mpris -> remote (a static library) -> core
+    simulator -> playback (a static library) -> core
     shared, mpris -> bus (a static library)
     tracker-source, gst-renderer -> media (a static library) -> core, which alone reads playlist files
 
@@ -24,10 +25,11 @@ MAY_INCLUDE = {
     "framework/core": set(),
     "framework/bus": set(),
     "framework/media": {"framework/core"},
+    "framework/playback": {"framework/core"},
     "framework/shared": {"framework/bus", "framework/core"},
     "framework/tracker": {"framework/core"},
     "framework/plugins/gst-renderer": {"framework/core", "framework/media"},
-    "framework/plugins/simulator": {"framework/core"},
+    "framework/plugins/simulator": {"framework/core", "framework/playback"},
     "framework/plugins/remote": {"framework/core"},
     "framework/plugins/upnp": {"framework/core", "framework/plugins/remote"},
     "framework/plugins/mpris": {"framework/bus", "framework/core", "framework/plugins/remote"},

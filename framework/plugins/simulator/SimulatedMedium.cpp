@@ -31,14 +31,33 @@ int durationOf(const KelvoMediaInfo &item, const QUrlQuery &query, int defaultDu
     return duration > 0 ? duration : -1;
 }
 
-SimulatedMedium mediumOf(
-    const KelvoMediaInfo &item, const QUrlQuery &query, const QString &suffix, int duration)
+bool isList(const QUrlQuery &query)
+{
+    return query.hasQueryItem(QStringLiteral("entries"));
+}
+
+/// Nothing for one that is no list.
+QString entryText(const QUrlQuery &query, int entry)
+{
+    return isList(query) ? QStringLiteral(" %1").arg(entry + 1) : QString();
+}
+} // namespace
+
+int SimulatedMedium::countOf(const QUrl &url)
+{
+    const QUrlQuery query(url);
+    return isList(query) ? std::min(text(query, "entries").toInt(), MaximumEntries) : 1;
+}
+
+SimulatedMedium SimulatedMedium::of(const KelvoMediaInfo &item, int entry, int defaultDuration)
 {
     const QUrl url = item.url();
+    const QUrlQuery query(url);
     SimulatedMedium medium;
     const QString title
         = firstNonEmpty({text(query, "title"), item.title(), url.fileName(), url.toDisplayString()});
-    medium.info = KelvoMediaInfo(item.uuid(), url, title + suffix, durationOf(item, query, duration));
+    medium.info = KelvoMediaInfo(
+        item.uuid(), url, title + entryText(query, entry), durationOf(item, query, defaultDuration));
     medium.info.setArtist(
         query.hasQueryItem(QStringLiteral("artist")) ? text(query, "artist") : item.artist());
     medium.info.setAlbum(query.hasQueryItem(QStringLiteral("album")) ? text(query, "album") : item.album());
@@ -47,22 +66,7 @@ SimulatedMedium mediumOf(
     medium.seekable = text(query, "seekable") != QLatin1String("0") && medium.info.duration() > 0;
     if (!url.isValid() || url.isEmpty())
         medium.failure = KelvoError::InvalidUrl;
+    else if (countOf(url) < 1)
+        medium.failure = KelvoError::EmptyPlaylist;
     return medium;
-}
-} // namespace
-
-QList<SimulatedMedium> SimulatedMedium::entriesOf(const KelvoMediaInfo &item, int defaultDuration)
-{
-    const QUrlQuery query(item.url());
-    if (!query.hasQueryItem(QStringLiteral("entries")))
-        return {mediumOf(item, query, {}, defaultDuration)};
-    const int count = std::min(text(query, "entries").toInt(), MaximumEntries);
-    QList<SimulatedMedium> entries;
-    for (int i = 1; i <= count; ++i)
-        entries.append(mediumOf(item, query, QStringLiteral(" %1").arg(i), defaultDuration));
-    if (entries.isEmpty()) {
-        entries.append(mediumOf(item, query, {}, defaultDuration));
-        entries.first().failure = KelvoError::EmptyPlaylist;
-    }
-    return entries;
 }

@@ -4,8 +4,6 @@
 #include "KelvoError.h"
 #include "KelvoMediaInfo.h"
 
-#include <QList>
-
 /// Something to pretend playing: what a URL and a playlist item tell, see SimulatorProperties.h.
 struct SimulatedMedium
 {
@@ -13,7 +11,10 @@ struct SimulatedMedium
     KelvoError::Code failure = KelvoError::NoError;
     bool seekable = true;
 
-    /// The media behind an item: one, or the entries of a playlist file. Never empty.
+    /// How many media are behind an address: one, or the entries of a playlist file.
+    static int countOf(const QUrl &url);
+    /// The medium behind an item, or one of them.
+    /// @param entry  its place among them
     /// @param defaultDuration  seconds for an item that tells none; 0: it has no known duration
-    static QList<SimulatedMedium> entriesOf(const KelvoMediaInfo &item, int defaultDuration);
+    static SimulatedMedium of(const KelvoMediaInfo &item, int entry, int defaultDuration);
 };

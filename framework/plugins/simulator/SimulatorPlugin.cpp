@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "SimulatorPlugin.h"
 
+#include "ItemRenderer.h"
 #include "KelvoMessageHandler.h"
 #include "KelvoRegistry.h"
-#include "SimulatedRenderer.h"
+#include "SimulatedEngine.h"
 #include "SimulatedSource.h"
 #include "SimulatorProperties.h"
 
@@ -51,9 +52,10 @@ void SimulatorPlugin::stop()
 
 bool SimulatorPlugin::addRenderer(const QString &uuid, const QString &name)
 {
-    auto renderer = std::make_unique<SimulatedRenderer>(m_clock.get(), uuid, name);
-    connect(renderer.get(), &SimulatedRenderer::vanishRequested, this,
+    auto engine = std::make_unique<SimulatedEngine>(m_clock.get(), name);
+    connect(engine.get(), &SimulatedEngine::vanishRequested, this,
         [this, uuid, name](int milliseconds) { vanish(uuid, name, milliseconds); });
+    auto renderer = std::make_unique<ItemRenderer>(std::move(engine), uuid);
     setUp(renderer.get());
     // First into the list, so that whoever hears of it finds everything in place.
     m_renderers.push_back(std::move(renderer));
@@ -86,7 +88,7 @@ void SimulatorPlugin::vanish(const QString &uuid, const QString &name, int milli
     m_registry->removeRenderer(renderer.get());
 }
 
-void SimulatorPlugin::setUp(SimulatedRenderer *renderer) const
+void SimulatorPlugin::setUp(KelvoRenderer *renderer) const
 {
     const QString wishes = qEnvironmentVariable(SimulatorProperties::Environment);
     for (const QString &wish : wishes.split(QLatin1Char(';'), Qt::SkipEmptyParts)) {

@@ -9,8 +9,9 @@
 #include <memory>
 #include <vector>
 
+class ItemRenderer;
 class KelvoRegistry;
-class SimulatedRenderer;
+class KelvoRenderer;
 class SimulatedSource;
 
 /// Brings three renderers, one of them without a name, and two sources, all living by one clock.
@@ -30,10 +31,10 @@ private:
     bool addRenderer(const QString &uuid, const QString &name);
     bool addSource(const QString &uuid, const QString &name, const QStringList &refused);
     void vanish(const QString &uuid, const QString &name, int milliseconds);
-    void setUp(SimulatedRenderer *renderer) const;
+    void setUp(KelvoRenderer *renderer) const;
 
     KelvoRegistry *m_registry = nullptr;
     std::unique_ptr<SimulatedClock> m_clock;
-    std::vector<std::unique_ptr<SimulatedRenderer>> m_renderers;
+    std::vector<std::unique_ptr<ItemRenderer>> m_renderers;
     std::vector<std::unique_ptr<SimulatedSource>> m_sources;
 };

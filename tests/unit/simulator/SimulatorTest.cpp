@@ -129,12 +129,14 @@ void SimulatorTest::listWithBadEntries()
     renderer()->playUri(QUrl("sim:list?entries=4&duration=5"));
     advance(100);
     QCOMPARE(heard().state(), Playing);
-    // The search for the first one that plays is no failure.
-    QCOMPARE(heard().errors.size(), 0);
+    // What does not play of those searched is told in one piece.
+    QCOMPARE(heard().errors.size(), 1);
+    QCOMPARE(heard().errors.constFirst().code(), KelvoError::CorruptMedia);
+    QVERIFY(heard().errors.constFirst().message().startsWith(QLatin1String("2 of 4 entries of sim:list?")));
     QCOMPARE(scanning.size(), 4);
     set("sim-failure", 106);
     advance(20'000);
-    QCOMPARE(heard().errors.size(), 1);
+    QCOMPARE(heard().errors.size(), 2);
     QCOMPARE(heard().completed, 1);
 }
 

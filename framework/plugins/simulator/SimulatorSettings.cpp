@@ -1,0 +1,147 @@
+// SPDX-License-Identifier: MIT
+#include "SimulatorSettings.h"
+
+#include "KelvoError.h"
+#include "SimulatorProperties.h"
+
+#include <optional>
+
+namespace Sim = SimulatorProperties;
+
+namespace {
+using Reading = std::optional<QVariant> (*)(const QVariant &value);
+
+std::optional<QVariant> flag(const QVariant &value)
+{
+    if (value.typeId() == QMetaType::Bool)
+        return value;
+    if (value == QVariant(QStringLiteral("true")) || value == QVariant(QStringLiteral("false")))
+        return value.toString() == QLatin1String("true");
+    return std::nullopt;
+}
+
+std::optional<QVariant> milliseconds(const QVariant &value)
+{
+    bool ok = false;
+    const int number = value.toInt(&ok);
+    const int type = value.typeId();
+    const bool isNumeric = type == QMetaType::Int || type == QMetaType::UInt || type == QMetaType::QString;
+    return ok && isNumeric && number >= 0 ? std::optional<QVariant>(number) : std::nullopt;
+}
+
+/// The error code in front of a comma.
+std::optional<QVariant> code(const QVariant &value)
+{
+    bool ok = false;
+    const int number = value.toString().section(QLatin1Char(','), 0, 0).toInt(&ok);
+    return ok && number >= 0 ? std::optional<QVariant>(number) : std::nullopt;
+}
+
+std::optional<QVariant> failure(const QVariant &value)
+{
+    const bool isCounted
+        = SimulatorSettings::rest(value).isEmpty() || SimulatorSettings::rest(value).toInt() >= 1;
+    return isCounted ? code(value) : std::nullopt;
+}
+
+std::optional<QVariant> error(const QVariant &value)
+{
+    const std::optional<QVariant> given = code(value);
+    return given && given->toInt() != KelvoError::NoError ? given : std::nullopt;
+}
+
+std::optional<QVariant> anyNumber(const QVariant &value)
+{
+    bool ok = false;
+    const int number = value.toInt(&ok);
+    return ok ? std::optional<QVariant>(number) : std::nullopt;
+}
+
+std::optional<QVariant> text(const QVariant &value)
+{
+    return value.typeId() == QMetaType::QString ? std::optional<QVariant>(value) : std::nullopt;
+}
+
+std::optional<QVariant> metadata(const QVariant &value)
+{
+    return SimulatorSettings::facts(value).isEmpty() ? std::nullopt : std::optional<QVariant>(value);
+}
+
+std::optional<QVariant> clockMode(const QVariant &value)
+{
+    const bool isKnown
+        = value == QVariant(QString(Sim::ClockManual)) || value == QVariant(QString(Sim::ClockReal));
+    return isKnown ? std::optional<QVariant>(value) : std::nullopt;
+}
+
+const QHash<QString, Reading> &readings()
+{
+    static const QHash<QString, Reading> table{
+        {Sim::Latency, milliseconds},
+        {Sim::Failure, failure},
+        {Sim::Error, error},
+        {Sim::Buffering, milliseconds},
+        {Sim::Stall, flag},
+        {Sim::Vanish, anyNumber},
+        {Sim::Name, text},
+        {Sim::Duration, milliseconds},
+        {Sim::Seekable, flag},
+        {Sim::Metadata, metadata},
+        {Sim::Clock, clockMode},
+        {Sim::Advance, milliseconds},
+    };
+    return table;
+}
+} // namespace
+
+SimulatorSettings::SimulatorSettings(const QString &name)
+    : m_values{
+        {Sim::Latency, 0},
+        {Sim::Failure, 0},
+        {Sim::Error, 0},
+        {Sim::Buffering, 0},
+        {Sim::Stall, false},
+        {Sim::Vanish, -1},
+        {Sim::Name, name},
+        {Sim::Duration, 30},
+        {Sim::Seekable, true},
+        {Sim::Metadata, QString()},
+        {Sim::Advance, 0},
+    }
+{
+}
+
+bool SimulatorSettings::has(const QString &name)
+{
+    return readings().contains(name);
+}
+
+bool SimulatorSettings::take(const QString &name, const QVariant &value)
+{
+    const std::optional<QVariant> accepted = readings().value(name)(value);
+    if (accepted)
+        m_values.insert(name, *accepted);
+    return accepted.has_value();
+}
+
+int SimulatorSettings::itemsToFail(const QVariant &value)
+{
+    const bool fails = code(value).value_or(0).toInt() != KelvoError::NoError;
+    const QString count = rest(value);
+    return fails ? (count.isEmpty() ? 1 : count.toInt()) : 0;
+}
+
+QString SimulatorSettings::rest(const QVariant &value)
+{
+    return value.toString().section(QLatin1Char(','), 1);
+}
+
+QVariantMap SimulatorSettings::facts(const QVariant &value)
+{
+    QVariantMap facts = value.toMap();
+    const QString text = value.toString();
+    const qsizetype sign = text.indexOf(QLatin1Char('='));
+    if (sign > 0)
+        facts.insert(text.left(sign), text.mid(sign + 1));
+    return facts;
+}
