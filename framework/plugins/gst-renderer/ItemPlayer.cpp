@@ -2,24 +2,25 @@
 #include "ItemPlayer.h"
 
 #include "AudioOutput.h"
-#include "ErrorMapping.h"
 #include "Mailbox.h"
-#include "PauseClock.h"
 #include "Playbin.h"
-#include "RendererValues.h"
-#include "VideoOutput.h"
+#include "VideoPresenter.h"
 
 #include <QTimer>
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace {
 constexpr int watchInterval = 500; // milliseconds
-constexpr int deadLooks = 3;
-constexpr int redrawDelay = 40; // milliseconds: windows are resized in many small steps
+constexpr qint64 second = GST_SECOND;
+// Media are made of frames of some milliseconds: a position this close to a second counts as that second.
+constexpr qint64 tolerance = 10 * GST_MSECOND;
 // An item that fails after this much has played: a list of such items may go round for ever.
 constexpr qint64 leastProgress = GST_SECOND;
+constexpr qint64 progress = GST_SECOND / 10; // less than this is not playing
+constexpr qint64 shortOfEnd = GST_SECOND; // an item that ends this much too early was cut off
 
 bool hasFactory(const char *name)
 {
@@ -28,216 +29,249 @@ bool hasFactory(const char *name)
         gst_object_unref(factory);
     return factory != nullptr;
 }
+
+/// What keeps GStreamer from being used; empty when nothing does.
+QString startGStreamer()
+{
+    GError *problem = nullptr;
+    const bool started = gst_init_check(nullptr, nullptr, &problem);
+    const GstHandles::Error owner(problem);
+    if (!started)
+        return problem ? QString::fromUtf8(problem->message) : QStringLiteral("GStreamer does not start");
+    for (const char *name : {"playbin", "fakesink", "videoconvert", "videoscale"}) {
+        if (!hasFactory(name))
+            return QStringLiteral("GStreamer has no element \"%1\"").arg(QLatin1String(name));
+    }
+    return {};
+}
+
+QString inSeconds(qint64 time)
+{
+    return QString::number(double(time) / GST_SECOND, 'f', 1);
+}
 } // namespace
 
 ItemPlayer::ItemPlayer(const EngineSettings &settings)
     : m_settings(settings)
     , m_mailbox(std::make_shared<Mailbox>(this))
-    , m_pauseClock(std::make_unique<PauseClock>(m_mailbox))
+    , m_pipeline(settings, m_mailbox, this)
+    , m_messages(this)
+    , m_position(m_state, m_pipeline, m_mailbox, this)
     , m_watchTimer(new QTimer(this))
-    , m_redrawTimer(new QTimer(this))
 {
-    m_redrawTimer->setSingleShot(true);
-    m_redrawTimer->setInterval(redrawDelay);
-    connect(m_redrawTimer, &QTimer::timeout, this, &ItemPlayer::redrawPaused);
     m_watchTimer->setInterval(
         std::clamp(std::min(settings.localStall, settings.networkStall) / 4, 10, watchInterval));
-    connect(m_watchTimer, &QTimer::timeout, this, &ItemPlayer::watch);
+    connect(m_watchTimer, &QTimer::timeout, this, &ItemPlayer::look);
     m_time.start();
+    connectParts();
+    connectPosition();
 }
 
 ItemPlayer::~ItemPlayer()
 {
     m_mailbox->close();
-    m_pipeline.reset(); // before the window that it draws into
+}
+
+void ItemPlayer::connectParts()
+{
+    connect(&m_pipeline, &LastingPipeline::messageArrived, this, &ItemPlayer::hear);
+    connect(&m_pipeline, &LastingPipeline::volumeMoved, this, &ItemPlayer::volumeChanged);
+    connect(&m_messages, &PipelineMessages::stateReached, this, &ItemPlayer::takeStateChange);
+    connect(&m_messages, &PipelineMessages::asyncDone, this, &ItemPlayer::takeAsyncDone);
+    connect(&m_messages, &PipelineMessages::endReached, this, &ItemPlayer::takeEnd);
+    connect(&m_messages, &PipelineMessages::failed, this, &ItemPlayer::takeFailure);
+    connect(&m_messages, &PipelineMessages::codecMissing, this, &ItemPlayer::takeMissingCodec);
+    connect(&m_messages, &PipelineMessages::typeUnknown, this,
+        [this](const QByteArray &mediaType) { m_findings.noteUnplayable(mediaType); });
+    connect(&m_messages, &PipelineMessages::buffered, this, &ItemPlayer::takeBuffering);
+    connect(&m_messages, &PipelineMessages::tagsFound, this, [this](const GstTagList *tags) {
+        m_findings.facts().merge(tags);
+        tellFacts();
+    });
+    connect(&m_messages, &PipelineMessages::durationChanged, this, &ItemPlayer::tellDuration);
+    connect(&m_messages, &PipelineMessages::outputRequested, this,
+        [this](bool playing) { takeOverride(!playing); });
+    connect(&m_messages, &PipelineMessages::clockLost, this, &ItemPlayer::takeClockLoss);
+}
+
+void ItemPlayer::connectPosition()
+{
+    connect(&m_position, &PlayPosition::seekBegun, this, [this] { m_watch.restart(m_time.elapsed()); });
+    connect(&m_position, &PlayPosition::seekRefused, this, [this] { refuse(m_item.uri.toDisplayString()); });
+    connect(&m_position, &PlayPosition::speedRefused, this,
+        [this] { refuse(QStringLiteral("the speed cannot be changed")); });
+    connect(&m_position, &PlayPosition::speedChanged, this,
+        [this](double speed) { Q_EMIT speedChanged(m_item.epoch, speed); });
+    connect(&m_position, &PlayPosition::endReached, this, [this] { endItem(true); });
+    connect(&m_position, &PlayPosition::pausePointReached, this, [this] {
+        m_state.pauseHere();
+        Q_EMIT pausedAtPosition(m_item.epoch);
+        applyState();
+    });
 }
 
 void ItemPlayer::initialise()
 {
-    m_video = std::make_unique<VideoOutput>(m_settings.videoSink);
-    GError *problem = nullptr;
-    const bool started = gst_init_check(nullptr, nullptr, &problem);
-    const GstHandles::Error owner(problem);
-    if (!started) {
-        Q_EMIT initialised(
-            problem ? QString::fromUtf8(problem->message) : QStringLiteral("GStreamer does not start"));
-        return;
-    }
-    for (const char *name : {"playbin", "fakesink", "videoconvert", "videoscale"}) {
-        if (!hasFactory(name)) {
-            Q_EMIT initialised(QStringLiteral("GStreamer has no element \"%1\"").arg(QLatin1String(name)));
-            return;
-        }
-    }
-    Q_EMIT initialised({});
-}
-
-bool ItemPlayer::createPipeline()
-{
-    m_pipeline.reset();
-    m_reused = false;
-    m_mailbox->beginGeneration();
-    const auto message = [this](GstMessage *arrived) {
-        handle(arrived);
-    };
-    const auto volume = [this] {
-        handleVolume();
-    };
-    m_pipeline
-        = Playbin::create(m_silent ? AudioOutput::makeSilent() : AudioOutput::make(m_settings.audioSink),
-            m_video->makeSink(m_blind), m_settings.networkTimeout,
-            {m_mailbox, message, volume, m_video->windowId()});
-    if (m_pipeline)
-        m_pipeline->setVolume(RendererValues::linearVolume(m_volume));
-    return m_pipeline != nullptr;
+    m_video = std::make_unique<VideoPresenter>(m_settings.videoSink);
+    connect(m_video.get(), &VideoPresenter::redrawDue, this, &ItemPlayer::redrawPaused);
+    connect(m_video.get(), &VideoPresenter::colorKeyChanged, this, &ItemPlayer::colorKeyChanged);
+    Q_EMIT initialised(startGStreamer());
 }
 
 void ItemPlayer::load(const Item &item)
 {
     forgetItem();
-    // Whatever was lost may be back, as a sound server is that was started again.
-    if (m_audioLost) {
-        m_silent = false;
-        m_pipeline.reset();
-    }
-    // Ready keeps the outputs open from one item to the next. A pipeline that cannot go there is beyond
-    // repair.
-    if (m_pipeline && m_pipeline->setState(GST_STATE_READY) == GST_STATE_CHANGE_FAILURE)
-        m_pipeline.reset();
-    m_mailbox->beginGeneration();
     m_item = item;
-    m_wantPlaying = !item.paused;
-    m_speed = item.speed;
-    m_reported = KelvoRenderer::Transitioning;
-    m_tags.clear();
-    m_missingCodec.clear();
-    m_notMedia = false;
-    m_reused = true;
-    if (!m_pipeline && !createPipeline()) {
+    m_state.beginItem(item.paused);
+    m_position.beginItem(item.speed);
+    m_findings.clear();
+    if (m_pipeline.prepare(m_video->output()))
+        startPipeline();
+    else
         fail(KelvoError::EngineFailed, QStringLiteral("the pipeline cannot be made"));
-        return;
-    }
-    startPipeline();
 }
 
 void ItemPlayer::startPipeline()
 {
-    m_phase = Phase::Loading;
-    m_video->forgetFrame();
-    m_pauseAcknowledged = false;
-    m_frameDue = false;
-    m_bufferHold = false;
-    m_bufferPercent = 100;
-    m_deadLooks = 0;
-    m_pipelinePlaying = m_playingAsked = false;
-    m_stallWatch.restart(m_time.elapsed());
+    m_state.beginLoading();
+    m_video->beginItem();
+    m_watch.begin(m_time.elapsed(),
+        ErrorMapping::isRemote(m_item.uri) ? m_settings.networkStall : m_settings.localStall);
     m_watchTimer->start();
     m_pipeline->setUri(m_item.uri.toEncoded());
     // Always by way of Paused: only then the duration, the seeks and the speed asked for can be dealt with.
     const GstStateChangeReturn result = m_pipeline->setState(GST_STATE_PAUSED);
-    m_live = result == GST_STATE_CHANGE_NO_PREROLL;
+    m_state.setLive(result == GST_STATE_CHANGE_NO_PREROLL);
     if (result == GST_STATE_CHANGE_FAILURE)
         m_mailbox->post([this] { failUnlessReported(); });
     else if (result != GST_STATE_CHANGE_ASYNC)
         m_mailbox->post([this] { prerolled(); });
 }
 
+/// An output is gone and something that only keeps the time takes its place: playback goes on where it was.
+void ItemPlayer::restart()
+{
+    const qint64 here = m_position.leavePipeline();
+    if (!m_pipeline.renew(m_video->output())) {
+        fail(KelvoError::EngineFailed, QStringLiteral("the pipeline cannot be made"));
+        return;
+    }
+    m_position.resumeAt(here);
+    startPipeline();
+}
+
 void ItemPlayer::unload()
 {
     forgetItem();
-    m_video->setShown(false);
-    shutDown();
-    // The next start tries the outputs again.
-    const bool wasSilent = std::exchange(m_silent, false);
-    m_audioLost = false;
-    if (std::exchange(m_blind, false) || wasSilent)
-        m_pipeline.reset();
-    if (std::exchange(m_policyOverride, false))
+    m_video->output().setShown(false);
+    m_pipeline.release();
+    m_video->output().forgetFrame();
+    if (m_state.setOverridden(false))
         Q_EMIT policyOverridden(false);
 }
 
 void ItemPlayer::forgetItem()
 {
-    m_phase = Phase::Idle;
+    m_state.forgetItem();
     m_watchTimer->stop();
-    m_pauseClock->disarm();
-    m_seekWanted.reset();
-    m_seekInFlight.reset();
-    m_rateWanted = false;
-    m_redrawTimer->stop();
-    m_video->logStatistics();
+    m_position.forgetItem();
+    m_video->endItem();
 }
 
 void ItemPlayer::shutDown()
 {
-    if (m_pipeline && m_pipeline->setState(GST_STATE_NULL) == GST_STATE_CHANGE_FAILURE)
-        m_pipeline.reset();
-    m_mailbox->beginGeneration();
-    m_video->forgetFrame();
+    m_pipeline.shutDown();
+    m_video->output().forgetFrame();
 }
 
 void ItemPlayer::pause()
 {
-    m_wantPlaying = false;
-    m_pauseAcknowledged = m_phase == Phase::Loading || m_bufferHold;
+    m_state.pause();
     applyState();
 }
 
 void ItemPlayer::resume()
 {
-    m_wantPlaying = true;
-    m_pauseAcknowledged = false;
-    m_stallWatch.restart(m_time.elapsed());
-    checkPauseAt();
+    m_state.resume();
+    m_watch.restart(m_time.elapsed());
+    m_position.checkPausePoint();
     applyState();
+}
+
+void ItemPlayer::seek(int seconds, bool relative)
+{
+    m_position.seek(seconds, relative);
+}
+
+void ItemPlayer::setSpeed(double speed)
+{
+    m_position.setSpeed(speed);
+}
+
+void ItemPlayer::setPauseAt(uint seconds)
+{
+    m_position.setPauseAt(seconds * second);
+}
+
+void ItemPlayer::dropPauseAt()
+{
+    m_position.dropPauseAt();
+}
+
+void ItemPlayer::setVolume(int volume)
+{
+    m_pipeline.setVolume(volume);
+    Q_EMIT volumeChanged(volume);
+}
+
+void ItemPlayer::placeVideo(uint window, const QRect &rectangle)
+{
+    if (m_video)
+        m_video->place(window, rectangle);
+}
+
+void ItemPlayer::setVideoAutopaint(bool autopaint)
+{
+    if (m_video)
+        m_video->output().setAutopaint(autopaint);
+}
+
+void ItemPlayer::setFrameOnPause(bool wanted)
+{
+    if (m_video)
+        m_video->setTakesFrames(wanted);
+}
+
+void ItemPlayer::answerPosition(const KelvoAnswer &answer)
+{
+    answer.deliver({uint((m_position.current() + tolerance) / second)});
+}
+
+void ItemPlayer::answerExactPosition(const KelvoAnswer &answer)
+{
+    answer.deliver({QString(KelvoRenderer::PropertyPosition), double(m_position.current()) / second});
 }
 
 void ItemPlayer::prerolled()
 {
-    if (m_phase != Phase::Loading)
+    if (!m_state.isLoading())
         return;
-    m_phase = Phase::Loaded;
-    noteProgress();
-    m_rateWanted = m_rateWanted || m_speed != 1.0;
-    if (m_seekWanted)
-        seekTo(*std::exchange(m_seekWanted, std::nullopt));
-    else
-        issueSeek();
-    m_video->setShown(m_pipeline->hasVideo());
-    checkPauseAt();
+    m_state.prerolled();
+    m_position.begin();
+    m_video->output().setShown(m_pipeline->hasVideo());
+    m_position.checkPausePoint();
     applyState();
     // While the outputs start.
     tellAboutItem();
 }
 
-void ItemPlayer::tellAboutItem()
-{
-    if (m_pipeline->hasAudio())
-        noteAudio();
-    noteVideo();
-    tellDuration();
-    if (!m_missingCodec.isEmpty())
-        Q_EMIT troubled(m_item.epoch, KelvoError::PartlyPlayable, m_missingCodec);
-}
-
-void ItemPlayer::noteAudio()
-{
-    m_audioLost = m_audioLost && AudioOutput::isSilent(m_pipeline->audioOutput());
-    m_tags.set(QStringLiteral("audio-output"), {AudioOutput::describe(m_pipeline->audioOutput())});
-}
-
 /// Brings the pipeline to where the want and the holds say it should be.
 void ItemPlayer::applyState()
 {
-    if (m_phase == Phase::Loaded) {
-        const bool playing = m_wantPlaying && !m_bufferHold && !m_policyOverride;
-        if (playing != m_playingAsked) {
-            m_playingAsked = playing;
-            m_pauseClock->disarm();
-            if (m_pipeline->setState(playing ? GST_STATE_PLAYING : GST_STATE_PAUSED)
-                == GST_STATE_CHANGE_FAILURE)
-                m_mailbox->post([this] { failUnlessReported(); });
-        }
+    if (const std::optional<bool> playing = m_state.order()) {
+        m_position.stopClock();
+        if (m_pipeline->setState(*playing ? GST_STATE_PLAYING : GST_STATE_PAUSED) == GST_STATE_CHANGE_FAILURE)
+            m_mailbox->post([this] { failUnlessReported(); });
     }
     settle();
 }
@@ -245,76 +279,52 @@ void ItemPlayer::applyState()
 /// Reports the state once the pipeline is where it should be.
 void ItemPlayer::settle()
 {
-    if (m_phase != Phase::Loading && m_phase != Phase::Loaded)
-        return;
-    const bool waiting = m_phase == Phase::Loading || m_bufferHold;
-    if (!m_wantPlaying || (m_policyOverride && m_phase == Phase::Loaded)) {
-        if (m_pauseAcknowledged || (m_phase == Phase::Loaded && !m_pipelinePlaying))
-            report(KelvoRenderer::Paused);
-    } else if (waiting) {
-        report(KelvoRenderer::Transitioning);
-    } else if (m_pipelinePlaying) {
-        report(KelvoRenderer::Playing);
-    }
+    if (const std::optional<KelvoRenderer::State> state = m_state.news())
+        report(*state);
     takeDueFrame();
 }
 
 void ItemPlayer::report(KelvoRenderer::State state)
 {
-    if (state == m_reported)
-        return;
-    m_reported = state;
-    m_frameDue = state == KelvoRenderer::Paused && m_framesWanted;
+    m_video->notePause(state == KelvoRenderer::Paused);
     Q_EMIT stateReached(m_item.epoch, state);
 }
 
-/// Whether standing still would be wrong at the moment.
-bool ItemPlayer::wantsToMove() const
+void ItemPlayer::look()
 {
-    return m_phase == Phase::Loading
-        || (m_phase == Phase::Loaded && (m_seekInFlight || (m_wantPlaying && !m_policyOverride)));
-}
-
-void ItemPlayer::watch()
-{
-    noteProgress();
-    if (!wantsToMove()) {
-        m_stallWatch.restart(m_time.elapsed());
+    PlaybackWatch::Sight sight;
+    sight.position = m_position.note();
+    sight.bufferPercent = m_state.bufferPercent();
+    sight.isExpectedToMove = m_state.wantsToMove(m_position.isSeeking());
+    sight.isLifeless
+        = m_state.isLoading() && !ErrorMapping::isRemote(m_item.uri) && !m_pipeline->isStreaming();
+    switch (m_watch.look(sight, m_time.elapsed())) {
+    case PlaybackWatch::Verdict::Fine:
         return;
+    case PlaybackWatch::Verdict::Dead:
+        return fail(KelvoError::CorruptMedia, QStringLiteral("the file holds nothing that can be played"));
+    case PlaybackWatch::Verdict::Stalled:
+        return fail(KelvoError::Stalled,
+            QStringLiteral("no progress for %1 seconds").arg(m_watch.stallLimit() / 1000.0));
     }
-    const int limit = ErrorMapping::isRemote(m_item.uri) ? m_settings.networkStall : m_settings.localStall;
-    if (isDead())
-        fail(KelvoError::CorruptMedia, QStringLiteral("the file holds nothing that can be played"));
-    else if (m_stallWatch.isStalled(m_time.elapsed(), position(), m_bufferPercent, limit))
-        fail(KelvoError::Stalled, QStringLiteral("no progress for %1 seconds").arg(limit / 1000.0));
-}
-
-/// GStreamer drops the error of a demuxer that fails while it is still being connected. What is left is a pipeline
-/// that neither prerolls nor fails: with a local file, one in which no thread streams any more.
-bool ItemPlayer::isDead()
-{
-    const bool idle
-        = m_phase == Phase::Loading && !ErrorMapping::isRemote(m_item.uri) && !m_pipeline->isStreaming();
-    m_deadLooks = idle ? m_deadLooks + 1 : 0;
-    return m_deadLooks >= deadLooks;
 }
 
 void ItemPlayer::endItem(bool progressed)
 {
-    m_phase = Phase::Ended;
+    m_state.end();
     m_watchTimer->stop();
-    m_pauseClock->disarm();
+    m_position.stopClock();
     Q_EMIT ended(m_item.epoch, progressed);
 }
 
 void ItemPlayer::fail(KelvoError::Code code, const QString &message)
 {
-    const bool progressed = position() > leastProgress;
+    const bool progressed = m_position.current() > leastProgress;
     forgetItem();
-    m_video->setShown(false);
+    m_video->output().setShown(false);
     // After an error only a pipeline that was shut down completely can be relied on.
     shutDown();
-    m_video->forgetCaps();
+    m_video->output().forgetCaps();
     Q_EMIT failed(m_item.epoch, code, message, progressed);
 }
 
@@ -322,23 +332,164 @@ void ItemPlayer::fail(KelvoError::Code code, const QString &message)
 void ItemPlayer::failUnlessReported()
 {
     // One that served the item before may hold an output that broke meanwhile, of which nothing was heard any more.
-    if (m_phase == Phase::Loading && m_reused)
+    if (m_state.isLoading() && m_pipeline.isReused())
         restart();
-    else if (m_phase != Phase::Idle)
+    else if (m_state.phase() != PlayState::Phase::Idle)
         fail(KelvoError::EngineFailed, QStringLiteral("the pipeline refuses to start"));
 }
 
-/// An output is gone and something that only keeps the time takes its place: playback goes on where it was.
-void ItemPlayer::restart()
+void ItemPlayer::refuse(const QString &what)
 {
-    const qint64 resumeAt = position();
-    m_pauseClock->disarm();
-    m_seekInFlight.reset();
-    if (!createPipeline()) {
-        fail(KelvoError::EngineFailed, QStringLiteral("the pipeline cannot be made"));
+    Q_EMIT troubled(m_item.epoch, KelvoError::NotSeekable, what);
+}
+
+void ItemPlayer::hear(GstMessage *message)
+{
+    if (m_state.isLoading() || m_state.isLoaded())
+        m_messages.read(message, *m_pipeline.get());
+}
+
+void ItemPlayer::takeStateChange(bool playing)
+{
+    m_state.pipelineReached(playing);
+    settle();
+    if (playing)
+        m_position.checkPausePoint();
+}
+
+void ItemPlayer::takeAsyncDone()
+{
+    if (m_state.isLoading()) {
+        prerolled();
         return;
     }
-    if (resumeAt > 0)
-        m_seekWanted = resumeAt;
-    startPipeline();
+    tellDuration();
+    m_position.seekDone();
+    takeDueFrame();
+}
+
+void ItemPlayer::takeEnd()
+{
+    // The end of what was playing before the seek: the seek counts.
+    if (m_position.isSeeking() || !m_state.isLoaded())
+        return;
+    if (m_position.speed() < 0) {
+        m_position.turnAround();
+        return;
+    }
+    const qint64 reached = m_position.reachable();
+    const std::optional<qint64> duration = m_pipeline->duration();
+    if (duration && *duration - reached > shortOfEnd)
+        Q_EMIT troubled(m_item.epoch, KelvoError::PrematureEnd,
+            QStringLiteral("ended after %1 of %2 seconds").arg(inSeconds(reached), inSeconds(*duration)));
+    endItem(reached > progress);
+}
+
+void ItemPlayer::takeFailure(PipelineFailure failure)
+{
+    failure.uri = m_item.uri;
+    failure.notMedia = m_findings.isText();
+    const QByteArray scheme = m_item.uri.scheme().toLatin1();
+    failure.noHandler = !gst_uri_protocol_is_supported(GST_URI_SRC, scheme.constData());
+    const KelvoError::Code code = ErrorMapping::codeOf(failure);
+    OutputFallbacks::Answer answer;
+    if (failure.fromAudioOutput)
+        answer = m_pipeline.fallbacks().audioFailed();
+    else if (failure.fromVideoOutput)
+        answer = m_pipeline.fallbacks().videoFailed();
+    if (answer.tell)
+        Q_EMIT troubled(m_item.epoch, code, failure.text);
+    if (answer.replace)
+        restart();
+    else
+        fail(code, failure.text);
+}
+
+void ItemPlayer::takeMissingCodec(const QString &text)
+{
+    if (m_state.isLoading())
+        m_findings.noteMissingCodec(text);
+    else
+        Q_EMIT troubled(m_item.epoch, KelvoError::PartlyPlayable, text);
+}
+
+void ItemPlayer::takeBuffering(int percent)
+{
+    if (!m_state.setBuffered(percent))
+        return;
+    Q_EMIT buffering(m_item.epoch, percent);
+    applyState();
+}
+
+void ItemPlayer::takeOverride(bool overridden)
+{
+    if (!m_state.setOverridden(overridden))
+        return;
+    Q_EMIT policyOverridden(overridden);
+    m_watch.restart(m_time.elapsed());
+    applyState();
+}
+
+void ItemPlayer::takeClockLoss()
+{
+    m_pipeline->setState(GST_STATE_PAUSED);
+    m_state.pipelinePaused();
+    applyState();
+}
+
+void ItemPlayer::tellAboutItem()
+{
+    TagCollector &facts = m_findings.facts();
+    if (m_pipeline->hasAudio()) {
+        GstElement *output = m_pipeline->audioOutput();
+        m_pipeline.fallbacks().audioPlays(AudioOutput::isSilent(output));
+        facts.set(QStringLiteral("audio-output"), {AudioOutput::describe(output)});
+    }
+    if (m_pipeline->hasVideo()) {
+        facts.set(QStringLiteral("video-output"), {m_video->output().describe()});
+        m_video->noteColorKey();
+    }
+    tellDuration();
+    if (!m_findings.missingCodec().isEmpty())
+        Q_EMIT troubled(m_item.epoch, KelvoError::PartlyPlayable, m_findings.missingCodec());
+}
+
+void ItemPlayer::tellDuration()
+{
+    if (!m_state.isLoaded())
+        return; // not known before
+    if (const std::optional<qint64> duration = m_pipeline->duration())
+        m_findings.facts().set(
+            QStringLiteral("duration"), {int(std::lround(double(*duration) / GST_SECOND))});
+    tellFacts();
+}
+
+/// Held back until the item is prepared: until then its streams still complete one another's facts.
+void ItemPlayer::tellFacts()
+{
+    if (!m_state.isLoaded())
+        return;
+    for (const TagCollector::Fact &news : m_findings.facts().takeNews())
+        Q_EMIT fact(m_item.epoch, news.key, news.values);
+}
+
+/// While paused a seek to where playback is makes the same picture again.
+void ItemPlayer::redrawPaused()
+{
+    if (!m_state.stands() || !m_pipeline->hasVideo() || !m_pipeline->isSeekable())
+        return;
+    // The picture of a seek under way may have been made before the window had its new size.
+    if (m_position.isSeeking())
+        m_video->redrawLater();
+    else
+        m_position.seekOnTheSpot();
+}
+
+/// Once the pipeline stands still, the last picture that went into it is the one on the screen.
+void ItemPlayer::takeDueFrame()
+{
+    if (!m_state.isLoaded() || m_state.isPlaying() || !m_position.isAtRest())
+        return;
+    if (VideoFrame frame = m_video->takeDueFrame())
+        Q_EMIT frameTaken(m_item.epoch, std::move(frame));
 }

@@ -2,11 +2,15 @@
 #pragma once
 
 #include "EngineSettings.h"
+#include "ItemFindings.h"
 #include "KelvoAnswer.h"
 #include "KelvoError.h"
 #include "KelvoRenderer.h"
-#include "StallWatch.h"
-#include "TagCollector.h"
+#include "LastingPipeline.h"
+#include "PipelineMessages.h"
+#include "PlayPosition.h"
+#include "PlayState.h"
+#include "PlaybackWatch.h"
 #include "VideoFrameTap.h"
 
 #include <QElapsedTimer>
@@ -15,14 +19,10 @@
 #include <QUrl>
 
 #include <memory>
-#include <optional>
 
 class Mailbox;
-class PauseClock;
-class Playbin;
 class QTimer;
-class VideoOutput;
-typedef struct _GstMessage GstMessage;
+class VideoPresenter;
 
 /// Plays one item at a time: the state machine over the pipeline.
 ///
@@ -30,8 +30,8 @@ typedef struct _GstMessage GstMessage;
 /// there, and its signals go to the GUI thread. Each item has the epoch of its load(); every signal about an
 /// item carries it, so that the GUI side can tell what comes late from news.
 ///
-/// What the user wants (playing or paused) is kept apart from what holds the pipeline back at the moment (an
-/// empty buffer, a policy of the audio server): a hold never changes the want.
+/// It brings together what each of its parts knows of its own: the state, the position, the pipeline, the picture, the
+/// facts. What to do about each thing that happens is decided here and in them, never in the pipeline's threads.
 class ItemPlayer : public QObject
 {
     Q_OBJECT
@@ -98,96 +98,51 @@ Q_SIGNALS:
     void frameTaken(quint64 epoch, const VideoFrame &frame);
 
 private:
-    enum class Phase { Idle, Loading, Loaded, Ended };
-
-    // Pipeline (ItemPlayer.cpp)
-    bool createPipeline();
+    void connectParts();
+    void connectPosition();
     void startPipeline();
+    void restart();
     void forgetItem();
     void shutDown();
     void prerolled();
     void applyState();
     void settle();
     void report(KelvoRenderer::State state);
-    bool wantsToMove() const;
-    void watch();
-    bool isDead();
+    void look();
     void endItem(bool progressed);
     void fail(KelvoError::Code code, const QString &message);
     void failUnlessReported();
-    void restart();
+    void refuse(const QString &what);
 
-    // Messages (ItemPlayer_messages.cpp)
-    void handle(GstMessage *message);
-    void handleStateChange(GstMessage *message);
-    void handleAsyncDone();
-    void handleEnd();
-    void handleError(GstMessage *message);
-    void handleMissingPlugin(GstMessage *message);
-    void handleWarning(GstMessage *message);
-    void handleBuffering(GstMessage *message);
-    void handleTags(GstMessage *message);
-    void handleStateRequest(GstMessage *message);
-    void handleVolume();
-    void tellFacts();
+    // What the pipeline says
+    void hear(GstMessage *message);
+    void takeStateChange(bool playing);
+    void takeAsyncDone();
+    void takeEnd();
+    void takeFailure(PipelineFailure failure);
+    void takeMissingCodec(const QString &text);
+    void takeBuffering(int percent);
+    void takeOverride(bool overridden);
+    void takeClockLoss();
+
+    // What is told about the item
     void tellAboutItem();
-    void noteAudio();
     void tellDuration();
+    void tellFacts();
 
-    // Position (ItemPlayer_seeking.cpp)
-    qint64 position() const;
-    void noteProgress();
-    qint64 reachedPosition() const;
-    void seekTo(qint64 target);
-    void issueSeek();
-    void seekDone();
-    void checkPauseAt();
-    void backAtStart();
-
-    // Pictures (ItemPlayer_video.cpp)
     void redrawPaused();
-    void noteVideo();
     void takeDueFrame();
 
     const EngineSettings m_settings;
     const std::shared_ptr<Mailbox> m_mailbox;
-    std::unique_ptr<Playbin> m_pipeline;
-    std::unique_ptr<PauseClock> m_pauseClock;
+    std::unique_ptr<VideoPresenter> m_video; ///< made on the engine thread, like all that it consists of
+    LastingPipeline m_pipeline; ///< goes before the window that it draws into
+    PipelineMessages m_messages;
+    PlayState m_state;
+    PlayPosition m_position;
+    PlaybackWatch m_watch;
     QTimer *m_watchTimer;
-    QTimer *m_redrawTimer;
-    std::unique_ptr<VideoOutput> m_video; ///< made on the engine thread, like all that it consists of
-    QElapsedTimer m_time;
-    StallWatch m_stallWatch;
-    TagCollector m_tags;
-    int m_volume = 99;
-    bool m_silent = false; ///< the audio output failed while playing; the silent clock stands in
-    bool m_audioLost = false; ///< has failed, was told, and is tried again with each item until it is back
-    bool m_blind = false; ///< the same for the video output
-    bool m_policyOverride = false;
-    bool m_framesWanted = false;
-    uint m_colorKey = 0;
-
-    // Of the item
+    QElapsedTimer m_time; ///< the watch's
     Item m_item;
-    Phase m_phase = Phase::Idle;
-    KelvoRenderer::State m_reported = KelvoRenderer::Stopped;
-    int m_deadLooks = 0; ///< how often in a row no streaming thread was running
-    bool m_wantPlaying = false;
-    bool m_reused = false; ///< the pipeline served another item before
-    bool m_pauseAcknowledged = false; ///< paused before there is anything to pause: reported at once
-    bool m_frameDue = false; ///< paused, and the picture not yet taken
-    bool m_bufferHold = false;
-    bool m_live = false;
-    bool m_pipelinePlaying = false; ///< the state that the pipeline is in, once it has prerolled
-    bool m_playingAsked = false; ///< the state that it was last told to go to
-    int m_bufferPercent = 100;
-    double m_speed = 1.0;
-    qint64 m_noted = 0; ///< the position, nanoseconds, ...
-    qint64 m_notedAt = 0; ///< ... at this time of m_time
-    bool m_notMedia = false; ///< of a type that is for reading
-    QString m_missingCodec; ///< a stream that nothing decodes; reported once the others play
-    std::optional<qint64> m_pauseAt; ///< nanoseconds
-    std::optional<qint64> m_seekWanted; ///< nanoseconds: the newest position asked for and not yet sought
-    std::optional<qint64> m_seekInFlight;
-    bool m_rateWanted = false; ///< a seek is due that changes nothing but the speed
+    ItemFindings m_findings;
 };
