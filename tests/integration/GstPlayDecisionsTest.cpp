@@ -241,6 +241,7 @@ private Q_SLOTS:
         wishes.begin(5);
         QVERIFY(!wishes.isDue());
         QVERIFY(wishes.isSeeking());
+        QVERIFY(!wishes.isAtRest());
         QCOMPARE(wishes.destination(), std::optional<qint64>(5));
         wishes.wish(7);
         wishes.wish(9); // the newest counts
@@ -283,6 +284,7 @@ private Q_SLOTS:
     {
         SeekWishes wishes;
         wishes.beginItem(2.0);
+        QCOMPARE(wishes.speed(), 2.0);
         wishes.wish(5);
         wishes.begin(5);
         wishes.wish(6);
