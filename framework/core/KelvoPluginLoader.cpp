@@ -2,10 +2,10 @@
 #include "KelvoPluginLoader.h"
 
 #include "ElfCheck.h"
-#include "GuiMailbox.h"
 #include "KelvoMessageHandler.h"
 #include "KelvoPlugin.h"
 #include "KelvoRegistry.h"
+#include "Mailbox.h"
 #include "WorkerPool.h"
 
 #include <QCoreApplication>
@@ -171,7 +171,7 @@ struct KelvoPluginLoader::Private
     /// One thread, so that plug-ins start in the order asked for.
     WorkerPool worker{QStringLiteral("kelvo-plugin-loader"), 1};
     /// What the worker answers through: it may come back after this loader's end.
-    std::shared_ptr<GuiMailbox> mailbox;
+    std::shared_ptr<Mailbox> mailbox;
 
     QString pathOf(const QString &fileName) const;
 };
@@ -196,7 +196,7 @@ KelvoPluginLoader::KelvoPluginLoader(KelvoRegistry *registry)
     : d(std::make_unique<Private>())
 {
     d->registry = registry;
-    d->mailbox = std::make_shared<GuiMailbox>(this);
+    d->mailbox = std::make_shared<Mailbox>(this);
 }
 
 KelvoPluginLoader::~KelvoPluginLoader()

@@ -42,7 +42,7 @@ void IdleCapsCache::attach(const std::shared_ptr<IdleCapsCache> &cache, GstPad *
 
 GstPadProbeReturn IdleCapsCache::answer(GstQuery *query)
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::scoped_lock lock(m_mutex);
     if (!m_caps)
         return GST_PAD_PROBE_OK;
     gst_query_set_caps_result(query, m_caps.get());
@@ -53,13 +53,13 @@ void IdleCapsCache::remember(GstQuery *query)
 {
     GstCaps *caps = nullptr;
     gst_query_parse_caps_result(query, &caps);
-    const QMutexLocker lock(&m_mutex);
+    const std::scoped_lock lock(m_mutex);
     if (caps)
         m_caps = {gst_caps_ref(caps), gst_caps_unref};
 }
 
 void IdleCapsCache::clear()
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::scoped_lock lock(m_mutex);
     m_caps.reset();
 }

@@ -3,9 +3,10 @@
 
 #include "GstHandles.h"
 
-#include <QMutex>
+#include <QtGlobal>
 
 #include <memory>
+#include <mutex>
 
 /// Answers which caps an output accepts while it is idle, that is in the Ready state, from what it said the first time.
 ///
@@ -27,6 +28,6 @@ private:
     GstPadProbeReturn answer(GstQuery *query);
     void remember(GstQuery *query);
 
-    QMutex m_mutex;
+    std::mutex m_mutex;
     std::shared_ptr<GstCaps> m_caps; ///< null: not asked yet
 };

@@ -17,7 +17,7 @@ void VideoFrameTap::attach(const std::shared_ptr<VideoFrameTap> &tap, GstPad *pa
 /// Streaming thread. A picture is a reference to what the decoder made; nothing is copied.
 void VideoFrameTap::remember(GstPad *pad, GstBuffer *buffer)
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::scoped_lock lock(m_mutex);
     if (!m_enabled)
         return;
     const GstHandles::Caps caps(gst_pad_get_current_caps(pad));
@@ -27,7 +27,7 @@ void VideoFrameTap::remember(GstPad *pad, GstBuffer *buffer)
 
 void VideoFrameTap::setEnabled(bool enabled)
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::scoped_lock lock(m_mutex);
     m_enabled = enabled;
     if (!enabled)
         m_last.reset();
@@ -35,12 +35,12 @@ void VideoFrameTap::setEnabled(bool enabled)
 
 VideoFrame VideoFrameTap::last()
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::scoped_lock lock(m_mutex);
     return m_last;
 }
 
 void VideoFrameTap::clear()
 {
-    const QMutexLocker lock(&m_mutex);
+    const std::scoped_lock lock(m_mutex);
     m_last.reset();
 }

@@ -3,9 +3,10 @@
 
 #include "GstHandles.h"
 
-#include <QMutex>
+#include <QtGlobal>
 
 #include <memory>
+#include <mutex>
 
 /// A picture as it came from the decoder, with its caps.
 using VideoFrame = std::shared_ptr<GstSample>;
@@ -31,7 +32,7 @@ public:
 private:
     void remember(GstPad *pad, GstBuffer *buffer);
 
-    QMutex m_mutex;
+    std::mutex m_mutex;
     bool m_enabled = false;
     VideoFrame m_last;
 };

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "KelvoCoreGlobal.h"
+
 #include <QMetaObject>
 #include <QThread>
 
@@ -12,7 +14,7 @@
 ///
 /// Destroying it lets the object finish what it is doing, deletes it on its own thread and ends that thread.
 /// The destructor does not wait for that; the end of the application does.
-class WorkerThread
+class KELVO_CORE_EXPORT WorkerThread
 {
 public:
     /// Takes over the worker, which must have no parent.
