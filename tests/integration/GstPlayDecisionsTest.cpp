@@ -375,6 +375,8 @@ private Q_SLOTS:
         QVERIFY(!fallbacks.isSilent() && !fallbacks.isBlind());
         QVERIFY(!fallbacks.retryAll());
         QVERIFY(!fallbacks.retryAudio());
+        fallbacks.videoFailed();
+        QVERIFY(fallbacks.retryAll()); // for the picture alone, too
     }
 
     void triesALostSoundAgainWithEachItem()
@@ -414,7 +416,15 @@ private Q_SLOTS:
         QCOMPARE(watch.look(sight, 10'900), Verdict::Fine);
         sight.bufferPercent = 50;
         QCOMPARE(watch.look(sight, 11'000), Verdict::Fine);
-        QCOMPARE(watch.look(sight, 13'000), Verdict::Stalled);
+        QCOMPARE(watch.look(sight, 12'900), Verdict::Fine);
+        sight.isExpectedToMove = false; // paused meanwhile
+        QCOMPARE(watch.look(sight, 20'000), Verdict::Fine);
+        sight.isExpectedToMove = true;
+        QCOMPARE(watch.look(sight, 20'100), Verdict::Fine);
+        QCOMPARE(watch.look(sight, 22'100), Verdict::Stalled);
+        watch.begin(22'100, 500);
+        QCOMPARE(watch.look(sight, 22'500), Verdict::Fine);
+        QCOMPARE(watch.look(sight, 23'000), Verdict::Stalled);
     }
 
     void noticesThatNoThreadIsLeft()
