@@ -8,6 +8,7 @@
     simulator -> playback (a static library) -> core
     shared, mpris -> bus (a static library)
     tracker-source, gst-renderer -> media (a static library) -> core, which alone reads playlist files
+    gst-renderer -> glib (headers only)
 
 The program alone loads none of the libraries that only a back end needs: they come with its plug-in.
 
@@ -24,11 +25,12 @@ MAY_INCLUDE = {
     "src": {"framework/core", "framework/shared", "framework/tracker"},
     "framework/core": set(),
     "framework/bus": set(),
+    "framework/glib": set(),
     "framework/media": {"framework/core"},
     "framework/playback": {"framework/core"},
     "framework/shared": {"framework/bus", "framework/core"},
     "framework/tracker": {"framework/core"},
-    "framework/plugins/gst-renderer": {"framework/core", "framework/media"},
+    "framework/plugins/gst-renderer": {"framework/core", "framework/glib", "framework/media"},
     "framework/plugins/simulator": {"framework/core", "framework/playback"},
     "framework/plugins/remote": {"framework/core"},
     "framework/plugins/upnp": {"framework/core", "framework/plugins/remote"},
@@ -39,7 +41,7 @@ MAY_INCLUDE = {
 # Headers of foreign libraries -> the folders that may know them.
 FOREIGN = {
     # The indexer looks into videos with the media engine's discoverer.
-    r"gst/": {"framework/plugins/gst-renderer", "framework/plugins/tracker-source"},
+    r"gst/": {"framework/glib", "framework/plugins/gst-renderer", "framework/plugins/tracker-source"},
     r"totem-pl-parser": {"framework/media"},
     r"libtracker-sparql|tracker-sparql": {"framework/tracker"},
     r"taglib/|^(fileref|tag|tfile|tfilestream|tpropertymap)\.h$": {"framework/plugins/tracker-source"},
@@ -47,7 +49,7 @@ FOREIGN = {
     r"libgupnp|libgssdp|libsoup": {"framework/plugins/upnp"},
     r"xcb/": {"framework/plugins/gst-renderer"},
     r"glib|gio/|gobject/": {
-        "framework/plugins/gst-renderer", "framework/plugins/tracker-source", "framework/tracker",
+        "framework/glib", "framework/plugins/gst-renderer", "framework/plugins/tracker-source", "framework/tracker",
         "framework/plugins/upnp"},
     r"QtWidgets/|Q(Widget|Dialog|MainWindow|Application|MessageBox)\b": {"src"},
     r"QDBus": {"framework/bus", "framework/shared", "framework/plugins/mpris"},

@@ -31,10 +31,9 @@ QString sinkWithin(GstElement *output)
 GstHandles::Element AudioOutput::make(const QString &description)
 {
     if (!description.isEmpty()) {
-        GError *problem = nullptr;
-        GstElement *bin = gst_parse_bin_from_description(description.toUtf8().constData(), TRUE, &problem);
-        const GstHandles::Error owner(problem);
-        GstHandles::Element output = GstHandles::adopt(bin);
+        GlibHandles::Error problem;
+        GstHandles::Element output = GstHandles::adopt(
+            gst_parse_bin_from_description(description.toUtf8().constData(), TRUE, problem.out()));
         if (output && !problem)
             return output;
         qCWarning(lcKelvo) << "The audio output" << description

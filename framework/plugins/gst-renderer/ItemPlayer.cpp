@@ -22,24 +22,14 @@ constexpr qint64 leastProgress = GST_SECOND;
 constexpr qint64 progress = GST_SECOND / 10; // less than this is not playing
 constexpr qint64 shortOfEnd = GST_SECOND; // an item that ends this much too early was cut off
 
-bool hasFactory(const char *name)
-{
-    GstElementFactory *factory = gst_element_factory_find(name);
-    if (factory)
-        gst_object_unref(factory);
-    return factory != nullptr;
-}
-
 /// What keeps GStreamer from being used; empty when nothing does.
 QString startGStreamer()
 {
-    GError *problem = nullptr;
-    const bool started = gst_init_check(nullptr, nullptr, &problem);
-    const GstHandles::Error owner(problem);
-    if (!started)
+    GlibHandles::Error problem;
+    if (!gst_init_check(nullptr, nullptr, problem.out()))
         return problem ? QString::fromUtf8(problem->message) : QStringLiteral("GStreamer does not start");
     for (const char *name : {"playbin", "fakesink", "videoconvert", "videoscale"}) {
-        if (!hasFactory(name))
+        if (!GstHandles::ElementFactory(gst_element_factory_find(name)))
             return QStringLiteral("GStreamer has no element \"%1\"").arg(QLatin1String(name));
     }
     return {};

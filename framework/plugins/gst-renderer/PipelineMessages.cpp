@@ -21,11 +21,10 @@ int httpStatus(GstMessage *error)
 
 PipelineFailure describe(GstMessage *message, const Playbin &pipeline)
 {
-    GError *error = nullptr;
+    GlibHandles::Error error;
     gchar *debug = nullptr;
-    gst_message_parse_error(message, &error, &debug);
-    const GstHandles::Error owner(error);
-    const GstHandles::Text debugOwner(debug);
+    gst_message_parse_error(message, error.out(), &debug);
+    const GlibHandles::Text debugOwner(debug);
     qCDebug(lcKelvo) << "Pipeline error" << error->message << debug;
 
     const GstObject *source = GST_MESSAGE_SRC(message);
@@ -127,9 +126,8 @@ void PipelineMessages::readElementMessage(GstMessage *message)
 
 void PipelineMessages::readWarning(GstMessage *message)
 {
-    GError *warning = nullptr;
-    gst_message_parse_warning(message, &warning, nullptr);
-    const GstHandles::Error owner(warning);
+    GlibHandles::Error warning;
+    gst_message_parse_warning(message, warning.out(), nullptr);
     const QString text = QString::fromUtf8(warning->message);
     qCDebug(lcKelvo) << "Pipeline warning" << text;
     if (warning->domain == GST_STREAM_ERROR && warning->code == GST_STREAM_ERROR_CODEC_NOT_FOUND)

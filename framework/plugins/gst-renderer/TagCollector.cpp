@@ -41,7 +41,7 @@ QList<QVariant> texts(const GstTagList *tags, const char *tag)
         gchar *text = nullptr;
         if (!gst_tag_list_get_string_index(tags, tag, i, &text))
             continue;
-        const GstHandles::Text owner(text);
+        const GlibHandles::Text owner(text);
         const QString value = QString::fromUtf8(text).trimmed();
         if (!value.isEmpty() && !values.contains(value))
             values.append(value);
@@ -60,8 +60,8 @@ QList<QVariant> date(const GstTagList *tags)
     GstDateTime *value = nullptr;
     if (!gst_tag_list_get_date_time(tags, GST_TAG_DATE_TIME, &value))
         return {};
-    const GstHandles::Text text(gst_date_time_to_iso8601_string(value));
-    gst_date_time_unref(value);
+    const GstHandles::DateTime owner(value);
+    const GlibHandles::Text text(gst_date_time_to_iso8601_string(value));
     return text ? QList<QVariant>{QString::fromUtf8(text.get())} : QList<QVariant>{};
 }
 

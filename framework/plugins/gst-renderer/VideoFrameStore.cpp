@@ -38,10 +38,9 @@ QImage convert(const VideoFrame &frame)
 {
     const GstHandles::Caps wanted(gst_caps_new_simple("video/x-raw", "format", G_TYPE_STRING, "RGB",
         "pixel-aspect-ratio", GST_TYPE_FRACTION, 1, 1, nullptr));
-    GError *problem = nullptr;
+    GlibHandles::Error problem;
     const GstHandles::Sample converted(
-        gst_video_convert_sample(frame.get(), wanted.get(), longestConversion, &problem));
-    const GstHandles::Error owner(problem);
+        gst_video_convert_sample(frame.get(), wanted.get(), longestConversion, problem.out()));
     if (converted)
         return toImage(converted.get());
     qCWarning(lcKelvo) << "The picture cannot be converted:"

@@ -17,11 +17,9 @@ const QString conversion = QStringLiteral("videoconvert ! videoscale ! %1");
 
 GstHandles::Element makeBin(const QString &output)
 {
-    GError *problem = nullptr;
-    GstElement *bin
-        = gst_parse_bin_from_description(conversion.arg(output).toUtf8().constData(), TRUE, &problem);
-    const GstHandles::Error owner(problem);
-    GstHandles::Element made = GstHandles::adopt(bin);
+    GlibHandles::Error problem;
+    GstHandles::Element made = GstHandles::adopt(
+        gst_parse_bin_from_description(conversion.arg(output).toUtf8().constData(), TRUE, problem.out()));
     if (made && !problem)
         return made;
     qCWarning(lcKelvo) << "The video output" << output

@@ -1,31 +1,28 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "GlibHandles.h"
+
 #include <gst/gst.h>
 
-#include <memory>
-
-/// Owners of what GStreamer and GLib hand out, one per kind of release.
+/// Owners of what GStreamer hands out, one per kind of release.
 namespace GstHandles {
 
-template <auto release> struct Releaser
-{
-    template <typename T> void operator()(T *object) const { release(object); }
-};
+using GlibHandles::Releaser;
 
 using Element = std::unique_ptr<GstElement, Releaser<gst_object_unref>>;
+using ElementFactory = std::unique_ptr<GstElementFactory, Releaser<gst_object_unref>>;
 using Bus = std::unique_ptr<GstBus, Releaser<gst_object_unref>>;
 using Clock = std::unique_ptr<GstClock, Releaser<gst_object_unref>>;
+using Pad = std::unique_ptr<GstPad, Releaser<gst_object_unref>>;
 using Message = std::unique_ptr<GstMessage, Releaser<gst_message_unref>>;
 using Query = std::unique_ptr<GstQuery, Releaser<gst_query_unref>>;
 using TagList = std::unique_ptr<GstTagList, Releaser<gst_tag_list_unref>>;
+using DateTime = std::unique_ptr<GstDateTime, Releaser<gst_date_time_unref>>;
 using Caps = std::unique_ptr<GstCaps, Releaser<gst_caps_unref>>;
-using Pad = std::unique_ptr<GstPad, Releaser<gst_object_unref>>;
 using Structure = std::unique_ptr<GstStructure, Releaser<gst_structure_free>>;
 using Sample = std::unique_ptr<GstSample, Releaser<gst_sample_unref>>;
 using Iterator = std::unique_ptr<GstIterator, Releaser<gst_iterator_free>>;
-using Error = std::unique_ptr<GError, Releaser<g_error_free>>;
-using Text = std::unique_ptr<char, Releaser<g_free>>;
 /// A GstClockID.
 using ClockId = std::unique_ptr<void, Releaser<gst_clock_id_unref>>;
 
