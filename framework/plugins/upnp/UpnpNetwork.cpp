@@ -3,35 +3,10 @@
 
 #include "Discovery.h"
 #include "GlibLog.h"
+#include "Mailbox.h"
 #include "UpnpThread.h"
 
-#include <QMutex>
 #include <QPointer>
-
-/// What the UPnP thread holds instead of the object: queues calls to it for as long as it is there.
-struct UpnpNetwork::Mailbox
-{
-    explicit Mailbox(UpnpNetwork *network)
-        : receiver(network)
-    {
-    }
-    template <typename Call> void post(Call call)
-    {
-        const QMutexLocker lock(&mutex);
-        if (receiver)
-            QMetaObject::invokeMethod(
-                receiver, [network = receiver, call = std::move(call)] { call(network); },
-                Qt::QueuedConnection);
-    }
-    void close()
-    {
-        const QMutexLocker lock(&mutex);
-        receiver = nullptr;
-    }
-
-    QMutex mutex;
-    UpnpNetwork *receiver;
-};
 
 /// What lives on the UPnP thread.
 struct UpnpNetwork::Worker
@@ -89,24 +64,24 @@ UpnpNetwork::UpnpNetwork(const QStringList &interfaces, QObject *parent)
     GlibLog::catchWarnings();
     using Upnp::DeviceKey;
     DeviceListener listener;
-    listener.shown = [mailbox = m_mailbox](const Upnp::Description &device) {
-        mailbox->post([device](UpnpNetwork *network) { Q_EMIT network->appeared(device); });
+    listener.shown = [this, mailbox = m_mailbox](const Upnp::Description &device) {
+        mailbox->post([this, device] { Q_EMIT appeared(device); });
     };
-    listener.hidden = [mailbox = m_mailbox](const DeviceKey &key) {
-        mailbox->post([key](UpnpNetwork *network) { Q_EMIT network->disappeared(key); });
+    listener.hidden = [this, mailbox = m_mailbox](const DeviceKey &key) {
+        mailbox->post([this, key] { Q_EMIT disappeared(key); });
     };
-    listener.described = [mailbox = m_mailbox](const Upnp::Description &device) {
-        mailbox->post([device](UpnpNetwork *network) { Q_EMIT network->described(device); });
+    listener.described = [this, mailbox = m_mailbox](const Upnp::Description &device) {
+        mailbox->post([this, device] { Q_EMIT described(device); });
     };
-    listener.reported = [mailbox = m_mailbox](const DeviceKey &key, const Upnp::Report &report) {
-        mailbox->post([key, report](UpnpNetwork *network) { network->report(key.udn, report); });
+    listener.reported = [this, mailbox = m_mailbox](const DeviceKey &key, const Upnp::Report &news) {
+        mailbox->post([this, key, news] { report(key.udn, news); });
     };
-    listener.limitsKnown = [mailbox = m_mailbox](const DeviceKey &key, const Upnp::RendererLimits &limits) {
-        mailbox->post([key, limits](UpnpNetwork *network) { network->tellLimits(key.udn, limits); });
-    };
-    listener.searchKnown = [mailbox = m_mailbox](const DeviceKey &key, bool canSearch) {
-        mailbox->post(
-            [key, canSearch](UpnpNetwork *network) { Q_EMIT network->searchKnown(key, canSearch); });
+    listener.limitsKnown
+        = [this, mailbox = m_mailbox](const DeviceKey &key, const Upnp::RendererLimits &limits) {
+              mailbox->post([this, key, limits] { tellLimits(key.udn, limits); });
+          };
+    listener.searchKnown = [this, mailbox = m_mailbox](const DeviceKey &key, bool canSearch) {
+        mailbox->post([this, key, canSearch] { Q_EMIT searchKnown(key, canSearch); });
     };
     m_thread->finishWith([worker = m_worker] { worker->discovery->leave(); },
         [worker = m_worker] { worker->discovery.reset(); });
@@ -134,7 +109,7 @@ void UpnpNetwork::rename(const Upnp::DeviceKey &renderer, const QString &name)
 void UpnpNetwork::call(const Upnp::DeviceKey &device, const Upnp::Call &call, Upnp::AnswerHandler handler)
 {
     const auto deliver = [mailbox = m_mailbox, handler = std::move(handler)](const Upnp::Answer &answer) {
-        mailbox->post([handler, answer](UpnpNetwork *) { handler(answer); });
+        mailbox->post([handler, answer] { handler(answer); });
     };
     m_thread->post(
         [worker = m_worker, device, call, deliver] { worker->discovery->call(device, call, deliver); });

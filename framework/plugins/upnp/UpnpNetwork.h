@@ -10,6 +10,7 @@
 
 #include <memory>
 
+class Mailbox;
 class UpnpThread;
 
 /// The devices of the network, as seen from the GUI thread. The work is done on a thread of its own, which this
@@ -40,7 +41,6 @@ Q_SIGNALS:
 
 private:
     class Link;
-    struct Mailbox;
     struct Worker;
 
     void report(const QString &udn, const Upnp::Report &report);
