@@ -9,6 +9,9 @@ constexpr int tries = 200;
 // Milliseconds. Devices answer each question after a random part of a second: who asks often is answered soon.
 constexpr int answerTime = 150;
 constexpr int interval = 30;
+// GSSDP sends the messages of one announcement 120 ms apart.
+constexpr int silence = 500;
+constexpr int longestAnnouncement = 10'000;
 constexpr quint16 port = 1900;
 
 QHostAddress everybody()
@@ -30,11 +33,36 @@ SsdpAnnouncer::SsdpAnnouncer(const QByteArray &deviceType, QObject *parent)
     : QObject(parent)
 {
     m_socket.bind(QHostAddress(QHostAddress::LocalHost));
-    m_socket.setMulticastInterface(QNetworkInterface::interfaceFromName(QStringLiteral("lo")));
+    const QNetworkInterface loopback = QNetworkInterface::interfaceFromName(QStringLiteral("lo"));
+    m_socket.setMulticastInterface(loopback);
+    m_ear.bind(QHostAddress(QHostAddress::AnyIPv4), port,
+        QAbstractSocket::ShareAddress | QAbstractSocket::ReuseAddressHint);
+    m_ear.joinMulticastGroup(everybody(), loopback);
     m_timer.setInterval(interval);
     connect(&m_timer, &QTimer::timeout, this, &SsdpAnnouncer::announce);
     for (int i = 0; i < tries && !isReady(); ++i)
         search(deviceType);
+    if (isReady())
+        waitUntilAnnounced();
+    m_ear.close();
+}
+
+/// A device that has just started answers searches, then takes back what it may have announced in an earlier life, and
+/// only then announces itself: whoever has found it by its answer would lose it again for a moment.
+void SsdpAnnouncer::waitUntilAnnounced()
+{
+    QElapsedTimer all;
+    all.start();
+    QElapsedTimer quiet;
+    quiet.start();
+    while (quiet.elapsed() < silence && all.elapsed() < longestAnnouncement) {
+        if (!m_ear.hasPendingDatagrams() && !m_ear.waitForReadyRead(silence))
+            continue;
+        QByteArray message(m_ear.pendingDatagramSize(), '\0');
+        m_ear.readDatagram(message.data(), message.size());
+        if (message.startsWith("NOTIFY"))
+            quiet.start();
+    }
 }
 
 bool SsdpAnnouncer::search(const QByteArray &deviceType)

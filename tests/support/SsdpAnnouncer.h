@@ -12,7 +12,8 @@ class SsdpAnnouncer : public QObject
 {
     Q_OBJECT
 public:
-    /// Finds the first device of that type; isReady() tells whether there is one.
+    /// Finds the first device of that type and lets it finish what it announces at its own start; isReady() tells whether
+    /// there is one.
     explicit SsdpAnnouncer(const QByteArray &deviceType, QObject *parent = nullptr);
 
     bool isReady() const { return !m_location.isEmpty(); }
@@ -24,9 +25,11 @@ public:
 
 private:
     bool search(const QByteArray &deviceType);
+    void waitUntilAnnounced();
     void announce();
 
     QUdpSocket m_socket;
+    QUdpSocket m_ear; ///< for what devices announce
     QTimer m_timer;
     QByteArray m_type;
     QByteArray m_usn;
