@@ -4,7 +4,6 @@
 #include "DeviceDescription.h"
 #include "KelvoMessageHandler.h"
 #include "MonotonicTime.h"
-#include "ServerConnections.h"
 
 #include <algorithm>
 
@@ -53,7 +52,6 @@ Discovery::Discovery(const QStringList &interfaces, DeviceListener listener)
     , m_patience(firstPatience)
     , m_ticks(attach(g_timeout_source_new(tickInterval), ticked, this))
 {
-    ServerConnections::leaveSockets(); // before anybody waits for this thread
     openManager();
 }
 

@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "ServerConnections.h"
 
-#include <libsoup/soup.h>
+#include "KelvoMessageHandler.h"
 
-#include <string_view>
+#include <libsoup/soup.h>
 
 namespace {
 constexpr char seenMark[] = "kelvo-seen";
-constexpr guint patience = 1000; // milliseconds
-constexpr std::string_view request = "GET / HTTP/1.0\r\n\r\n";
 
 bool markOnce(GObject *object)
 {
@@ -31,107 +29,35 @@ void releaseSurplus(SoupServer *, SoupServerMessage *message, void *)
         g_object_unref(socket);
 }
 
-/// A main context of its own while it is there: nothing else of this thread is served meanwhile.
-class PrivateContext
+/// The library that is loaded, which need not be the one that this was compiled with.
+bool doesLibraryKeepSockets()
 {
-public:
-    PrivateContext() { g_main_context_push_thread_default(m_context); }
-    ~PrivateContext()
-    {
-        serve();
-        g_main_context_pop_thread_default(m_context);
-        g_main_context_unref(m_context);
-    }
-    Q_DISABLE_COPY_MOVE(PrivateContext)
-
-    void serve() const
-    {
-        while (g_main_context_iteration(m_context, FALSE)) { }
-    }
-    /// Until there is a socket, for a while at most.
-    void serveUntil(GSocket *const &socket) const
-    {
-        bool isLate = false;
-        const GlibHandles::Source end(g_timeout_source_new(patience));
-        const auto late = [](void *flag) -> int {
-            *static_cast<bool *>(flag) = true;
-            return G_SOURCE_REMOVE;
-        };
-        g_source_set_callback(end.get(), late, &isLate, nullptr);
-        g_source_attach(end.get(), m_context);
-        while (!socket && !isLate)
-            g_main_context_iteration(m_context, TRUE);
-        g_source_destroy(end.get());
-    }
-
-private:
-    GMainContext *const m_context = g_main_context_new();
-};
-
-void watchSocket(SoupServer *, SoupServerMessage *message, GSocket **socket)
-{
-    *socket = soup_server_message_get_socket(message);
-    g_object_add_weak_pointer(G_OBJECT(*socket), reinterpret_cast<void **>(socket));
-}
-
-guint16 portOf(SoupServer *server)
-{
-    GSList *addresses = soup_server_get_uris(server);
-    const int port = addresses ? g_uri_get_port(static_cast<GUri *>(addresses->data)) : 0;
-    g_slist_free_full(addresses, GDestroyNotify(g_uri_unref));
-    return guint16(port);
-}
-
-GlibHandles::Object<GSocketConnection> ask(SoupServer *server)
-{
-    const GlibHandles::Object<GSocketAddress> address(
-        g_inet_socket_address_new_from_string("127.0.0.1", portOf(server)));
-    const GlibHandles::Object<GSocketClient> client(g_socket_client_new());
-    g_socket_client_set_enable_proxy(client.get(), FALSE); // nobody is to be asked for one
-    g_socket_client_set_timeout(client.get(), 1);
-    GlibHandles::Object<GSocketConnection> connection(
-        g_socket_client_connect(client.get(), G_SOCKET_CONNECTABLE(address.get()), nullptr, nullptr));
-    if (connection)
-        g_output_stream_write_all(g_io_stream_get_output_stream(G_IO_STREAM(connection.get())),
-            request.data(), request.size(), nullptr, nullptr, nullptr);
-    return connection;
-}
-
-bool tryOut()
-{
-    const PrivateContext context;
-    GSocket *socket = nullptr;
-    {
-        const GlibHandles::Object<SoupServer> server(soup_server_new(nullptr, nullptr));
-        g_signal_connect(server.get(), "request-started", G_CALLBACK(watchSocket), &socket);
-        if (soup_server_listen_local(server.get(), 0, SOUP_SERVER_LISTEN_IPV4_ONLY, nullptr)) {
-            const GlibHandles::Object<GSocketConnection> connection = ask(server.get());
-            if (connection)
-                context.serveUntil(socket);
-        }
-        soup_server_disconnect(server.get());
-        context.serve();
-    }
-    if (!socket)
-        return false;
-    // Everything that it was for has ended.
-    g_object_remove_weak_pointer(G_OBJECT(socket), reinterpret_cast<void **>(&socket));
-    g_object_unref(socket);
-    return true;
+    const unsigned major = soup_get_major_version();
+    const unsigned minor = soup_get_minor_version();
+    const unsigned micro = soup_get_micro_version();
+    const bool keeps = ServerConnections::keepsSockets(major, minor, micro);
+    qCDebug(lcKelvo).nospace() << "libsoup " << major << '.' << minor << '.' << micro
+                               << (keeps ? " keeps a reference to each socket that a server accepts (as 3.2.0 to 3.2.3 "
+                                           "do): it is released here"
+                                         : " is not known to keep the sockets that a server accepts (as 3.2.0 to 3.2.3 "
+                                           "do): nothing is released here");
+    return keeps;
 }
 } // namespace
 
-bool ServerConnections::leaveSockets()
+bool ServerConnections::keepsSockets(unsigned major, unsigned minor, unsigned micro)
 {
-    static const bool result = tryOut();
-    return result;
+    // The fault: of a connection that has ended, and even of a server that has, the accepted GSocket still has one reference
+    // that nobody gives up. 3.2.3 is the last version that it was seen in.
+    return major == 3 && minor == 2 && micro <= 3;
 }
 
 void ServerConnections::endWithTheirAnswer(SoupServer *server)
 {
     if (!markOnce(G_OBJECT(server)))
         return;
+    static const bool isToRelease = doesLibraryKeepSockets();
     g_signal_connect(server, "request-started", G_CALLBACK(closeAfterwards), nullptr);
-    if (leaveSockets())
+    if (isToRelease)
         g_signal_connect(server, "request-started", G_CALLBACK(releaseSurplus), nullptr);
 }

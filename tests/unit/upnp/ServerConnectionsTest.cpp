@@ -94,7 +94,6 @@ private Q_SLOTS:
         }
     }
 
-    // From a socket that is still there then it is concluded that it would stay for ever.
     void endAtOnceWhenTheServerDoes()
     {
         ServerConnections::endWithTheirAnswer(m_server.get());
@@ -102,13 +101,39 @@ private Q_SLOTS:
         QCOMPARE(living, 0);
     }
 
-    void leaveSocketsWithSomeVersions()
+    // What is said of versions is true of the one that is here.
+    void keepTheirSocketsWithSomeVersions()
     {
         endServerWithRequestUnderWay();
-        QCOMPARE(ServerConnections::leaveSockets(), living == 1);
+        const bool isKept = ServerConnections::keepsSockets(
+            soup_get_major_version(), soup_get_minor_version(), soup_get_micro_version());
+        QCOMPARE(isKept, living == 1);
         if (living == 1)
             g_object_unref(m_last);
         QCOMPARE(living, 0);
+    }
+
+    // To release what is not kept would end connections that are in use.
+    void areLeftAloneWithVersionsThatAreNotKnown_data()
+    {
+        QTest::addColumn<unsigned>("major");
+        QTest::addColumn<unsigned>("minor");
+        QTest::addColumn<unsigned>("micro");
+        QTest::addColumn<bool>("isKept");
+        QTest::newRow("2.74.3") << 2u << 74u << 3u << false;
+        QTest::newRow("3.0.8") << 3u << 0u << 8u << false;
+        QTest::newRow("3.2.0") << 3u << 2u << 0u << true;
+        QTest::newRow("3.2.3") << 3u << 2u << 3u << true;
+        QTest::newRow("3.2.4") << 3u << 2u << 4u << false;
+        QTest::newRow("3.4.0") << 3u << 4u << 0u << false;
+        QTest::newRow("4.2.3") << 4u << 2u << 3u << false;
+    }
+    void areLeftAloneWithVersionsThatAreNotKnown()
+    {
+        QFETCH(unsigned, major);
+        QFETCH(unsigned, minor);
+        QFETCH(unsigned, micro);
+        QTEST(ServerConnections::keepsSockets(major, minor, micro), "isKept");
     }
 
 private:
