@@ -52,7 +52,7 @@ private Q_SLOTS:
     void badDescription();
     void namelessDeviceHasItsModelsName();
     void namelessDeviceWithoutModelHasItsUdn();
-    void goesWithItsFarewell();
+    void goesWithItsByebye();
     void badAnswer_data();
     void badAnswer();
     void hangingActionEndsInTime();
@@ -173,7 +173,7 @@ void UpnpFaultTest::namelessDeviceWithoutModelHasItsUdn()
     QCOMPARE(m_names.value("uuid:good"), QStringLiteral("uuid:good"));
 }
 
-void UpnpFaultTest::goesWithItsFarewell()
+void UpnpFaultTest::goesWithItsByebye()
 {
     QVERIFY(appears("uuid:good"));
     announce("/good", "uuid:good", "byebye");

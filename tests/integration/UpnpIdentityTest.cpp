@@ -12,7 +12,7 @@ class UpnpIdentityTest : public UpnpCase
 private Q_SLOTS:
     void slowDescriptionHoldsNobodyUp();
     void twoOfOneUdnAreOneRenderer();
-    void farewellOfTheSecondDoesNotHideTheFirst();
+    void byebyeOfTheSecondDoesNotHideTheFirst();
     void firstGoesWhenItIsGone();
     void secondComesWhenTheFirstIsGone();
     void movedDeviceStays();
@@ -69,7 +69,7 @@ void UpnpIdentityTest::twoOfOneUdnAreOneRenderer()
     QCOMPARE(second.actions("GetTransportInfo"), 0);
 }
 
-void UpnpIdentityTest::farewellOfTheSecondDoesNotHideTheFirst()
+void UpnpIdentityTest::byebyeOfTheSecondDoesNotHideTheFirst()
 {
     LogRecorder log;
     FakeUpnpDevice first("uuid:same", "First");

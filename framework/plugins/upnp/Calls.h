@@ -20,6 +20,7 @@ public:
 
     /// Keeps the proxy alive for as long as it takes.
     void run(GUPnPServiceProxy *proxy, const Upnp::Call &call, Upnp::AnswerHandler handler);
+    bool isEmpty() const { return m_running.empty(); }
 
 private:
     struct Running;

@@ -2,6 +2,7 @@
 #include "Device.h"
 
 #include "DeviceDescription.h"
+#include "KelvoMessageHandler.h"
 #include "MonotonicTime.h"
 
 using Upnp::Answer;
@@ -9,13 +10,19 @@ using Upnp::Call;
 using Upnp::Kind;
 using Upnp::Service;
 
+namespace {
+constexpr int askTimeout = 1500; // milliseconds
+} // namespace
+
 Device::Device(const Upnp::DeviceKey &key, GUPnPDeviceProxy *proxy, const DeviceListener &listener)
     : m_key(key)
     , m_listener(listener)
+    , m_announcements(proxy)
+    , m_description(key.kind, [this](const Upnp::Description &news) { m_listener.described(news); })
     , m_health(monotonicTime())
     , m_calls(std::make_unique<Calls>())
 {
-    adopt(GlibHandles::share(proxy));
+    getToKnow();
     showOrHide(monotonicTime());
 }
 
@@ -24,6 +31,86 @@ Device::~Device()
     m_calls.reset();
     if (m_isShown)
         m_listener.hidden(m_key);
+}
+
+void Device::add(GUPnPDeviceProxy *proxy)
+{
+    follow(m_announcements.add(proxy, m_isShown));
+}
+
+bool Device::withdraw(GUPnPDeviceProxy *proxy, Announcements::Reason reason)
+{
+    const Announcements::Change change = m_announcements.withdraw(proxy, reason);
+    follow(change);
+    return change == Announcements::Change::Withdrawn;
+}
+
+void Device::settle()
+{
+    follow(m_announcements.settle(monotonicTime()));
+}
+
+void Device::follow(Announcements::Change change)
+{
+    using Change = Announcements::Change;
+    switch (change) {
+    case Change::Moved:
+        getToKnow();
+        // GUPnP may have kept what it read when the device was there before.
+        m_description.doubt();
+        break;
+    case Change::Renewed:
+        m_description.doubt();
+        break;
+    case Change::Doubted:
+        askWhetherThere();
+        break;
+    case Change::Contested:
+        qCWarning(lcKelvo).noquote() << "Two devices call themselves" << m_key.udn << "- only the first,"
+                                     << m_description.value().name + ", is shown";
+        break;
+    case Change::Expired:
+        m_health.doubt(monotonicTime());
+        break;
+    case Change::Withdrawn:
+    case Change::None:
+        break;
+    }
+}
+
+void Device::getToKnow()
+{
+    const qint64 time = monotonicTime();
+    m_services.reset();
+    m_search.reset();
+    m_description.reset(info(), time);
+    m_health = DeviceHealth(time);
+    if (m_isShown)
+        connectServices();
+}
+
+void Device::askWhetherThere()
+{
+    if (m_key.kind == Kind::Source && !hasService(Service::ContentDirectory)) {
+        follow(m_announcements.answered(false));
+        return;
+    }
+    Call call = pollCall();
+    call.timeout = askTimeout;
+    this->call(
+        call, [this](const Answer &answer) { follow(m_announcements.answered(answer.isFromDevice())); });
+}
+
+void Device::hear(GSSDPClient *client, const SsdpMessage &message)
+{
+    if (message.location.isEmpty()) {
+        m_announcements.hearByebye();
+    } else if (m_announcements.isAt(message.location)) {
+        m_announcements.hearAlive();
+        m_description.hear(message);
+    } else {
+        m_announcements.hearAliveElsewhere(client, monotonicTime());
+    }
 }
 
 void Device::call(const Call &call, Upnp::AnswerHandler handler)
@@ -36,7 +123,6 @@ void Device::call(const Call &call, Upnp::AnswerHandler handler)
         handler(answer);
         return;
     }
-    ++m_underWay;
     Call sent = call;
     QString uri;
     for (auto &[name, text] : sent.in) {
@@ -44,7 +130,6 @@ void Device::call(const Call &call, Upnp::AnswerHandler handler)
             uri = text = m_files.offer(gupnp_device_info_get_context(info()), text);
     }
     m_calls->run(service.get(), sent, [this, uri, handler = std::move(handler)](Answer answer) {
-        --m_underWay;
         heard(answer);
         if (!uri.isEmpty())
             answer.values.insert("CurrentURI", uri);
@@ -62,18 +147,27 @@ void Device::heard(const Answer &answer)
     const bool wasSilent = m_health.state() == DeviceHealth::NotResponding;
     m_health.answered(time);
     if (wasSilent && m_services)
-        m_services->subscribeAgain();
+        m_services->renewSubscriptions();
     showOrHide(time);
 }
 
 void Device::tick(qint64 time)
 {
-    forgetSilent(time);
-    readAgain(time);
-    tellDescription(time);
-    if (m_underWay == 0 && m_health.isPollDue(time))
+    readDescription(time);
+    m_description.tell(time);
+    if (m_calls->isEmpty() && m_health.isPollDue(time))
         poll();
     showOrHide(time);
+}
+
+void Device::readDescription(qint64 time)
+{
+    if (!m_description.isReadDue(time))
+        return;
+    // A device forgets its subscriptions when it restarts.
+    if (m_description.takeRestart() && m_services)
+        m_services->renewSubscriptions();
+    m_description.read(info(), time);
 }
 
 Call Device::pollCall() const
@@ -99,10 +193,10 @@ void Device::polled(const Answer &answer)
     if (!answer.isFromDevice()) {
         const qint64 time = monotonicTime();
         m_health.failed(time);
-        // Nobody will take its announcement back a second time.
-        const bool isOver
-            = m_isContested ? m_health.state() == DeviceHealth::NotResponding : m_health.isForgotten(time);
-        m_isGone = m_isGone || (!m_isAnnounced && isOver);
+        // No second byebye will come.
+        if (m_announcements.isContested() ? m_health.state() == DeviceHealth::NotResponding
+                                          : m_health.isForgotten(time))
+            m_announcements.giveUp();
         return;
     }
     // Each time: who drives it may have learnt of another state meanwhile, by asking for itself.
@@ -126,8 +220,9 @@ void Device::showOrHide(qint64 time)
     if (isShown == m_isShown)
         return;
     m_isShown = isShown;
+    m_description.follow(isShown);
     if (isShown) {
-        m_listener.shown(m_description);
+        m_listener.shown(m_description.value());
         connectServices();
     } else {
         m_services.reset();

@@ -3,15 +3,13 @@
 
 #include "Device.h"
 #include "GlibHandles.h"
+#include "Searches.h"
 #include "UpnpTypes.h"
-
-#include <QStringList>
 
 #include <memory>
 #include <unordered_map>
-#include <vector>
 
-/// Finds the media renderers and servers of the network and keeps watch over them. UPnP thread.
+/// The media renderers and servers that were found on the network, each for as long as it is there. UPnP thread.
 class Discovery
 {
 public:
@@ -20,62 +18,33 @@ public:
     ~Discovery();
     Q_DISABLE_COPY_MOVE(Discovery)
 
-    /// Takes leave of all devices, so that they send no more events. Nothing is found any more.
+    /// Unsubscribes from all devices, so that they send no more events. Nothing is found any more.
     void leave();
     /// The handler is called on this thread.
     void call(const Upnp::DeviceKey &key, const Upnp::Call &call, Upnp::AnswerHandler handler);
 
 private:
-    struct Search // one per interface and kind
-    {
-        GlibHandles::Object<GUPnPControlPoint> controlPoint;
-        Upnp::Kind kind;
-        qint64 repeatAt; // milliseconds
-    };
-    enum class Repeat { WhenDue, Now };
     struct KeyHash
     {
         size_t operator()(const Upnp::DeviceKey &key) const { return qHash(key); }
     };
-    using Devices = std::unordered_map<Upnp::DeviceKey, std::unique_ptr<Device>, KeyHash>;
+    template <typename T> using ByKey = std::unordered_map<Upnp::DeviceKey, T, KeyHash>;
 
-    static void interfaceCame(GUPnPContextManager *manager, GUPnPContext *context, void *self);
-    static void interfaceWent(GUPnPContextManager *manager, GUPnPContext *context, void *self);
-    static void announced(GUPnPControlPoint *controlPoint, GUPnPDeviceProxy *proxy, void *self);
-    static void withdrawn(GUPnPControlPoint *controlPoint, GUPnPDeviceProxy *proxy, void *self);
-    static void heard(GSSDPClient *context, const char *from, unsigned port, int type,
-        SoupMessageHeaders *headers, void *self);
     static int ticked(void *self);
-    static int swept(void *self);
+    static int settled(void *self);
 
-    void startSearch(GUPnPContext *context, Upnp::Kind kind);
-    void repeatSearches(Repeat when);
     void add(Upnp::Kind kind, GUPnPDeviceProxy *proxy);
-    void remove(GUPnPDeviceProxy *proxy, Device::Farewell farewell);
-    void hear(GSSDPClient *context, const Announcement &announcement);
-    void forgetGone();
-    void sweep();
+    void withdraw(GUPnPDeviceProxy *proxy, Announcements::Reason reason);
+    void hear(GSSDPClient *client, const SsdpMessage &message);
     void tick();
-    void sweepSoon();
-    void openManager();
-    void stopSearches();
-    void retire(Search search);
+    void settleSoon();
+    void settle();
+    void forgetGone();
 
-    const QStringList m_interfaces;
     const DeviceListener m_listener;
-    GlibHandles::Object<GUPnPContextManager> m_manager;
-    struct Retired
-    {
-        GlibHandles::Object<GUPnPControlPoint> controlPoint;
-        qint64 since;
-    };
-
-    std::vector<Search> m_searches;
-    std::vector<Retired> m_retired; // oldest first
-    Devices m_devices;
-    std::unordered_map<Upnp::DeviceKey, qint64, KeyHash> m_gone; // since when
-    qint64 m_opened = 0; // milliseconds
-    qint64 m_patience = 0; // until opening again
+    Searches m_searches;
+    ByKey<std::unique_ptr<Device>> m_devices;
+    ByKey<qint64> m_gone; // since when, in milliseconds
     GlibHandles::Source m_ticks;
-    GlibHandles::Source m_sweep; // pending, or null
+    GlibHandles::Source m_settling; // pending, or null
 };

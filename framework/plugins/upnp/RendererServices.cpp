@@ -37,9 +37,9 @@ RendererServices::RendererServices(
 {
     for (GUPnPServiceProxy *service : {transport, rendering}) {
         if (service && DeviceDescription::sendsEvents(service))
-            listen(service);
+            subscribe(service);
         if (service && DeviceDescription::isDescribed(service))
-            study(service);
+            introspect(service);
     }
 }
 
@@ -48,14 +48,14 @@ RendererServices::~RendererServices()
     g_cancellable_cancel(m_cancellable.get());
     for (GUPnPServiceProxy *service : {m_transport.get(), m_rendering.get()}) {
         if (service && DeviceDescription::sendsEvents(service))
-            silence(service);
+            unsubscribe(service);
     }
 }
 
-void RendererServices::listen(GUPnPServiceProxy *service)
+void RendererServices::subscribe(GUPnPServiceProxy *service)
 {
-    gupnp_service_proxy_add_notify(service, eventVariable, G_TYPE_STRING, changed, this);
-    g_signal_connect(service, "subscription-lost", G_CALLBACK(lost), this);
+    gupnp_service_proxy_add_notify(service, eventVariable, G_TYPE_STRING, notified, this);
+    g_signal_connect(service, "subscription-lost", G_CALLBACK(subscriptionLost), this);
     GUPnPContext *context = gupnp_service_info_get_context(GUPNP_SERVICE_INFO(service));
     // Events come to it, mostly over a new connection each.
     SoupServer *server = gupnp_context_get_server(context);
@@ -64,14 +64,14 @@ void RendererServices::listen(GUPnPServiceProxy *service)
     gupnp_service_proxy_set_subscribed(service, TRUE);
 }
 
-void RendererServices::silence(GUPnPServiceProxy *service)
+void RendererServices::unsubscribe(GUPnPServiceProxy *service)
 {
-    gupnp_service_proxy_remove_notify(service, eventVariable, changed, this);
+    gupnp_service_proxy_remove_notify(service, eventVariable, notified, this);
     g_signal_handlers_disconnect_by_data(service, this);
     gupnp_service_proxy_set_subscribed(service, FALSE);
 }
 
-void RendererServices::subscribeAgain()
+void RendererServices::renewSubscriptions()
 {
     m_isTransportHeard = false;
     m_isRenderingHeard = false;
@@ -92,7 +92,7 @@ Upnp::Report RendererServices::unheard() const
     return report;
 }
 
-void RendererServices::changed(GUPnPServiceProxy *service, const char *, GValue *value, void *data)
+void RendererServices::notified(GUPnPServiceProxy *service, const char *, GValue *value, void *data)
 {
     auto *self = static_cast<RendererServices *>(data);
     (service == self->m_rendering.get() ? self->m_isRenderingHeard : self->m_isTransportHeard) = true;
@@ -100,13 +100,13 @@ void RendererServices::changed(GUPnPServiceProxy *service, const char *, GValue 
     self->m_listener.reported(LastChange::parse(QByteArray(xml ? xml : "")));
 }
 
-void RendererServices::lost(GUPnPServiceProxy *, const GError *reason, void *)
+void RendererServices::subscriptionLost(GUPnPServiceProxy *, const GError *reason, void *)
 {
     // What happens meanwhile is learnt by asking; the next sign of life renews the subscription.
     qCDebug(lcKelvo) << "A renderer's events are lost:" << (reason ? reason->message : "");
 }
 
-void RendererServices::study(GUPnPServiceProxy *service)
+void RendererServices::introspect(GUPnPServiceProxy *service)
 {
     const auto finished = [](GObject *object, GAsyncResult *result, void *data) {
         const std::unique_ptr<WeakServices> weak(static_cast<WeakServices *>(data));
@@ -118,10 +118,10 @@ void RendererServices::study(GUPnPServiceProxy *service)
             return;
         if (introspection)
             (*self)->learn(introspection.get());
-        if (--(*self)->m_studies == 0)
+        if (--(*self)->m_introspections == 0)
             (*self)->m_listener.limitsKnown((*self)->m_limits);
     };
-    ++m_studies;
+    ++m_introspections;
     gupnp_service_info_introspect_async(
         GUPNP_SERVICE_INFO(service), m_cancellable.get(), finished, new WeakServices(m_self));
 }

@@ -7,7 +7,7 @@
 #include <functional>
 #include <memory>
 
-/// Hears what a renderer's services report, and learns what they can do. UPnP thread.
+/// Subscribes to the events of a renderer's services, and reads from their descriptions (SCPD) what they can do. UPnP thread.
 class RendererServices
 {
 public:
@@ -23,16 +23,16 @@ public:
     Q_DISABLE_COPY_MOVE(RendererServices)
 
     /// After the device was away: what it knew of subscribers may be lost.
-    void subscribeAgain();
+    void renewSubscriptions();
     /// What is to be asked for because no event has told of it since the subscription: some accept it and send none.
     Upnp::Report unheard() const;
 
 private:
-    static void changed(GUPnPServiceProxy *service, const char *variable, GValue *value, void *self);
-    static void lost(GUPnPServiceProxy *service, const GError *reason, void *self);
-    void listen(GUPnPServiceProxy *service);
-    void silence(GUPnPServiceProxy *service);
-    void study(GUPnPServiceProxy *service);
+    static void notified(GUPnPServiceProxy *service, const char *variable, GValue *value, void *self);
+    static void subscriptionLost(GUPnPServiceProxy *service, const GError *reason, void *self);
+    void subscribe(GUPnPServiceProxy *service);
+    void unsubscribe(GUPnPServiceProxy *service);
+    void introspect(GUPnPServiceProxy *service);
     void learn(GUPnPServiceIntrospection *introspection);
 
     const GlibHandles::Object<GUPnPServiceProxy> m_transport;
@@ -43,5 +43,5 @@ private:
     Upnp::RendererLimits m_limits;
     bool m_isTransportHeard = false;
     bool m_isRenderingHeard = false;
-    int m_studies = 0; // under way
+    int m_introspections = 0; // under way
 };

@@ -7,7 +7,7 @@
 #include <glib.h>
 
 namespace {
-constexpr guint FarewellTime = 100; // milliseconds
+constexpr guint LeaveTime = 100; // milliseconds
 
 int runCall(void *call)
 {
@@ -69,9 +69,9 @@ UpnpThread::UpnpThread()
 UpnpThread::~UpnpThread()
 {
     deleteWhenEnded(std::move(m_thread));
-    post([loop = m_loop, farewell = m_farewell, last = m_last] {
-        farewell();
-        loop->postLater(FarewellTime, [loop, last] {
+    post([loop = m_loop, leave = m_leave, last = m_last] {
+        leave();
+        loop->postLater(LeaveTime, [loop, last] {
             last();
             g_main_loop_quit(loop->loop);
         });

@@ -21,9 +21,9 @@ public:
     /// Any thread. Runs the call on this thread, after those asked for before; dropped once the thread ends.
     void post(Call call) const;
     /// What the thread does when it ends: first the one, then, once what that sent is on its way, the other.
-    void finishWith(Call farewell, Call last)
+    void finishWith(Call leave, Call last)
     {
-        m_farewell = std::move(farewell);
+        m_leave = std::move(leave);
         m_last = std::move(last);
     }
 
@@ -31,6 +31,6 @@ private:
     struct Loop;
     std::shared_ptr<Loop> m_loop;
     std::unique_ptr<QThread> m_thread;
-    Call m_farewell;
+    Call m_leave;
     Call m_last;
 };
