@@ -129,6 +129,11 @@ MprisSnapshot MprisSnapshot::of(const QVariantMap &properties)
     return now;
 }
 
+bool MprisSnapshot::hasAdvancedSince(const MprisSnapshot &before) const
+{
+    return position && before.position && track.isSameAs(before.track) && *position > *before.position;
+}
+
 std::optional<double> MprisValues::number(const QVariant &wrapped)
 {
     const QVariant value = unwrapped(wrapped);

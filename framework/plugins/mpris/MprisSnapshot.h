@@ -25,6 +25,8 @@ struct MprisTrack
     bool isSameAs(const MprisTrack &other) const;
 
     static MprisTrack of(const QVariantMap &metadata);
+    /// Of which nothing but the address is known.
+    static MprisTrack at(const QUrl &url) { return {{}, url, {}, {}, {}, {}, {}, -1}; }
     /// Players write the same address in different ways.
     static bool isSameAddress(const QUrl &one, const QUrl &other);
 };
@@ -46,6 +48,8 @@ struct MprisSnapshot
     bool canControl = true;
 
     static MprisSnapshot of(const QVariantMap &properties);
+    /// Whether the position has moved on, which says more than what a player says about itself.
+    bool hasAdvancedSince(const MprisSnapshot &before) const;
 };
 
 /// Conversions between what crosses the bus and what the boundary has.

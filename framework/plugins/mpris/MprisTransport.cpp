@@ -1,15 +1,45 @@
 // SPDX-License-Identifier: MIT
 #include "MprisTransport.h"
 
+#include "RemoteUrl.h"
+
+#include <QDBusObjectPath>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace {
+// All in milliseconds. How often to look at what may be changing.
+constexpr int SlowLook = 200;
+constexpr int LossLook = 50;
+constexpr int Looks = 4;
+/// Several signals in a row lead to one question.
+constexpr int SignalTime = 5;
+/// While a seek is under way a player may still tell where it was.
+constexpr int SeekTime = 200;
+/// A player may say for so long that it still plays what was stopped.
+constexpr qint64 StoppingTime = 1000;
+} // namespace
+
 MprisTransport::MprisTransport(
     MprisAddress address, const QVariantMap &properties, bool hasTrackList, QObject *parent)
     : RemoteTransport(parent)
-    , m_address(std::move(address))
-    , m_hasTrackList(hasTrackList)
+    , m_calls(std::move(address))
+    , m_questions(&m_calls)
+    , m_settings(&m_calls)
     , m_last(MprisSnapshot::of(properties))
+    , m_hasTrackList(hasTrackList)
 {
-    m_nextQuestion.setSingleShot(true);
-    connect(&m_nextQuestion, &QTimer::timeout, this, &MprisTransport::refresh);
+    connect(&m_calls, &MprisCalls::troubled, this, &MprisTransport::troubled);
+    connect(&m_questions, &MprisQuestions::answered, this, &MprisTransport::take);
+    connect(&m_questions, &MprisQuestions::unanswered, this, &MprisTransport::takeSilence);
+    connect(&m_settings, &MprisSettings::changed, &m_questions, &MprisQuestions::ask);
+    connect(&m_settings, &MprisSettings::volumeReported, this, &MprisTransport::volumeReported);
+    connect(&m_settings, &MprisSettings::rateReported, this, [this](double rate) {
+        m_position.setRate(rate);
+        Q_EMIT rateReported(rate);
+    });
     // Whoever made this wants to listen first.
     QMetaObject::invokeMethod(
         this, [this] { take(MprisSnapshot(m_last)); }, Qt::QueuedConnection);
@@ -23,31 +53,359 @@ RemoteTransport::Abilities MprisTransport::abilities() const
     return {seek, pause, volume, m_last.slowestRate, m_last.fastestRate};
 }
 
+void MprisTransport::load(const Item &item)
+{
+    m_questions.outdate();
+    m_phase = Phase::Opening;
+    m_epoch = item.epoch;
+    m_opening.begin(item, m_last.track.url);
+    m_position.reset();
+    m_facts.clear();
+    m_untitled.clear();
+    const quint64 epoch = item.epoch;
+    m_calls.command(
+        QStringLiteral("OpenUri"), {item.info.url().toString(QUrl::FullyEncoded)},
+        [this, epoch] {
+            if (epoch != m_epoch || m_phase != Phase::Opening)
+                return;
+            m_opening.accept();
+            if (m_last.rate && *m_last.rate != m_opening.item().rate)
+                setRate(m_opening.item().rate);
+            m_questions.ask();
+        },
+        [this, epoch](KelvoError::Code code, const QString &message) {
+            if (epoch == m_epoch && m_phase == Phase::Opening)
+                fail(code, message);
+        });
+}
+
+void MprisTransport::unload()
+{
+    m_questions.outdate();
+    if (m_phase == Phase::Opening)
+        m_track = MprisTrack::at(m_opening.item().info.url());
+    m_phase = Phase::Idle;
+    m_epoch = 0;
+    m_state = KelvoRenderer::Stopped;
+    m_trustsPosition = false;
+    m_sinceUnload.start();
+    m_calls.command(QStringLiteral("Stop"));
+}
+
+void MprisTransport::pause()
+{
+    m_calls.command(QStringLiteral("Pause"), {}, [this] { m_questions.ask(); });
+}
+
+void MprisTransport::resume()
+{
+    m_calls.command(QStringLiteral("Play"), {}, [this] { m_questions.ask(); });
+}
+
+void MprisTransport::seek(double seconds)
+{
+    const auto settle = [this] {
+        m_questions.askIn(SeekTime);
+    };
+    if (m_track.id.isEmpty()) {
+        // Without a name for the track there is only the way from here to there.
+        const double way = seconds - m_position.now();
+        const qlonglong distance = MprisValues::microseconds(std::abs(way)) * (way < 0 ? -1 : 1);
+        m_calls.command(QStringLiteral("Seek"), {distance}, settle);
+    } else {
+        m_calls.command(QStringLiteral("SetPosition"),
+            {QVariant::fromValue(QDBusObjectPath(m_track.id)), MprisValues::microseconds(seconds)}, settle);
+    }
+    m_position.seekTo(seconds);
+}
+
 void MprisTransport::rename(const QString &name)
 {
-    if (std::exchange(m_address.label, name) != name)
-        Q_EMIT nameReported(name);
+    if (m_calls.label() == name)
+        return;
+    m_calls.setLabel(name);
+    Q_EMIT nameReported(name);
 }
 
 void MprisTransport::noteChange()
 {
     m_looks = 0;
-    // Several signals in a row lead to one question.
-    refreshIn(5);
+    m_questions.askIn(SignalTime);
 }
 
 void MprisTransport::noteSeek(const QVariant &microseconds)
 {
-    const auto seconds = MprisValues::seconds(microseconds);
-    if (!seconds || m_phase != Phase::Following)
+    const auto place = MprisValues::seconds(microseconds);
+    if (!place || m_phase != Phase::Following)
         return;
-    if (m_epoch != 0 && isLoss(*seconds)) {
-        notePositionLost(std::max(0.0, *seconds), true);
+    const double seconds = std::max(0.0, *place);
+    if (m_epoch != 0 && m_position.isLoss(*place)) {
+        notePositionLost(seconds, true);
         return;
     }
-    m_sinceSeek.invalidate();
-    m_sinceLoss.invalidate();
-    m_toldPosition = std::max(0.0, *seconds);
-    m_position.moveTo(m_toldPosition);
-    Q_EMIT positionReported(m_epoch, m_toldPosition);
+    m_position.takeSeek(seconds);
+    Q_EMIT positionReported(m_epoch, seconds);
+}
+
+void MprisTransport::take(const MprisSnapshot &now)
+{
+    // First: whoever hears of what follows may give the player the next item.
+    const bool hasAdvanced = now.hasAdvancedSince(std::exchange(m_last, now));
+    m_opening.note(now);
+    m_settings.take(now);
+    switch (m_phase) {
+    case Phase::Opening:
+        takeOpening(now, hasAdvanced);
+        break;
+    case Phase::Following:
+        takeFollowing(now);
+        break;
+    case Phase::Idle:
+        takeIdle(now, hasAdvanced);
+        break;
+    }
+}
+
+void MprisTransport::takeOpening(const MprisSnapshot &now, bool hasAdvanced)
+{
+    using Step = MprisOpening::Step;
+    if (m_opening.isAccepted())
+        m_questions.askIn(m_opening.nextLook());
+    const Step step = m_opening.take(now, hasAdvanced);
+    m_trustsPosition = step == Step::PlaysUnnoticed;
+    switch (step) {
+    case Step::Plays:
+        // It plays for as long as it says so, even where it does not say how far it has come.
+        begin(now, KelvoRenderer::Playing, m_opening.playedFor());
+        break;
+    case Step::PlaysUnnoticed:
+        begin(now, KelvoRenderer::Playing, 0);
+        break;
+    case Step::Pauses:
+        begin(now, KelvoRenderer::Paused, 0);
+        break;
+    case Step::HasPlayed:
+        begin(now, KelvoRenderer::Playing, 0);
+        m_position.moveToEnd();
+        takeEnd(now);
+        break;
+    case Step::Nudge:
+        nudge();
+        break;
+    case Step::GivenUp:
+        fail(KelvoError::ReadFailed,
+            QStringLiteral("%1: %2 was given up without a reason")
+                .arg(m_calls.label(), m_opening.item().info.url().toDisplayString()));
+        break;
+    case Step::Wait:
+    case Step::TimedOut:
+        break;
+    }
+}
+
+void MprisTransport::takeSilence()
+{
+    if (m_phase != Phase::Opening)
+        return;
+    if (m_opening.takeSilence() == MprisOpening::Step::TimedOut)
+        fail(KelvoError::Timeout,
+            QStringLiteral("%1 did not begin to play %2")
+                .arg(m_calls.label(), m_opening.item().info.url().toDisplayString()));
+    else
+        m_questions.askIn(m_opening.nextLook());
+}
+
+void MprisTransport::nudge()
+{
+    m_calls.command(
+        m_opening.item().paused ? QStringLiteral("Pause") : QStringLiteral("Play"), {},
+        [this, epoch = m_epoch] {
+            if (epoch == m_epoch)
+                m_opening.nudgeAccepted();
+            m_questions.ask();
+        },
+        [this, epoch = m_epoch](KelvoError::Code, const QString &message) {
+            if (epoch == m_epoch && m_phase == Phase::Opening && m_opening.nudgeRefused())
+                fail(KelvoError::ReadFailed,
+                    QStringLiteral("%1 (%2)").arg(m_opening.item().info.url().toDisplayString(), message));
+        });
+}
+
+void MprisTransport::fail(KelvoError::Code code, const QString &message)
+{
+    m_phase = Phase::Idle;
+    m_sinceUnload.start();
+    m_track = MprisTrack::at(m_opening.item().info.url());
+    Q_EMIT failed(std::exchange(m_epoch, 0), code, message);
+}
+
+void MprisTransport::begin(const MprisSnapshot &now, KelvoRenderer::State state, double position)
+{
+    m_phase = Phase::Following;
+    m_track = now.track;
+    m_position.begin(position);
+    m_state = KelvoRenderer::Transitioning;
+    enter(state);
+    tellTrack(now);
+}
+
+void MprisTransport::enter(KelvoRenderer::State state)
+{
+    m_position.setState(state);
+    if (std::exchange(m_state, state) != state)
+        Q_EMIT stateReported(m_epoch, state);
+}
+
+void MprisTransport::takeFollowing(const MprisSnapshot &now)
+{
+    auto state = now.state;
+    if (state != KelvoRenderer::Stopped)
+        m_trustsPosition = false;
+    else if (m_trustsPosition && now.track.isPresent())
+        state = KelvoRenderer::Playing;
+    const bool isOther = now.track.isPresent() && m_track.isPresent() && !now.track.isSameAs(m_track);
+    const bool isBackAtRest
+        = now.state == KelvoRenderer::Paused && m_position.isBackAfterEnd(now.position.value_or(0));
+    if (state == KelvoRenderer::Stopped || (m_epoch != 0 && isBackAtRest)) {
+        takeEnd(now);
+    } else if (isOther && m_epoch != 0 && m_position.isHandOver()) {
+        m_position.moveToEnd();
+        takeEnd(now); // The player goes on with a list of its own.
+    } else if (isOther) {
+        takeReplacement(now);
+    } else if (m_epoch != 0 && now.position && m_position.isLoss(*now.position)) {
+        takeLoss(now);
+    } else {
+        m_position.endLoss();
+        enter(state);
+        tellTrack(now);
+    }
+}
+
+void MprisTransport::notePositionLost(double seconds, bool isSeek)
+{
+    m_position.noteLoss(seconds, isSeek);
+    m_questions.askIn(LossLook);
+}
+
+void MprisTransport::takeLoss(const MprisSnapshot &now)
+{
+    notePositionLost(*now.position, false);
+    switch (m_position.judgeLoss(*now.position)) {
+    case MprisPosition::Loss::End:
+        takeEnd(now);
+        break;
+    case MprisPosition::Loss::Back:
+        m_position.endLoss();
+        tellTrack(now);
+        break;
+    case MprisPosition::Loss::Lasts:
+        Q_EMIT positionReported(m_epoch, m_position.now());
+        break;
+    }
+}
+
+/// By itself, when it was where its end is; of what has no known end it is taken to be one.
+void MprisTransport::takeEnd(const MprisSnapshot &now)
+{
+    m_phase = Phase::Idle;
+    m_trustsPosition = false;
+    m_looks = 0;
+    m_state = KelvoRenderer::Stopped;
+    const bool ends = m_position.duration() <= 0 || m_position.isAtEnd();
+    m_position.setState(m_state);
+    if (m_epoch == 0 || !ends) {
+        Q_EMIT stateReported(m_epoch, KelvoRenderer::Stopped);
+        return;
+    }
+    // What the player has gone on with is stopped or replaced like ours.
+    if (now.track.isPresent())
+        m_track = now.track;
+    // It has been read although the player told of no position.
+    if (m_facts.hasChanged())
+        Q_EMIT positionReported(m_epoch, m_position.now());
+    Q_EMIT ended(std::exchange(m_epoch, 0));
+}
+
+void MprisTransport::takeIdle(const MprisSnapshot &now, bool hasAdvanced)
+{
+    const bool playsUnnoticed = now.state == KelvoRenderer::Stopped && now.track.isPresent() && hasAdvanced;
+    // After their end some come to rest in what they had first.
+    const bool rests = now.state == KelvoRenderer::Paused && m_epoch == 0 && m_sinceUnload.isValid();
+    const bool plays = (now.state != KelvoRenderer::Stopped && !rests) || playsUnnoticed;
+    const bool stillStopping = m_sinceUnload.isValid() && m_sinceUnload.elapsed() < StoppingTime
+        && (now.track.isSameAs(m_track) || !now.track.isPresent());
+    if (!plays || stillStopping) {
+        // Whether something plays shows at the next look.
+        if (stillStopping && plays)
+            m_questions.askIn(SlowLook);
+        else if (now.track.isPresent() && m_looks++ < Looks)
+            m_questions.askIn(SlowLook);
+        return;
+    }
+    m_trustsPosition = playsUnnoticed;
+    if (m_epoch == 0 || !now.track.isSameAs(m_track)) {
+        takeReplacement(now);
+        return;
+    }
+    // Ours, started again by somebody else.
+    m_phase = Phase::Following;
+    enter(playsUnnoticed ? KelvoRenderer::Playing : now.state);
+    tellTrack(now);
+}
+
+void MprisTransport::takeReplacement(const MprisSnapshot &now)
+{
+    m_phase = Phase::Following;
+    m_epoch = 0;
+    m_track = now.track;
+    m_position.setDuration(-1);
+    m_facts.clear();
+    m_untitled.clear();
+    m_looks = 0;
+    Q_EMIT replaced(KelvoMediaInfo({}, now.track.url, now.track.title));
+    m_state = KelvoRenderer::Transitioning;
+    enter(m_trustsPosition ? KelvoRenderer::Playing : now.state);
+    tellTrack(now);
+}
+
+void MprisTransport::tellTrack(const MprisSnapshot &now)
+{
+    if (!now.track.id.isEmpty())
+        m_track.id = now.track.id;
+    if (now.track.length != m_position.duration() && now.track.length > 0) {
+        m_position.setDuration(now.track.length);
+        Q_EMIT durationReported(m_epoch, now.track.length);
+    }
+    if (now.position) {
+        m_position.take(*now.position);
+        Q_EMIT positionReported(m_epoch, *now.position);
+    }
+    tell(QStringLiteral("title"), now.track.title);
+    tell(QStringLiteral("artist"), now.track.artist);
+    tell(QStringLiteral("album"), now.track.album);
+    tell(QStringLiteral("genre"), now.track.genre);
+    const QUrl cover(now.track.cover);
+    if (RemoteUrl::isWeb(cover) || cover.isLocalFile())
+        tell(QStringLiteral("cover"), now.track.cover);
+    if (now.track.title.isEmpty())
+        askTitle();
+}
+
+void MprisTransport::tell(const QString &key, const QString &text)
+{
+    if (m_facts.take(key, text))
+        Q_EMIT fact(m_epoch, key, {text});
+}
+
+/// Some players tell the title only where their list of tracks is concerned.
+void MprisTransport::askTitle()
+{
+    if (!m_hasTrackList || m_track.id.isEmpty() || m_untitled == m_track.id)
+        return;
+    m_untitled = m_track.id;
+    m_calls.getTrackMetadata(m_track.id, [this, id = m_track.id](const QVariantMap &metadata) {
+        if (id == m_track.id && m_phase == Phase::Following)
+            tell(QStringLiteral("title"), MprisTrack::of(metadata).title);
+    });
 }
