@@ -73,7 +73,7 @@ public:
     virtual void cancelReading() { }
 
     /// Gives a property its value, which is one that the table accepts. True: propertyReported() follows when it took
-    /// effect; false: it has taken effect, or does not concern the engine.
+    /// effect; false: it has taken effect, is taken along by the next load(), or does not concern the engine.
     virtual bool applyProperty(const QString &name, const QVariant &value);
     /// Sets a property that only this engine has, at once, and reports what comes of it. False: it has none of that name.
     virtual bool setOwnProperty(const QString &name, const QVariant &value);

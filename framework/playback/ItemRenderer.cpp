@@ -146,11 +146,9 @@ void ItemRenderer::setProperty(const QString &name, const QVariant &value)
 void ItemRenderer::takeProperty(const QString &name, const QVariant &value)
 {
     const QString refusal = m_engine->refusal(name, value);
-    // The speed is taken along by the next load().
-    const bool concernsEngine = name != PropertyPlaybackSpeed || m_playback.isInEngine();
     if (!refusal.isEmpty())
         m_reporter.tellError({KelvoError::NotSupported, refusal});
-    else if (concernsEngine && m_engine->applyProperty(name, value))
+    else if (m_engine->applyProperty(name, value))
         m_properties.await(name, value);
     else
         noteProperty(name, value);

@@ -29,8 +29,6 @@ public:
     void goTo(uint index);
     void setPosition(int seconds, int mode);
 
-    /// Whether the engine has an item.
-    bool isInEngine() const { return m_phase == Phase::InEngine; }
     PlayOrder::Status status() const { return m_order.status(); }
     /// Answers from the event loop; 0 while nothing plays.
     void answerPosition(Engine::PositionAnswer answer) const;
@@ -45,6 +43,7 @@ private:
 
     void connectEngine();
     State state() const { return m_reporter.state(); }
+    bool isInEngine() const { return m_phase == Phase::InEngine; }
 
     // What starts
     bool moveWhileStopped(int index);

@@ -4,8 +4,7 @@
 
     console -> {shared, tracker} -> core -> Qt Core and Gui
     plug-ins -> core (tracker-source also tracker) + their one foreign library
-    upnp, mpris -> remote (a static library) -> core
-    simulator -> playback (a static library) -> core
+    simulator, upnp, mpris -> playback (a static library) -> core
     shared, mpris -> bus (a static library)
     tracker-source, gst-renderer -> media (a static library) -> core, which alone reads playlist files
     gst-renderer -> glib (headers only)
@@ -28,13 +27,14 @@ MAY_INCLUDE = {
     "framework/glib": set(),
     "framework/media": {"framework/core"},
     "framework/playback": {"framework/core"},
+    "framework/playback/remote": {"framework/core", "framework/playback"},
     "framework/shared": {"framework/bus", "framework/core"},
     "framework/tracker": {"framework/core"},
     "framework/plugins/gst-renderer": {"framework/core", "framework/glib", "framework/media"},
     "framework/plugins/simulator": {"framework/core", "framework/playback"},
-    "framework/plugins/remote": {"framework/core"},
-    "framework/plugins/upnp": {"framework/core", "framework/plugins/remote"},
-    "framework/plugins/mpris": {"framework/bus", "framework/core", "framework/plugins/remote"},
+    "framework/plugins/upnp": {"framework/core", "framework/playback", "framework/playback/remote"},
+    "framework/plugins/mpris": {
+        "framework/bus", "framework/core", "framework/playback", "framework/playback/remote"},
     "framework/plugins/tracker-source": {"framework/core", "framework/media", "framework/tracker"},
 }
 

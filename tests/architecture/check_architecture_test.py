@@ -6,7 +6,7 @@ import unittest
 from check_architecture import include_faults, link_faults, load_faults
 
 OWNERS = {"KelvoRegistry.h": {"framework/core"}, "KelvoGstRenderer.h": {"framework/plugins/gst-renderer"},
-          "KelvoMainWindow.h": {"src"}, "RemoteRenderer.h": {"framework/plugins/remote"},
+          "KelvoMainWindow.h": {"src"}, "RemotePlayer.h": {"framework/playback/remote"}, "ItemRenderer.h": {"framework/playback"},
           "MprisTransport.h": {"framework/plugins/mpris"}}
 
 
@@ -35,14 +35,16 @@ class Includes(unittest.TestCase):
         self.assertTrue(self.faults("framework/plugins/simulator/a.cpp", "<gst/gst.h>"))
 
     def test_what_renderers_of_remote_players_share(self):
-        self.assertEqual(self.faults("framework/plugins/mpris/a.cpp", '"RemoteRenderer.h"'), [])
-        self.assertEqual(self.faults("framework/plugins/upnp/a.cpp", '"RemoteRenderer.h"'), [])
-        self.assertEqual(self.faults("framework/plugins/remote/a.cpp", '"KelvoRegistry.h"'), [])
-        self.assertTrue(self.faults("framework/plugins/simulator/a.cpp", '"RemoteRenderer.h"'))
-        self.assertTrue(self.faults("framework/plugins/remote/a.cpp", '"MprisTransport.h"'))
+        self.assertEqual(self.faults("framework/plugins/mpris/a.cpp", '"RemotePlayer.h"'), [])
+        self.assertEqual(self.faults("framework/plugins/upnp/a.cpp", '"RemotePlayer.h"'), [])
+        self.assertEqual(self.faults("framework/playback/remote/a.cpp", '"KelvoRegistry.h"'), [])
+        self.assertEqual(self.faults("framework/playback/remote/a.cpp", '"ItemRenderer.h"'), [])
+        self.assertTrue(self.faults("framework/plugins/simulator/a.cpp", '"RemotePlayer.h"'))
+        self.assertTrue(self.faults("framework/playback/a.cpp", '"RemotePlayer.h"'))
+        self.assertTrue(self.faults("framework/playback/remote/a.cpp", '"MprisTransport.h"'))
         self.assertTrue(self.faults("framework/plugins/upnp/a.cpp", '"MprisTransport.h"'))
-        self.assertTrue(self.faults("framework/plugins/remote/a.cpp", "<QDBusConnection>"))
-        self.assertTrue(self.faults("framework/core/a.cpp", '"RemoteRenderer.h"'))
+        self.assertTrue(self.faults("framework/playback/a.cpp", "<QDBusConnection>"))
+        self.assertTrue(self.faults("framework/core/a.cpp", '"RemotePlayer.h"'))
 
 
     def test_the_store_reads_no_media(self):

@@ -2,11 +2,12 @@
 // Real devices on a network of their own (see run-upnp-peers.sh): how they come, what they tell, how they go. The tests
 // run in this order; the last one ends the devices.
 #include "UpnpNetwork.h"
+#include "ItemRenderer.h"
 #include "KelvoRegistry.h"
 #include "KelvoSource.h"
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
-#include "RemoteRenderer.h"
+#include "RemotePlayer.h"
 #include "RendererRecorder.h"
 #include "SsdpAnnouncer.h"
 #include "TestGroup.h"
@@ -44,14 +45,16 @@ struct OtherConsole
     {
         QObject::connect(&network, &UpnpNetwork::appeared, &network, [this](const Upnp::Description &device) {
             if (device.key.kind == Upnp::Kind::Renderer)
-                renderer = std::make_unique<RemoteRenderer>(
-                    std::make_unique<UpnpTransport>(network.link(device), UpnpTransport::Patience()),
-                    device.key.udn, device.name);
+                renderer = std::make_unique<ItemRenderer>(
+                    std::make_unique<RemotePlayer>(
+                        std::make_unique<UpnpTransport>(network.link(device), UpnpTransport::Patience()),
+                        device.name),
+                    device.key.udn);
         });
     }
 
     UpnpNetwork network;
-    std::unique_ptr<RemoteRenderer> renderer;
+    std::unique_ptr<ItemRenderer> renderer;
 };
 
 int count(const char *folder)

@@ -2,8 +2,9 @@
 // The habits of one widespread renderer (gmediarender, by libupnp), and what a user of the console sees of them: nothing.
 // The standard's own texts are asked for by another control point. The tests run in this order; the last two let
 // the renderer crash, and meet its twin.
+#include "ItemRenderer.h"
 #include "LogRecorder.h"
-#include "RemoteRenderer.h"
+#include "RemotePlayer.h"
 #include "RendererRecorder.h"
 #include "TestGroup.h"
 #include "UpnpNetwork.h"
@@ -29,15 +30,16 @@ struct ImpatientConsole
     {
         QObject::connect(&network, &UpnpNetwork::appeared, &network, [this](const Upnp::Description &device) {
             if (device.key.kind == Upnp::Kind::Renderer)
-                renderer
-                    = std::make_unique<RemoteRenderer>(std::make_unique<UpnpTransport>(network.link(device),
-                                                           UpnpTransport::Patience{.progress = 1000}),
-                        device.key.udn, device.name);
+                renderer = std::make_unique<ItemRenderer>(
+                    std::make_unique<RemotePlayer>(std::make_unique<UpnpTransport>(network.link(device),
+                                                       UpnpTransport::Patience{.progress = 1000}),
+                        device.name),
+                    device.key.udn);
         });
     }
 
     UpnpNetwork network;
-    std::unique_ptr<RemoteRenderer> renderer;
+    std::unique_ptr<ItemRenderer> renderer;
 };
 
 class UpnpPeerQuirksTest : public UpnpPeersCase

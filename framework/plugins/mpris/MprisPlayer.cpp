@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "MprisPlayer.h"
 
+#include "ItemRenderer.h"
 #include "KelvoMessageHandler.h"
 #include "KelvoRegistry.h"
 #include "MprisSnapshot.h"
 #include "MprisTransport.h"
-#include "RemoteRenderer.h"
+#include "RemotePlayer.h"
 
 #include <QDBusError>
 #include <QDBusPendingCall>
@@ -166,8 +167,8 @@ void MprisPlayer::create(const QVariantMap &properties)
         return;
     auto transport = std::make_unique<MprisTransport>(m_address, properties, m_hasTrackList);
     m_transport = transport.get();
-    m_renderer = std::make_unique<RemoteRenderer>(
-        std::move(transport), QStringLiteral("mpris:") + restOf(m_service), m_name);
+    m_renderer = std::make_unique<ItemRenderer>(std::make_unique<RemotePlayer>(std::move(transport), m_name),
+        QStringLiteral("mpris:") + restOf(m_service));
     // Into the registry once all that is known already has been reported: the transport does so from the event loop,
     // and so does the renderer after it.
     QMetaObject::invokeMethod(

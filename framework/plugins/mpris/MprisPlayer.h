@@ -12,9 +12,9 @@
 #include <functional>
 #include <memory>
 
+class ItemRenderer;
 class KelvoRegistry;
 class MprisTransport;
-class RemoteRenderer;
 
 /// One player on the bus: its renderer is in the registry for as long as the player answers.
 class MprisPlayer : public QObject
@@ -70,6 +70,6 @@ private:
     QTimer m_watch;
     QTimer m_nextName; ///< to be asked for
     QElapsedTimer m_lastName; ///< asked for
-    std::unique_ptr<RemoteRenderer> m_renderer;
+    std::unique_ptr<ItemRenderer> m_renderer;
     MprisTransport *m_transport = nullptr; ///< of m_renderer
 };

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "UpnpPlugin.h"
 
+#include "ItemRenderer.h"
 #include "KelvoMessageHandler.h"
 #include "KelvoRegistry.h"
-#include "RemoteRenderer.h"
+#include "RemotePlayer.h"
 #include "UpnpNetwork.h"
 #include "UpnpSource.h"
 #include "UpnpTransport.h"
@@ -83,8 +84,9 @@ void UpnpPlugin::addRenderer(const Upnp::Description &device)
     Upnp::Description named = device;
     named.name = nameFor(device);
     auto transport = std::make_unique<UpnpTransport>(m_network->link(named), UpnpTransport::Patience());
+    auto player = std::make_unique<RemotePlayer>(std::move(transport), named.name);
     const auto [renderer, isNew]
-        = m_renderers.emplace(udn, std::make_unique<RemoteRenderer>(std::move(transport), udn, named.name));
+        = m_renderers.emplace(udn, std::make_unique<ItemRenderer>(std::move(player), udn));
     if (isNew && !m_registry->addRenderer(renderer->second.get()))
         m_renderers.erase(udn);
 }

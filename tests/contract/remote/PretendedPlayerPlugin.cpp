@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
+#include "ItemRenderer.h"
 #include "KelvoPlugin.h"
 #include "KelvoRegistry.h"
 #include "PretendedPlayer.h"
-#include "RemoteRenderer.h"
+#include "RemotePlayer.h"
 
 /// A remote player for the renderer contract.
 class PretendedPlayerPlugin : public QObject, public KelvoPlugin
@@ -23,8 +24,9 @@ public:
                     m_registry->addRenderer(m_renderer.get());
             },
             Qt::QueuedConnection);
-        m_renderer = std::make_unique<RemoteRenderer>(
-            std::move(player), QStringLiteral("pretended-player"), QStringLiteral("Pretended player"));
+        m_renderer = std::make_unique<ItemRenderer>(
+            std::make_unique<RemotePlayer>(std::move(player), QStringLiteral("Pretended player")),
+            QStringLiteral("pretended-player"));
         return true;
     }
     void stop() override
@@ -36,7 +38,7 @@ public:
 
 private:
     KelvoRegistry *m_registry = nullptr;
-    std::unique_ptr<RemoteRenderer> m_renderer;
+    std::unique_ptr<ItemRenderer> m_renderer;
 };
 
 #include "PretendedPlayerPlugin.moc"

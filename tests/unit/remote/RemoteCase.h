@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "ItemRenderer.h"
 #include "KelvoGeneralSourcePlaylist.h"
 #include "KelvoTestCase.h"
-#include "RemoteRenderer.h"
+#include "RemotePlayer.h"
 #include "RendererProbe.h"
 #include "ScriptedTransport.h"
 
@@ -63,7 +64,7 @@ protected:
     }
 
     ScriptedTransport *m_transport = nullptr;
-    std::unique_ptr<RemoteRenderer> m_renderer;
+    std::unique_ptr<ItemRenderer> m_renderer;
     std::unique_ptr<RendererProbe> m_heard;
     std::unique_ptr<KelvoGeneralSourcePlaylist> m_playlist;
 
@@ -73,8 +74,9 @@ protected Q_SLOTS:
         KelvoTestCase::init();
         auto transport = std::make_unique<ScriptedTransport>();
         m_transport = transport.get();
-        m_renderer = std::make_unique<RemoteRenderer>(
-            std::move(transport), QStringLiteral("remote"), QStringLiteral("Player"));
+        m_renderer = std::make_unique<ItemRenderer>(
+            std::make_unique<RemotePlayer>(std::move(transport), QStringLiteral("Player")),
+            QStringLiteral("remote"));
         m_heard = std::make_unique<RendererProbe>(*m_renderer);
     }
     void cleanup()

@@ -12,12 +12,12 @@
 /// A player outside of this process, as its protocol lets it be driven: one item at a time.
 ///
 /// A transport knows one protocol and its players' quirks; what is played next, repeat, auto-advance, pauseAt
-/// and everything else that a playlist needs is the business of the RemoteRenderer above it. GUI thread; nothing
+/// and everything else that a playlist needs is the business of the renderer above it. GUI thread; nothing
 /// here blocks, and every signal comes from the event loop, never from within a call.
 ///
 /// Each item has the epoch of its load() (1 and up). A report about an item carries the epoch that the
 /// transport takes to be in the player: that of the last load() that the player accepted, or 0 for what another
-/// controller put there. The renderer drops what comes of an older epoch.
+/// controller put there. What comes of an older epoch is dropped.
 class RemoteTransport : public QObject
 {
     Q_OBJECT
@@ -81,6 +81,5 @@ Q_SIGNALS:
     /// 0..99, on a cubic scale.
     void volumeReported(int volume);
     void rateReported(double rate);
-    void abilitiesChanged();
     void nameReported(const QString &name);
 };

@@ -1,0 +1,229 @@
+// SPDX-License-Identifier: MIT
+#include "RemoteProgress.h"
+
+#include "RemoteTransport.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace {
+// All in milliseconds.
+constexpr qint64 PollInterval = 1000;
+/// How long after a question the next one is expected.
+constexpr qint64 Interest = 3000;
+/// Before the end, when it is good to know the position.
+constexpr qint64 NearEnd = 3000;
+/// What was said earlier than this is asked for again before it is told on.
+constexpr qint64 Freshness = 1500;
+/// How long an answer waits for the player.
+constexpr int Patience = 1000;
+/// A timer may run ahead of the player's clock, and a pause before its second has not reached it.
+constexpr double Behind = 20;
+/// Longer ones are as good as none.
+constexpr double LongestTimer = 1e9;
+
+bool isWithin(const QElapsedTimer &timer, qint64 milliseconds)
+{
+    return timer.isValid() && timer.elapsed() < milliseconds;
+}
+} // namespace
+
+RemoteProgress::RemoteProgress(RemoteTransport &transport, Pause pause)
+    : m_transport(transport)
+    , m_pause(std::move(pause))
+{
+    for (QTimer *timer : {&m_pollTimer, &m_pauseTimer, &m_waiting.timer}) {
+        timer->setSingleShot(true);
+        timer->setTimerType(Qt::PreciseTimer);
+    }
+    connect(&m_pollTimer, &QTimer::timeout, this, &RemoteProgress::ask);
+    connect(&m_pauseTimer, &QTimer::timeout, this, &RemoteProgress::checkPausePoint);
+    connect(&m_waiting.timer, &QTimer::timeout, this, &RemoteProgress::answerWaiting);
+}
+
+void RemoteProgress::begin(bool isAlive)
+{
+    m_motion = Motion::None;
+    m_life.begin(isAlive);
+    m_duration = -1;
+    m_position.setRunning(false);
+    m_position.moveTo(0);
+    m_known = false;
+    m_seek.forget();
+    move();
+    answerWaiting();
+}
+
+void RemoteProgress::setMotion(Motion motion)
+{
+    // Where exactly it paused, the player knows.
+    if (motion == Motion::Paused && !isPaused())
+        m_known = false;
+    m_motion = motion;
+    m_position.setRunning(motion == Motion::Playing);
+    if (motion == Motion::Playing)
+        m_life.notePlaying();
+    else if (motion == Motion::Waiting)
+        m_life.noteFallingBack();
+    move();
+}
+
+void RemoteProgress::setRate(double rate)
+{
+    m_position.setRate(rate);
+    move();
+}
+
+void RemoteProgress::beginSeek(double seconds)
+{
+    m_seek.begin(seconds);
+    m_position.moveTo(seconds);
+    m_known = true;
+    m_lastReport.start();
+    move();
+}
+
+void RemoteProgress::takePosition(double seconds)
+{
+    if (m_motion == Motion::None)
+        return;
+    m_life.notePosition(seconds);
+    const std::optional<double> settled = m_seek.settle(seconds, m_position.now(), isPaused());
+    if (!settled)
+        return;
+    m_position.moveTo(*settled);
+    m_known = true;
+    m_lastReport.start();
+    move();
+    answerWaiting();
+}
+
+bool RemoteProgress::takeDuration(double seconds)
+{
+    if (seconds == m_duration)
+        return false;
+    m_duration = seconds;
+    m_life.noteDuration(seconds);
+    schedulePoll();
+    return true;
+}
+
+void RemoteProgress::setPauseAt(std::optional<uint> seconds)
+{
+    m_pauseAt = seconds;
+    move();
+}
+
+/// The position or the way it moves changed.
+void RemoteProgress::move()
+{
+    m_pauseTimer.stop();
+    if (!checkPausePoint())
+        schedulePoll();
+}
+
+/// Pauses when the position is at or past the point of pauseAt(), otherwise waits for it. A point that is passed
+/// while already paused has done its duty too.
+bool RemoteProgress::checkPausePoint()
+{
+    if (!m_pauseAt || (m_motion != Motion::Playing && !isPaused()))
+        return false;
+    const double wait = 1000 * (double(*m_pauseAt) - m_position.now());
+    if (wait <= 0) {
+        m_pauseAt.reset();
+        return isPaused() || m_pause();
+    }
+    if (m_position.isRunning() && m_position.rate() > 0 && wait < LongestTimer)
+        m_pauseTimer.start(int(std::ceil(wait / m_position.rate() + Behind)));
+    return false;
+}
+
+void RemoteProgress::ask()
+{
+    m_pollTimer.stop();
+    if (m_motion != Motion::Playing && !isPaused())
+        return;
+    m_lastPoll.start();
+    m_transport.askPosition();
+    schedulePoll();
+}
+
+void RemoteProgress::makeSure()
+{
+    if (!m_known)
+        ask();
+}
+
+void RemoteProgress::answer(Engine::PositionAnswer answer)
+{
+    m_lastAsked.start();
+    if (m_motion == Motion::None) {
+        tellLater(answer, 0);
+        return;
+    }
+    if (isPositionKnown()) {
+        schedulePoll();
+        tellLater(answer, m_duration > 0 ? std::min(m_position.now(), m_duration) : m_position.now());
+        return;
+    }
+    m_waiting.answers.append(std::move(answer));
+    if (!m_waiting.timer.isActive()) {
+        m_waiting.timer.start(Patience);
+        if (!isWithin(m_lastPoll, PollInterval))
+            ask();
+    }
+}
+
+void RemoteProgress::answerWaiting()
+{
+    m_waiting.timer.stop();
+    const double position = m_motion == Motion::None ? 0 : m_position.now();
+    const auto answers = std::exchange(m_waiting.answers, {});
+    for (const auto &answer : answers)
+        tellLater(answer, position);
+}
+
+void RemoteProgress::tellLater(const Engine::PositionAnswer &answer, double seconds)
+{
+    QMetaObject::invokeMethod(
+        this, [answer, seconds] { answer(seconds); }, Qt::QueuedConnection);
+}
+
+bool RemoteProgress::isPositionKnown() const
+{
+    return m_known && (isPaused() || isWithin(m_lastReport, Freshness));
+}
+
+bool RemoteProgress::isPositionWanted() const
+{
+    return isWithin(m_lastAsked, Interest) || m_pauseAt
+        || (m_duration > 0 && 1000 * (m_duration - m_position.now()) <= NearEnd);
+}
+
+void RemoteProgress::schedulePoll()
+{
+    if (const std::optional<qint64> time = timeToPoll())
+        m_pollTimer.start(int(std::max<qint64>(0, *time)));
+    else
+        m_pollTimer.stop();
+}
+
+/// Milliseconds until the player is to be asked; none: there is no need.
+std::optional<qint64> RemoteProgress::timeToPoll() const
+{
+    if (isPaused() && m_seek.isUnderWay(true))
+        return m_seek.settleTime();
+    if (m_motion != Motion::Playing)
+        return std::nullopt;
+    const qint64 sincePoll = m_lastPoll.isValid() ? m_lastPoll.elapsed() : PollInterval;
+    if (isPositionWanted())
+        return PollInterval - sincePoll;
+    if (m_life.isUnknown())
+        return PollInterval - std::min(sincePoll, m_life.age());
+    if (m_duration > 0 && m_position.rate() > 0) {
+        const double left = 1000 * (m_duration - m_position.now()) - NearEnd;
+        return qint64(std::min(LongestTimer, left / m_position.rate() + 1));
+    }
+    return std::nullopt;
+}

@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "Engine.h"
+#include "RemotePosition.h"
+#include "SeekInFlight.h"
+#include "SignsOfLife.h"
+
+#include <QElapsedTimer>
+#include <QList>
+#include <QObject>
+#include <QTimer>
+
+#include <functional>
+#include <optional>
+
+class RemoteTransport;
+
+/// How far the item in play has come, by what the player tells and the time that has passed since. The player is asked
+/// once a second at most, and only while somebody needs to know.
+class RemoteProgress : public QObject
+{
+    Q_OBJECT
+public:
+    enum class Motion {
+        None, ///< the player has no item of ours
+        Waiting, ///< it has one, which is held up
+        Playing,
+        Paused,
+    };
+    /// Pauses; false: the player cannot.
+    using Pause = std::function<bool()>;
+
+    /// The transport is not owned and must outlive this object.
+    RemoteProgress(RemoteTransport &transport, Pause pause);
+
+    /// Another item or none; it stands at its beginning. `isAlive` as in SignsOfLife.
+    void begin(bool isAlive);
+    void setMotion(Motion motion);
+    void setRate(double rate);
+    /// The player was sent there.
+    void beginSeek(double seconds);
+    /// What it was told last it has refused.
+    void giveUpSeek() { m_seek.giveUp(); }
+    void takePosition(double seconds);
+    /// Below 0: not known. True: that is news.
+    bool takeDuration(double seconds);
+    void setPauseAt(std::optional<uint> seconds);
+
+    double now() const { return m_position.now(); }
+    double duration() const { return m_duration; }
+    /// Whether it is to pause before that position.
+    bool pausesBefore(double seconds) const { return m_pauseAt && *m_pauseAt <= seconds; }
+    SignsOfLife &life() { return m_life; }
+    /// Asks the player where it is, unless that is known.
+    void makeSure();
+    /// Answers from the event loop, with the time that has passed since the player's last word added.
+    void answer(Engine::PositionAnswer answer);
+
+private:
+    void ask();
+    void move();
+    bool checkPausePoint();
+    bool isPaused() const { return m_motion == Motion::Paused; }
+    bool isPositionWanted() const;
+    bool isPositionKnown() const;
+    void schedulePoll();
+    std::optional<qint64> timeToPoll() const;
+    void tellLater(const Engine::PositionAnswer &answer, double seconds);
+    void answerWaiting();
+
+    RemoteTransport &m_transport;
+    const Pause m_pause;
+    Motion m_motion = Motion::None;
+    SignsOfLife m_life;
+    RemotePosition m_position;
+    SeekInFlight m_seek;
+    double m_duration = -1; ///< seconds; -1: not known
+    bool m_known = false;
+    std::optional<uint> m_pauseAt;
+    QElapsedTimer m_lastReport;
+    QElapsedTimer m_lastPoll;
+    QElapsedTimer m_lastAsked; ///< somebody wanted to know
+    QTimer m_pollTimer;
+    QTimer m_pauseTimer;
+    // For the next report of the player.
+    struct Waiting
+    {
+        QTimer timer;
+        QList<Engine::PositionAnswer> answers;
+    } m_waiting;
+};

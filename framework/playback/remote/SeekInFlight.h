@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QElapsedTimer>
+
+#include <algorithm>
+#include <cmath>
+#include <optional>
+
+/// A player on its way to where it was sent: for a while it may still tell where it was.
+class SeekInFlight
+{
+public:
+    /// Milliseconds. While it is paused there is no hurry to know better.
+    static constexpr qint64 SeekTime = 700;
+    static constexpr qint64 PausedSeekTime = 3000;
+
+    void begin(double target)
+    {
+        m_target = target;
+        m_arrived = false;
+        m_since.start();
+    }
+    /// The item is left.
+    void forget()
+    {
+        m_since.invalidate();
+        m_target.reset();
+    }
+    /// The player refused.
+    void giveUp() { m_since.invalidate(); }
+
+    /// Whether the player may not yet have arrived.
+    bool isUnderWay(bool isPaused) const
+    {
+        return isWithin(SeekTime) || (isPaused && !m_arrived && isWithin(PausedSeekTime));
+    }
+    /// Where the player is, by what it tells and what was expected of it; none: it tells of where it came from.
+    std::optional<double> settle(double told, double expected, bool isPaused)
+    {
+        const bool isNear = std::abs(told - expected) <= Tolerance;
+        if (isUnderWay(isPaused) && !isNear)
+            return std::nullopt;
+        m_arrived = m_arrived || isNear;
+        // Players go to the beginning of the piece of media that holds the second.
+        const bool atTarget = m_target && told < *m_target && *m_target - told < PieceOfMedia;
+        const double position = atTarget ? *m_target : told;
+        // Right after a seek a player may be a little ahead at first and go back when it pauses.
+        if (!atTarget && !isPaused && !isUnderWay(false))
+            m_target.reset();
+        return std::max(0.0, position);
+    }
+    /// Milliseconds until it is good to ask again.
+    int settleTime() const
+    {
+        constexpr qint64 interval = 300;
+        return int(m_arrived ? SeekTime - m_since.elapsed() + 1
+                             : std::min(interval, PausedSeekTime - m_since.elapsed() + 1));
+    }
+
+private:
+    // Seconds.
+    static constexpr double Tolerance = 1.5; ///< farther away is where it came from
+    static constexpr double PieceOfMedia = 0.3;
+
+    bool isWithin(qint64 milliseconds) const { return m_since.isValid() && m_since.elapsed() < milliseconds; }
+
+    QElapsedTimer m_since;
+    bool m_arrived = true;
+    std::optional<double> m_target; ///< until it plays on from there
+};
