@@ -4,7 +4,7 @@
 
     console -> {shared, tracker} -> core -> Qt Core and Gui
     plug-ins -> core (tracker-source also tracker) + their one foreign library
-    simulator, upnp, mpris -> playback (a static library) -> core
+    gst-renderer, simulator, upnp, mpris -> playback (a static library) -> core
     shared, mpris -> bus (a static library)
     tracker-source, gst-renderer -> media (a static library) -> core, which alone reads playlist files
     gst-renderer -> glib (headers only)
@@ -30,7 +30,8 @@ MAY_INCLUDE = {
     "framework/playback/remote": {"framework/core", "framework/playback"},
     "framework/shared": {"framework/bus", "framework/core"},
     "framework/tracker": {"framework/core"},
-    "framework/plugins/gst-renderer": {"framework/core", "framework/glib", "framework/media"},
+    "framework/plugins/gst-renderer": {
+        "framework/core", "framework/glib", "framework/media", "framework/playback"},
     "framework/plugins/simulator": {"framework/core", "framework/playback"},
     "framework/plugins/upnp": {"framework/core", "framework/playback", "framework/playback/remote"},
     "framework/plugins/mpris": {

@@ -5,7 +5,7 @@ import unittest
 
 from check_architecture import include_faults, link_faults, load_faults
 
-OWNERS = {"KelvoRegistry.h": {"framework/core"}, "KelvoGstRenderer.h": {"framework/plugins/gst-renderer"},
+OWNERS = {"KelvoRegistry.h": {"framework/core"}, "GstEngine.h": {"framework/plugins/gst-renderer"},
           "KelvoMainWindow.h": {"src"}, "RemotePlayer.h": {"framework/playback/remote"}, "ItemRenderer.h": {"framework/playback"},
           "MprisTransport.h": {"framework/plugins/mpris"}}
 
@@ -20,8 +20,8 @@ class Includes(unittest.TestCase):
         self.assertEqual(self.faults("framework/plugins/gst-renderer/a.cpp", "<gst/gst.h>"), [])
 
     def test_the_console_knows_no_back_end(self):
-        self.assertTrue(self.faults("src/main.cpp", '"KelvoGstRenderer.h"'))
-        self.assertTrue(self.faults("src/main.cpp", '"../framework/plugins/gst-renderer/KelvoGstRenderer.h"'))
+        self.assertTrue(self.faults("src/main.cpp", '"GstEngine.h"'))
+        self.assertTrue(self.faults("src/main.cpp", '"../framework/plugins/gst-renderer/GstEngine.h"'))
         self.assertTrue(self.faults("src/main.cpp", "<gst/gst.h>"))
         self.assertTrue(self.faults("src/main.cpp", "<glib.h>"))
 
@@ -31,7 +31,7 @@ class Includes(unittest.TestCase):
         self.assertTrue(self.faults("framework/plugins/simulator/a.cpp", "<QMessageBox>"))
 
     def test_back_ends_do_not_know_each_other(self):
-        self.assertTrue(self.faults("framework/plugins/simulator/a.cpp", '"KelvoGstRenderer.h"'))
+        self.assertTrue(self.faults("framework/plugins/simulator/a.cpp", '"GstEngine.h"'))
         self.assertTrue(self.faults("framework/plugins/simulator/a.cpp", "<gst/gst.h>"))
 
     def test_what_renderers_of_remote_players_share(self):

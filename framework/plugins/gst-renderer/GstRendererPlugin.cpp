@@ -2,7 +2,8 @@
 #include "GstRendererPlugin.h"
 
 #include "EngineSettings.h"
-#include "KelvoGstRenderer.h"
+#include "GstEngine.h"
+#include "ItemRenderer.h"
 #include "KelvoMessageHandler.h"
 #include "KelvoRegistry.h"
 
@@ -18,9 +19,10 @@ GstRendererPlugin::~GstRendererPlugin()
 bool GstRendererPlugin::start(KelvoRegistry *registry, QString *)
 {
     m_registry = registry;
-    m_renderer = std::make_unique<KelvoGstRenderer>(EngineSettings::fromEnvironment());
-    connect(m_renderer.get(), &KelvoGstRenderer::engineStarted, this, &GstRendererPlugin::engineStarted);
-    m_renderer->startEngine();
+    auto engine = std::make_unique<GstEngine>(EngineSettings::fromEnvironment());
+    connect(engine.get(), &GstEngine::started, this, &GstRendererPlugin::engineStarted);
+    engine->start();
+    m_renderer = std::make_unique<ItemRenderer>(std::move(engine), QStringLiteral("kelvo-gst-renderer"));
     return true;
 }
 
@@ -38,7 +40,7 @@ void GstRendererPlugin::engineStarted(const QString &problem)
 void GstRendererPlugin::stop()
 {
     // Taken out of here first: whoever hears of the removal may unload this plug-in again.
-    const std::unique_ptr<KelvoGstRenderer> renderer = std::move(m_renderer);
+    const std::unique_ptr<ItemRenderer> renderer = std::move(m_renderer);
     if (renderer && std::exchange(m_added, false))
         m_registry->removeRenderer(renderer.get());
 }

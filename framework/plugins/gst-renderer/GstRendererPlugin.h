@@ -7,7 +7,7 @@
 
 #include <memory>
 
-class KelvoGstRenderer;
+class ItemRenderer;
 
 /// Brings the GStreamer renderer. GStreamer itself starts on the engine thread, since that can take a second
 /// on a cold machine; the renderer is added to the registry when it is ready.
@@ -27,6 +27,6 @@ private:
     void engineStarted(const QString &problem);
 
     KelvoRegistry *m_registry = nullptr;
-    std::unique_ptr<KelvoGstRenderer> m_renderer;
+    std::unique_ptr<ItemRenderer> m_renderer;
     bool m_added = false;
 };

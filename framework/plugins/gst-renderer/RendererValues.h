@@ -2,19 +2,14 @@
 #pragma once
 
 #include <QRect>
-#include <QVariant>
 
-#include <optional>
+class QString;
 
-/// What values the renderer's properties take, and what they mean.
+/// What the values of the renderer's properties mean.
 namespace RendererValues {
 constexpr int maximumVolume = 99;
-constexpr double maximumSpeed = 64;
 
-/// Nothing for a value that the property cannot have; otherwise the value as it is reported.
-std::optional<QVariant> accepted(const QString &name, const QVariant &value);
-
-/// An accepted "left,top,width,height"; empty for an empty text.
+/// A "left,top,width,height"; empty for an empty text.
 QRect toRectangle(const QString &text);
 
 /// A volume of 0..99 as an amplitude: perceived loudness grows with about its cube root.
