@@ -5,7 +5,7 @@
     console -> {shared, tracker} -> core -> Qt Core and Gui
     plug-ins -> core (tracker-source also tracker) + their one foreign library
     gst-renderer, simulator, upnp, mpris -> playback (a static library) -> core
-    shared, mpris -> bus (a static library)
+    shared, mpris -> session-bus (a static library)
     tracker-source, gst-renderer -> media (a static library) -> core, which alone reads playlist files
     gst-renderer -> glib (headers only)
 
@@ -23,19 +23,19 @@ import sys
 MAY_INCLUDE = {
     "src": {"framework/core", "framework/shared", "framework/tracker"},
     "framework/core": set(),
-    "framework/bus": set(),
+    "framework/session-bus": set(),
     "framework/glib": set(),
     "framework/media": {"framework/core"},
     "framework/playback": {"framework/core"},
     "framework/playback/remote": {"framework/core", "framework/playback"},
-    "framework/shared": {"framework/bus", "framework/core"},
+    "framework/shared": {"framework/session-bus", "framework/core"},
     "framework/tracker": {"framework/core"},
     "framework/plugins/gst-renderer": {
         "framework/core", "framework/glib", "framework/media", "framework/playback"},
     "framework/plugins/simulator": {"framework/core", "framework/playback"},
     "framework/plugins/upnp": {"framework/core", "framework/playback", "framework/playback/remote"},
     "framework/plugins/mpris": {
-        "framework/bus", "framework/core", "framework/playback", "framework/playback/remote"},
+        "framework/session-bus", "framework/core", "framework/playback", "framework/playback/remote"},
     "framework/plugins/tracker-source": {"framework/core", "framework/media", "framework/tracker"},
 }
 
@@ -53,7 +53,7 @@ FOREIGN = {
         "framework/glib", "framework/plugins/gst-renderer", "framework/plugins/tracker-source", "framework/tracker",
         "framework/plugins/upnp"},
     r"QtWidgets/|Q(Widget|Dialog|MainWindow|Application|MessageBox)\b": {"src"},
-    r"QDBus": {"framework/bus", "framework/shared", "framework/plugins/mpris"},
+    r"QDBus": {"framework/session-bus", "framework/shared", "framework/plugins/mpris"},
 }
 
 # Binary (relative to the build folder, as a pattern) -> libraries it may need besides the C and C++ runtime.

@@ -10,7 +10,7 @@ AREAS = (
     ("framework/core/ElfCheck", ("unit-plugin-loading",)),
     ("framework/core/", ("core-tests", "model-tests", "console-tests", "simulator-tests", "unit-plugin-loading",
                          "contract-simulator")),
-    ("framework/bus/", ("sharing-tests", "mpris-tests")),
+    ("framework/session-bus/", ("sharing-tests", "mpris-tests")),
     ("framework/media/", ("media-tests", "tracker-tests", "gst-tests")),
     ("framework/shared/dbus/ForeignItemModel", ("model-tests", "sharing-tests")),
     ("framework/shared/", ("core-tests", "sharing-tests")),
