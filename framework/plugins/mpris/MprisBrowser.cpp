@@ -1,13 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "MprisBrowser.h"
 
+#include "BusNames.h"
 #include "KelvoMessageHandler.h"
 #include "KelvoRegistry.h"
 #include "MprisPlayer.h"
 
 #include <QDBusMessage>
-#include <QDBusPendingCall>
-#include <QDBusPendingReply>
 
 #include <algorithm>
 
@@ -21,11 +20,6 @@ bool isPlayer(const QString &name)
 {
     return name.startsWith(Mpris::ServicePrefix) && name != Proxy;
 }
-
-QDBusMessage busCall(const QString &member)
-{
-    return QDBusMessage::createMethodCall(Mpris::BusService, Mpris::BusPath, Mpris::BusService, member);
-}
 } // namespace
 
 MprisBrowser::MprisBrowser(
@@ -37,7 +31,7 @@ MprisBrowser::MprisBrowser(
 {
     // In this order nothing that comes meanwhile is missed.
     subscribe();
-    listNames();
+    watchNames();
 }
 
 MprisBrowser::~MprisBrowser()
@@ -50,73 +44,26 @@ void MprisBrowser::subscribe()
     // Without a service name: naming one makes QtDBus ask for its owner and wait for the answer. Who sent a
     // signal is checked on arrival.
     const QString anyone;
-    m_connection.connect(anyone, Mpris::BusPath, Mpris::BusService, QStringLiteral("NameOwnerChanged"), this,
-        SLOT(handleNameOwnerChanged(QDBusMessage)));
     m_connection.connect(anyone, Mpris::Path, Mpris::PropertiesInterface, QStringLiteral("PropertiesChanged"),
         {Mpris::PlayerInterface}, QString(), this, SLOT(handlePlayerSignal(QDBusMessage)));
     m_connection.connect(anyone, Mpris::Path, Mpris::PropertiesInterface, QStringLiteral("PropertiesChanged"),
         {Mpris::RootInterface}, QString(), this, SLOT(handleRootSignal(QDBusMessage)));
     m_connection.connect(anyone, Mpris::Path, Mpris::PlayerInterface, QStringLiteral("Seeked"), this,
         SLOT(handlePlayerSignal(QDBusMessage)));
-    m_connection.connect(anyone, QStringLiteral("/org/freedesktop/DBus/Local"),
-        QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this,
-        SIGNAL(busLost()));
 }
 
-void MprisBrowser::listNames()
+void MprisBrowser::watchNames()
 {
-    auto *watcher = new QDBusPendingCallWatcher(
-        m_connection.asyncCall(busCall(QStringLiteral("ListNames")), m_timeout), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
-        watcher->deleteLater();
-        const QDBusPendingReply<QStringList> reply = *watcher;
-        if (reply.isError())
-            qCWarning(lcKelvo) << "The session bus does not tell who is there:" << reply.error().message();
-        const QStringList names = reply.isError() ? QStringList() : reply.value();
-        for (const QString &name : names) {
-            if (isPlayer(name))
-                askOwner(name);
-        }
+    const auto *names = new BusNames(m_connection, isPlayer, m_timeout, this);
+    connect(names, &BusNames::appeared, this, &MprisBrowser::addPlayer);
+    connect(names, &BusNames::vanished, this, &MprisBrowser::dropPlayer);
+    connect(names, &BusNames::busLost, this, &MprisBrowser::busLost);
+    connect(names, &BusNames::listingFailed, this, [](const QString &reason) {
+        qCWarning(lcKelvo) << "The session bus does not tell who is there:" << reason;
     });
 }
 
-void MprisBrowser::askOwner(const QString &name)
-{
-    QDBusMessage call = busCall(QStringLiteral("GetNameOwner"));
-    call << name;
-    auto *watcher = new QDBusPendingCallWatcher(m_connection.asyncCall(call, m_timeout), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, name] {
-        watcher->deleteLater();
-        const QDBusPendingReply<QString> reply = *watcher;
-        if (!reply.isError()) // Else it has gone meanwhile.
-            setOwner(name, reply.value());
-    });
-}
-
-void MprisBrowser::handleNameOwnerChanged(const QDBusMessage &message)
-{
-    // Anybody can send a signal of this name.
-    if (message.service() != Mpris::BusService || message.signature() != u"sss")
-        return;
-    const QString name = message.arguments().at(0).toString();
-    if (isPlayer(name))
-        setOwner(name, message.arguments().at(2).toString());
-}
-
-void MprisBrowser::setOwner(const QString &name, const QString &owner)
-{
-    const QString before = m_owners.take(name);
-    if (!owner.isEmpty())
-        m_owners.insert(name, owner);
-    // A player may have two names, and our own would be driven in a circle.
-    if (!owner.isEmpty() && owner != m_connection.baseService() && !m_players.contains(owner))
-        addPlayer(name, owner);
-    // Last: whoever hears that a renderer goes may unload all of this.
-    if (before != owner && !before.isEmpty())
-        dropOwner(before);
-}
-
-void MprisBrowser::addPlayer(const QString &name, const QString &owner)
+void MprisBrowser::addPlayer(const QString &owner, const QString &name)
 {
     if (!m_registry || m_players.size() >= MaximumPlayers)
         return;
@@ -127,12 +74,9 @@ void MprisBrowser::addPlayer(const QString &name, const QString &owner)
         owner, new MprisPlayer(m_registry, {m_connection, owner, {}, m_timeout}, name, namer, this));
 }
 
-void MprisBrowser::dropOwner(const QString &owner)
+void MprisBrowser::dropPlayer(const QString &owner)
 {
-    const bool hasOtherName = std::any_of(
-        m_owners.cbegin(), m_owners.cend(), [&owner](const QString &other) { return other == owner; });
-    MprisPlayer *player = hasOtherName ? nullptr : m_players.take(owner);
-    if (player)
+    if (MprisPlayer *player = m_players.take(owner))
         player->leave();
 }
 

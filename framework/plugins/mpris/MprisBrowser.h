@@ -27,22 +27,18 @@ Q_SIGNALS:
 
 private Q_SLOTS:
     // Slots that take the message get it whatever its arguments are, so that wrong ones do no harm.
-    void handleNameOwnerChanged(const QDBusMessage &message);
     void handlePlayerSignal(const QDBusMessage &message);
     void handleRootSignal(const QDBusMessage &message);
 
 private:
     void subscribe();
-    void listNames();
-    void askOwner(const QString &name);
-    void setOwner(const QString &name, const QString &owner);
-    void addPlayer(const QString &name, const QString &owner);
-    void dropOwner(const QString &owner);
+    void watchNames();
+    void addPlayer(const QString &owner, const QString &name);
+    void dropPlayer(const QString &owner);
     QString uniqueName(const QString &name, const QString &service) const;
 
     QPointer<KelvoRegistry> m_registry;
     QDBusConnection m_connection;
     const int m_timeout;
-    QHash<QString, QString> m_owners; ///< unique names by well-known names
     QHash<QString, MprisPlayer *> m_players; ///< by unique names
 };

@@ -1,20 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include "PlaylistBrowser.h"
 
+#include "BusNames.h"
 #include "KelvoMessageHandler.h"
 #include "KelvoRegistry.h"
 
 #include <QDBusMessage>
-#include <QDBusPendingCall>
-#include <QDBusPendingReply>
 #include <QRegularExpression>
 
 using namespace PlaylistProtocol;
 
 namespace {
-QDBusMessage busCall(const QString &member)
+bool isWanted(const QString &name)
 {
-    return QDBusMessage::createMethodCall(BusService, BusPath, BusService, member);
+    return name.startsWith(ServicePrefix);
 }
 
 /// "pid 1234" of the names that our processes take, else what stands behind the prefix.
@@ -36,7 +35,7 @@ PlaylistBrowser::PlaylistBrowser(
 {
     // In this order nothing that comes meanwhile is missed.
     subscribe();
-    listNames();
+    watchNames();
 }
 
 PlaylistBrowser::~PlaylistBrowser()
@@ -50,8 +49,6 @@ void PlaylistBrowser::subscribe()
     // signal is checked on arrival.
     const QString anyone;
     const QString anywhere;
-    m_connection.connect(anyone, BusPath, BusService, QStringLiteral("NameOwnerChanged"), this,
-        SLOT(handleNameOwnerChanged(QDBusMessage)));
     m_connection.connect(anyone, RootPath, ObjectManagerInterface, QStringLiteral("InterfacesAdded"), this,
         SLOT(handleInterfacesAdded(QDBusMessage)));
     m_connection.connect(anyone, RootPath, ObjectManagerInterface, QStringLiteral("InterfacesRemoved"), this,
@@ -60,59 +57,22 @@ void PlaylistBrowser::subscribe()
         anyone, anywhere, Interface, QStringLiteral("Changed"), this, SLOT(handleChanged(QDBusMessage)));
     m_connection.connect(anyone, anywhere, PropertiesInterface, QStringLiteral("PropertiesChanged"),
         {Interface}, QString(), this, SLOT(handlePropertiesChanged(QDBusMessage)));
-    m_connection.connect(anyone, QStringLiteral("/org/freedesktop/DBus/Local"),
-        QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this,
-        SIGNAL(busLost()));
 }
 
-void PlaylistBrowser::listNames()
+void PlaylistBrowser::watchNames()
 {
-    auto *watcher = new QDBusPendingCallWatcher(
-        m_connection.asyncCall(busCall(QStringLiteral("ListNames")), m_timeout), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
-        watcher->deleteLater();
-        const QDBusPendingReply<QStringList> reply = *watcher;
-        if (reply.isError())
-            qCWarning(lcKelvo) << "The session bus does not tell who is there:" << reply.error().message();
-        const QStringList names = reply.isError() ? QStringList() : reply.value();
-        for (const QString &name : names) {
-            if (name.startsWith(ServicePrefix))
-                askOwner(name);
-        }
+    const auto *names = new BusNames(m_connection, isWanted, m_timeout, this);
+    connect(names, &BusNames::appeared, this, &PlaylistBrowser::addPeer);
+    connect(names, &BusNames::vanished, this, &PlaylistBrowser::dropPeer);
+    connect(names, &BusNames::busLost, this, &PlaylistBrowser::busLost);
+    connect(names, &BusNames::listingFailed, this, [](const QString &reason) {
+        qCWarning(lcKelvo) << "The session bus does not tell who is there:" << reason;
     });
 }
 
-void PlaylistBrowser::askOwner(const QString &name)
+void PlaylistBrowser::addPeer(const QString &owner, const QString &name)
 {
-    QDBusMessage call = busCall(QStringLiteral("GetNameOwner"));
-    call << name;
-    auto *watcher = new QDBusPendingCallWatcher(m_connection.asyncCall(call, m_timeout), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, name] {
-        watcher->deleteLater();
-        const QDBusPendingReply<QString> reply = *watcher;
-        if (!reply.isError()) // Else it has gone meanwhile.
-            setOwner(name, reply.value());
-    });
-}
-
-void PlaylistBrowser::handleNameOwnerChanged(const QDBusMessage &message)
-{
-    // Anybody can send a signal of this name.
-    if (message.service() != BusService || message.signature() != u"sss")
-        return;
-    const QString name = message.arguments().at(0).toString();
-    if (name.startsWith(ServicePrefix))
-        setOwner(name, message.arguments().at(2).toString());
-}
-
-void PlaylistBrowser::setOwner(const QString &name, const QString &owner)
-{
-    const QString before = m_owners.take(name);
-    if (!owner.isEmpty())
-        m_owners.insert(name, owner);
-    if (before != owner && !before.isEmpty())
-        dropOwner(before);
-    if (owner.isEmpty() || owner == m_connection.baseService() || m_peers.contains(owner) || !m_registry)
+    if (!m_registry)
         return;
     if (m_peers.size() >= MaxPeers) {
         if (!std::exchange(m_tooMany, true))
@@ -125,12 +85,9 @@ void PlaylistBrowser::setOwner(const QString &name, const QString &owner)
     peer->list();
 }
 
-void PlaylistBrowser::dropOwner(const QString &owner)
+void PlaylistBrowser::dropPeer(const QString &owner)
 {
-    const bool hasOtherName = std::any_of(
-        m_owners.cbegin(), m_owners.cend(), [&owner](const QString &other) { return other == owner; });
-    PlaylistPeer *peer = hasOtherName ? nullptr : m_peers.take(owner);
-    if (peer)
+    if (PlaylistPeer *peer = m_peers.take(owner))
         peer->leave();
 }
 

@@ -22,7 +22,6 @@ Q_SIGNALS:
 
 private Q_SLOTS:
     // Slots that take the message get it whatever its arguments are, so that wrong ones are noticed.
-    void handleNameOwnerChanged(const QDBusMessage &message);
     void handleInterfacesAdded(const QDBusMessage &message);
     void handleInterfacesRemoved(const QDBusMessage &message);
     void handleChanged(const QDBusMessage &message);
@@ -30,17 +29,15 @@ private Q_SLOTS:
 
 private:
     void subscribe();
-    void listNames();
-    void askOwner(const QString &name);
-    void setOwner(const QString &name, const QString &owner);
-    void dropOwner(const QString &owner);
+    void watchNames();
+    void addPeer(const QString &owner, const QString &name);
+    void dropPeer(const QString &owner);
     /// The sender, when it offers playlists and the arguments are of these types; else null.
     PlaylistPeer *senderOf(const QDBusMessage &message, QStringView signature);
 
     QPointer<KelvoRegistry> m_registry;
     QDBusConnection m_connection;
     const int m_timeout;
-    QHash<QString, QString> m_owners; // Unique names by well-known names.
     QHash<QString, PlaylistPeer *> m_peers; // By unique names.
     bool m_tooMany = false;
 };
