@@ -51,18 +51,26 @@ SharedInterfaces ExportedPlaylist::interfaces() const
     return {{PlaylistProtocol::Interface, properties}};
 }
 
-SharedItems ExportedPlaylist::GetItems(uint start, uint count, uint &revision)
+SharedItems ExportedPlaylist::GetItems(uint, uint, uint &revision)
 {
     setDelayedReply(true);
-    Q_EMIT pageRequested(message(), start, count);
+    Q_EMIT itemsRequested(message());
     revision = 0;
     return {};
 }
 
-QByteArray ExportedPlaylist::GetPackedItems(uint start, uint count, uint &revision)
+QDBusUnixFileDescriptor ExportedPlaylist::OpenItems(uint &count, uint &revision)
 {
-    GetItems(start, count, revision);
+    setDelayedReply(true);
+    Q_EMIT itemsRequested(message());
+    count = 0;
+    revision = 0;
     return {};
+}
+
+SharedItem ExportedPlaylist::itemAt(uint index) const
+{
+    return m_playlist ? sharedItem(m_playlist->mediaInfoAt(index)) : SharedItem();
 }
 
 SharedItems ExportedPlaylist::page(uint start, uint count) const
@@ -72,7 +80,7 @@ SharedItems ExportedPlaylist::page(uint start, uint count) const
     const auto end = std::min<quint64>(itemCount(), quint64(start) + std::min(count, MaxPageItems));
     qsizetype characters = 0;
     for (quint64 index = start; index < end && characters < MaxPageCharacters; ++index) {
-        items.append(sharedItem(m_playlist->mediaInfoAt(uint(index))));
+        items.append(itemAt(uint(index)));
         characters += items.constLast().characters();
     }
     return items;

@@ -4,6 +4,7 @@
 #include "PlaylistProtocol.h"
 
 #include <QDBusContext>
+#include <QDBusUnixFileDescriptor>
 #include <QObject>
 #include <QPointer>
 #include <QTimer>
@@ -12,7 +13,7 @@ class KelvoPlaylist;
 class QDBusMessage;
 
 /// One playlist of this process as an object on the bus; the adaptor generated from the interface description
-/// forwards to it. Keeps no copy of the items: they are read from the playlist when a page is asked for.
+/// forwards to it. Keeps no copy of the items: they are read from the playlist when they are asked for.
 class ExportedPlaylist : public QObject, protected QDBusContext
 {
     Q_OBJECT
@@ -35,17 +36,19 @@ public:
     /// All properties, as the object manager announces them.
     SharedInterfaces interfaces() const;
 
-    /// The operations of the bus interface. They answer later, through pageRequested().
+    /// The operations of the bus interface. They answer later, through itemsRequested().
     SharedItems GetItems(uint start, uint count, uint &revision);
-    QByteArray GetPackedItems(uint start, uint count, uint &revision);
+    QDBusUnixFileDescriptor OpenItems(uint &count, uint &revision);
 
+    /// One item, its texts cut to what others take.
+    SharedItem itemAt(uint index) const;
     /// The items of a page, clamped to what one reply may hold.
     SharedItems page(uint start, uint count) const;
 
 Q_SIGNALS:
     /// The signal of the bus interface; changes in quick succession give one.
     void Changed(uint revision);
-    void pageRequested(const QDBusMessage &request, uint start, uint count);
+    void itemsRequested(const QDBusMessage &request);
 
 private:
     void noteChange();

@@ -79,7 +79,11 @@ QVariant ForeignItemModel::headerData(int section, Qt::Orientation orientation, 
 ForeignItemModel::Change ForeignItemModel::append(const SharedItems &items)
 {
     const Change change{m_items.size(), 0, items.size()};
-    insert(change.from, items);
+    if (items.isEmpty())
+        return change;
+    beginInsertRows({}, int(change.from), int(change.from + change.added - 1));
+    m_items.append(items);
+    endInsertRows();
     return change;
 }
 

@@ -23,21 +23,21 @@ QString shownName(const QString &name, const QString &origin)
 }
 } // namespace
 
-ForeignPlaylist::ForeignPlaylist(const PlaylistAddress &address, PageTurns *turns,
+ForeignPlaylist::ForeignPlaylist(PeerCalls *calls, const QString &path,
     const PlaylistDescription &description, const QString &origin, QObject *parent)
     : KelvoPlaylist(parent)
     , m_description(description)
     , m_origin(origin)
     , m_name(shownName(description.name, origin))
-    , m_loader(new PageLoader(address, turns, description.revision, this))
+    , m_loader(new ItemLoader(calls, path, description.revision, this))
 {
-    connect(m_loader, &PageLoader::itemsArrived, this,
+    connect(m_loader, &ItemLoader::itemsArrived, this,
         [this](const SharedItems &items) { announce(m_model.append(items)); });
-    connect(m_loader, &PageLoader::itemsReplaced, this,
+    connect(m_loader, &ItemLoader::itemsReplaced, this,
         [this](const SharedItems &items) { announce(m_model.replace(items)); });
-    connect(m_loader, &PageLoader::completed, this, &ForeignPlaylist::checkCount);
-    connect(m_loader, &PageLoader::complaint, this, &ForeignPlaylist::complaint);
-    connect(m_loader, &PageLoader::broken, this, &ForeignPlaylist::broken);
+    connect(m_loader, &ItemLoader::completed, this, &ForeignPlaylist::checkCount);
+    connect(m_loader, &ItemLoader::complaint, this, &ForeignPlaylist::complaint);
+    connect(m_loader, &ItemLoader::broken, this, &ForeignPlaylist::broken);
 }
 
 QAbstractItemModel *ForeignPlaylist::itemModel()

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "ForeignItemModel.h"
+#include "ItemLoader.h"
 #include "KelvoPlaylist.h"
-#include "PageLoader.h"
 
 /// What another process says of one of its playlists.
 struct PlaylistDescription
@@ -21,9 +21,9 @@ class ForeignPlaylist : public KelvoPlaylist
 {
     Q_OBJECT
 public:
-    /// @param turns   shared by all playlists of that process
+    /// @param calls   to that process, shared by all its playlists
     /// @param origin  what tells the tester whose playlist it is; shown behind the name
-    ForeignPlaylist(const PlaylistAddress &address, PageTurns *turns, const PlaylistDescription &description,
+    ForeignPlaylist(PeerCalls *calls, const QString &path, const PlaylistDescription &description,
         const QString &origin, QObject *parent = nullptr);
 
     QString uuid() const override { return m_description.id; }
@@ -49,7 +49,7 @@ public:
     void rename(const QString &name);
 
 Q_SIGNALS:
-    /// See PageLoader.
+    /// See ItemLoader.
     void complaint(const QString &text);
     void broken(const QString &reason);
 
@@ -62,5 +62,5 @@ private:
     const QString m_origin;
     QString m_name;
     ForeignItemModel m_model;
-    PageLoader *m_loader;
+    ItemLoader *m_loader;
 };

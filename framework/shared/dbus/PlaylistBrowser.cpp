@@ -80,7 +80,7 @@ void PlaylistBrowser::addPeer(const QString &owner, const QString &name)
                                << "processes offer playlists, the others are not shown";
         return;
     }
-    auto *peer = new PlaylistPeer(m_registry, {m_connection, owner, {}, m_timeout}, labelOf(name), this);
+    auto *peer = new PlaylistPeer(m_registry, m_connection, owner, labelOf(name), m_timeout, this);
     m_peers.insert(owner, peer);
     peer->list();
 }

@@ -2,10 +2,10 @@
 #include "PlaylistExporter.h"
 
 #include "ExportedPlaylist.h"
+#include "ItemServer.h"
 #include "KelvoMessageHandler.h"
 #include "KelvoPlaylist.h"
 #include "ObjectManagerAdaptor.h"
-#include "PageServer.h"
 #include "playlist1adaptor.h"
 
 #include <QCoreApplication>
@@ -31,7 +31,7 @@ PlaylistExporter::PlaylistExporter(const QDBusConnection &connection, int timeou
     : QObject(parent)
     , m_connection(connection)
     , m_timeout(timeout)
-    , m_pages(new PageServer(connection, this))
+    , m_items(new ItemServer(connection, this))
     , m_objectManager(new ObjectManagerAdaptor(this, [this] { return managedObjects(); }))
 {
     m_connection.registerObject(PlaylistProtocol::RootPath, this, QDBusConnection::ExportAdaptors);
@@ -83,10 +83,8 @@ void PlaylistExporter::add(KelvoPlaylist *playlist)
     const QString path = PlaylistProtocol::RootPath + QStringLiteral("/p") + QString::number(m_nextNumber++);
     auto object = std::make_unique<ExportedPlaylist>(playlist, path);
     new Playlist1Adaptor(object.get());
-    connect(object.get(), &ExportedPlaylist::pageRequested, m_pages,
-        [this, asked = object.get()](const QDBusMessage &request, uint start, uint count) {
-            m_pages->enqueue(asked, request, start, count);
-        });
+    connect(object.get(), &ExportedPlaylist::itemsRequested, m_items,
+        [this, asked = object.get()](const QDBusMessage &request) { m_items->enqueue(asked, request); });
     connect(object.get(), &ExportedPlaylist::Changed, this,
         [this, changed = object.get()] { announceProperties(*changed); });
     connect(playlist, &QObject::destroyed, this, &PlaylistExporter::remove);

@@ -10,9 +10,9 @@
 #include <vector>
 
 class ExportedPlaylist;
+class ItemServer;
 class KelvoPlaylist;
 class ObjectManagerAdaptor;
-class PageServer;
 
 /// Offers the playlists of this process to the other ones: the well-known name, the object manager and an
 /// object for each playlist. GUI thread; never waits for the bus.
@@ -44,7 +44,7 @@ private:
     QDBusConnection m_connection;
     const int m_timeout;
     QString m_name; // Once it is owned.
-    PageServer *m_pages;
+    ItemServer *m_items;
     ObjectManagerAdaptor *m_objectManager;
     std::vector<Export> m_exports;
     quint64 m_nextNumber = 0;

@@ -4,8 +4,8 @@
 #include "KelvoMessageHandler.h"
 #include "KelvoRegistry.h"
 
+#include <QDBusError>
 #include <QDBusMessage>
-#include <QDBusPendingCall>
 #include <QTimer>
 
 #include <optional>
@@ -39,10 +39,11 @@ std::optional<PlaylistDescription> describe(const QVariantMap &properties)
 }
 } // namespace
 
-PlaylistPeer::PlaylistPeer(KelvoRegistry *registry, PlaylistAddress address, QString label, QObject *parent)
+PlaylistPeer::PlaylistPeer(KelvoRegistry *registry, const QDBusConnection &connection, const QString &owner,
+    QString label, int timeout, QObject *parent)
     : QObject(parent)
     , m_registry(registry)
-    , m_address(std::move(address))
+    , m_calls(connection, owner, timeout)
     , m_label(std::move(label))
 {
     connect(registry, &KelvoRegistry::playlistRemoved, this, &PlaylistPeer::noteFreedId);
@@ -56,8 +57,7 @@ PlaylistPeer::~PlaylistPeer()
 void PlaylistPeer::leave()
 {
     // Answers that are still under way must not bring anything back.
-    qDeleteAll(findChildren<QDBusPendingCallWatcher *>(Qt::FindDirectChildrenOnly));
-    m_turns.dropWaiting();
+    m_calls.end();
     withdrawAll();
     deleteLater();
 }
@@ -76,20 +76,14 @@ void PlaylistPeer::list()
     if (m_listing)
         return;
     m_listing = true;
-    auto request = QDBusMessage::createMethodCall(
-        m_address.owner, RootPath, ObjectManagerInterface, QStringLiteral("GetManagedObjects"));
-    request.setAutoStartService(false);
-    auto *watcher
-        = new QDBusPendingCallWatcher(m_address.connection.asyncCall(request, m_address.timeout), this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
-        watcher->deleteLater();
+    const QDBusMessage call
+        = m_calls.make(RootPath, ObjectManagerInterface, QStringLiteral("GetManagedObjects"));
+    m_calls.send(this, call, [this](const QDBusMessage &reply) {
         m_listing = false;
-        if (!isAnswerOf(watcher->reply(), m_address.owner))
-            handleSilence();
-        else if (watcher->isError())
-            handleListError(watcher->error());
+        if (reply.type() == QDBusMessage::ErrorMessage)
+            handleListError(QDBusError(reply));
         else
-            handleList(watcher->reply());
+            handleList(reply);
     });
 }
 
@@ -115,7 +109,7 @@ void PlaylistPeer::handleSilence()
     if (m_attempt < MaxAttempts)
         list();
     else
-        QTimer::singleShot(RestInTimeouts * m_address.timeout, this, &PlaylistPeer::list);
+        QTimer::singleShot(RestInTimeouts * m_calls.timeout(), this, &PlaylistPeer::list);
     if (m_attempt++ == MaxAttempts)
         complain(QStringLiteral("it does not answer"));
 }
@@ -179,9 +173,7 @@ void PlaylistPeer::create(const QString &path, const PlaylistDescription &descri
                      .arg(path, description.id));
         return;
     }
-    PlaylistAddress address = m_address;
-    address.path = path;
-    auto *playlist = new ForeignPlaylist(address, &m_turns, description, m_label);
+    auto *playlist = new ForeignPlaylist(&m_calls, path, description, m_label);
     connect(playlist, &ForeignPlaylist::complaint, this, [this, path](const QString &text) {
         complain(QStringLiteral("its playlist %1: %2").arg(path, text));
     });

@@ -5,7 +5,6 @@
 
 #include <QHash>
 #include <QPointer>
-#include <QSet>
 
 class KelvoRegistry;
 
@@ -15,9 +14,11 @@ class PlaylistPeer : public QObject
 {
     Q_OBJECT
 public:
-    /// @param address  its path is not used
+    /// @param owner    its unique bus name
     /// @param label    what tells the tester which process it is
-    PlaylistPeer(KelvoRegistry *registry, PlaylistAddress address, QString label, QObject *parent = nullptr);
+    /// @param timeout  milliseconds that each call may take
+    PlaylistPeer(KelvoRegistry *registry, const QDBusConnection &connection, const QString &owner,
+        QString label, int timeout, QObject *parent = nullptr);
     ~PlaylistPeer() override;
 
     /// The process has gone: takes its playlists out at once and deletes this object from the event loop.
@@ -43,11 +44,10 @@ private:
     void noteFreedId(const QString &id);
 
     QPointer<KelvoRegistry> m_registry;
-    const PlaylistAddress m_address;
+    PeerCalls m_calls;
     const QString m_label;
     QHash<QString, ForeignPlaylist *> m_playlists; // By path.
     QHash<QString, QString> m_refusedIds; // By path; in use by other playlists when they were offered.
-    PageTurns m_turns;
     bool m_listing = false;
     int m_attempt = 1;
     int m_complaints = 0;

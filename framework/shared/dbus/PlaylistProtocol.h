@@ -9,6 +9,8 @@
 #include <QString>
 #include <QVariantMap>
 
+#include <fcntl.h>
+
 /// One playlist item as it crosses the bus: (ssssx).
 struct SharedItem
 {
@@ -21,6 +23,8 @@ struct SharedItem
     bool operator==(const SharedItem &) const = default;
     qsizetype characters() const { return id.size() + title.size() + url.size() + mimeType.size(); }
 };
+
+Q_DECLARE_TYPEINFO(SharedItem, Q_RELOCATABLE_TYPE);
 
 using SharedItems = QList<SharedItem>; ///< a(ssssx)
 using SharedInterfaces = QMap<QString, QVariantMap>; ///< a{sa{sv}}: properties by interface
@@ -35,6 +39,9 @@ namespace PlaylistProtocol {
 inline constexpr QLatin1String ServicePrefix{"org.kelvo.Playlists."};
 inline constexpr QLatin1String RootPath{"/org/kelvo/Playlists"};
 inline constexpr QLatin1String Interface{"org.kelvo.Playlist1"};
+inline constexpr QLatin1String GetItems{"GetItems"};
+inline constexpr QLatin1String OpenItems{"OpenItems"};
+inline constexpr QLatin1String ChangedError{"org.kelvo.Playlist1.Error.Changed"};
 inline constexpr QLatin1String ObjectManagerInterface{"org.freedesktop.DBus.ObjectManager"};
 inline constexpr QLatin1String PropertiesInterface{"org.freedesktop.DBus.Properties"};
 inline constexpr QLatin1String BusService{"org.freedesktop.DBus"};
@@ -49,9 +56,13 @@ inline constexpr qsizetype MaxUrlCharacters = 128 * 1024;
 
 /// What is taken from another process, whatever it offers.
 inline constexpr uint FirstPageItems = 100;
-inline constexpr uint NextPageItems = 500;
+inline constexpr uint NextPageItems = 500; ///< also taken out of a file for each turn of the event loop
 inline constexpr qsizetype MaxItems = 100'000;
 inline constexpr qsizetype MaxCharacters = 32 * 1024 * 1024;
+/// The files of OpenItems hold what is taken, and no more.
+inline constexpr qsizetype LeastItemBytes = 4 * sizeof(quint32) + sizeof(qlonglong);
+inline constexpr qsizetype MaxFileBytes = MaxItems * LeastItemBytes + 2 * MaxCharacters;
+inline constexpr int FileSeals = F_SEAL_SEAL | F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE;
 inline constexpr qsizetype MaxPlaylistsOfPeer = 2000;
 inline constexpr qsizetype MaxPeers = 500;
 

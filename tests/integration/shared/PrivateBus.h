@@ -7,10 +7,12 @@
 class PrivateBus
 {
 public:
-    PrivateBus()
+    /// @param configuration  options of the daemon that say what bus it is
+    explicit PrivateBus(const QStringList &configuration = {QStringLiteral("--session")})
     {
         m_daemon.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_daemon.start("dbus-daemon", {"--session", "--nofork", "--nopidfile", "--print-address=1"});
+        m_daemon.start(
+            "dbus-daemon", configuration + QStringList{"--nofork", "--nopidfile", "--print-address=1"});
         if (!m_daemon.waitForReadyRead())
             qFatal("dbus-daemon does not start");
         qputenv("DBUS_SESSION_BUS_ADDRESS", m_daemon.readLine().trimmed());

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "RoguePeer.h"
 
+#include "RogueFiles.h"
+
 #include <QTest>
 
 namespace {
@@ -92,9 +94,20 @@ void RoguePeer::refuse(const QDBusMessage &call, const QString &text, QDBusError
     m_connection.send(call.createErrorReply(type, text));
 }
 
+void RoguePeer::fail(const QDBusMessage &call, const QString &errorName)
+{
+    m_connection.send(call.createErrorReply(errorName, QStringLiteral("Not now")));
+}
+
 void RoguePeer::replyPage(const QDBusMessage &call, const WireItems &page, uint pageRevision)
 {
     reply(call, {QVariant::fromValue(page), pageRevision});
+}
+
+void RoguePeer::replyFile(const QDBusMessage &call, const WireItems &list, uint listRevision)
+{
+    const QDBusUnixFileDescriptor file = RogueFiles::inMemory(RogueFiles::packed(list));
+    reply(call, {QVariant::fromValue(file), uint(list.size()), listRevision});
 }
 
 void RoguePeer::signal(
@@ -115,10 +128,10 @@ bool RoguePeer::handleMessage(const QDBusMessage &message, const QDBusConnection
             reply(message, {QVariant::fromValue(objects)});
         return true;
     }
-    if (message.member() == u"GetPackedItems") {
-        ++packedPages;
-        if (onPackedPage)
-            onPackedPage(message);
+    if (message.member() == u"OpenItems") {
+        ++files;
+        if (onFile)
+            onFile(message);
         else
             refuse(message, QStringLiteral("No such method"), QDBusError::UnknownMethod);
         return true;

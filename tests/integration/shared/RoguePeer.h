@@ -36,11 +36,11 @@ public:
     using Handler = std::function<void(const QDBusMessage &call)>;
     Handler onList;
     Handler onPage;
-    /// Without this it does not know packed items, and is asked for plain ones.
-    Handler onPackedPage;
+    /// Without this it knows no files, and is asked for pages.
+    Handler onFile;
     int lists = 0;
     int pages = 0;
-    int packedPages = 0;
+    int files = 0;
 
     /// Takes the name, so that others find it.
     void appear();
@@ -54,7 +54,9 @@ public:
     void reply(const QDBusMessage &call, const QVariantList &arguments);
     void refuse(
         const QDBusMessage &call, const QString &text, QDBusError::ErrorType type = QDBusError::Failed);
+    void fail(const QDBusMessage &call, const QString &errorName);
     void replyPage(const QDBusMessage &call, const WireItems &page, uint pageRevision);
+    void replyFile(const QDBusMessage &call, const WireItems &list, uint listRevision);
     void signal(
         const QString &path, const QString &interface, const QString &member, const QVariantList &arguments);
 

@@ -87,20 +87,6 @@ Page page(const QString &path, uint start, uint count)
     return pageOf(ask(path, interface, "GetItems", {start, count}));
 }
 
-/// The texts of packed items, one after the other.
-QStringList packedFields(const QString &path, uint start, uint count)
-{
-    const QDBusMessage reply = ask(path, interface, "GetPackedItems", {start, count});
-    if (reply.signature() != "ayu")
-        return {"no packed items"};
-    QList<QByteArray> fields = reply.arguments().at(0).toByteArray().split('\0');
-    fields.removeLast(); // What stands behind the last separator.
-    QStringList texts;
-    for (const QByteArray &field : fields)
-        texts.append(QString::fromUtf8(field));
-    return texts;
-}
-
 void publish(const QString &id, int count)
 {
     QVERIFY(KelvoShared::instance()->publishPlaylist(SharedLists::make(id, "Name of " + id, count)));
@@ -257,21 +243,6 @@ private Q_SLOTS:
         QCOMPARE(got.revision, 1U);
     }
 
-    void givesTheSameItemsPacked()
-    {
-        publish("packed", 30);
-        const QString path = pathOf("packed");
-        QStringList expected;
-        for (const WireItem &item : page(path, 0, 20).items)
-            expected << item.id << item.title << item.url << item.mimeType << QString::number(item.duration);
-        QCOMPARE(expected.size(), 20 * 5);
-        QCOMPARE(packedFields(path, 0, 20), expected);
-        QCOMPARE(packedFields(path, 10, 10), expected.mid(50));
-        QCOMPARE(packedFields(path, 30, 10), QStringList());
-        QCOMPARE(ask(path, interface, "GetPackedItems", {0U, 1U}).arguments().value(1).toUInt(),
-            page(path, 0, 1).revision);
-    }
-
     void clampsPages_data()
     {
         QTest::addColumn<uint>("start");
@@ -328,7 +299,7 @@ private Q_SLOTS:
         QFile file(INTERFACE_DESCRIPTION);
         QVERIFY(file.open(QIODevice::ReadOnly));
         const QStringList expected = declarations(file.readAll());
-        QCOMPARE(expected.size(), 17);
+        QCOMPARE(expected.size(), 16);
         const auto reply = ask(pathOf("described"), "org.freedesktop.DBus.Introspectable", "Introspect");
         QCOMPARE(declarations(reply.arguments().value(0).toString().toUtf8()), expected);
     }
@@ -356,7 +327,6 @@ private Q_SLOTS:
         QVERIFY(KelvoShared::instance()->publishPlaylist(SharedLists::make("odd-name", text, 1)));
         const Page got = page(pathOf("odd"), 0, 10);
         QCOMPARE(got.items.size(), 3);
-        QCOMPARE(packedFields(pathOf("odd"), 0, 10).size(), 3 * 5);
         QVERIFY(got.items.last().title.startsWith('a'));
         QVERIFY(got.items.last().title.size() <= 4096);
         QVERIFY(!pathOf("odd-name").isEmpty());

@@ -43,64 +43,13 @@ private Q_SLOTS:
         QVERIFY(log.warnings().first().contains("of the type"));
     }
 
-    void dropsAListOfWrongPackedItems_data()
-    {
-        QTest::addColumn<QVariantList>("answer");
-        QTest::newRow("nothing") << QVariantList();
-        QTest::newRow("a text") << QVariantList{"items", 1U};
-        QTest::newRow("plain items") << QVariantList{QVariant::fromValue(WireItems()), 1U};
-        QTest::newRow("no revision") << QVariantList{QByteArray()};
-        QTest::newRow("no separator") << QVariantList{QByteArray("id"), 1U};
-        QTest::newRow("no last separator") << QVariantList{packed(1).chopped(1), 1U};
-        QTest::newRow("a field too few") << QVariantList{separated({"id", "title", "url", "1"}), 1U};
-        QTest::newRow("a field too many") << QVariantList{packed(1) + '\0', 1U};
-        QTest::newRow("a word for the duration") << QVariantList{separated({"i", "t", "u", "m", "long"}), 1U};
-        QTest::newRow("no duration") << QVariantList{separated({"i", "t", "u", "m", ""}), 1U};
-        QTest::newRow("more than asked for") << QVariantList{packed(101), 1U};
-        QTest::newRow("a million separators") << QVariantList{QByteArray(1'000'000, '\0'), 1U};
-    }
-
-    void dropsAListOfWrongPackedItems()
-    {
-        QFETCH(QVariantList, answer);
-        m_rogue->onPackedPage = [&](const QDBusMessage &call) {
-            m_rogue->reply(call, answer);
-        };
-        QPointer<KelvoPlaylist> playlist = offer(3);
-        LogRecorder log;
-        playlist->itemModel();
-        QTRY_VERIFY(!find("list"));
-        QTRY_VERIFY(!playlist);
-        QCOMPARE(log.warnings().size(), 1);
-        QCOMPARE(m_rogue->pages, 0);
-    }
-
-    void readsPackedItems()
-    {
-        m_rogue->onPackedPage = [&](const QDBusMessage &call) {
-            m_rogue->reply(call,
-                {startOf(call) == 0 ? packed(2) + separated({"i", "\xff\xc3", "u", "m", "-5"}) : QByteArray(),
-                    1U});
-        };
-        KelvoPlaylist *playlist = offer(3);
-        playlist->itemModel();
-        QTRY_COMPARE(playlist->count(), 3);
-        QCOMPARE(playlist->mediaInfoAt(0).uuid(), "id 0");
-        QCOMPARE(playlist->mediaInfoAt(1).url(), QUrl("http://h/1"));
-        QCOMPARE(playlist->mediaInfoAt(1).mimeType(), "audio/ogg");
-        QCOMPARE(playlist->mediaInfoAt(1).duration(), 60);
-        QCOMPARE(playlist->mediaInfoAt(2).title(), QString(2, QChar::ReplacementCharacter));
-        QCOMPARE(playlist->mediaInfoAt(2).duration(), -1);
-        QCOMPARE(m_rogue->pages, 0);
-    }
-
-    void asksForPlainItemsWhereNoneArePacked()
+    void asksForPagesWhereThereAreNoFiles()
     {
         m_rogue->items = RoguePeer::numbered(1500);
         KelvoPlaylist *playlist = offer(1500);
         playlist->itemModel();
         QTRY_COMPARE(playlist->count(), 1500);
-        QCOMPARE(m_rogue->packedPages, 1);
+        QCOMPARE(m_rogue->files, 1);
     }
 
     void saysWhenItemsCannotBeHadAtAll()
@@ -368,19 +317,6 @@ private Q_SLOTS:
         QCOMPARE(playlist->mediaInfoAt(1).duration(), std::numeric_limits<int>::max());
         QCOMPARE(playlist->mediaInfoAt(2).title().size(), 4096);
         QVERIFY(playlist->mediaInfoAt(3).url().isEmpty());
-    }
-
-private:
-    static QByteArray separated(const QByteArrayList &fields) { return fields.join('\0') + '\0'; }
-
-    static QByteArray packed(int count)
-    {
-        QByteArray bytes;
-        for (int number = 0; number < count; ++number) {
-            const QByteArray digits = QByteArray::number(number);
-            bytes += separated({"id " + digits, "Song " + digits, "http://h/" + digits, "audio/ogg", "60"});
-        }
-        return bytes;
     }
 };
 

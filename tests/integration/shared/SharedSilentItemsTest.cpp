@@ -62,6 +62,46 @@ private Q_SLOTS:
         QCOMPARE(changes.first(), QVariantList({100U, 0U, 900U}));
     }
 
+    void keepsWhatItHasWhenTheFileNeverComes()
+    {
+        m_rogue->items = RoguePeer::numbered(1000);
+        m_rogue->onFile = [](const QDBusMessage &) {
+        };
+        KelvoPlaylist *playlist = offer(1000);
+        QAbstractItemModelTester tester(
+            playlist->itemModel(), QAbstractItemModelTester::FailureReportingMode::QtTest);
+        LogRecorder log;
+        QTRY_COMPARE(playlist->count(), 100);
+        QTRY_COMPARE(log.warnings().size(), 1);
+        QVERIFY(log.warnings().first().contains("does not answer"));
+        QCOMPARE(m_rogue->files, 3);
+        QCOMPARE(m_rogue->pages, 1);
+        // After a rest it is asked again, without more warnings.
+        QTRY_VERIFY_WITH_TIMEOUT(m_rogue->files >= 6, 10'000);
+        QCOMPARE(playlist->count(), 100);
+        m_rogue->onFile = [this](const QDBusMessage &call) {
+            m_rogue->replyFile(call, m_rogue->items, 1);
+        };
+        QTRY_COMPARE_WITH_TIMEOUT(playlist->count(), 1000, 10'000);
+        QCOMPARE(log.warnings().size(), 1);
+    }
+
+    void takesNoFilesFromOthers()
+    {
+        RoguePeer other("other");
+        m_rogue->items = RoguePeer::numbered(200);
+        m_rogue->onFile = [&](const QDBusMessage &call) {
+            RoguePeer &answering = m_rogue->files == 1 ? other : *m_rogue;
+            answering.replyFile(call, RoguePeer::numbered(m_rogue->files == 1 ? 900 : 200), 1);
+        };
+        KelvoPlaylist *playlist = offer(200);
+        LogRecorder log;
+        QCOMPARE(playlist->count(), 0);
+        QTRY_COMPARE(playlist->count(), 200);
+        QCOMPARE(m_rogue->files, 2);
+        QCOMPARE(log.warnings(), QStringList());
+    }
+
     void takesNoItemsFromOthers()
     {
         RoguePeer other("other");
