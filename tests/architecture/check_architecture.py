@@ -11,6 +11,8 @@
 
 The program alone loads none of the libraries that only a back end needs: they come with its plug-in.
 
+ARCHITECTURE.md has a row for each folder that is built.
+
 Exit status 1 and one line for each arrow that points the wrong way.
 """
 import argparse
@@ -37,6 +39,14 @@ MAY_INCLUDE = {
     "framework/plugins/mpris": {
         "framework/session-bus", "framework/core", "framework/playback", "framework/playback/remote"},
     "framework/plugins/tracker-source": {"framework/core", "framework/media", "framework/tracker"},
+}
+
+# The boundary: all that the console may know of the framework.
+BOUNDARY_HEADERS = {
+    "KelvoContent.h", "KelvoError.h", "KelvoGeneralSourcePlaylist.h", "KelvoMessageHandler.h", "KelvoPlaylist.h",
+    "KelvoPluginLoader.h", "KelvoRegistry.h", "KelvoRenderer.h", "KelvoSource.h",
+    "KelvoShared.h",
+    "KelvoTrackerModel.h", "KelvoTrackerModelFactory.h", "QSparqlConnection.h", "QSparqlQueryModel.h",
 }
 
 # Headers of foreign libraries -> the folders that may know them.
@@ -96,6 +106,8 @@ def include_faults(relative, text, owners):
         holders = owners.get(name.rsplit("/", 1)[-1], set())
         if holders and home not in holders and not holders & MAY_INCLUDE[home]:
             faults.append(f"{relative}: includes {name} of {', '.join(sorted(holders))}")
+        elif home == "src" and holders and home not in holders and name.rsplit("/", 1)[-1] not in BOUNDARY_HEADERS:
+            faults.append(f"{relative}: includes {name}, which is no header of the boundary")
         if holders:
             continue
         for pattern, allowed in FOREIGN.items():
@@ -124,6 +136,26 @@ def source_faults(source):
     if not owners:
         faults.append(f"{source}: no headers found")
     return faults
+
+
+def plan_faults(plan, folders):
+    """Faults of the table of folders in ARCHITECTURE.md: `folders` are those that are built."""
+    rows = set()
+    for line in plan.splitlines():
+        cells = line.split("|")
+        if line.startswith("| `") and len(cells) > 2:
+            rows.update(re.findall(r"`([\w/-]+)`", cells[1]))
+    known = {row for row in rows if row.split("/")[0] in ("src", "framework")}
+    return ([f"ARCHITECTURE.md: no row for {folder}" for folder in sorted(set(folders) - rows)]
+            + [f"ARCHITECTURE.md: {folder}, which is not built" for folder in sorted(known - set(folders))])
+
+
+def built_folders(source):
+    """The folders of the product that a target is made in."""
+    files = [path for top in ("src", "framework") for path in sorted((source / top).rglob("CMakeLists.txt"))]
+    makes = re.compile(r"^(add_library|add_executable|kelvo_add_\w+)\(", re.MULTILINE)
+    return [path.parent.relative_to(source).as_posix() for path in files
+            if makes.search(path.read_text(encoding="utf-8"))]
 
 
 def link_faults(binary, needed):
@@ -170,7 +202,9 @@ def main():
     parser.add_argument("--source", type=pathlib.Path, required=True)
     parser.add_argument("--build", type=pathlib.Path, required=True)
     arguments = parser.parse_args()
-    faults = source_faults(arguments.source) + binary_faults(arguments.build)
+    plan = (arguments.source / "ARCHITECTURE.md").read_text(encoding="utf-8")
+    faults = (source_faults(arguments.source) + plan_faults(plan, built_folders(arguments.source))
+              + binary_faults(arguments.build))
     print("\n".join(faults) or "All arrows point the right way.")
     return 1 if faults else 0
 

@@ -3,7 +3,7 @@
 """The architecture check must see the faults it exists for."""
 import unittest
 
-from check_architecture import include_faults, link_faults, load_faults
+from check_architecture import include_faults, link_faults, load_faults, plan_faults
 
 OWNERS = {"KelvoRegistry.h": {"framework/core"}, "GstEngine.h": {"framework/plugins/gst-renderer"},
           "KelvoMainWindow.h": {"src"}, "RemotePlayer.h": {"framework/playback/remote"}, "ItemRenderer.h": {"framework/playback"},
@@ -58,6 +58,24 @@ class Includes(unittest.TestCase):
         self.assertEqual(self.faults("framework/media/a.cpp", "<totem-pl-parser.h>"), [])
         for folder in ("framework/plugins/gst-renderer", "framework/plugins/tracker-source", "framework/tracker"):
             self.assertTrue(self.faults(folder + "/a.cpp", "<totem-pl-parser.h>"))
+
+
+    def test_the_console_knows_the_boundary_only(self):
+        owners = OWNERS | {"KelvoPlayQueue.h": {"framework/core"}}
+        self.assertTrue(include_faults("src/main.cpp", '#include "KelvoPlayQueue.h"\n', owners))
+        self.assertEqual(include_faults("framework/plugins/simulator/a.cpp", '#include "KelvoPlayQueue.h"\n', owners), [])
+
+
+class Plan(unittest.TestCase):
+    PLAN = "| folder | holds |\n|---|---|\n| `src`, `ui` | x |\n| `framework/core` | `framework/other` |\n| `tests` | x |\n"
+
+    def test_each_folder_has_a_row(self):
+        self.assertEqual(plan_faults(self.PLAN, ["src", "framework/core"]), [])
+        self.assertEqual(plan_faults(self.PLAN, ["src", "framework/core", "framework/new"]),
+                         ["ARCHITECTURE.md: no row for framework/new"])
+
+    def test_no_row_outlives_its_folder(self):
+        self.assertEqual(plan_faults(self.PLAN, ["src"]), ["ARCHITECTURE.md: framework/core, which is not built"])
 
 
 class Links(unittest.TestCase):
