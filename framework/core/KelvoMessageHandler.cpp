@@ -1,21 +1,21 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoMessageHandler.h"
 
-#include <QMutex>
-#include <QMutexLocker>
 #include <QTextStream>
+
+#include <mutex>
 
 Q_LOGGING_CATEGORY(lcKelvo, "kelvo", QtInfoMsg)
 
 namespace {
-QBasicMutex streamMutex;
+std::mutex streamMutex;
 QTextStream *copyStream = nullptr;
 QtMessageHandler nextHandler = nullptr;
 
 void copyMessage(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
     {
-        QMutexLocker lock(&streamMutex);
+        const std::scoped_lock lock(streamMutex);
         if (copyStream) {
             *copyStream << qFormatLogMessage(type, context, message) << '\n';
             copyStream->flush();
@@ -27,7 +27,7 @@ void copyMessage(QtMsgType type, const QMessageLogContext &context, const QStrin
 
 void setCopyStream(QTextStream *stream)
 {
-    QMutexLocker lock(&streamMutex);
+    const std::scoped_lock lock(streamMutex);
     copyStream = stream;
 }
 } // namespace

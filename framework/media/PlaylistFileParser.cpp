@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "PlaylistFileParser.h"
 
+#include "GlibHandles.h"
 #include "PlaylistEntries.h"
 
 #include <QDir>
 #include <QFile>
 #include <QTemporaryFile>
 #include <QXmlStreamReader>
-
-#include <memory>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -18,12 +17,6 @@
 namespace {
 using PlaylistFile::Contents;
 using PlaylistFile::Format;
-
-struct Unref
-{
-    void operator()(TotemPlParser *parser) const { g_object_unref(parser); }
-};
-using ParserHandle = std::unique_ptr<TotemPlParser, Unref>;
 
 struct Collection
 {
@@ -111,7 +104,7 @@ bool openRegular(const QByteArray &path, QFile *file)
 
 TotemPlParserResult run(const QString &path, Collection &collection)
 {
-    const ParserHandle parser(totem_pl_parser_new());
+    const GlibHandles::Object<TotemPlParser> parser(totem_pl_parser_new());
     g_object_set(parser.get(), "recurse", FALSE, "disable-unsafe", TRUE, nullptr);
     g_signal_connect(parser.get(), "entry-parsed", G_CALLBACK(addEntry), &collection);
     g_signal_connect(parser.get(), "playlist-started", G_CALLBACK(takeTitle), &collection);

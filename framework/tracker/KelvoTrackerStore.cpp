@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoTrackerStore.h"
 
-#include "GuiMailbox.h"
 #include "KelvoMessageHandler.h"
+#include "Mailbox.h"
 #include "WorkerPool.h"
 #include "store/FileUri.h"
 #include "store/Sparql.h"
@@ -20,11 +20,11 @@
 struct KelvoTrackerStore::Private
 {
     explicit Private(KelvoTrackerStore *store)
-        : mailbox(std::make_shared<GuiMailbox>(store))
+        : mailbox(std::make_shared<Mailbox>(store))
     {
     }
 
-    std::shared_ptr<GuiMailbox> mailbox;
+    std::shared_ptr<Mailbox> mailbox;
     /// One thread: openings, closings and small updates, in the order asked for.
     WorkerPool operations{QStringLiteral("kelvo-tracker-store"), 1};
     QSet<QObject *> users;

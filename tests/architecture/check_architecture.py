@@ -7,7 +7,7 @@
     gst-renderer, simulator, upnp, mpris -> playback (a static library) -> core
     shared, mpris -> session-bus (a static library)
     tracker-source, gst-renderer -> media (a static library) -> core, which alone reads playlist files
-    gst-renderer -> glib (headers only)
+    gst-renderer, media, tracker, tracker-source -> glib (headers only)
 
 The program alone loads none of the libraries that only a back end needs: they come with its plug-in.
 
@@ -27,18 +27,19 @@ MAY_INCLUDE = {
     "framework/core": set(),
     "framework/session-bus": set(),
     "framework/glib": set(),
-    "framework/media": {"framework/core"},
+    "framework/media": {"framework/core", "framework/glib"},
     "framework/playback": {"framework/core"},
     "framework/playback/remote": {"framework/core", "framework/playback"},
     "framework/shared": {"framework/session-bus", "framework/core"},
-    "framework/tracker": {"framework/core"},
+    "framework/tracker": {"framework/core", "framework/glib"},
     "framework/plugins/gst-renderer": {
         "framework/core", "framework/glib", "framework/media", "framework/playback"},
     "framework/plugins/simulator": {"framework/core", "framework/playback"},
     "framework/plugins/upnp": {"framework/core", "framework/playback", "framework/playback/remote"},
     "framework/plugins/mpris": {
         "framework/session-bus", "framework/core", "framework/playback", "framework/playback/remote"},
-    "framework/plugins/tracker-source": {"framework/core", "framework/media", "framework/tracker"},
+    "framework/plugins/tracker-source": {
+        "framework/core", "framework/glib", "framework/media", "framework/tracker"},
 }
 
 # The boundary: all that the console may know of the framework.
@@ -64,6 +65,11 @@ FOREIGN = {
         "framework/plugins/upnp"},
     r"QtWidgets/|Q(Widget|Dialog|MainWindow|Application|MessageBox)\b": {"src"},
     r"QDBus": {"framework/session-bus", "framework/shared", "framework/plugins/mpris"},
+}
+
+# Headers that no folder includes -> what is used instead.
+INSTEAD = {
+    r"Q(Mutex|MutexLocker|ReadWriteLock|WaitCondition)$": "std::mutex and std::condition_variable",
 }
 
 # Binary (relative to the build folder, as a pattern) -> libraries it may need besides the C and C++ runtime.
@@ -113,6 +119,9 @@ def include_faults(relative, text, owners):
         for pattern, allowed in FOREIGN.items():
             if re.search(pattern, name) and home not in allowed:
                 faults.append(f"{relative}: includes {name}, which only {', '.join(sorted(allowed))} may know")
+        for pattern, other in INSTEAD.items():
+            if re.search(pattern, name):
+                faults.append(f"{relative}: includes {name} instead of {other}")
     return faults
 
 

@@ -59,6 +59,11 @@ class Includes(unittest.TestCase):
         for folder in ("framework/plugins/gst-renderer", "framework/plugins/tracker-source", "framework/tracker"):
             self.assertTrue(self.faults(folder + "/a.cpp", "<totem-pl-parser.h>"))
 
+    def test_one_family_of_locks(self):
+        self.assertEqual(self.faults("framework/core/a.cpp", "<mutex>"), [])
+        self.assertTrue(self.faults("framework/core/a.cpp", "<QMutex>"))
+        self.assertTrue(self.faults("src/a.cpp", "<QWaitCondition>"))
+
 
     def test_the_console_knows_the_boundary_only(self):
         owners = OWNERS | {"KelvoPlayQueue.h": {"framework/core"}}

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "../store/StoreSession.h"
-#include "GuiMailbox.h"
+#include "Mailbox.h"
 #include "RowBlock.h"
 
 #include <QByteArray>
@@ -98,7 +98,7 @@ private:
     const std::shared_ptr<StoreSession> m_session;
     const QueryPlan m_plan;
     const Client m_client;
-    GuiMailbox m_mailbox;
+    Mailbox m_mailbox;
 
     std::mutex m_mutex;
     std::condition_variable m_changed;

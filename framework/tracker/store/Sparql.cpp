@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Sparql.h"
 
-#include "GObjectPtr.h"
+#include "GlibHandles.h"
 
 #include <QDateTime>
 
@@ -15,7 +15,7 @@ QByteArray Sparql::literal(const QByteArray &utf8)
 {
     QByteArray text = utf8;
     text.replace('\0', QByteArray());
-    const GCharPtr escaped(tracker_sparql_escape_string(text.constData()));
+    const GlibHandles::Text escaped(tracker_sparql_escape_string(text.constData()));
     return '"' + QByteArray(escaped.get()) + '"';
 }
 

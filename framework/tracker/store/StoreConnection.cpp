@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "StoreConnection.h"
 
-#include "GObjectPtr.h"
+#include "GlibHandles.h"
 
 #include <QFile>
 
@@ -9,19 +9,19 @@
 
 struct StoreCancellation::Private
 {
-    GObjectPtr<GCancellable> handle = GObjectPtr<GCancellable>::take(g_cancellable_new());
+    GlibHandles::Object<GCancellable> handle{g_cancellable_new()};
 };
 
 struct StoreCursor::Private
 {
-    GObjectPtr<TrackerSparqlStatement> statement; // outlives its cursor
-    GObjectPtr<TrackerSparqlCursor> handle;
+    GlibHandles::Object<TrackerSparqlStatement> statement; // outlives its cursor
+    GlibHandles::Object<TrackerSparqlCursor> handle;
     GCancellable *cancellable = nullptr;
 };
 
 struct StoreConnection::Private
 {
-    GObjectPtr<TrackerSparqlConnection> handle;
+    GlibHandles::Object<TrackerSparqlConnection> handle;
 };
 
 namespace {
@@ -66,7 +66,7 @@ StoreError::Kind kindOfCode(int code)
     }
 }
 
-StoreError errorOf(const GErrorPtr &error, GCancellable *cancellable)
+StoreError errorOf(const GlibHandles::Error &error, GCancellable *cancellable)
 {
     // The library reports a cancelled query as an internal error.
     if (cancellable && g_cancellable_is_cancelled(cancellable))
@@ -117,7 +117,7 @@ StoreCursor::operator bool() const
 
 bool StoreCursor::next(StoreError *error)
 {
-    GErrorPtr failure;
+    GlibHandles::Error failure;
     if (tracker_sparql_cursor_next(d->handle.get(), d->cancellable, failure.out()))
         return true;
     const bool cancelled = d->cancellable && g_cancellable_is_cancelled(d->cancellable);
@@ -171,11 +171,11 @@ StoreConnection::~StoreConnection()
 std::shared_ptr<StoreConnection> StoreConnection::open(
     const QString &folder, bool readOnly, StoreError *error)
 {
-    const auto path = GObjectPtr<GFile>::take(g_file_new_for_path(QFile::encodeName(folder).constData()));
-    const auto ontology = GObjectPtr<GFile>::take(tracker_sparql_get_ontology_nepomuk());
-    GErrorPtr failure;
+    const GlibHandles::Object<GFile> path(g_file_new_for_path(QFile::encodeName(folder).constData()));
+    const GlibHandles::Object<GFile> ontology(tracker_sparql_get_ontology_nepomuk());
+    GlibHandles::Error failure;
     auto data = std::make_unique<Private>();
-    data->handle = GObjectPtr<TrackerSparqlConnection>::take(tracker_sparql_connection_new(
+    data->handle.reset(tracker_sparql_connection_new(
         readOnly ? TRACKER_SPARQL_CONNECTION_FLAGS_READONLY : TRACKER_SPARQL_CONNECTION_FLAGS_NONE,
         path.get(), ontology.get(), nullptr, failure.out()));
     if (!data->handle) {
@@ -187,9 +187,9 @@ std::shared_ptr<StoreConnection> StoreConnection::open(
 
 std::shared_ptr<StoreConnection> StoreConnection::openDesktopIndex(StoreError *error)
 {
-    GErrorPtr failure;
+    GlibHandles::Error failure;
     auto data = std::make_unique<Private>();
-    data->handle = GObjectPtr<TrackerSparqlConnection>::take(tracker_sparql_connection_bus_new(
+    data->handle.reset(tracker_sparql_connection_bus_new(
         "org.freedesktop.Tracker3.Miner.Files", nullptr, nullptr, failure.out()));
     if (!data->handle) {
         *error = errorOf(failure, nullptr);
@@ -201,16 +201,16 @@ std::shared_ptr<StoreConnection> StoreConnection::openDesktopIndex(StoreError *e
 StoreCursor StoreConnection::select(const QByteArray &text, const Bindings &bindings,
     const StoreCancellation *cancellation, StoreError *error) const
 {
-    GErrorPtr failure;
+    GlibHandles::Error failure;
     StoreCursor cursor;
     auto data = std::make_unique<StoreCursor::Private>();
     data->cancellable = cancellation ? cancellation->d->handle.get() : nullptr;
-    data->statement = GObjectPtr<TrackerSparqlStatement>::take(tracker_sparql_connection_query_statement(
+    data->statement.reset(tracker_sparql_connection_query_statement(
         d->handle.get(), text.constData(), data->cancellable, failure.out()));
     if (data->statement) {
         for (const auto &[name, value] : bindings)
             tracker_sparql_statement_bind_string(data->statement.get(), name.constData(), value.constData());
-        data->handle = GObjectPtr<TrackerSparqlCursor>::take(
+        data->handle.reset(
             tracker_sparql_statement_execute(data->statement.get(), data->cancellable, failure.out()));
     }
     if (data->handle)
@@ -236,9 +236,8 @@ bool StoreConnection::update(const std::vector<QByteArray> &texts, StoreError *e
         return false;
     }
     const std::lock_guard lock(m_updates);
-    GErrorPtr failure;
-    const auto batch
-        = GObjectPtr<TrackerBatch>::take(tracker_sparql_connection_create_batch(d->handle.get()));
+    GlibHandles::Error failure;
+    const GlibHandles::Object<TrackerBatch> batch(tracker_sparql_connection_create_batch(d->handle.get()));
     for (const QByteArray &text : texts)
         tracker_batch_add_sparql(batch.get(), text.constData());
     if (tracker_batch_execute(batch.get(), nullptr, failure.out()))

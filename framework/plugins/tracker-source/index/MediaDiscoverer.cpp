@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "MediaDiscoverer.h"
 
+#include "GstHandles.h"
 #include "KelvoMessageHandler.h"
 #include "TextRepair.h"
-#include "store/GObjectPtr.h"
 
-#include <gst/gst.h>
 #include <gst/pbutils/pbutils.h>
 
 #include <algorithm>
@@ -18,7 +17,7 @@ QString tagText(const GstTagList *tags, const char *name)
     gchar *text = nullptr;
     if (!tags || !gst_tag_list_get_string(tags, name, &text))
         return {};
-    const GCharPtr owned(text);
+    const GlibHandles::Text owned(text);
     return TextRepair::tidy(QString::fromUtf8(text));
 }
 
@@ -35,9 +34,8 @@ int tagYear(const GstTagList *tags)
     GstDateTime *date = nullptr;
     if (!tags || !gst_tag_list_get_date_time(tags, GST_TAG_DATE_TIME, &date))
         return 0;
-    const int year = gst_date_time_has_year(date) ? gst_date_time_get_year(date) : 0;
-    gst_date_time_unref(date);
-    return year;
+    const GstHandles::DateTime owned(date);
+    return gst_date_time_has_year(date) ? gst_date_time_get_year(date) : 0;
 }
 
 // A cover is a video stream of one picture.
@@ -76,7 +74,7 @@ qint64 lengthOf(GstDiscovererInfo *info)
 // A stream that is in no container has no place where its length could stand.
 bool isBareStream(GstDiscovererInfo *info)
 {
-    const auto top = GObjectPtr<GstDiscovererStreamInfo>::take(gst_discoverer_info_get_stream_info(info));
+    const GlibHandles::Object<GstDiscovererStreamInfo> top(gst_discoverer_info_get_stream_info(info));
     return top && !GST_IS_DISCOVERER_CONTAINER_INFO(top.get());
 }
 
@@ -106,8 +104,8 @@ struct MediaDiscoverer::Private
 
     std::atomic<bool> interrupted{false};
     GMainContext *context = g_main_context_new();
-    GObjectPtr<GstDiscoverer> discoverer;
-    GObjectPtr<GstElement> pipeline; ///< the discoverer's; null until it has opened a first file
+    GlibHandles::Object<GstDiscoverer> discoverer;
+    GlibHandles::Object<GstElement> pipeline; ///< the discoverer's; null until it has opened a first file
     bool failed = false;
     // Of the file being read:
     MediaItem *item = nullptr;
@@ -120,10 +118,10 @@ bool MediaDiscoverer::Private::prepare()
 {
     if (discoverer || failed)
         return !failed;
-    GErrorPtr error;
+    GlibHandles::Error error;
     failed = !gst_init_check(nullptr, nullptr, error.out());
     if (!failed)
-        discoverer = GObjectPtr<GstDiscoverer>::take(gst_discoverer_new(timeout, error.out()));
+        discoverer.reset(gst_discoverer_new(timeout, error.out()));
     failed = !discoverer;
     if (failed) {
         qCWarning(lcKelvo) << "Videos are indexed by their names only:"
@@ -150,10 +148,10 @@ bool MediaDiscoverer::Private::prepare()
 /// On the thread of read(): a file is opened while the pipeline is told to start.
 void MediaDiscoverer::Private::noteSource(GstElement *source)
 {
-    auto top = GObjectPtr<GstObject>::take(GST_OBJECT(gst_object_ref(source)));
+    GlibHandles::Object<GstObject> top(GST_OBJECT(gst_object_ref(source)));
     while (GstObject *parent = gst_object_get_parent(top.get()))
-        top = GObjectPtr<GstObject>::take(parent);
-    pipeline = GObjectPtr<GstElement>::take(GST_ELEMENT(gst_object_ref(top.get())));
+        top.reset(parent);
+    pipeline.reset(GST_ELEMENT(gst_object_ref(top.get())));
 }
 
 /// To be called before the discoverer is stopped in the middle of a file. It stops the pipeline under its own lock,

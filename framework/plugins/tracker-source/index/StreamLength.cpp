@@ -1,11 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "StreamLength.h"
 
-#include "store/GObjectPtr.h"
+#include "GstHandles.h"
 
 #include <QElapsedTimer>
-
-#include <gst/gst.h>
 
 #include <algorithm>
 #include <memory>
@@ -74,17 +72,16 @@ public:
         if (!m_isComplete
             || gst_element_set_state(m_pipeline.get(), GST_STATE_PLAYING) == GST_STATE_CHANGE_FAILURE)
             return 0;
-        const auto bus = GObjectPtr<GstBus>::take(gst_element_get_bus(m_pipeline.get()));
+        const GstHandles::Bus bus(gst_element_get_bus(m_pipeline.get()));
         QElapsedTimer time;
         time.start();
         constexpr auto wanted = GstMessageType(GST_MESSAGE_EOS | GST_MESSAGE_ERROR);
-        GstMessage *end = nullptr;
+        GstHandles::Message end;
         while (!end && !interrupted && !time.hasExpired(longestCounting))
-            end = gst_bus_timed_pop_filtered(bus.get(), lookInterval, wanted);
+            end.reset(gst_bus_timed_pop_filtered(bus.get(), lookInterval, wanted));
         gst_element_set_state(m_pipeline.get(), GST_STATE_NULL);
         if (!end)
             return 0;
-        gst_message_unref(end);
         GstClockTime longest = 0;
         for (const auto &extent : m_extents)
             longest = std::max(longest, extent->length());
@@ -99,7 +96,7 @@ private:
             return;
         g_object_set(sink, "sync", FALSE, "async", FALSE, nullptr);
         gst_bin_add(GST_BIN(m_pipeline.get()), sink);
-        const auto input = GObjectPtr<GstPad>::take(gst_element_get_static_pad(sink, "sink"));
+        const GstHandles::Pad input(gst_element_get_static_pad(sink, "sink"));
         const auto passed = +[](GstPad *, GstPadProbeInfo *info, gpointer extent) {
             static_cast<Extent *>(extent)->take(GST_PAD_PROBE_INFO_BUFFER(info));
             return GST_PAD_PROBE_OK;

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "TextRepair.h"
 
+#include "GlibHandles.h"
 #include "store/FileUri.h"
-#include "store/GObjectPtr.h"
 
 #include <QUrl>
 
@@ -42,7 +42,7 @@ QByteArray guess(const QByteArray &bytes)
 QString convert(const QByteArray &bytes, const QByteArray &encoding)
 {
     gsize written = 0;
-    const GCharPtr text(g_convert_with_fallback(
+    const GlibHandles::Text text(g_convert_with_fallback(
         bytes.constData(), bytes.size(), "UTF-8", encoding.constData(), "?", nullptr, &written, nullptr));
     return text ? QString::fromUtf8(text.get(), qsizetype(written)) : QString();
 }
