@@ -400,6 +400,8 @@ void UpnpTransportTest::volumesAreCoalesced()
 void UpnpTransportTest::volumeThatTheDeviceRoundsIsTheOneSet()
 {
     playItem();
+    // The one that it begins with.
+    QTRY_VERIFY(!m_volumes->isEmpty());
     m_transport->setVolume(37);
     QTRY_COMPARE(m_volumes->constLast().at(0).toInt(), 37);
     m_link->volume = QStringLiteral("36");
