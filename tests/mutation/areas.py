@@ -21,7 +21,8 @@ AREAS = (
                              "contract-remote")),
     ("framework/plugins/mpris/", ("mpris-tests", "contract-mpris")),
     ("framework/plugins/upnp/", ("upnp-tests", "upnp-network-tests", "contract-upnp")),
-    ("framework/plugins/gst-renderer/", ("gst-parts-tests", "gst-tests", "gst-video-tests", "contract-gst-renderer")),
+    ("framework/plugins/gst-renderer/", ("gst-parts-tests", "gst-sinks-tests", "gst-tests", "gst-video-tests",
+                                         "contract-gst-renderer")),
     ("framework/plugins/", ("tracker-tests", "integration-tracker-store", "tracker-plugin-tests")),
 )
 
