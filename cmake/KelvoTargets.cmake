@@ -1,5 +1,6 @@
 # SPDX-License-Identifier: MIT
 # What every target of this project shares, and the functions that add one.
+include(KelvoPluginModule)
 
 add_library(kelvo-options INTERFACE)
 target_compile_definitions(kelvo-options INTERFACE
@@ -48,6 +49,14 @@ function(kelvo_use_common_headers target)
     target_precompile_headers(${target} REUSE_FROM kelvo-common-headers)
 endfunction()
 
+# kelvo_require_package(<prefix> <pkg-config module> ...)
+# A foreign library: PkgConfig::<prefix>. Without its "-pthread", which defines a macro that the precompiled headers
+# were made without; for compiling it means nothing else.
+function(kelvo_require_package prefix)
+    pkg_check_modules(${prefix} REQUIRED IMPORTED_TARGET GLOBAL ${ARGN})
+    set_target_properties(PkgConfig::${prefix} PROPERTIES INTERFACE_COMPILE_OPTIONS "")
+endfunction()
+
 # kelvo_add_library(<name> SOURCES ... [PUBLIC libs...] [PRIVATE libs...])
 # A shared library of the boundary. Its headers are included by their plain names.
 function(kelvo_add_library name)
@@ -63,14 +72,39 @@ function(kelvo_add_library name)
     install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} NAMELINK_SKIP)
 endfunction()
 
-# kelvo_add_plugin(<name> SOURCES ... [LIBS foreign libs...])
-# A run-time loadable back end, named by its file: <name>.so in the plug-in folder.
+# kelvo_add_parts(<name> SOURCES ... [PUBLIC libs...] [PRIVATE libs...] [PRECOMPILED headers...])
+# A static library: everything of a plug-in but its root object, so that tests can reach the parts, or what several
+# libraries share and each has a copy of. Its headers are included by their plain names. PRECOMPILED names the headers
+# that it precompiles for itself, in the place of those that all share.
+function(kelvo_add_parts name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;PUBLIC;PRIVATE;PRECOMPILED" ${ARGN})
+    add_library(${name} STATIC ${ARG_SOURCES})
+    set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE ON)
+    target_include_directories(${name} PUBLIC ${CMAKE_CURRENT_SOURCE_DIR})
+    target_link_libraries(${name} PUBLIC ${ARG_PUBLIC} PRIVATE kelvo-options ${ARG_PRIVATE})
+    if(ARG_PRECOMPILED)
+        target_precompile_headers(${name} PRIVATE ${ARG_PRECOMPILED})
+    else()
+        kelvo_use_common_headers(${name})
+    endif()
+endfunction()
+
+# kelvo_add_plugin(<name> SOURCES ... [LIBS libs...])
+# A back end in the plug-in folder.
 function(kelvo_add_plugin name)
-    cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
-    add_library(${name} MODULE ${ARG_SOURCES})
-    target_link_libraries(${name} PRIVATE kelvo-options kelvo-core ${ARG_LIBS})
-    set_target_properties(${name} PROPERTIES
-        PREFIX "" LIBRARY_OUTPUT_DIRECTORY ${KELVO_PLUGIN_OUTPUT_DIR})
+    kelvo_add_plugin_module(${name} ${ARGN})
+    target_link_libraries(${name} PRIVATE kelvo-options)
+    set_target_properties(${name} PROPERTIES LIBRARY_OUTPUT_DIRECTORY ${KELVO_PLUGIN_OUTPUT_DIR})
+    kelvo_use_common_headers(${name})
     install(TARGETS ${name} LIBRARY DESTINATION ${KELVO_PLUGIN_INSTALL_DIR})
-    set_property(GLOBAL APPEND PROPERTY KELVO_PLUGINS ${name})
+endfunction()
+
+# kelvo_add_benchmark(<name> SOURCES ... [LIBS libs...])
+# A program that prints rows of the README's table.
+function(kelvo_add_benchmark name)
+    cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
+    add_executable(${name} ${ARG_SOURCES})
+    target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/benchmarks/support)
+    target_link_libraries(${name} PRIVATE kelvo-options ${ARG_LIBS})
+    set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/benchmarks)
 endfunction()

@@ -52,9 +52,8 @@ endfunction()
 # A back end for tests only, kept out of the plug-in folder of the build.
 function(kelvo_add_test_plugin name)
     cmake_parse_arguments(ARG "" "FOLDER" "SOURCES;LIBS" ${ARGN})
-    add_library(${name} MODULE ${ARG_SOURCES})
-    target_link_libraries(${name} PRIVATE kelvo-options kelvo-core ${ARG_LIBS})
-    set_target_properties(${name} PROPERTIES PREFIX "" LIBRARY_OUTPUT_DIRECTORY ${ARG_FOLDER})
+    kelvo_add_plugin_module(${name} SOURCES ${ARG_SOURCES} LIBS kelvo-options ${ARG_LIBS})
+    set_target_properties(${name} PROPERTIES LIBRARY_OUTPUT_DIRECTORY ${ARG_FOLDER})
 endfunction()
 
 # kelvo_add_test_program(<name> SOURCES ... [LIBS ...])
