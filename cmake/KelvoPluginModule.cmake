@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# What makes a loadable back end of a target.
+# What makes a loadable back end of a target, in this build and in those of others (see KelvoConfig.cmake.in).
 
 # kelvo_add_plugin_module(<name> SOURCES ... [LIBS libs...])
 # A library that is loaded at run time and named by its file: <name>.so.
