@@ -1,8 +1,9 @@
 #!/bin/sh
 # SPDX-License-Identifier: MIT
-# install-dependencies.sh [run|test]
+# install-dependencies.sh [run|test|lint]
 # Installs what is missing of scripts/packages.txt on Debian 12: with "run" (the default) what the console needs
-# to build and run, with "test" also what the tests need. With everything there it does nothing and is done at once.
+# to build and run, with "test" also what the tests need, with "lint" what looks at the sources. With everything there
+# it does nothing and is done at once.
 # Servers among what the tests need are neither started now nor at the next boot: tests start their own.
 # KELVO_SKIP_INSTALL=1 leaves the system alone, for systems that have these libraries under other names.
 set -eu
@@ -11,8 +12,9 @@ group=${1:-run}
 case $group in
     run) wanted_groups="run" ;;
     test) wanted_groups="run test" ;;
+    lint) wanted_groups="lint" ;;
     *)
-        echo "usage: $0 [run|test]" >&2
+        echo "usage: $0 [run|test|lint]" >&2
         exit 2
         ;;
 esac

@@ -215,8 +215,9 @@ void UpnpIdentityTest::renderersOfOneNameAreToldApart()
     QTRY_COMPARE(find("uuid:other")->name(), QStringLiteral("Kitchen (127.0.0.1:%1)").arg(otherPort));
     // It is called so in what is told of it too.
     RendererProbe heard(*find("uuid:second"));
-    second.server().serve(
-        "/control", [](const auto &) { return HttpTestServer::Resource{"no", "text/plain", 500}; });
+    second.server().serve("/control", [](const auto &) {
+        return HttpTestServer::Resource{"no", "text/plain", 500};
+    });
     find("uuid:second")->playUri(QUrl("http://h/a"));
     QTRY_VERIFY(!heard.errors.isEmpty());
     QVERIFY2(heard.errors.constFirst().message().contains("Kitchen (127.0.0.1)"),

@@ -1,7 +1,8 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
-"""test.sh and scripts/install-dependencies.sh on a system that is made up: the programs that they call are stand-ins."""
+"""test.sh, .ci/run and what is in scripts/ on a system that is made up: the programs that they call are stand-ins."""
 
+import json
 import shutil
 import subprocess
 import sys
@@ -148,6 +149,137 @@ class TestScript(MadeUp):
         self.assertNotIn("ATest::two", result.stdout)
 
 
+class ContinuousIntegration(MadeUp):
+    STEPS = ["test.sh -L unit", "install-dependencies.sh lint", "cmake --preset edit", "cmake --build edit",
+             "check-style.py", "cmake --preset minimal", "cmake --build minimal"]
+
+    def setUp(self):
+        super().setUp()
+        self.take(".ci/run")
+        note = 'echo "$(basename "$0") $*" | sed "s/ $//; s/ --parallel.*//; s/--build --preset/--build/" >> "$HOME/calls"\n'
+        for path in ("test.sh", "scripts/install-dependencies.sh", "scripts/check-style.py", "bin/cmake"):
+            self.program(path, note + 'echo "12% tests passed"; exit "$(cat "$HOME/$(basename "$0").code" || echo 0)"')
+
+    def start(self, **codes):
+        for name, code in codes.items():
+            (self.root / f"{name}.code").write_text(str(code))
+        for name in ("test.sh", "install-dependencies.sh", "check-style.py", "cmake"):
+            if not (self.root / f"{name}.code").exists():
+                (self.root / f"{name}.code").write_text("0")
+        result = self.run_script(".ci/run", "-L", "unit")
+        return result, (self.root / "calls").read_text().splitlines()
+
+    def test_the_tests_come_first(self):
+        result, calls = self.start()
+        self.assertEqual(result.returncode, 0, result.stdout)
+        self.assertEqual(calls, self.STEPS)
+        closing = result.stdout.split("==> closing lines\n")[1].splitlines()
+        self.assertEqual(closing[0], "12% tests passed")
+        self.assertEqual(len([line for line in closing if ": passed (" in line]), 5)
+
+    def test_all_steps_are_taken_and_the_first_failure_counts(self):
+        result, calls = self.start(**{"test.sh": 8, "check-style.py": 1})
+        self.assertEqual(result.returncode, 8, result.stdout)
+        self.assertEqual(calls, self.STEPS)
+        self.assertIn("tests: failed with code 8 (", result.stdout)
+        self.assertIn("format and static analysis: failed with code 1 (", result.stdout)
+
+    def test_a_build_that_cannot_be_configured_fails(self):
+        result, calls = self.start(cmake=3)
+        self.assertEqual(result.returncode, 3, result.stdout)
+        self.assertEqual([call for call in calls if "--build" in call], [])
+        self.assertIn("build without optional parts: failed with code 3 (", result.stdout)
+
+
+class Style(MadeUp):
+    """check-style.py in a repository of its own."""
+
+    def setUp(self):
+        super().setUp()
+        self.take("scripts/check-style.py")
+        self.program("bin/clang-format", 'echo "clang-format $*" >> "$HOME/calls"; ! grep -qs ugly "${@:3}"')
+        self.program("bin/clang-tidy", """
+            echo "clang-tidy ${*: -1}" | sed "s,$HOME/,," >> "$HOME/calls"
+            if grep -qs faulty "${@: -1}"; then echo "${@: -1}: it is faulty"; exit 1; fi
+            """)
+        for name in ("src/A.cpp", "src/A.h", "src/B.cpp", "src/not-built.cpp"):
+            self.write(name, "int a;\n")
+        self.write(".gitignore", "/bin/\n/build-edit/\n/calls\n")
+        self.git("init", "--quiet", "--initial-branch=main")
+        self.commit()
+        entries = [{"directory": str(self.root), "file": str(self.root / name),
+                    "command": f"c++ -Winvalid-pch -include {self.root}/x/cmake_pch.hxx -DX -c {name}"}
+                   for name in ("src/A.cpp", "src/B.cpp")]
+        self.write("build-edit/compile_commands.json", json.dumps(entries))
+
+    def write(self, name, text):
+        path = self.root / name
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_text(text)
+
+    def git(self, *arguments):
+        return subprocess.run(["git", "-c", "user.name=Tester", "-c", "user.email=tester@example.org", *arguments],
+                              cwd=self.root, check=True, capture_output=True, text=True).stdout
+
+    def commit(self):
+        self.git("add", "-A")
+        self.git("commit", "--quiet", "--message", "A change")
+
+    def check(self, *arguments):
+        result = self.run_script("scripts/check-style.py", *arguments)
+        calls = (self.root / "calls").read_text().splitlines()
+        return result, sorted(call.split()[1] for call in calls if call.startswith("clang-tidy"))
+
+    def test_looks_at_what_changed(self):
+        self.write("src/B.cpp", "int b;\n")
+        self.write("src/not-built.cpp", "int b;\n")
+        self.commit()
+        result, sources = self.check()
+        self.assertEqual(result.returncode, 0, result.stdout)
+        self.assertEqual(sources, ["src/B.cpp"])
+
+    def test_a_header_is_looked_at_with_its_source(self):
+        self.commit_nothing()
+        self.write("src/A.h", "int c;\n")
+        self.assertEqual(self.check()[1], ["src/A.cpp"])
+
+    def commit_nothing(self):
+        self.git("commit", "--quiet", "--allow-empty", "--message", "Nothing")
+
+    def test_a_branch_is_looked_at_from_where_it_left(self):
+        self.git("update-ref", "refs/remotes/origin/main", "HEAD")
+        self.write("src/A.cpp", "int d;\n")
+        self.commit()
+        self.commit_nothing()
+        self.assertEqual(self.check()[1], ["src/A.cpp"])
+
+    def test_all_of_them_on_request(self):
+        self.assertEqual(self.check("--all")[1], ["src/A.cpp", "src/B.cpp"])
+
+    def test_a_base_that_is_unknown_is_an_error(self):
+        result, _ = self.check("--base", "nowhere")
+        self.assertEqual(result.returncode, 1, result.stdout)
+        self.assertIn("nowhere names no revision", result.stdout)
+
+    def test_faults_fail(self):
+        self.write("src/A.cpp", "int faulty;\n")
+        result, _ = self.check("--all")
+        self.assertEqual(result.returncode, 1, result.stdout)
+        self.assertIn("it is faulty", result.stdout)
+
+    def test_a_wrong_format_fails_wherever_it_is(self):
+        self.write("src/not-built.cpp", "ugly\n")
+        self.commit()
+        self.commit_nothing()
+        result, sources = self.check()
+        self.assertEqual((result.returncode, sources), (1, []), result.stdout)
+
+    def test_precompiled_headers_are_left_out(self):
+        self.check("--all")
+        database = json.loads((self.root / "build-edit/clang-tidy/compile_commands.json").read_text())
+        self.assertEqual([entry["command"] for entry in database], ["c++ -DX -c src/A.cpp", "c++ -DX -c src/B.cpp"])
+
+
 class Installation(MadeUp):
     def setUp(self):
         super().setUp()
@@ -182,6 +314,11 @@ class Installation(MadeUp):
         self.assertEqual(calls, ["policy 101", "update-rc.d minidlna disable", "update-rc.d gerbera disable",
                                  "update-rc.d gmediarender disable"])
         self.assertFalse(self.policy.exists())
+
+    def test_what_looks_at_the_sources_comes_alone(self):
+        self.program("bin/apt-get", 'echo "$*" >> "$HOME/calls"')
+        _, calls = self.install("lint")
+        self.assertRegex(calls[-1], r"--no-install-recommends clang-format clang-tidy$")
 
     def test_what_the_console_needs_comes_as_usual(self):
         _, calls = self.install("run")
