@@ -62,8 +62,10 @@ void KelvoPluginController::showPluginsDialog()
     // Its lists own the items that the opening under way is still to compare.
     if (m_mainWindow->isSelectItemsDialogOpen())
         return;
-    const QList<QListWidgetItem *> available = makeItems(m_registry->availablePlugins(), *m_registry->pluginLoader());
-    const QList<QListWidgetItem *> loaded = makeItems(m_registry->loadedPlugins(), *m_registry->pluginLoader());
+    const QList<QListWidgetItem *> available
+        = makeItems(m_registry->availablePlugins(), *m_registry->pluginLoader());
+    const QList<QListWidgetItem *> loaded
+        = makeItems(m_registry->loadedPlugins(), *m_registry->pluginLoader());
     const QList<QListWidgetItem *> result = m_mainWindow->showSelectItemsDialog(available, loaded);
     // Loading may run the event loop and thereby whatever else fills the dialog: what is to be done is settled first.
     const QStringList toLoad = filesOnlyIn(result, loaded);

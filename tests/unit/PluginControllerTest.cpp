@@ -227,7 +227,8 @@ private Q_SLOTS:
         QCOMPARE(told("m_availableItemsList", "unreadable"),
             QStringList({"Cannot be used: " + reason, "Cannot be used: " + reason}));
         QCOMPARE(told("m_availableItemsList", "one"), QStringList({"", ""}));
-        QVERIFY(QFile::remove(broken.fileName()) && QFile::copy(m_built + "/simulator.so", broken.fileName()));
+        QVERIFY(
+            QFile::remove(broken.fileName()) && QFile::copy(m_built + "/simulator.so", broken.fileName()));
         bringIn("unreadable.so");
         QCOMPARE(told("m_selectedItemsList", "unreadable"), QStringList({"", ""}));
     }
@@ -279,8 +280,7 @@ private:
         openAnd(ModalCloser::Reject, [&](const QWidget *dialog) {
             const QList<QListWidgetItem *> found = list(dialog, listName)->findItems(text, Qt::MatchExactly);
             QCOMPARE(found.size(), 1);
-            told = {found.first()->toolTip(),
-                found.first()->data(Qt::AccessibleDescriptionRole).toString()};
+            told = {found.first()->toolTip(), found.first()->data(Qt::AccessibleDescriptionRole).toString()};
         });
         return told;
     }
