@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 #include "TextRepair.h"
 
+#include "CharsetGuess.h"
 #include "GlibHandles.h"
 #include "store/FileUri.h"
 
 #include <QUrl>
 
 #include <glib.h>
-#include <uchardet/uchardet.h>
 
 #include <algorithm>
 
@@ -30,15 +30,6 @@ bool looksForeign(const QByteArray &bytes)
     return high >= 4 && high * 2 > letters;
 }
 
-QByteArray guess(const QByteArray &bytes)
-{
-    const std::unique_ptr<uchardet, decltype(&uchardet_delete)> detector(uchardet_new(), uchardet_delete);
-    if (uchardet_handle_data(detector.get(), bytes.constData(), size_t(bytes.size())) != 0)
-        return {};
-    uchardet_data_end(detector.get());
-    return uchardet_get_charset(detector.get());
-}
-
 QString convert(const QByteArray &bytes, const QByteArray &encoding)
 {
     gsize written = 0;
@@ -54,7 +45,7 @@ QString TextRepair::decode(const QByteArray &bytes, const QByteArray &more)
         return tidy(QString::fromUtf8(bytes));
     QString text;
     if (looksForeign(bytes)) {
-        const QByteArray encoding = guess(bytes + ' ' + more);
+        const QByteArray encoding = CharsetGuess::of(bytes + ' ' + more);
         if (!encoding.isEmpty())
             text = convert(bytes, encoding);
     }

@@ -1,0 +1,10 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QByteArray>
+
+/// The encoding that a text was most likely written in, by the statistics of languages. Any thread.
+namespace CharsetGuess {
+/// Its name, as iconv knows it; empty when there is none that is more likely than others.
+QByteArray of(const QByteArray &bytes);
+} // namespace CharsetGuess
