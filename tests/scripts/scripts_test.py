@@ -156,7 +156,8 @@ class ContinuousIntegration(MadeUp):
     def setUp(self):
         super().setUp()
         self.take(".ci/run")
-        note = 'echo "$(basename "$0") $*" | sed "s/ $//; s/ --parallel.*//; s/--build --preset/--build/" >> "$HOME/calls"\n'
+        shorten = "s/ $//; s/ --parallel.*//; s/ -DCMAKE_CXX_COMPILER_LAUNCHER=ccache//; s/--build --preset/--build/"
+        note = f'echo "$(basename "$0") $*" | sed "{shorten}" >> "$HOME/calls"\n'
         for path in ("test.sh", "scripts/install-dependencies.sh", "scripts/check-style.py", "bin/cmake"):
             self.program(path, note + 'echo "12% tests passed"; exit "$(cat "$HOME/$(basename "$0").code" || echo 0)"')
 
