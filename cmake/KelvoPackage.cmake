@@ -19,7 +19,8 @@ function(kelvo_install_package target name)
     install(FILES ${headers} DESTINATION ${KELVO_HEADER_DIR} COMPONENT Development)
 endfunction()
 
-configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/KelvoConfig.cmake.in ${CMAKE_BINARY_DIR}/package/KelvoConfig.cmake
+configure_package_config_file(
+    ${CMAKE_CURRENT_LIST_DIR}/KelvoConfig.cmake.in ${CMAKE_BINARY_DIR}/package/KelvoConfig.cmake
     INSTALL_DESTINATION ${KELVO_PACKAGE_DIR} NO_SET_AND_CHECK_MACRO)
 write_basic_package_version_file(${CMAKE_BINARY_DIR}/package/KelvoConfigVersion.cmake COMPATIBILITY SameMinorVersion)
 install(

@@ -4,8 +4,8 @@
 
 Checks the format of all C++ files, and looks with clang-tidy at those that changed since the revision: the sources
 themselves, and of a changed header the source of the same name. Without --base that is where this branch left
-origin/main, on that branch itself the commit before. Needs a build folder in which everything has been built and in which
-each source is compiled by itself (preset "edit"), because some headers are generated.
+origin/main, on that branch itself the commit before. Needs a build folder in which everything has been built and in
+which each source is compiled by itself (preset "edit"), because some headers are generated.
 
 Exit status 1 when there is something to mend.
 """

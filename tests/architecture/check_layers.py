@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Every test belongs to one layer: it has the label of exactly one, and its name begins with it, so that "ctest -L unit"
-and "ctest -R unit-" mean the same tests.
+"""Every test belongs to one layer: it has the label of exactly one, and its name begins with it, so that
+"ctest -L unit" and "ctest -R unit-" mean the same tests.
 
 Exit status 1 and one line for each test that does not.
 """

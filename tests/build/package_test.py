@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""package_test.py PROGRAM: installs the build into a folder of its own, builds against that a back end that lies outside
-of the tree, and starts the test program, which loads it from the folder that it was installed into.
+"""package_test.py PROGRAM: installs the build into a folder of its own, builds against that a back end that lies
+outside of the tree, and starts the test program, which loads it from the folder that it was installed into.
 
 Environment: KELVO_TEST_BUILD (the build folder), KELVO_TEST_CMAKE, CXX."""
 
