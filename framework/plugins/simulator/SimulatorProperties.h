@@ -18,7 +18,7 @@
 /// | sim-name        | text               | its name | changes the name; may be empty |
 /// | sim-duration    | int, s >= 0        | 30       | of items from now on that tell none; 0: not known, they never end and cannot seek |
 /// | sim-seekable    | bool               | true     | false: items from now on cannot seek |
-/// | sim-metadata    | "key=value" or map | ""       | reports these facts about the item in play |
+/// | sim-metadata    | "key=value" or map | ""       | reports these facts about the item in play, each where it is news |
 /// | sim-clock       | "real", "manual"   | "real"   | whether time passes by itself; one clock for all that the plug-in brings |
 /// | sim-advance     | int, ms >= 0       | 0        | moves the manual clock, step by step from the event loop; reported when it has arrived |
 /// | policy-override | bool               | false    | reports a policy override (KelvoRenderer) |

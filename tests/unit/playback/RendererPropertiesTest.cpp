@@ -113,6 +113,7 @@ void RendererPropertiesTest::accepts_data()
         {"render-rectangle", QStringLiteral("1,2,-3,4"), refused},
         {"render-rectangle", QStringLiteral("1,2,3,4\n"), refused},
         {"render-rectangle", QStringLiteral("1, 2,3,4"), refused},
+        {"render-rectangle", QStringLiteral("x1,2,3,4"), refused},
         {"render-rectangle", QStringLiteral("1,2,3,1234567"), refused},
         {"render-rectangle", QString(), refused},
         {"render-rectangle", 1234, refused},

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-// What the renderer makes of what a transport says. That it is a renderer like any other is the contract's business.
+// What the engine over a transport makes of what that says. That it makes a renderer is the contract's business.
 #include "RemoteCase.h"
 #include "TestGroup.h"
 
 namespace {
-class RemoteRendererTest : public RemoteCase
+class RemotePlayerTest : public RemoteCase
 {
     Q_OBJECT
 private Q_SLOTS:
@@ -25,7 +25,7 @@ private Q_SLOTS:
     void mayBeDeletedInAReport();
 };
 
-void RemoteRendererTest::loadsWhatIsToPlay()
+void RemotePlayerTest::loadsWhatIsToPlay()
 {
     m_renderer->playUriWithType(QUrl("http://media/song"), QStringLiteral("audio/ogg"));
     QCOMPARE(m_transport->calls, QStringList{"load http://media/song"});
@@ -40,7 +40,7 @@ void RemoteRendererTest::loadsWhatIsToPlay()
     QCOMPARE(m_heard->states, (States{Transitioning, Playing}));
 }
 
-void RemoteRendererTest::pauseWaitsForTheItem()
+void RemotePlayerTest::pauseWaitsForTheItem()
 {
     m_renderer->playUri(QUrl("http://media/song"));
     m_renderer->pause();
@@ -54,7 +54,7 @@ void RemoteRendererTest::pauseWaitsForTheItem()
     QCOMPARE(m_heard->states, (States{Transitioning, Paused}));
 }
 
-void RemoteRendererTest::itemThatWouldNotPausePlays()
+void RemotePlayerTest::itemThatWouldNotPausePlays()
 {
     m_renderer->playUri(QUrl("http://media/song"));
     m_renderer->pause();
@@ -65,7 +65,7 @@ void RemoteRendererTest::itemThatWouldNotPausePlays()
     QCOMPARE(m_heard->errorsOf(KelvoError::CommandRefused), 1);
 }
 
-void RemoteRendererTest::resumeCallsOffAPauseOnItsWay()
+void RemotePlayerTest::resumeCallsOffAPauseOnItsWay()
 {
     assign(2);
     m_renderer->play();
@@ -82,7 +82,7 @@ void RemoteRendererTest::resumeCallsOffAPauseOnItsWay()
     QCOMPARE(m_heard->states, (States{Transitioning, Playing, Paused, Transitioning, Playing}));
 }
 
-void RemoteRendererTest::seekWaitsForTheItem()
+void RemotePlayerTest::seekWaitsForTheItem()
 {
     m_renderer->playUri(QUrl("http://media/song"));
     m_renderer->setPosition(7, KelvoRenderer::SeekAbsolute);
@@ -92,7 +92,7 @@ void RemoteRendererTest::seekWaitsForTheItem()
     QCOMPARE(m_transport->calls.constLast(), QStringLiteral("seek 10"));
 }
 
-void RemoteRendererTest::dropsReportsOfAnEarlierItem()
+void RemotePlayerTest::dropsReportsOfAnEarlierItem()
 {
     playing();
     const quint64 earlier = m_transport->epoch();
@@ -110,7 +110,7 @@ void RemoteRendererTest::dropsReportsOfAnEarlierItem()
     QCOMPARE(m_heard->events, before);
 }
 
-void RemoteRendererTest::dropsReportsAfterStop()
+void RemotePlayerTest::dropsReportsAfterStop()
 {
     playing();
     m_renderer->stop();
@@ -124,7 +124,7 @@ void RemoteRendererTest::dropsReportsAfterStop()
     QCOMPARE(m_transport->calls.size(), 1);
 }
 
-void RemoteRendererTest::itemTooShortForAReportHasPlayed()
+void RemotePlayerTest::itemTooShortForAReportHasPlayed()
 {
     m_renderer->playUri(QUrl("http://media/blip"));
     Q_EMIT m_transport->durationReported(m_transport->epoch(), 0.1);
@@ -134,7 +134,7 @@ void RemoteRendererTest::itemTooShortForAReportHasPlayed()
     QCOMPARE(m_heard->completed, 1);
 }
 
-void RemoteRendererTest::failuresInARowStop()
+void RemotePlayerTest::failuresInARowStop()
 {
     assign(3);
     m_playlist->setRepeatMode(KelvoPlaylist::RepeatAll);
@@ -150,7 +150,7 @@ void RemoteRendererTest::failuresInARowStop()
 }
 
 // What has played for long enough speaks for itself only, not for those after it.
-void RemoteRendererTest::failuresInARowStopAfterAnItemThatPlayed()
+void RemotePlayerTest::failuresInARowStopAfterAnItemThatPlayed()
 {
     assign(2);
     m_playlist->setRepeatMode(KelvoPlaylist::RepeatAll);
@@ -167,7 +167,7 @@ void RemoteRendererTest::failuresInARowStopAfterAnItemThatPlayed()
     QCOMPARE(m_transport->items.size(), 3);
 }
 
-void RemoteRendererTest::falseStartsInARowStop()
+void RemotePlayerTest::falseStartsInARowStop()
 {
     assign(2);
     m_playlist->setRepeatMode(KelvoPlaylist::RepeatAll);
@@ -181,7 +181,7 @@ void RemoteRendererTest::falseStartsInARowStop()
     QCOMPARE(m_heard->state(), Stopped);
 }
 
-void RemoteRendererTest::startsThatAreTakenBackInARowStop()
+void RemotePlayerTest::startsThatAreTakenBackInARowStop()
 {
     assign(2);
     m_playlist->setRepeatMode(KelvoPlaylist::RepeatAll);
@@ -198,7 +198,7 @@ void RemoteRendererTest::startsThatAreTakenBackInARowStop()
     QCOMPARE(m_heard->state(), Stopped);
 }
 
-void RemoteRendererTest::aRoundOfEmptyItemsStops()
+void RemotePlayerTest::aRoundOfEmptyItemsStops()
 {
     assign(2);
     m_playlist->setRepeatMode(KelvoPlaylist::RepeatAll);
@@ -213,14 +213,14 @@ void RemoteRendererTest::aRoundOfEmptyItemsStops()
     QCOMPARE(m_heard->state(), Stopped);
 }
 
-void RemoteRendererTest::mayBeDeletedInAReport_data()
+void RemotePlayerTest::mayBeDeletedInAReport_data()
 {
     QTest::addColumn<QString>("signal");
     for (const char *signal : {"state", "media", "error", "completed", "property"})
         QTest::newRow(signal) << QString(signal);
 }
 
-void RemoteRendererTest::mayBeDeletedInAReport()
+void RemotePlayerTest::mayBeDeletedInAReport()
 {
     QFETCH(QString, signal);
     const auto kill = [this] {
@@ -247,5 +247,5 @@ void RemoteRendererTest::mayBeDeletedInAReport()
 }
 } // namespace
 
-KELVO_TEST(RemoteRendererTest)
-#include "RemoteRendererTest.moc"
+KELVO_TEST(RemotePlayerTest)
+#include "RemotePlayerTest.moc"
