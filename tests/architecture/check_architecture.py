@@ -7,7 +7,7 @@
     gst-renderer, simulator, upnp, mpris -> playback (a static library) -> core
     shared, mpris -> session-bus (a static library)
     tracker-source, gst-renderer -> media (a static library) -> core, which alone reads playlist files
-    gst-renderer, media, tracker, tracker-source -> glib (headers only)
+    gst-renderer, media, tracker, tracker-source, upnp -> glib (headers only)
 
 The program alone loads none of the libraries that only a back end needs: they come with its plug-in.
 
@@ -35,7 +35,8 @@ MAY_INCLUDE = {
     "framework/plugins/gst-renderer": {
         "framework/core", "framework/glib", "framework/media", "framework/playback"},
     "framework/plugins/simulator": {"framework/core", "framework/playback"},
-    "framework/plugins/upnp": {"framework/core", "framework/playback", "framework/playback/remote"},
+    "framework/plugins/upnp": {
+        "framework/core", "framework/glib", "framework/playback", "framework/playback/remote"},
     "framework/plugins/mpris": {
         "framework/session-bus", "framework/core", "framework/playback", "framework/playback/remote"},
     "framework/plugins/tracker-source": {

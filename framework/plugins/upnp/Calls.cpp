@@ -15,7 +15,7 @@ struct Calls::Running
     Calls *owner; // null once nobody waits any more
     Call call;
     Upnp::AnswerHandler handler;
-    GlibHandles::Action action;
+    GupnpHandles::Action action;
     GlibHandles::Object<GCancellable> cancellable{g_cancellable_new()};
     GlibHandles::Source timer = {};
 };
@@ -46,9 +46,9 @@ public:
         m_names = g_list_append(m_names, g_strdup(name.constData()));
         m_values = g_list_append(m_values, value);
     }
-    GlibHandles::Action actionFor(const QByteArray &name) const
+    GupnpHandles::Action actionFor(const QByteArray &name) const
     {
-        return GlibHandles::Action(
+        return GupnpHandles::Action(
             gupnp_service_proxy_action_new_from_list(name.constData(), m_names, m_values));
     }
 
@@ -57,7 +57,7 @@ private:
     GList *m_values = nullptr;
 };
 
-GlibHandles::Action makeAction(const Call &call)
+GupnpHandles::Action makeAction(const Call &call)
 {
     Arguments arguments;
     for (const auto &[name, text] : call.in) {

@@ -7,7 +7,7 @@
 #include "CurrentDescription.h"
 #include "DeviceHealth.h"
 #include "FileHost.h"
-#include "GlibHandles.h"
+#include "GupnpHandles.h"
 #include "RendererServices.h"
 #include "UpnpTypes.h"
 

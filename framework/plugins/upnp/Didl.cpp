@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Didl.h"
 
-#include "GlibHandles.h"
+#include "GupnpHandles.h"
 #include "KelvoMessageHandler.h"
 #include "UpnpText.h"
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Device.h"
-#include "GlibHandles.h"
+#include "GupnpHandles.h"
 #include "Searches.h"
 #include "UpnpTypes.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "GlibHandles.h"
+#include "GupnpHandles.h"
 
 #include <QByteArray>
 #include <QString>

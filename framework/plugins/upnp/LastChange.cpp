@@ -2,7 +2,7 @@
 #include "LastChange.h"
 
 #include "Didl.h"
-#include "GlibHandles.h"
+#include "GupnpHandles.h"
 #include "KelvoMessageHandler.h"
 #include "UpnpText.h"
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "Announcements.h"
-#include "GlibHandles.h"
+#include "GupnpHandles.h"
 #include "SsdpMessage.h"
 #include "UpnpTypes.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "GlibHandles.h"
+#include "GupnpHandles.h"
 
 /// The connections that others open to a server of ours end completely.
 ///
