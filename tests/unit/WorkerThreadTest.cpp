@@ -7,20 +7,30 @@
 #include <QTest>
 
 #include <atomic>
+#include <memory>
 
 namespace {
-/// Says on which thread it is deleted.
+/// What the thread leaves behind. It may end after the test that started it.
+struct Traces
+{
+    QSemaphore hold;
+    QSemaphore done;
+    QStringList calls;
+    std::atomic<QThread *> calledOn = nullptr;
+    std::atomic<QThread *> deletedOn = nullptr;
+};
+
 class Worker : public QObject
 {
 public:
-    explicit Worker(std::atomic<QThread *> *deletedOn)
-        : m_deletedOn(deletedOn)
+    explicit Worker(std::shared_ptr<Traces> traces)
+        : m_traces(std::move(traces))
     {
     }
-    ~Worker() override { *m_deletedOn = QThread::currentThread(); }
+    ~Worker() override { m_traces->deletedOn = QThread::currentThread(); }
 
 private:
-    std::atomic<QThread *> *const m_deletedOn;
+    const std::shared_ptr<Traces> m_traces;
 };
 } // namespace
 
@@ -31,39 +41,35 @@ class WorkerThreadTest : public KelvoTestCase
 private Q_SLOTS:
     void worksInOrderOnItsThread()
     {
-        std::atomic<QThread *> deletedOn = nullptr;
-        WorkerThread thread(std::make_unique<Worker>(&deletedOn), QStringLiteral("test-worker"));
-        QSemaphore done;
-        QStringList calls;
-        QThread *calledOn = nullptr;
-        thread.post([&] { calls.append(QStringLiteral("first")); });
-        thread.post([&] {
-            calls.append(QStringLiteral("second"));
-            calledOn = QThread::currentThread();
-            done.release();
+        const auto traces = std::make_shared<Traces>();
+        WorkerThread thread(std::make_unique<Worker>(traces), QStringLiteral("test-worker"));
+        thread.post([traces] { traces->calls.append(QStringLiteral("first")); });
+        thread.post([traces] {
+            traces->calls.append(QStringLiteral("second"));
+            traces->calledOn = QThread::currentThread();
+            traces->done.release();
         });
-        QVERIFY(done.tryAcquire(1, 5000));
-        QCOMPARE(calls, (QStringList{QStringLiteral("first"), QStringLiteral("second")}));
-        QCOMPARE(calledOn, thread.worker<Worker>()->thread());
-        QVERIFY(calledOn != QThread::currentThread());
-        QCOMPARE(calledOn->objectName(), QStringLiteral("test-worker"));
+        QVERIFY(traces->done.tryAcquire(1, 5000));
+        QCOMPARE(traces->calls, (QStringList{QStringLiteral("first"), QStringLiteral("second")}));
+        QCOMPARE(traces->calledOn.load(), thread.worker<Worker>()->thread());
+        QVERIFY(traces->calledOn != QThread::currentThread());
+        QCOMPARE(traces->calledOn.load()->objectName(), QStringLiteral("test-worker"));
     }
 
     void finishesWhatItWasToldAndDeletesOnItsThread()
     {
-        std::atomic<QThread *> deletedOn = nullptr;
-        std::atomic<QThread *> calledOn = nullptr;
-        QSemaphore hold;
+        const auto traces = std::make_shared<Traces>();
         {
-            WorkerThread thread(std::make_unique<Worker>(&deletedOn), QStringLiteral("test-worker"));
-            thread.post([&hold] { hold.acquire(); });
-            thread.post([&calledOn] { calledOn = QThread::currentThread(); });
+            WorkerThread thread(std::make_unique<Worker>(traces), QStringLiteral("test-worker"));
+            thread.post([traces] { traces->hold.acquire(); });
+            thread.post([traces] { traces->calledOn = QThread::currentThread(); });
         } // does not wait, else it would never come back
-        QVERIFY(!deletedOn);
-        hold.release();
-        QTRY_VERIFY(deletedOn);
-        QVERIFY(calledOn);
-        QCOMPARE(deletedOn.load(), calledOn.load());
+        const bool wasDeleted = traces->deletedOn;
+        traces->hold.release();
+        QVERIFY(!wasDeleted);
+        QTRY_VERIFY(traces->deletedOn);
+        QVERIFY(traces->calledOn);
+        QCOMPARE(traces->deletedOn.load(), traces->calledOn.load());
     }
 };
 
