@@ -14,16 +14,13 @@
 #include <algorithm>
 
 namespace {
-// In time-outs of a question.
-constexpr int PingEvery = 2;
-constexpr int SilentFor = 5;
 /// Milliseconds: a name that changes more often than this is not followed each time.
 constexpr qint64 NameEvery = 1000;
 /// How long after a refusal it is asked again, at first and at most; the time doubles.
 constexpr int FirstWait = 100;
 constexpr int LongestWait = 2000;
 /// So often refused, one is worth a word.
-constexpr int Refusals = 4;
+constexpr int WorthAWord = 4;
 
 /// "mpv" of "org.mpris.MediaPlayer2.mpv".
 QString restOf(const QString &service)
@@ -39,16 +36,19 @@ MprisPlayer::MprisPlayer(
     , m_address(std::move(address))
     , m_service(std::move(service))
     , m_namer(std::move(namer))
+    , m_pings(m_address)
 {
     m_address.label = restOf(m_service);
-    m_lastLife.start();
-    m_lastPing.start();
+    connect(&m_pings, &MprisPings::answered, this, [this] {
+        if (!m_renderer && !m_asking)
+            ask();
+    });
     connect(&m_watch, &QTimer::timeout, this, &MprisPlayer::watch);
     m_watch.start(m_address.timeout / 2);
     m_nextName.setSingleShot(true);
     connect(&m_nextName, &QTimer::timeout, this, &MprisPlayer::askName);
-    m_nextAsk.setSingleShot(true);
-    connect(&m_nextAsk, &QTimer::timeout, this, &MprisPlayer::ask);
+    m_refusals.next.setSingleShot(true);
+    connect(&m_refusals.next, &QTimer::timeout, this, &MprisPlayer::ask);
     ask();
 }
 
@@ -61,7 +61,7 @@ void MprisPlayer::leave()
 {
     m_watch.stop();
     m_nextName.stop();
-    m_nextAsk.stop();
+    m_refusals.next.stop();
     deleteLater();
     withdraw();
 }
@@ -141,10 +141,10 @@ void MprisPlayer::takePlayer(const QDBusMessage &reply, const QString &error, bo
 {
     if (silent)
         return;
-    m_lastLife.start();
+    m_pings.noteLife();
     const bool answers = error.isEmpty() && m_address.isAnswer(reply) && reply.signature() == u"a{sv}";
     if (answers) {
-        m_refusals = 0;
+        m_refusals.count = 0;
         create(MprisValues::map(reply.arguments().constFirst()));
     } else if (error.isEmpty()) {
         takeRefusal(QStringLiteral("its properties are of the type \"%1\"").arg(reply.signature().left(100)));
@@ -156,8 +156,8 @@ void MprisPlayer::takePlayer(const QDBusMessage &reply, const QString &error, bo
 /// Some take their name before they have anything to show under it.
 void MprisPlayer::takeRefusal(const QString &reason)
 {
-    m_nextAsk.start(std::min(LongestWait, FirstWait << std::min(m_refusals, 10)));
-    if (++m_refusals == Refusals)
+    m_refusals.next.start(std::min(LongestWait, FirstWait << std::min(m_refusals.count, 10)));
+    if (++m_refusals.count == WorthAWord)
         qCWarning(lcKelvo).noquote() << m_service << "is no player that can be driven:" << reason;
 }
 
@@ -209,32 +209,12 @@ void MprisPlayer::noteSignal(const QDBusMessage &message)
 
 void MprisPlayer::watch()
 {
-    if (m_nextAsk.isActive())
+    if (m_refusals.next.isActive())
         return;
-    if (!m_pinging && (!m_renderer || m_lastPing.elapsed() >= PingEvery * m_address.timeout))
-        ping();
-    if (m_renderer && m_lastLife.elapsed() > SilentFor * m_address.timeout) {
+    if (!m_renderer || m_pings.isDue())
+        m_pings.ping();
+    if (m_renderer && m_pings.isSilent()) {
         qCWarning(lcKelvo).noquote() << m_name << "does not answer any more";
         withdraw();
     }
-}
-
-void MprisPlayer::ping()
-{
-    m_pinging = true;
-    m_lastPing.start();
-    auto *watcher = new QDBusPendingCallWatcher(
-        m_address.connection.asyncCall(
-            m_address.call(Mpris::PeerInterface, QStringLiteral("Ping")), m_address.timeout),
-        this);
-    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
-        watcher->deleteLater();
-        m_pinging = false;
-        // Also a refusal is a sign of life.
-        if (watcher->isError() && Mpris::isSilence(watcher->error()))
-            return;
-        m_lastLife.start();
-        if (!m_renderer && !m_asking)
-            ask();
-    });
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "MprisAddress.h"
+#include "MprisPings.h"
 
 #include <QElapsedTimer>
 #include <QObject>
@@ -52,7 +53,6 @@ private:
     void publish();
     void withdraw();
     void watch();
-    void ping();
 
     QPointer<KelvoRegistry> m_registry;
     MprisAddress m_address;
@@ -62,11 +62,13 @@ private:
     bool m_hasTrackList = false;
     bool m_asking = false;
     bool m_isNamed = false; ///< it has told of itself
-    int m_refusals = 0; ///< in a row
-    QTimer m_nextAsk; ///< after a refusal
-    bool m_pinging = false;
-    QElapsedTimer m_lastLife;
-    QElapsedTimer m_lastPing;
+    /// In a row, and when it is asked again.
+    struct Refusals
+    {
+        int count = 0;
+        QTimer next;
+    } m_refusals;
+    MprisPings m_pings;
     QTimer m_watch;
     QTimer m_nextName; ///< to be asked for
     QElapsedTimer m_lastName; ///< asked for

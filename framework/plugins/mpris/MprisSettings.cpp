@@ -27,12 +27,10 @@ void MprisSettings::sendVolume()
         QStringLiteral("Volume"), MprisValues::linearVolume(volume),
         [this] {
             m_isSettingVolume = false;
-            if (m_nextVolume >= 0) {
+            if (m_nextVolume >= 0)
                 sendVolume();
-            } else {
-                m_isVolumeAwaited = true;
+            else
                 Q_EMIT changed();
-            }
         },
         [this](KelvoError::Code code, const QString &message) {
             m_isSettingVolume = false;
@@ -50,11 +48,9 @@ void MprisSettings::setRate(double rate)
 
 void MprisSettings::take(const MprisSnapshot &now)
 {
-    if (now.volume && !m_isSettingVolume && (*now.volume != m_volume || m_isVolumeAwaited)) {
-        m_volume = *now.volume;
-        m_isVolumeAwaited = false;
-        Q_EMIT volumeReported(m_volume);
-    }
+    // While one is being set the player may still have the one of before.
+    if (now.volume && !m_isSettingVolume)
+        Q_EMIT volumeReported(*now.volume);
     if (now.rate && (*now.rate != m_rate || m_isRateAwaited)) {
         m_rate = *now.rate;
         m_isRateAwaited = false;

@@ -29,10 +29,8 @@ private:
     void sendVolume();
 
     MprisCalls *const m_calls;
-    int m_volume = -1;
     int m_nextVolume = -1;
     bool m_isSettingVolume = false;
-    bool m_isVolumeAwaited = false;
     double m_rate = 0;
     bool m_isRateAwaited = false;
 };

@@ -4,6 +4,8 @@
 #include <QHash>
 #include <QString>
 
+#include <utility>
+
 /// What was told of a track, by the keys of KelvoRenderer::metadataChanged().
 class MprisTrackFacts
 {
@@ -20,8 +22,11 @@ public:
     }
     /// Whether any of it has changed since it was first told.
     bool hasChanged() const { return m_hasChanged; }
+    /// Whether a title has not been asked for yet of the track with that id.
+    bool isTitleToAsk(const QString &id) { return std::exchange(m_untitled, id) != id; }
 
 private:
     QHash<QString, QString> m_told;
     bool m_hasChanged = false;
+    QString m_untitled; ///< id of the track whose title was asked for
 };

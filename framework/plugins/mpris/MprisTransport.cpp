@@ -61,7 +61,6 @@ void MprisTransport::load(const Item &item)
     m_opening.begin(item, m_last.track.url);
     m_position.reset();
     m_facts.clear();
-    m_untitled.clear();
     const quint64 epoch = item.epoch;
     m_calls.command(
         QStringLiteral("OpenUri"), {item.info.url().toString(QUrl::FullyEncoded)},
@@ -361,7 +360,6 @@ void MprisTransport::takeReplacement(const MprisSnapshot &now)
     m_track = now.track;
     m_position.setDuration(-1);
     m_facts.clear();
-    m_untitled.clear();
     m_looks = 0;
     Q_EMIT replaced(KelvoMediaInfo({}, now.track.url, now.track.title));
     m_state = KelvoRenderer::Transitioning;
@@ -373,7 +371,7 @@ void MprisTransport::tellTrack(const MprisSnapshot &now)
 {
     if (!now.track.id.isEmpty())
         m_track.id = now.track.id;
-    if (now.track.length != m_position.duration() && now.track.length > 0) {
+    if (now.track.length > 0) {
         m_position.setDuration(now.track.length);
         Q_EMIT durationReported(m_epoch, now.track.length);
     }
@@ -401,9 +399,8 @@ void MprisTransport::tell(const QString &key, const QString &text)
 /// Some players tell the title only where their list of tracks is concerned.
 void MprisTransport::askTitle()
 {
-    if (!m_hasTrackList || m_track.id.isEmpty() || m_untitled == m_track.id)
+    if (!m_hasTrackList || m_track.id.isEmpty() || !m_facts.isTitleToAsk(m_track.id))
         return;
-    m_untitled = m_track.id;
     m_calls.getTrackMetadata(m_track.id, [this, id = m_track.id](const QVariantMap &metadata) {
         if (id == m_track.id && m_phase == Phase::Following)
             tell(QStringLiteral("title"), MprisTrack::of(metadata).title);

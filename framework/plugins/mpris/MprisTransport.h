@@ -77,7 +77,6 @@ private:
     MprisOpening m_opening;
     MprisTrack m_track; ///< in play, or played last
     MprisTrackFacts m_facts; ///< about it
-    QString m_untitled; ///< id of the track whose title was asked for
     MprisPosition m_position;
     bool m_trustsPosition = false; ///< the player says "Stopped" while it plays
     QElapsedTimer m_sinceUnload;
