@@ -53,7 +53,12 @@ void RemotePlayer::connectTransport()
         if (epoch == m_epoch && m_progress.takeDuration(seconds) && seconds >= 0)
             Q_EMIT fact(epoch, QStringLiteral("duration"), {int(std::lround(seconds))});
     });
-    connect(transport, &RemoteTransport::fact, this, &Engine::fact);
+    connect(transport, &RemoteTransport::fact, this,
+        [this](quint64 epoch, const QString &key, const QList<QVariant> &values) {
+            if (epoch == m_epoch && !values.isEmpty())
+                m_progress.life().noteFact(key, values.constFirst());
+            Q_EMIT fact(epoch, key, values);
+        });
     connect(transport, &RemoteTransport::replaced, this, &RemotePlayer::followReplacement);
     connect(transport, &RemoteTransport::volumeReported, this, [this](int volume) {
         if (m_volume.take(uint(volume)))

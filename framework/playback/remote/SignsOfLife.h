@@ -2,6 +2,8 @@
 #pragma once
 
 #include <QElapsedTimer>
+#include <QHash>
+#include <QVariant>
 
 /// Whether an item has really played. Many players tell of no errors: what they cannot open just stops, as at an end.
 class SignsOfLife
@@ -31,6 +33,13 @@ public:
         m_moved = m_moved || seconds > 0;
     }
     void noteDuration(double seconds) { m_hasDuration = seconds > 0; }
+    /// Of streams some players tell neither position nor duration: a fact that changes shows that they are read.
+    void noteFact(const QString &key, const QVariant &value)
+    {
+        const QVariant before = m_facts.value(key, value);
+        m_hasFactChanged = m_hasFactChanged || before != value;
+        m_facts.insert(key, value);
+    }
 
     bool hasProgressed() const { return m_playingSince.isValid() && m_playingSince.elapsed() >= FalseStart; }
     /// It ended where it began.
@@ -38,7 +47,8 @@ public:
     /// Whether there was anything to play. A player that never tells where it is must be believed after a while.
     bool hasLived() const
     {
-        return m_isAlive || m_hasDuration || m_moved || (!m_positionTold && hasProgressed());
+        return m_isAlive || m_hasDuration || m_moved || m_hasFactChanged
+            || (!m_positionTold && hasProgressed());
     }
     /// Whether the player has to be asked so that an end can be told from a failure.
     bool isUnknown() const { return !m_isAlive && m_playingSince.isValid() && !m_hasDuration && !m_moved; }
@@ -56,4 +66,6 @@ private:
     bool m_positionTold = false;
     bool m_moved = false; ///< the player has told of a position behind the item's beginning
     bool m_hasDuration = false;
+    QHash<QString, QVariant> m_facts; ///< told last
+    bool m_hasFactChanged = false;
 };

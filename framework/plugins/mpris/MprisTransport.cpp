@@ -60,7 +60,7 @@ void MprisTransport::load(const Item &item)
     m_epoch = item.epoch;
     m_opening.begin(item, m_last.track.url);
     m_position.reset();
-    m_facts.clear();
+    m_untitled.clear();
     const quint64 epoch = item.epoch;
     m_calls.command(
         QStringLiteral("OpenUri"), {item.info.url().toString(QUrl::FullyEncoded)},
@@ -320,9 +320,6 @@ void MprisTransport::takeEnd(const MprisSnapshot &now)
     // What the player has gone on with is stopped or replaced like ours.
     if (now.track.isPresent())
         m_track = now.track;
-    // It has been read although the player told of no position.
-    if (m_facts.hasChanged())
-        Q_EMIT positionReported(m_epoch, m_position.now());
     Q_EMIT ended(std::exchange(m_epoch, 0));
 }
 
@@ -359,7 +356,7 @@ void MprisTransport::takeReplacement(const MprisSnapshot &now)
     m_epoch = 0;
     m_track = now.track;
     m_position.setDuration(-1);
-    m_facts.clear();
+    m_untitled.clear();
     m_looks = 0;
     Q_EMIT replaced(KelvoMediaInfo({}, now.track.url, now.track.title));
     m_state = KelvoRenderer::Transitioning;
@@ -392,15 +389,16 @@ void MprisTransport::tellTrack(const MprisSnapshot &now)
 
 void MprisTransport::tell(const QString &key, const QString &text)
 {
-    if (m_facts.take(key, text))
+    if (!text.isEmpty())
         Q_EMIT fact(m_epoch, key, {text});
 }
 
 /// Some players tell the title only where their list of tracks is concerned.
 void MprisTransport::askTitle()
 {
-    if (!m_hasTrackList || m_track.id.isEmpty() || !m_facts.isTitleToAsk(m_track.id))
+    if (!m_hasTrackList || m_track.id.isEmpty() || m_untitled == m_track.id)
         return;
+    m_untitled = m_track.id;
     m_calls.getTrackMetadata(m_track.id, [this, id = m_track.id](const QVariantMap &metadata) {
         if (id == m_track.id && m_phase == Phase::Following)
             tell(QStringLiteral("title"), MprisTrack::of(metadata).title);

@@ -7,7 +7,6 @@
 #include "MprisQuestions.h"
 #include "MprisSettings.h"
 #include "MprisSnapshot.h"
-#include "MprisTrackFacts.h"
 #include "RemoteTransport.h"
 
 #include <QElapsedTimer>
@@ -76,7 +75,7 @@ private:
     KelvoRenderer::State m_state = KelvoRenderer::Stopped; ///< reported last
     MprisOpening m_opening;
     MprisTrack m_track; ///< in play, or played last
-    MprisTrackFacts m_facts; ///< about it
+    QString m_untitled; ///< id of the track whose title was asked for
     MprisPosition m_position;
     bool m_trustsPosition = false; ///< the player says "Stopped" while it plays
     QElapsedTimer m_sinceUnload;

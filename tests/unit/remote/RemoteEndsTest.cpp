@@ -12,6 +12,8 @@ private Q_SLOTS:
     void endWithoutASignOfLifeIsAnError();
     void endAfterASignOfLifeIsAnEnd_data();
     void endAfterASignOfLifeIsAnEnd();
+    void factThatChangesIsASignOfLife_data();
+    void factThatChangesIsASignOfLife();
     void signsOfLifeAreOfTheItem();
     void pictureEndsWithoutASignOfLife();
     void playerWithoutPositionsHasPlayedAfterAWhile();
@@ -73,6 +75,29 @@ void RemoteEndsTest::endAfterASignOfLifeIsAnEnd()
     flush();
     QCOMPARE(m_heard->completed, 1);
     QCOMPARE(m_heard->errors.size(), 0);
+}
+
+// Streams whose player tells neither position nor duration. It may tell of the title as often as it likes.
+void RemoteEndsTest::factThatChangesIsASignOfLife_data()
+{
+    QTest::addColumn<QString>("second");
+    QTest::addColumn<int>("ends");
+    QTest::newRow("another title") << QStringLiteral("Second") << 1;
+    QTest::newRow("the same title") << QStringLiteral("First") << 0;
+}
+
+void RemoteEndsTest::factThatChangesIsASignOfLife()
+{
+    QFETCH(QString, second);
+    QFETCH(int, ends);
+    playing();
+    for (const QString &title : {QStringLiteral("First"), second})
+        Q_EMIT m_transport->fact(m_transport->epoch(), QStringLiteral("title"), {title});
+    Q_EMIT m_transport->positionReported(m_transport->epoch(), 0);
+    Q_EMIT m_transport->ended(m_transport->epoch());
+    flush();
+    QCOMPARE(m_heard->completed, ends);
+    QCOMPARE(m_heard->errorsOf(KelvoError::ReadFailed), 1 - ends);
 }
 
 void RemoteEndsTest::signsOfLifeAreOfTheItem()
