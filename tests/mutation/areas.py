@@ -11,6 +11,7 @@ AREAS = (
     ("framework/core/", ("core-tests", "model-tests", "console-tests", "simulator-tests", "unit-plugin-loading",
                          "contract-simulator")),
     ("framework/session-bus/", ("sharing-tests", "mpris-tests")),
+    ("framework/glib/", ("gst-parts-tests", "upnp-tests", "integration-tracker-store", "tracker-plugin-tests")),
     ("framework/media/", ("media-tests", "tracker-tests", "gst-tests")),
     ("framework/shared/dbus/ForeignItemModel", ("model-tests", "sharing-tests")),
     ("framework/shared/", ("core-tests", "sharing-tests")),

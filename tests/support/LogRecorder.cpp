@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "LogRecorder.h"
 
-#include <QMutex>
-#include <QMutexLocker>
+#include <mutex>
 
 namespace {
-QBasicMutex mutex;
+std::mutex recordedMutex;
 QStringList recorded;
 QStringList recordedWarnings;
 QtMessageHandler previous = nullptr;
@@ -13,7 +12,7 @@ QtMessageHandler previous = nullptr;
 void record(QtMsgType type, const QMessageLogContext &context, const QString &message)
 {
     {
-        QMutexLocker lock(&mutex);
+        const std::scoped_lock lock(recordedMutex);
         recorded.append(message);
         if (type == QtWarningMsg || type == QtCriticalMsg)
             recordedWarnings.append(message);
@@ -38,13 +37,13 @@ LogRecorder::~LogRecorder()
 
 QStringList LogRecorder::lines() const
 {
-    QMutexLocker lock(&mutex);
+    const std::scoped_lock lock(recordedMutex);
     return recorded;
 }
 
 QStringList LogRecorder::warnings() const
 {
-    QMutexLocker lock(&mutex);
+    const std::scoped_lock lock(recordedMutex);
     return recordedWarnings;
 }
 
@@ -63,7 +62,7 @@ bool LogRecorder::containsInOrder(const QStringList &expected) const
 
 void LogRecorder::clear()
 {
-    QMutexLocker lock(&mutex);
+    const std::scoped_lock lock(recordedMutex);
     recorded.clear();
     recordedWarnings.clear();
 }
