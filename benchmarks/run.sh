@@ -1,10 +1,15 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
 # benchmarks/run.sh [number of songs ...]
-# Builds the benchmarks, makes their media once, and prints the README's table. Needs what the tests need
-# (scripts/install-dependencies.sh test) and an idle machine.
+# Builds the benchmarks, makes their media once, prints the figures and writes them into docs/benchmarks.md, and the most
+# asked for into the README. Needs what the tests need (scripts/install-dependencies.sh test) and an idle machine.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+if [ "${1:-}" != --print ]; then
+    benchmarks/run.sh --print "$@" | benchmarks/report.py --root .
+    exit
+fi
+shift
 
 cmake --preset benchmarks >/dev/null
 cmake --build --preset benchmarks >/dev/null

@@ -106,7 +106,7 @@ function(kelvo_add_plugin name)
 endfunction()
 
 # kelvo_add_benchmark(<name> SOURCES ... [LIBS libs...])
-# A program that prints rows of the README's table.
+# A program that prints rows of docs/benchmarks.md.
 function(kelvo_add_benchmark name)
     cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
     add_executable(${name} ${ARG_SOURCES})

@@ -8,7 +8,7 @@
 #include <vector>
 
 /// What every benchmark prints: one line per figure, the reference measured in the same run beside it. All lines
-/// together make the table in the README.
+/// together make the table in docs/benchmarks.md.
 namespace Measurement {
 
 inline double median(std::vector<double> values)
