@@ -101,9 +101,3 @@ PlaylistColumns PlaylistColumns::withoutModel() const
         [](const Extra &extra) { return extra.role != RoleCount; });
     return columns;
 }
-
-bool PlaylistColumns::hasRoleWithin(int firstColumn, int lastColumn) const
-{
-    return std::any_of(byRole.begin(), byRole.end(),
-        [=](int column) { return column >= firstColumn && column <= lastColumn; });
-}

@@ -32,5 +32,4 @@ struct PlaylistColumns
     static QString headerOf(Role role);
     /// Without the columns that only the model has.
     PlaylistColumns withoutModel() const;
-    bool hasRoleWithin(int firstColumn, int lastColumn) const;
 };

@@ -95,11 +95,6 @@ void StoreCancellation::cancel()
     g_cancellable_cancel(d->handle.get());
 }
 
-bool StoreCancellation::isCancelled() const
-{
-    return g_cancellable_is_cancelled(d->handle.get());
-}
-
 StoreCursor::StoreCursor() = default;
 StoreCursor::StoreCursor(StoreCursor &&other) noexcept = default;
 StoreCursor &StoreCursor::operator=(StoreCursor &&other) noexcept = default;

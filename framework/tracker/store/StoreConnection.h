@@ -21,7 +21,6 @@ public:
     ~StoreCancellation();
     Q_DISABLE_COPY_MOVE(StoreCancellation)
     void cancel();
-    bool isCancelled() const;
 
 private:
     friend class StoreConnection;
