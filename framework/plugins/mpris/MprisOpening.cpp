@@ -85,7 +85,7 @@ MprisOpening::Step MprisOpening::take(const MprisSnapshot &now, bool hasAdvanced
     const bool isNew = now.track.isPresent() && late && !MprisTrack::isSameAddress(now.track.url, m_before);
     if ((isOurs(now.track) || isNew) && isFresh(now))
         return takeOurs(now, hasAdvanced);
-    if (!now.track.isPresent() && now.state == KelvoRenderer::Playing && late)
+    if (!now.track.isPresent() && now.playbackStatus == KelvoRenderer::Playing && late)
         return Step::Plays; // And says nothing of what.
     return takeAbsence(now);
 }
@@ -93,15 +93,15 @@ MprisOpening::Step MprisOpening::take(const MprisSnapshot &now, bool hasAdvanced
 MprisOpening::Step MprisOpening::takeOurs(const MprisSnapshot &now, bool hasAdvanced)
 {
     m_isSeen = true;
-    m_isTried = m_isTried || now.state == KelvoRenderer::Playing;
+    m_isTried = m_isTried || now.playbackStatus == KelvoRenderer::Playing;
     m_sinceAbsence.invalidate();
     noteRest(now);
     const bool late = m_sinceLoad.elapsed() > BenefitOfDoubt;
-    const bool playsUnnoticed = now.state == KelvoRenderer::Stopped && hasAdvanced;
-    const bool plays
-        = playsUnnoticed || (now.state == KelvoRenderer::Playing && (now.position.value_or(0) > 0 || late));
+    const bool playsUnnoticed = now.playbackStatus == KelvoRenderer::Stopped && hasAdvanced;
+    const bool plays = playsUnnoticed
+        || (now.playbackStatus == KelvoRenderer::Playing && (now.position.value_or(0) > 0 || late));
     const bool staysPaused = m_item.paused || m_sinceRest.elapsed() >= PauseTime;
-    if (now.state == KelvoRenderer::Paused && staysPaused)
+    if (now.playbackStatus == KelvoRenderer::Paused && staysPaused)
         return Step::Pauses;
     if (plays && (!m_item.paused || late))
         return playsUnnoticed ? Step::PlaysUnnoticed : Step::Plays;
@@ -111,7 +111,7 @@ MprisOpening::Step MprisOpening::takeOurs(const MprisSnapshot &now, bool hasAdva
 /// A player that was busy for a while has not been at rest.
 void MprisOpening::noteRest(const MprisSnapshot &now)
 {
-    const std::pair rest(now.state, now.track.isPresent());
+    const std::pair rest(now.playbackStatus, now.track.isPresent());
     const bool hasBeenSilent = m_sinceLook.isValid() && m_sinceLook.elapsed() > Silence;
     if (std::exchange(m_rest, rest) != rest || !m_sinceRest.isValid() || hasBeenSilent)
         m_sinceRest.start();
@@ -121,7 +121,7 @@ void MprisOpening::noteRest(const MprisSnapshot &now)
 /// The player has our item and does not do what it should with it, or not yet.
 MprisOpening::Step MprisOpening::takeRest(const MprisSnapshot &now)
 {
-    const bool isStopped = now.state == KelvoRenderer::Stopped;
+    const bool isStopped = now.playbackStatus == KelvoRenderer::Stopped;
     if (isStopped && hasPlayedAtOnce(now))
         return Step::HasPlayed;
     if ((isStopped && hasGivenUp()) || isOverdue())
@@ -152,9 +152,9 @@ bool MprisOpening::hasPlayedAtOnce(const MprisSnapshot &now) const
 bool MprisOpening::isNudgeDue(const MprisSnapshot &now) const
 {
     const auto wanted = m_item.paused ? KelvoRenderer::Paused : KelvoRenderer::Playing;
-    const bool hasBeenTried = now.state == KelvoRenderer::Stopped && m_nudges > 0;
+    const bool hasBeenTried = now.playbackStatus == KelvoRenderer::Stopped && m_nudges > 0;
     const bool isEnough = hasBeenTried || m_nudges > NudgePauses.size();
-    return now.state != wanted && !isEnough
+    return now.playbackStatus != wanted && !isEnough
         && (m_nudges == 0 || m_sinceNudge.elapsed() >= NudgePauses.at(m_nudges - 1));
 }
 
@@ -167,7 +167,7 @@ bool MprisOpening::nudgeRefused()
 bool MprisOpening::isEmptyForGood(const MprisSnapshot &now) const
 {
     const qint64 absent = m_sinceAbsence.elapsed();
-    const bool hasTried = m_isTried && now.state == KelvoRenderer::Stopped;
+    const bool hasTried = m_isTried && now.playbackStatus == KelvoRenderer::Stopped;
     return (m_isSeen && absent >= AbsenceAfter) || (now.isEmptied && absent >= EmptyBefore)
         || (hasTried && m_sinceRest.elapsed() >= EmptyAfterTrying);
 }
@@ -181,7 +181,7 @@ MprisOpening::Step MprisOpening::takeAbsence(const MprisSnapshot &now)
     }
     if (!m_sinceAbsence.isValid())
         m_sinceAbsence.start();
-    m_isTried = m_isTried || now.state == KelvoRenderer::Playing;
+    m_isTried = m_isTried || now.playbackStatus == KelvoRenderer::Playing;
     noteRest(now);
     return isEmptyForGood(now) || isOverdue() ? Step::GivenUp : Step::Wait;
 }

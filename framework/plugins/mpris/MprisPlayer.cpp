@@ -202,9 +202,9 @@ void MprisPlayer::noteSignal(const QDBusMessage &message)
     if (!m_transport)
         return;
     if (message.member() == u"Seeked" && !message.arguments().isEmpty())
-        m_transport->noteSeek(message.arguments().constFirst());
+        m_transport->noteSeeked(message.arguments().constFirst());
     else
-        m_transport->noteChange();
+        m_transport->notePropertiesChanged();
 }
 
 void MprisPlayer::watch()

@@ -24,7 +24,7 @@ bool isTrue(const QVariant &value)
     return value.typeId() != QMetaType::Bool || value.toBool();
 }
 
-KelvoRenderer::State stateOf(const QVariant &value)
+KelvoRenderer::State playbackStatusOf(const QVariant &value)
 {
     const QString name = value.toString();
     if (name.compare(QLatin1String("Playing"), Qt::CaseInsensitive) == 0)
@@ -108,18 +108,19 @@ MprisSnapshot MprisSnapshot::of(const QVariantMap &properties)
     now.track = MprisTrack::of(metadata);
     now.isEmptied = id == Emptied;
     // mpv may say after its start that it plays although it has nothing, until it is given something.
-    now.state = isNoTrack(id) ? KelvoRenderer::Stopped : stateOf(property("PlaybackStatus"));
+    now.playbackStatus
+        = isNoTrack(id) ? KelvoRenderer::Stopped : playbackStatusOf(property("PlaybackStatus"));
     now.position = MprisValues::seconds(property("Position"));
     if (now.position)
         now.position = std::max(0.0, *now.position);
     const auto rate = MprisValues::number(property("Rate"));
     if (rate && *rate != 0)
         now.rate = rate;
-    const double slowest = MprisValues::number(property("MinimumRate")).value_or(1);
-    const double fastest = MprisValues::number(property("MaximumRate")).value_or(1);
-    if (slowest <= 1 && fastest >= 1) {
-        now.slowestRate = slowest;
-        now.fastestRate = fastest;
+    const double minimum = MprisValues::number(property("MinimumRate")).value_or(1);
+    const double maximum = MprisValues::number(property("MaximumRate")).value_or(1);
+    if (minimum <= 1 && maximum >= 1) {
+        now.minimumRate = minimum;
+        now.maximumRate = maximum;
     }
     if (const auto volume = MprisValues::number(property("Volume")))
         now.volume = MprisValues::cubicVolume(*volume);

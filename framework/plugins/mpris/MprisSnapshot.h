@@ -35,13 +35,13 @@ struct MprisTrack
 /// sense is left out.
 struct MprisSnapshot
 {
-    KelvoRenderer::State state = KelvoRenderer::Stopped;
+    KelvoRenderer::State playbackStatus = KelvoRenderer::Stopped;
     MprisTrack track;
     bool isEmptied = false; ///< it says that nothing is left of what it was given
     std::optional<double> position; ///< seconds, not below 0
     std::optional<double> rate;
-    double slowestRate = 1;
-    double fastestRate = 1;
+    double minimumRate = 1;
+    double maximumRate = 1;
     std::optional<int> volume; ///< 0..99, cubic
     bool canSeek = true;
     bool canPause = true;

@@ -50,7 +50,7 @@ RemoteTransport::Abilities MprisTransport::abilities() const
     const bool seek = m_last.canSeek && m_last.canControl;
     const bool pause = m_last.canPause && m_last.canControl;
     const bool volume = m_last.volume && m_last.canControl;
-    return {seek, pause, volume, m_last.slowestRate, m_last.fastestRate};
+    return {seek, pause, volume, m_last.minimumRate, m_last.maximumRate};
 }
 
 void MprisTransport::load(const Item &item)
@@ -126,13 +126,13 @@ void MprisTransport::rename(const QString &name)
     Q_EMIT nameReported(name);
 }
 
-void MprisTransport::noteChange()
+void MprisTransport::notePropertiesChanged()
 {
     m_looks = 0;
     m_questions.askIn(SignalTime);
 }
 
-void MprisTransport::noteSeek(const QVariant &microseconds)
+void MprisTransport::noteSeeked(const QVariant &microseconds)
 {
     const auto place = MprisValues::seconds(microseconds);
     if (!place || m_phase != Phase::Following)
@@ -257,14 +257,14 @@ void MprisTransport::enter(KelvoRenderer::State state)
 
 void MprisTransport::takeFollowing(const MprisSnapshot &now)
 {
-    auto state = now.state;
+    auto state = now.playbackStatus;
     if (state != KelvoRenderer::Stopped)
         m_trustsPosition = false;
     else if (m_trustsPosition && now.track.isPresent())
         state = KelvoRenderer::Playing;
     const bool isOther = now.track.isPresent() && m_track.isPresent() && !now.track.isSameAs(m_track);
     const bool isBackAtRest
-        = now.state == KelvoRenderer::Paused && m_position.isBackAfterEnd(now.position.value_or(0));
+        = now.playbackStatus == KelvoRenderer::Paused && m_position.isBackAfterEnd(now.position.value_or(0));
     if (state == KelvoRenderer::Stopped || (m_epoch != 0 && isBackAtRest)) {
         takeEnd(now);
     } else if (isOther && m_epoch != 0 && m_position.isHandOver()) {
@@ -325,10 +325,11 @@ void MprisTransport::takeEnd(const MprisSnapshot &now)
 
 void MprisTransport::takeIdle(const MprisSnapshot &now, bool hasAdvanced)
 {
-    const bool playsUnnoticed = now.state == KelvoRenderer::Stopped && now.track.isPresent() && hasAdvanced;
+    const bool playsUnnoticed
+        = now.playbackStatus == KelvoRenderer::Stopped && now.track.isPresent() && hasAdvanced;
     // After their end some come to rest in what they had first.
-    const bool rests = now.state == KelvoRenderer::Paused && m_epoch == 0 && m_sinceUnload.isValid();
-    const bool plays = (now.state != KelvoRenderer::Stopped && !rests) || playsUnnoticed;
+    const bool rests = now.playbackStatus == KelvoRenderer::Paused && m_epoch == 0 && m_sinceUnload.isValid();
+    const bool plays = (now.playbackStatus != KelvoRenderer::Stopped && !rests) || playsUnnoticed;
     const bool stillStopping = m_sinceUnload.isValid() && m_sinceUnload.elapsed() < StoppingTime
         && (now.track.isSameAs(m_track) || !now.track.isPresent());
     if (!plays || stillStopping) {
@@ -346,7 +347,7 @@ void MprisTransport::takeIdle(const MprisSnapshot &now, bool hasAdvanced)
     }
     // Ours, started again by somebody else.
     m_phase = Phase::Following;
-    enter(playsUnnoticed ? KelvoRenderer::Playing : now.state);
+    enter(playsUnnoticed ? KelvoRenderer::Playing : now.playbackStatus);
     tellTrack(now);
 }
 
@@ -360,7 +361,7 @@ void MprisTransport::takeReplacement(const MprisSnapshot &now)
     m_looks = 0;
     Q_EMIT replaced(KelvoMediaInfo({}, now.track.url, now.track.title));
     m_state = KelvoRenderer::Transitioning;
-    enter(m_trustsPosition ? KelvoRenderer::Playing : now.state);
+    enter(m_trustsPosition ? KelvoRenderer::Playing : now.playbackStatus);
     tellTrack(now);
 }
 

@@ -38,9 +38,9 @@ public:
     /// The player has another name now.
     void rename(const QString &name);
     /// The player signalled a change of its properties.
-    void noteChange();
+    void notePropertiesChanged();
     /// The player signalled a seek.
-    void noteSeek(const QVariant &microseconds);
+    void noteSeeked(const QVariant &microseconds);
 
 private:
     enum class Phase {

@@ -61,7 +61,7 @@ void MprisRoguesTest::readsPropertiesOfAnyKind()
             QVERIFY(now.volume.value_or(0) >= 0 && now.volume.value_or(0) <= 99);
             QVERIFY(now.position.value_or(0) >= 0 && std::isfinite(now.position.value_or(0)));
             QVERIFY(std::isfinite(now.rate.value_or(1)) && now.rate.value_or(1) != 0);
-            QVERIFY(now.slowestRate <= 1 && now.fastestRate >= 1);
+            QVERIFY(now.minimumRate <= 1 && now.maximumRate >= 1);
             QVERIFY(now.track.length == -1 || now.track.length > 0);
         }
     }
