@@ -39,6 +39,15 @@ void RemotePlayer::connectTransport()
         if (epoch == m_epoch && m_state != Stopped)
             followEnd();
     });
+    connect(
+        transport, &RemoteTransport::stopped, this, [this](quint64 epoch, const RemoteTransport::Stop &stop) {
+            if (epoch != m_epoch || m_state == Stopped)
+                return;
+            if (stop.isEnd())
+                followEnd();
+            else
+                stoppedElsewhere();
+        });
     connect(transport, &RemoteTransport::failed, this,
         [this](quint64 epoch, KelvoError::Code code, const QString &message) {
             if (epoch == m_epoch && m_state != Stopped)

@@ -40,6 +40,17 @@ public:
         double fastestRate = 1.0;
     };
 
+    /// Where an item was when its player stopped, in seconds: an end and a stop by somebody else look the same.
+    struct Stop
+    {
+        double position = 0;
+        double duration = -1; ///< below 0: not known
+        double margin = 0; ///< what stops so close to its end has ended
+
+        /// Of what has no known end it is taken to be one.
+        bool isEnd() const { return duration <= 0 || position >= duration - margin; }
+    };
+
     using QObject::QObject;
 
     virtual Abilities abilities() const = 0;
@@ -62,8 +73,10 @@ public:
 
 Q_SIGNALS:
     void stateReported(quint64 epoch, KelvoRenderer::State state);
-    /// The item played to its end by itself.
+    /// The item is at its end, for certain.
     void ended(quint64 epoch);
+    /// The player has stopped with the item, and was not told to. An item of epoch 0 is told of as a state.
+    void stopped(quint64 epoch, const RemoteTransport::Stop &stop);
     /// The item cannot be played, or no further.
     void failed(quint64 epoch, KelvoError::Code code, const QString &message);
     /// A command was refused or not answered (KelvoError::CommandRefused, Timeout ...), with the player's own

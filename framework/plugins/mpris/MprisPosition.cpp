@@ -81,9 +81,9 @@ bool MprisPosition::isSeeking() const
     return m_sinceSeek.isValid() && m_sinceSeek.elapsed() < SeekingTime;
 }
 
-bool MprisPosition::isAtEnd() const
+RemoteTransport::Stop MprisPosition::stop() const
 {
-    return m_duration > 0 && m_clock.now() >= m_duration - NearEnd;
+    return {m_clock.now(), m_duration, NearEnd};
 }
 
 bool MprisPosition::isHandOver() const

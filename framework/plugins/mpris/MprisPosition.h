@@ -3,10 +3,11 @@
 
 #include "KelvoRenderer.h"
 #include "RemotePosition.h"
+#include "RemoteTransport.h"
 
 #include <QElapsedTimer>
 
-/// Where the item in play is, by what the player says and the time that has passed, and whether a stop there is its end. Seconds.
+/// Where the item in play is, by what the player says and the time that has passed. Seconds.
 ///
 /// Some players lose the position when they have read all of the item, some when it ends, before they tell of the end; and
 /// some call that a seek. Until the player tells of the end or plays on, time goes on.
@@ -32,7 +33,8 @@ public:
     /// The player is there.
     void take(double seconds);
 
-    bool isAtEnd() const;
+    /// A stop here and now.
+    RemoteTransport::Stop stop() const;
     /// Whether another track follows the item. Some players tell of it as soon as they have read all of the item.
     bool isHandOver() const;
     /// Whether that second may say nothing of where the item is: back at the start without a seek of ours.
@@ -50,6 +52,7 @@ public:
 private:
     bool isSeeking() const;
     bool isNews(double seconds) const;
+    bool isAtEnd() const { return m_duration > 0 && stop().isEnd(); }
 
     RemotePosition m_clock;
     bool m_isPlaying = false;

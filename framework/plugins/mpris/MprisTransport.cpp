@@ -186,7 +186,7 @@ void MprisTransport::takeOpening(const MprisSnapshot &now, bool hasAdvanced)
     case Step::HasPlayed:
         begin(now, KelvoRenderer::Playing, 0);
         m_position.moveToEnd();
-        takeEnd(now);
+        takeStop(now);
         break;
     case Step::Nudge:
         nudge();
@@ -266,10 +266,10 @@ void MprisTransport::takeFollowing(const MprisSnapshot &now)
     const bool isBackAtRest
         = now.playbackStatus == KelvoRenderer::Paused && m_position.isBackAfterEnd(now.position.value_or(0));
     if (state == KelvoRenderer::Stopped || (m_epoch != 0 && isBackAtRest)) {
-        takeEnd(now);
+        takeStop(now);
     } else if (isOther && m_epoch != 0 && m_position.isHandOver()) {
         m_position.moveToEnd();
-        takeEnd(now); // The player goes on with a list of its own.
+        takeStop(now); // The player goes on with a list of its own.
     } else if (isOther) {
         takeReplacement(now);
     } else if (m_epoch != 0 && now.position && m_position.isLoss(*now.position)) {
@@ -292,7 +292,7 @@ void MprisTransport::takeLoss(const MprisSnapshot &now)
     notePositionLost(*now.position, false);
     switch (m_position.judgeLoss(*now.position)) {
     case MprisPosition::Loss::End:
-        takeEnd(now);
+        takeStop(now);
         break;
     case MprisPosition::Loss::Back:
         m_position.endLoss();
@@ -304,23 +304,27 @@ void MprisTransport::takeLoss(const MprisSnapshot &now)
     }
 }
 
-/// By itself, when it was where its end is; of what has no known end it is taken to be one.
-void MprisTransport::takeEnd(const MprisSnapshot &now)
+/// The player is at rest.
+void MprisTransport::takeStop(const MprisSnapshot &now)
 {
     m_phase = Phase::Idle;
     m_trustsPosition = false;
     m_looks = 0;
     m_state = KelvoRenderer::Stopped;
-    const bool ends = m_position.duration() <= 0 || m_position.isAtEnd();
     m_position.setState(m_state);
-    if (m_epoch == 0 || !ends) {
+    if (m_epoch == 0) {
         Q_EMIT stateReported(m_epoch, KelvoRenderer::Stopped);
+        return;
+    }
+    const Stop stop = m_position.stop();
+    if (!stop.isEnd()) {
+        Q_EMIT stopped(m_epoch, stop);
         return;
     }
     // What the player has gone on with is stopped or replaced like ours.
     if (now.track.isPresent())
         m_track = now.track;
-    Q_EMIT ended(std::exchange(m_epoch, 0));
+    Q_EMIT stopped(std::exchange(m_epoch, 0), stop);
 }
 
 void MprisTransport::takeIdle(const MprisSnapshot &now, bool hasAdvanced)

@@ -60,7 +60,7 @@ private:
     void takeReplacement(const MprisSnapshot &now);
     void notePositionLost(double seconds, bool isSeek);
     void takeLoss(const MprisSnapshot &now);
-    void takeEnd(const MprisSnapshot &now);
+    void takeStop(const MprisSnapshot &now);
     void enter(KelvoRenderer::State state);
     void tellTrack(const MprisSnapshot &now);
     void tell(const QString &key, const QString &text);

@@ -14,7 +14,7 @@ namespace {
 // AVTransport's own refusals.
 constexpr int transitionNotAvailable = 701;
 constexpr int transportLocked = 705;
-// An item that stops so many seconds before its end was stopped by somebody.
+// Seconds. What stops so close to its end has ended; what is not farther from its start has only just begun.
 constexpr double earlyStop = 3;
 // Milliseconds after the start that an answer may still be about the item before.
 constexpr int stale = 1000;
@@ -396,16 +396,16 @@ void RendererPlayback::finishItem()
     if (!m_epoch)
         return;
     const quint64 epoch = *std::exchange(m_epoch, std::nullopt);
-    const bool isEarly = m_duration.isKnown() && m_position.now() < m_duration.seconds() - earlyStop;
-    if (epoch > 0 && isEarly)
-        m_stoppedEpoch = epoch;
-    if (epoch == 0 || isEarly) {
+    if (epoch == 0) {
         Q_EMIT stateReported(epoch, KelvoRenderer::Stopped);
         return;
     }
+    const RemoteTransport::Stop stop{m_position.now(), m_duration.seconds(), earlyStop};
+    if (!stop.isEnd())
+        m_stoppedEpoch = epoch;
     // Short ones may end before anybody has asked where they are: that it has moved is to be known first.
-    Q_EMIT positionReported(epoch, m_position.now());
-    Q_EMIT ended(epoch);
+    Q_EMIT positionReported(epoch, stop.position);
+    Q_EMIT stopped(epoch, stop);
 }
 
 void RendererPlayback::fail(KelvoError::Code code, const QString &message)

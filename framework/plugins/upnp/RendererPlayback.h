@@ -8,6 +8,7 @@
 #include "KelvoError.h"
 #include "KelvoMediaInfo.h"
 #include "PlayingProof.h"
+#include "RemoteTransport.h"
 #include "RendererWishes.h"
 #include "StateChange.h"
 
@@ -86,6 +87,7 @@ public:
 Q_SIGNALS:
     void stateReported(quint64 epoch, KelvoRenderer::State state);
     void ended(quint64 epoch);
+    void stopped(quint64 epoch, const RemoteTransport::Stop &stop);
     void failed(quint64 epoch, KelvoError::Code code, const QString &message);
     void positionReported(quint64 epoch, double seconds);
     void durationReported(quint64 epoch, double seconds);

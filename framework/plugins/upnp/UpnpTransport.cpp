@@ -51,6 +51,7 @@ void UpnpTransport::connectReports()
     const RendererPlayback *playback = &m_playback;
     connect(playback, &RendererPlayback::stateReported, this, &UpnpTransport::stateReported, queued);
     connect(playback, &RendererPlayback::ended, this, &UpnpTransport::ended, queued);
+    connect(playback, &RendererPlayback::stopped, this, &UpnpTransport::stopped, queued);
     connect(playback, &RendererPlayback::failed, this, &UpnpTransport::failed, queued);
     connect(playback, &RendererPlayback::positionReported, this, &UpnpTransport::positionReported, queued);
     connect(playback, &RendererPlayback::durationReported, this, &UpnpTransport::durationReported, queued);

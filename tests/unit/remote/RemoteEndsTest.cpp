@@ -12,6 +12,8 @@ private Q_SLOTS:
     void endWithoutASignOfLifeIsAnError();
     void endAfterASignOfLifeIsAnEnd_data();
     void endAfterASignOfLifeIsAnEnd();
+    void stopIsAnEndByWhereItWas_data();
+    void stopIsAnEndByWhereItWas();
     void factThatChangesIsASignOfLife_data();
     void factThatChangesIsASignOfLife();
     void signsOfLifeAreOfTheItem();
@@ -75,6 +77,43 @@ void RemoteEndsTest::endAfterASignOfLifeIsAnEnd()
     flush();
     QCOMPARE(m_heard->completed, 1);
     QCOMPARE(m_heard->errors.size(), 0);
+}
+
+void RemoteEndsTest::stopIsAnEndByWhereItWas_data()
+{
+    QTest::addColumn<double>("position");
+    QTest::addColumn<double>("duration");
+    QTest::addColumn<int>("ends");
+    QTest::newRow("at the end") << 100.0 << 100.0 << 1;
+    QTest::newRow("behind the end") << 102.0 << 100.0 << 1;
+    QTest::newRow("as close as the margin") << 98.5 << 100.0 << 1;
+    QTest::newRow("not so close") << 98.4 << 100.0 << 0;
+    QTest::newRow("at the start") << 0.0 << 100.0 << 0;
+    QTest::newRow("of what has no known end") << 5.0 << -1.0 << 1;
+    QTest::newRow("of what has no length") << 5.0 << 0.0 << 1;
+}
+
+void RemoteEndsTest::stopIsAnEndByWhereItWas()
+{
+    QFETCH(double, position);
+    QFETCH(double, duration);
+    QFETCH(int, ends);
+    assign(1);
+    m_renderer->play();
+    say(Playing);
+    Q_EMIT m_transport->positionReported(m_transport->epoch(), 1);
+    Q_EMIT m_transport->stopped(m_transport->epoch() + 1, {position, duration, 1.5}); // of another item
+    flush();
+    QCOMPARE(m_heard->state(), Playing);
+    Q_EMIT m_transport->stopped(m_transport->epoch(), {position, duration, 1.5});
+    flush();
+    QCOMPARE(m_heard->state(), Stopped);
+    QCOMPARE(m_heard->completed, ends);
+    QCOMPARE(m_heard->errors.size(), 0);
+    // What somebody has stopped is still in the player, who may let it go on; what has ended is not.
+    say(Playing);
+    flush();
+    QCOMPARE(m_heard->state(), ends ? Stopped : Playing);
 }
 
 // Streams whose player tells neither position nor duration. It may tell of the title as often as it likes.

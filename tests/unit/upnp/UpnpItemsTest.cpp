@@ -85,6 +85,14 @@ void UpnpItemsTest::init()
             m_told.append({epoch, state});
         });
     m_ended = std::make_unique<QSignalSpy>(transport, &RemoteTransport::ended);
+    // As the layer above judges it.
+    connect(
+        transport, &RemoteTransport::stopped, this, [this](quint64 epoch, const RemoteTransport::Stop &stop) {
+            if (stop.isEnd())
+                m_ended->append(QVariantList{epoch});
+            else
+                m_told.append({epoch, KelvoRenderer::Stopped});
+        });
     m_failed = std::make_unique<QSignalSpy>(transport, &RemoteTransport::failed);
     m_durations = std::make_unique<QSignalSpy>(transport, &RemoteTransport::durationReported);
     m_positions = std::make_unique<QSignalSpy>(transport, &RemoteTransport::positionReported);

@@ -81,6 +81,14 @@ void UpnpTransportTest::init()
     UpnpTransport *transport = m_transport.get();
     m_states = std::make_unique<QSignalSpy>(transport, &RemoteTransport::stateReported);
     m_ended = std::make_unique<QSignalSpy>(transport, &RemoteTransport::ended);
+    // As the layer above judges it.
+    connect(
+        transport, &RemoteTransport::stopped, this, [this](quint64 epoch, const RemoteTransport::Stop &stop) {
+            if (stop.isEnd())
+                m_ended->append(QVariantList{epoch});
+            else
+                m_states->append(QVariantList{epoch, QVariant::fromValue(Stopped)});
+        });
     m_failed = std::make_unique<QSignalSpy>(transport, &RemoteTransport::failed);
     m_troubled = std::make_unique<QSignalSpy>(transport, &RemoteTransport::troubled);
     m_replaced = std::make_unique<QSignalSpy>(transport, &RemoteTransport::replaced);
