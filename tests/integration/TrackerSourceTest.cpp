@@ -30,6 +30,16 @@ qsizetype openFiles()
     return QDir("/proc/self/fd").entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System).size();
 }
 
+/// The store's library closes its files on a thread of its own, a moment after the store is closed.
+bool storeIsHeld()
+{
+    const QFileInfoList files
+        = QDir("/proc/self/fd").entryInfoList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System);
+    const QString data = qEnvironmentVariable("XDG_DATA_HOME");
+    return std::any_of(files.cbegin(), files.cend(),
+        [&data](const QFileInfo &file) { return file.symLinkTarget().startsWith(data); });
+}
+
 bool workersRun()
 {
     const QDir threads("/proc/self/task");
@@ -55,6 +65,21 @@ class TrackerSourceTest : public TrackerTestCase
     {
         QSignalSpy closed(&store(), &KelvoTrackerStore::closed);
         return closed.wait(20000);
+    }
+
+    /// Loads and unloads the plug-in, until nothing of it runs any more. The store opens when all that was asked of it
+    /// before is done, and one of its threads that is on its way out may still hold a file.
+    bool comesAndGoes(KelvoRegistry &registry)
+    {
+        const auto isOpen = [this] { return store().state() == KelvoTrackerStore::Open; };
+        if (!load(registry) || !QTest::qWaitFor(isOpen, 20000))
+            return false;
+        registry.unloadPlugin(pluginFile);
+        if (!waitUntilClosed() || !QTest::qWaitFor([] { return !workersRun() && !storeIsHeld(); }, 20000))
+            return false;
+        // What they have queued last still holds the indexer, and that what it reads with.
+        QCoreApplication::sendPostedEvents();
+        return true;
     }
 
 private Q_SLOTS:
@@ -169,10 +194,7 @@ private Q_SLOTS:
     {
         addSong("a.mp3", {"A"});
         KelvoRegistry registry;
-        QVERIFY(load(registry));
-        registry.unloadPlugin(pluginFile);
-        QVERIFY(waitUntilClosed());
-        QTRY_VERIFY(!workersRun()); // one that is on its way out may still hold a file
+        QVERIFY(comesAndGoes(registry));
         const qsizetype files = openFiles();
         QSignalSpy removed(&registry, &KelvoRegistry::sourceRemoved);
         for (int round = 0; round < 100; ++round) {
@@ -183,9 +205,8 @@ private Q_SLOTS:
             QVERIFY(registry.sources().isEmpty());
         }
         QCOMPARE(removed.count(), 100);
-        QTRY_COMPARE_WITH_TIMEOUT(store().state(), KelvoTrackerStore::Closed, 20000);
-        QTRY_VERIFY_WITH_TIMEOUT(!workersRun(), 40000);
-        QTRY_COMPARE(openFiles(), files);
+        QVERIFY(comesAndGoes(registry));
+        QCOMPARE(openFiles(), files);
         QVERIFY(openStore()); // the lock is free
         QVERIFY(!store().isReadOnly());
     }

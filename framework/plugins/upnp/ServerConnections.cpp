@@ -36,11 +36,12 @@ bool doesLibraryKeepSockets()
     const unsigned minor = soup_get_minor_version();
     const unsigned micro = soup_get_micro_version();
     const bool keeps = ServerConnections::keepsSockets(major, minor, micro);
-    qCDebug(lcKelvo).nospace() << "libsoup " << major << '.' << minor << '.' << micro
-                               << (keeps ? " keeps a reference to each socket that a server accepts (as 3.2.0 to 3.2.3 "
-                                           "do): it is released here"
-                                         : " is not known to keep the sockets that a server accepts (as 3.2.0 to 3.2.3 "
-                                           "do): nothing is released here");
+    qCDebug(lcKelvo).nospace()
+        << "libsoup " << major << '.' << minor << '.' << micro
+        << (keeps ? " keeps a reference to each socket that a server accepts (as 3.2.0 to 3.2.3 "
+                    "do): it is released here"
+                  : " is not known to keep the sockets that a server accepts (as 3.2.0 to 3.2.3 "
+                    "do): nothing is released here");
     return keeps;
 }
 } // namespace
