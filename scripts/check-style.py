@@ -1,10 +1,11 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""check-style.py [--base REVISION | --all] [--build FOLDER]
+"""check-style.py [--base REVISION | --all] [--build FOLDER] [--minutes N]
 
 Checks the format of all C++ files, and looks with clang-tidy at those that changed since the revision: the sources
 themselves, and of a changed header the source of the same name. Without --base that is where this branch left
-origin/main, on that branch itself the commit before. Needs a build folder in which everything has been built and in
+origin/main, on that branch itself the commit before; where that is not there either, as in a shallow clone, the format
+alone is checked. With --minutes no further source is begun once that time is over. Needs a build folder in which everything has been built and in
 which each source is compiled by itself (preset "edit"), because some headers are generated.
 
 Exit status 1 when there is something to mend.
@@ -15,11 +16,13 @@ import os
 import re
 import subprocess
 import sys
+import time
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parents[1]
 PATTERNS = ("*.cpp", "*.h")
+ALL = object()
 
 
 def git(*arguments):
@@ -37,8 +40,8 @@ def default_base():
 
 
 def changed_files(base):
-    """Changed since the base or not committed yet; all of them without a base."""
-    if base is None:
+    """Changed since the base or not committed yet; all of them where `base` is ALL."""
+    if base is ALL:
         return git("ls-files", "--", *PATTERNS)
     changed = git("diff", "--name-only", "--diff-filter=d", base, "--", *PATTERNS)
     if changed is None:
@@ -86,12 +89,28 @@ def tidy(folder, source):
     return done.returncode == 0
 
 
-def sources_are_tidy(build, base):
+def sources_are_tidy(build, base, minutes):
+    """Looks at the sources that changed, for as long as there is time; says how many were left out."""
+    if base is None:
+        print("==> no clang-tidy: there is no earlier revision to compare with", flush=True)
+        return True
     folder, known = write_database(build)
     sources = sources_of(changed_files(base), known)
-    print(f"==> clang-tidy on {len(sources)} sources changed since {base or 'ever'}", flush=True)
+    print(f"==> clang-tidy on {len(sources)} sources changed since {'ever' if base is ALL else base}", flush=True)
+    deadline = time.monotonic() + 60 * minutes
+    left_out = []
+
+    def look(source):
+        if time.monotonic() > deadline:
+            left_out.append(source)
+            return True
+        return tidy(folder, source)
+
     with ThreadPoolExecutor(os.cpu_count()) as pool:
-        return all(list(pool.map(lambda source: tidy(folder, source), sources)))
+        good = all(list(pool.map(look, sources)))
+    if left_out:
+        print(f"==> {len(left_out)} of them left out after {minutes:g} minutes", flush=True)
+    return good
 
 
 def main():
@@ -99,9 +118,10 @@ def main():
     parser.add_argument("--base", default=None)
     parser.add_argument("--all", action="store_true")
     parser.add_argument("--build", type=Path, default=ROOT / "build-edit")
+    parser.add_argument("--minutes", type=float, default=60)
     arguments = parser.parse_args()
-    base = None if arguments.all else arguments.base or default_base()
-    good = [format_is_right(), sources_are_tidy(arguments.build.resolve(), base)]
+    base = ALL if arguments.all else arguments.base or default_base()
+    good = [format_is_right(), sources_are_tidy(arguments.build.resolve(), base, arguments.minutes)]
     return 0 if all(good) else 1
 
 

@@ -71,7 +71,9 @@ class TrackerSourceTest : public TrackerTestCase
     /// before is done, and one of its threads that is on its way out may still hold a file.
     bool comesAndGoes(KelvoRegistry &registry)
     {
-        const auto isOpen = [this] { return store().state() == KelvoTrackerStore::Open; };
+        const auto isOpen = [this] {
+            return store().state() == KelvoTrackerStore::Open;
+        };
         if (!load(registry) || !QTest::qWaitFor(isOpen, 20000))
             return false;
         registry.unloadPlugin(pluginFile);
