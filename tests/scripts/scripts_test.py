@@ -151,7 +151,7 @@ class TestScript(MadeUp):
 
 class ContinuousIntegration(MadeUp):
     STEPS = ["test.sh -L unit", "install-dependencies.sh lint", "cmake --preset edit", "cmake --build edit",
-             "check-style.py", "cmake --preset minimal", "cmake --build minimal"]
+             "check-style.py --minutes 8", "cmake --preset minimal", "cmake --build minimal"]
 
     def setUp(self):
         super().setUp()
@@ -256,6 +256,18 @@ class Style(MadeUp):
 
     def test_all_of_them_on_request(self):
         self.assertEqual(self.check("--all")[1], ["src/A.cpp", "src/B.cpp"])
+
+    def test_without_an_earlier_revision_only_the_format_counts(self):
+        self.write("src/A.cpp", "int faulty;\n")
+        self.git("commit", "--quiet", "--all", "--amend", "--message", "The only one")
+        result, sources = self.check()
+        self.assertEqual((result.returncode, sources), (0, []), result.stdout)
+        self.assertIn("no clang-tidy: there is no earlier revision", result.stdout)
+
+    def test_no_source_is_begun_when_the_time_is_over(self):
+        result, sources = self.check("--all", "--minutes", "-1")
+        self.assertEqual((result.returncode, sources), (0, []), result.stdout)
+        self.assertIn("2 of them left out after -1 minutes", result.stdout)
 
     def test_a_base_that_is_unknown_is_an_error(self):
         result, _ = self.check("--base", "nowhere")
