@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "KelvoPlaylist.h"
 #include "KelvoShared.h"
 #include "KelvoTestCase.h"
 #include "LogRecorder.h"
