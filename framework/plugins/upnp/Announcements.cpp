@@ -139,10 +139,14 @@ void Announcements::hearAliveElsewhere(GSSDPClient *client, qint64 now)
         m_movingUntil = now + movingTime;
 }
 
-void Announcements::hearByebye()
+Announcements::Change Announcements::hearByebye()
 {
     m_movingUntil = never;
     m_isByebyeHeard = true;
+    if (m_isAnnounced || m_claim)
+        return Change::None;
+    m_isWithdrawn = true;
+    return Change::Withdrawn;
 }
 
 /// Also when nobody answers in its place, and nobody was announced in another.

@@ -56,7 +56,8 @@ public:
     /// The device sent an alive from another place, on that interface. GUPnP drops the proxy at once, and the other one
     /// comes when it has read the description there.
     void hearAliveElsewhere(GSSDPClient *client, qint64 now);
-    void hearByebye();
+    /// Withdrawn when GUPnP, which had lost sight of the device already, will not tell of it.
+    Change hearByebye();
 
     bool isGone(qint64 now) const;
     /// Two devices were announced with this UDN.

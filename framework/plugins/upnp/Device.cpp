@@ -101,16 +101,17 @@ void Device::askWhetherThere()
         call, [this](const Answer &answer) { follow(m_announcements.answered(answer.isFromDevice())); });
 }
 
-void Device::hear(GSSDPClient *client, const SsdpMessage &message)
+bool Device::hear(GSSDPClient *client, const SsdpMessage &message)
 {
-    if (message.location.isEmpty()) {
-        m_announcements.hearByebye();
-    } else if (m_announcements.isAt(message.location)) {
+    if (message.location.isEmpty())
+        return m_announcements.hearByebye() == Announcements::Change::Withdrawn;
+    if (m_announcements.isAt(message.location)) {
         m_announcements.hearAlive();
         m_description.hear(message);
     } else {
         m_announcements.hearAliveElsewhere(client, monotonicTime());
     }
+    return false;
 }
 
 void Device::call(const Call &call, Upnp::AnswerHandler handler)

@@ -41,8 +41,8 @@ public:
     /// True when settle() is to be called once the present turn of the main loop is over.
     bool withdraw(GUPnPDeviceProxy *proxy, Announcements::Reason reason);
     void settle();
-    /// A message of this UDN was heard on that interface, whatever GUPnP makes of it.
-    void hear(GSSDPClient *client, const SsdpMessage &message);
+    /// A message of this UDN was heard on that interface, whatever GUPnP makes of it. True as for withdraw().
+    bool hear(GSSDPClient *client, const SsdpMessage &message);
     /// What GUPnP read may be from an earlier life of the device.
     void doubtDescription() { m_description.doubt(); }
 

@@ -79,8 +79,8 @@ void Discovery::hear(GSSDPClient *client, const SsdpMessage &message)
 {
     for (const Upnp::Kind kind : {Upnp::Kind::Renderer, Upnp::Kind::Source}) {
         const auto device = m_devices.find({kind, message.udn});
-        if (device != m_devices.end())
-            device->second->hear(client, message);
+        if (device != m_devices.end() && device->second->hear(client, message))
+            settleSoon();
     }
 }
 
