@@ -5,6 +5,7 @@
 #include "KelvoMessageHandler.h"
 #include "KelvoPlugin.h"
 #include "KelvoRegistry.h"
+#include "LibraryOpening.h"
 #include "Mailbox.h"
 #include "WorkerPool.h"
 
@@ -55,6 +56,7 @@ Inspection inspectAndLink(const QString &path)
     Inspection result = inspect(path);
     if (!result.defect.isEmpty())
         return result;
+    openLibrary(path);
     QPluginLoader loader(path);
     loader.setLoadHints(loadHints);
     if (!loader.load())

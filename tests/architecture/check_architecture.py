@@ -61,6 +61,8 @@ FOREIGN = {
     r"uchardet/": {"framework/plugins/tracker-source"},
     r"libgupnp|libgssdp|libsoup": {"framework/plugins/upnp"},
     r"xcb/": {"framework/plugins/gst-renderer"},
+    # The lock that libraries are loaded under.
+    r"gmodule": {"framework/core"},
     r"glib|gio/|gobject/": {
         "framework/glib", "framework/plugins/gst-renderer", "framework/plugins/tracker-source", "framework/tracker",
         "framework/plugins/upnp"},
@@ -76,7 +78,7 @@ INSTEAD = {
 # Binary (relative to the build folder, as a pattern) -> libraries it may need besides the C and C++ runtime.
 QT_BASE = r"libQt6(Core|Gui)\.so"
 MAY_LINK = {
-    r"lib/libkelvo-core\.so": QT_BASE,
+    r"lib/libkelvo-core\.so": QT_BASE + r"|libgmodule-2\.0",
     r"lib/libkelvo-shared\.so": QT_BASE + r"|libQt6DBus\.so|libkelvo-core\.so",
     # GLib is what libtracker-sparql's own interface is made of.
     r"lib/libkelvo-tracker\.so": QT_BASE + r"|libkelvo-core\.so|libtracker-sparql|libg(lib|object|io)-2\.0",
