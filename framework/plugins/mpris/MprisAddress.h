@@ -35,7 +35,6 @@ inline constexpr QLatin1String TrackListInterface{"org.mpris.MediaPlayer2.TrackL
 inline constexpr QLatin1String PropertiesInterface{"org.freedesktop.DBus.Properties"};
 inline constexpr QLatin1String PeerInterface{"org.freedesktop.DBus.Peer"};
 inline constexpr QLatin1String BusService{"org.freedesktop.DBus"};
-inline constexpr QLatin1String BusPath{"/org/freedesktop/DBus"};
 
 /// No answer came, as opposed to an answer that refuses.
 bool isSilence(const QDBusError &error);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "MprisBrowser.h"
 
-#include "BusNames.h"
 #include "KelvoMessageHandler.h"
 #include "KelvoRegistry.h"
 #include "MprisPlayer.h"
@@ -24,14 +23,17 @@ bool isPlayer(const QString &name)
 
 MprisBrowser::MprisBrowser(
     KelvoRegistry *registry, const QDBusConnection &connection, int timeout, QObject *parent)
-    : QObject(parent)
+    : BusBrowser(connection, timeout, parent)
     , m_registry(registry)
-    , m_connection(connection)
-    , m_timeout(timeout)
 {
-    // In this order nothing that comes meanwhile is missed.
-    subscribe();
-    watchNames();
+    const auto changed = QStringLiteral("PropertiesChanged");
+    hear(Mpris::Path, Mpris::PropertiesInterface, changed, SLOT(handlePlayerSignal(QDBusMessage)),
+        Mpris::PlayerInterface);
+    hear(Mpris::Path, Mpris::PropertiesInterface, changed, SLOT(handleRootSignal(QDBusMessage)),
+        Mpris::RootInterface);
+    hear(Mpris::Path, Mpris::PlayerInterface, QStringLiteral("Seeked"),
+        SLOT(handlePlayerSignal(QDBusMessage)));
+    browse(isPlayer);
 }
 
 MprisBrowser::~MprisBrowser()
@@ -39,31 +41,7 @@ MprisBrowser::~MprisBrowser()
     qDeleteAll(std::exchange(m_players, {}));
 }
 
-void MprisBrowser::subscribe()
-{
-    // Without a service name: naming one makes QtDBus ask for its owner and wait for the answer. Who sent a
-    // signal is checked on arrival.
-    const QString anyone;
-    m_connection.connect(anyone, Mpris::Path, Mpris::PropertiesInterface, QStringLiteral("PropertiesChanged"),
-        {Mpris::PlayerInterface}, QString(), this, SLOT(handlePlayerSignal(QDBusMessage)));
-    m_connection.connect(anyone, Mpris::Path, Mpris::PropertiesInterface, QStringLiteral("PropertiesChanged"),
-        {Mpris::RootInterface}, QString(), this, SLOT(handleRootSignal(QDBusMessage)));
-    m_connection.connect(anyone, Mpris::Path, Mpris::PlayerInterface, QStringLiteral("Seeked"), this,
-        SLOT(handlePlayerSignal(QDBusMessage)));
-}
-
-void MprisBrowser::watchNames()
-{
-    const auto *names = new BusNames(m_connection, isPlayer, m_timeout, this);
-    connect(names, &BusNames::appeared, this, &MprisBrowser::addPlayer);
-    connect(names, &BusNames::vanished, this, &MprisBrowser::dropPlayer);
-    connect(names, &BusNames::busLost, this, &MprisBrowser::busLost);
-    connect(names, &BusNames::listingFailed, this, [](const QString &reason) {
-        qCWarning(lcKelvo) << "The session bus does not tell who is there:" << reason;
-    });
-}
-
-void MprisBrowser::addPlayer(const QString &owner, const QString &name)
+void MprisBrowser::add(const QString &owner, const QString &name)
 {
     if (!m_registry || m_players.size() >= MaximumPlayers)
         return;
@@ -71,10 +49,10 @@ void MprisBrowser::addPlayer(const QString &owner, const QString &name)
         return uniqueName(identity, name);
     };
     m_players.insert(
-        owner, new MprisPlayer(m_registry, {m_connection, owner, {}, m_timeout}, name, namer, this));
+        owner, new MprisPlayer(m_registry, {connection(), owner, {}, timeout()}, name, namer, this));
 }
 
-void MprisBrowser::dropPlayer(const QString &owner)
+void MprisBrowser::drop(const QString &owner)
 {
     if (MprisPlayer *player = m_players.take(owner))
         player->leave();

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <QDBusConnection>
+#include "BusBrowser.h"
+
 #include <QHash>
-#include <QObject>
 #include <QPointer>
 
 class KelvoRegistry;
@@ -12,7 +12,7 @@ class QDBusMessage;
 
 /// Finds the players on the session bus as they come and go. GUI thread; never waits for the bus or for a player.
 /// Destroying it takes all their renderers out of the registry.
-class MprisBrowser : public QObject
+class MprisBrowser : public BusBrowser
 {
     Q_OBJECT
 public:
@@ -21,9 +21,9 @@ public:
         KelvoRegistry *registry, const QDBusConnection &connection, int timeout, QObject *parent = nullptr);
     ~MprisBrowser() override;
 
-Q_SIGNALS:
-    /// The connection to the bus broke.
-    void busLost();
+protected:
+    void add(const QString &owner, const QString &name) override;
+    void drop(const QString &owner) override;
 
 private Q_SLOTS:
     // Slots that take the message get it whatever its arguments are, so that wrong ones do no harm.
@@ -31,14 +31,8 @@ private Q_SLOTS:
     void handleRootSignal(const QDBusMessage &message);
 
 private:
-    void subscribe();
-    void watchNames();
-    void addPlayer(const QString &owner, const QString &name);
-    void dropPlayer(const QString &owner);
     QString uniqueName(const QString &name, const QString &service) const;
 
     QPointer<KelvoRegistry> m_registry;
-    QDBusConnection m_connection;
-    const int m_timeout;
     QHash<QString, MprisPlayer *> m_players; ///< by unique names
 };

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "PlaylistBrowser.h"
 
-#include "BusNames.h"
 #include "KelvoMessageHandler.h"
 #include "KelvoRegistry.h"
 
@@ -28,14 +27,18 @@ QString labelOf(const QString &name)
 
 PlaylistBrowser::PlaylistBrowser(
     KelvoRegistry *registry, const QDBusConnection &connection, int timeout, QObject *parent)
-    : QObject(parent)
+    : BusBrowser(connection, timeout, parent)
     , m_registry(registry)
-    , m_connection(connection)
-    , m_timeout(timeout)
 {
-    // In this order nothing that comes meanwhile is missed.
-    subscribe();
-    watchNames();
+    const QString anywhere;
+    hear(RootPath, ObjectManagerInterface, QStringLiteral("InterfacesAdded"),
+        SLOT(handleInterfacesAdded(QDBusMessage)));
+    hear(RootPath, ObjectManagerInterface, QStringLiteral("InterfacesRemoved"),
+        SLOT(handleInterfacesRemoved(QDBusMessage)));
+    hear(anywhere, Interface, QStringLiteral("Changed"), SLOT(handleChanged(QDBusMessage)));
+    hear(anywhere, PropertiesInterface, QStringLiteral("PropertiesChanged"),
+        SLOT(handlePropertiesChanged(QDBusMessage)), Interface);
+    browse(isWanted);
 }
 
 PlaylistBrowser::~PlaylistBrowser()
@@ -43,34 +46,7 @@ PlaylistBrowser::~PlaylistBrowser()
     qDeleteAll(std::exchange(m_peers, {}));
 }
 
-void PlaylistBrowser::subscribe()
-{
-    // Without a service name: naming one makes QtDBus ask for its owner and wait for the answer. Who sent a
-    // signal is checked on arrival.
-    const QString anyone;
-    const QString anywhere;
-    m_connection.connect(anyone, RootPath, ObjectManagerInterface, QStringLiteral("InterfacesAdded"), this,
-        SLOT(handleInterfacesAdded(QDBusMessage)));
-    m_connection.connect(anyone, RootPath, ObjectManagerInterface, QStringLiteral("InterfacesRemoved"), this,
-        SLOT(handleInterfacesRemoved(QDBusMessage)));
-    m_connection.connect(
-        anyone, anywhere, Interface, QStringLiteral("Changed"), this, SLOT(handleChanged(QDBusMessage)));
-    m_connection.connect(anyone, anywhere, PropertiesInterface, QStringLiteral("PropertiesChanged"),
-        {Interface}, QString(), this, SLOT(handlePropertiesChanged(QDBusMessage)));
-}
-
-void PlaylistBrowser::watchNames()
-{
-    const auto *names = new BusNames(m_connection, isWanted, m_timeout, this);
-    connect(names, &BusNames::appeared, this, &PlaylistBrowser::addPeer);
-    connect(names, &BusNames::vanished, this, &PlaylistBrowser::dropPeer);
-    connect(names, &BusNames::busLost, this, &PlaylistBrowser::busLost);
-    connect(names, &BusNames::listingFailed, this, [](const QString &reason) {
-        qCWarning(lcKelvo) << "The session bus does not tell who is there:" << reason;
-    });
-}
-
-void PlaylistBrowser::addPeer(const QString &owner, const QString &name)
+void PlaylistBrowser::add(const QString &owner, const QString &name)
 {
     if (!m_registry)
         return;
@@ -80,12 +56,12 @@ void PlaylistBrowser::addPeer(const QString &owner, const QString &name)
                                << "processes offer playlists, the others are not shown";
         return;
     }
-    auto *peer = new PlaylistPeer(m_registry, m_connection, owner, labelOf(name), m_timeout, this);
+    auto *peer = new PlaylistPeer(m_registry, connection(), owner, labelOf(name), timeout(), this);
     m_peers.insert(owner, peer);
     peer->list();
 }
 
-void PlaylistBrowser::dropPeer(const QString &owner)
+void PlaylistBrowser::drop(const QString &owner)
 {
     if (PlaylistPeer *peer = m_peers.take(owner))
         peer->leave();

@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "BusBrowser.h"
 #include "PlaylistPeer.h"
 
 class QDBusMessage;
 
 /// Finds the processes that offer playlists, as they come and go, and brings their playlists into the
 /// registry. GUI thread; never waits for the bus or for another process. Destroying it takes all of them out.
-class PlaylistBrowser : public QObject
+class PlaylistBrowser : public BusBrowser
 {
     Q_OBJECT
 public:
@@ -16,9 +17,9 @@ public:
         KelvoRegistry *registry, const QDBusConnection &connection, int timeout, QObject *parent = nullptr);
     ~PlaylistBrowser() override;
 
-Q_SIGNALS:
-    /// The connection to the bus broke.
-    void busLost();
+protected:
+    void add(const QString &owner, const QString &name) override;
+    void drop(const QString &owner) override;
 
 private Q_SLOTS:
     // Slots that take the message get it whatever its arguments are, so that wrong ones are noticed.
@@ -28,16 +29,10 @@ private Q_SLOTS:
     void handlePropertiesChanged(const QDBusMessage &message);
 
 private:
-    void subscribe();
-    void watchNames();
-    void addPeer(const QString &owner, const QString &name);
-    void dropPeer(const QString &owner);
     /// The sender, when it offers playlists and the arguments are of these types; else null.
     PlaylistPeer *senderOf(const QDBusMessage &message, QStringView signature);
 
     QPointer<KelvoRegistry> m_registry;
-    QDBusConnection m_connection;
-    const int m_timeout;
     QHash<QString, PlaylistPeer *> m_peers; // By unique names.
     bool m_tooMany = false;
 };
