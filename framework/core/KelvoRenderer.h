@@ -108,8 +108,19 @@ public:
     /// Seeks; mode is a SeekMode, seconds may be negative with SeekRelative.
     virtual void setPosition(int seconds, int mode) = 0;
 
-    /// Answers (playlist id QString, item index uint, state int, object id QString). Without a playlist in play
-    /// the id is empty; the object id is the item's uuid within the playlist.
+    /// Answers (playlist id QString, item index uint, state int, object id QString). The object id is the item's uuid
+    /// within the playlist.
+    ///
+    /// What is named is the current item, whatever the state: the one that plays, or that played last, or that next() or
+    /// previous() moved to while Stopped. So a playlist stays named after stop() and after its last item has ended.
+    ///
+    /// Empty ids and index 0 stand for an item that belongs to no playlist, with or without an assigned one. After
+    /// playUri() and stop() that is still the URI. play(), gotoIndex() and, while Stopped, next() and previous() turn to
+    /// the assigned playlist: next() to the item behind the one that was current in it. Where next() finds none it
+    /// changes nothing, and the URI stays current.
+    ///
+    /// The ids are also empty before the first assignPlaylist() and once the playlist in play is deleted. A playlist that
+    /// is empty is named, with index 0 and no object id.
     virtual void getStatus(QObject *receiver, const char *slot) = 0;
     /// Answers (position in whole seconds, uint); 0 while Stopped.
     virtual void getPosition(QObject *receiver, const char *slot) = 0;

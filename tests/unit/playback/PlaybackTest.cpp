@@ -50,6 +50,9 @@ private Q_SLOTS:
     void positionCountsAsTheSecondThatItIsCloseTo();
     void pauseDecidedByTheEngineHoldsForTheNextItem();
     void statusAfterPlayingNothing();
+    void statusKeepsTheItemThatPlayedLast();
+    void statusAfterAUri();
+    void statusAfterAUriAtTheEndOfThePlaylist();
 
 private:
     void flush() { QCoreApplication::processEvents(); }
@@ -64,6 +67,8 @@ private:
         Q_EMIT m_engine->listRead(m_engine->readEpoch, found, problem);
     }
     void assign(int count);
+    /// The answer to getStatus(), as "playlist index object", with what the playlist calls itself and its items.
+    QString status();
 
     ScriptedEngine *m_engine = nullptr;
     std::unique_ptr<ItemRenderer> m_renderer;
@@ -99,6 +104,18 @@ void PlaybackTest::assign(int count)
     }
     m_playlist->setUnderlyingModel(model);
     m_renderer->assignPlaylist(m_playlist.get());
+}
+
+QString PlaybackTest::status()
+{
+    m_heard->statusAnswers.clear();
+    m_renderer->getStatus(m_heard.get(), "statusAnswer(QString,uint,int,QString)");
+    if (!QTest::qWaitFor([this] { return m_heard->statusAnswers.size() == 1; }))
+        return QStringLiteral("no answer");
+    const RendererProbe::Status answer = m_heard->statusAnswers.constFirst();
+    const QString name = answer.playlistId == m_playlist->uuid() ? m_playlist->name() : answer.playlistId;
+    const int object = answer.objectId.isEmpty() ? -1 : m_playlist->indexOf(answer.objectId);
+    return QStringLiteral("%1 %2 %3").arg(name).arg(answer.index).arg(object);
 }
 
 void PlaybackTest::announcedListIsReadFirst()
@@ -411,6 +428,57 @@ void PlaybackTest::statusAfterPlayingNothing()
     QTRY_COMPARE(m_heard->statusAnswers.size(), 1);
     QCOMPARE(m_heard->errorsOf(KelvoError::NothingToPlay), 1);
     QCOMPARE(m_heard->statusAnswers.constFirst().playlistId, m_playlist->uuid());
+}
+
+void PlaybackTest::statusKeepsTheItemThatPlayedLast()
+{
+    assign(3);
+    QCOMPARE(status(), QStringLiteral("list 0 0"));
+    m_renderer->gotoIndex(1);
+    say(Playing);
+    m_renderer->stop();
+    QCOMPARE(status(), QStringLiteral("list 1 1"));
+    m_renderer->next();
+    QCOMPARE(status(), QStringLiteral("list 2 2"));
+    m_renderer->next(); // behind the last one
+    QCOMPARE(status(), QStringLiteral("list 2 2"));
+    m_renderer->play();
+    say(Playing);
+    end();
+    flush();
+    QCOMPARE(m_heard->completed, 1);
+    QCOMPARE(status(), QStringLiteral("list 2 2"));
+    m_renderer->previous();
+    QCOMPARE(status(), QStringLiteral("list 1 1"));
+}
+
+void PlaybackTest::statusAfterAUri()
+{
+    assign(3);
+    m_renderer->playUri(song);
+    say(Playing);
+    QCOMPARE(status(), QStringLiteral(" 0 -1"));
+    m_renderer->stop();
+    QCOMPARE(status(), QStringLiteral(" 0 -1"));
+    m_renderer->next();
+    QCOMPARE(status(), QStringLiteral("list 1 1"));
+    m_renderer->playUri(song);
+    say(Playing);
+    m_renderer->stop();
+    m_renderer->previous();
+    QCOMPARE(status(), QStringLiteral("list 0 0"));
+}
+
+void PlaybackTest::statusAfterAUriAtTheEndOfThePlaylist()
+{
+    assign(1);
+    m_renderer->playUri(song);
+    say(Playing);
+    m_renderer->stop();
+    m_renderer->next();
+    QCOMPARE(status(), QStringLiteral(" 0 -1"));
+    m_renderer->previous();
+    QCOMPARE(status(), QStringLiteral("list 0 0"));
 }
 } // namespace
 
