@@ -67,15 +67,6 @@ void FolderTree::insert(const QByteArray &path, const KnownFile &file)
         files.insert(place, entry);
 }
 
-void FolderTree::remove(const QByteArray &path)
-{
-    const auto folder = m_folders.find(parentOf(path));
-    if (folder == m_folders.end())
-        return;
-    const QByteArray name = path.mid(path.lastIndexOf('/') + 1);
-    std::erase_if(folder->files, [&name](const KnownFile &file) { return file.name == name; });
-}
-
 void FolderTree::load(const std::vector<std::pair<QByteArray, KnownFile>> &files)
 {
     m_folders.clear();

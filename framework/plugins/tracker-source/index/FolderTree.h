@@ -39,7 +39,6 @@ public:
     /// Takes what the store holds in place of what was known.
     void load(const std::vector<std::pair<QByteArray, KnownFile>> &files);
     void insert(const QByteArray &path, const KnownFile &file);
-    void remove(const QByteArray &path);
     int fileCount() const;
 
     /// Compares everything below the given folders.

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Indexer.h"
 
-#include "KelvoMessageHandler.h"
+#include "DesktopFollower.h"
+#include "ItemBatch.h"
 #include "MediaTypes.h"
 #include "PlaylistReader.h"
 #include "TextRepair.h"
@@ -47,10 +48,9 @@ Identity identityOf(const KnownFile &file)
 } // namespace
 
 Indexer::Indexer(std::shared_ptr<StoreSession> session, IndexSettings settings, Report report)
-    : m_session(std::move(session))
+    : m_run(std::move(session), std::move(report))
     , m_settings(std::move(settings))
-    , m_report(std::move(report))
-    , m_tree([this] { return m_stopped.load(); }, [this](const QByteArray &folder) { m_watch.add(folder); })
+    , m_tree([this] { return m_run.isStopped(); }, [this](const QByteArray &folder) { m_watch.add(folder); })
 {
 }
 
@@ -70,9 +70,8 @@ std::shared_ptr<Indexer> Indexer::start(std::shared_ptr<StoreSession> session, I
 
 void Indexer::stop()
 {
-    m_stopped = true;
+    m_run.stop();
     m_reader.interrupt();
-    m_cancellation.cancel();
     m_watch.wake();
 }
 
@@ -84,7 +83,7 @@ void Indexer::rescan()
 
 bool Indexer::isRunning() const
 {
-    return !m_stopped;
+    return !m_run.isStopped();
 }
 
 void Indexer::waitForEnd()
@@ -96,14 +95,14 @@ void Indexer::waitForEnd()
 void Indexer::run()
 {
     StoreError error;
-    if (StoreSession::Entry entry = m_session->enter([this] { stop(); }, &error)) {
+    if (StoreSession::Entry entry = m_run.session().enter([this] { stop(); }, &error)) {
         StoreWriter writer(entry.connection());
-        if (!m_settings.useDesktopIndex || !followDesktop(writer)) {
+        if (!m_settings.useDesktopIndex || !DesktopFollower(m_run, m_watch).follow(writer)) {
             fullPass(writer);
             follow(writer);
         }
     }
-    m_stopped = true;
+    m_run.stop();
     const std::lock_guard lock(m_mutex);
     m_ended = true;
     m_changed.notify_all();
@@ -115,15 +114,13 @@ void Indexer::follow(StoreWriter &writer)
     QElapsedTimer sinceFirst;
     QElapsedTimer sinceFull;
     sinceFull.start();
-    while (!m_stopped) {
+    while (!m_run.isStopped()) {
         const FolderWatch::Changes changes
             = m_watch.wait(folders.isEmpty() ? tickMilliseconds : quietMilliseconds);
-        if (m_stopped)
+        if (m_run.isStopped())
             return;
-        if (const StoreError gone = m_session->checkFiles()) {
-            m_session->report(gone);
+        if (!m_run.hasItsStore())
             return;
-        }
         const bool again = (!m_watch.isComplete() || m_reload) && sinceFull.hasExpired(repeatMilliseconds);
         if (wantsFullPass(changes) || again) {
             folders.clear();
@@ -180,8 +177,8 @@ void Indexer::fullPass(StoreWriter &writer)
     m_tree.compareAll(m_settings.folders, &difference);
     apply(writer, difference, &report);
     report.milliseconds = int(timer.elapsed());
-    if (!m_stopped)
-        m_report(report);
+    if (!m_run.isStopped())
+        m_run.report(report);
 }
 
 void Indexer::partPass(StoreWriter &writer, const QSet<QByteArray> &folders)
@@ -199,8 +196,8 @@ void Indexer::partPass(StoreWriter &writer, const QSet<QByteArray> &folders)
         return;
     apply(writer, difference, &report);
     report.milliseconds = int(timer.elapsed());
-    if (!m_stopped)
-        m_report(report);
+    if (!m_run.isStopped())
+        m_run.report(report);
 }
 
 void Indexer::apply(StoreWriter &writer, FolderTree::Difference &difference, KelvoIndexReport *report)
@@ -221,7 +218,7 @@ void Indexer::apply(StoreWriter &writer, FolderTree::Difference &difference, Kel
         files.begin(), files.end(), [&order](const auto &a, const auto &b) { return order(a) < order(b); });
     if (!applyFound(writer, files, report))
         return;
-    if (changes && !m_stopped && !writer.tidyUp(&error))
+    if (changes && !m_run.isStopped() && !writer.tidyUp(&error))
         fail(error);
     report->changed -= report->moved; // these were written like changed ones
     report->files = m_tree.fileCount();
@@ -256,23 +253,25 @@ bool Indexer::applyMissing(StoreWriter &writer, FolderTree::Difference &differen
 
 bool Indexer::applyFound(StoreWriter &writer, std::vector<FolderTree::Found> &files, KelvoIndexReport *report)
 {
-    std::vector<MediaItem> items;
-    QElapsedTimer sinceFlush;
-    sinceFlush.start();
+    StoreError error;
+    ItemBatch batch(writer, *report, [this](const MediaItem &item) {
+        m_tree.insert(item.path, {{}, item.stamp, item.number, item.kind});
+    });
+    QElapsedTimer sinceWritten;
+    sinceWritten.start();
     for (const FolderTree::Found &found : files) {
-        if (m_stopped)
+        if (m_run.isStopped())
             break;
-        items.push_back(read(found));
-        if (!replaceOfOtherKind(writer, found, &items.back()))
+        if (!replaceOfOtherKind(writer, found, &batch.add(read(found))))
             return false;
-        if (items.size() < ItemsPerBatch && !sinceFlush.hasExpired(batchMilliseconds))
+        if (!batch.isFull() && !sinceWritten.hasExpired(batchMilliseconds))
             continue;
-        if (!flush(writer, &items, report))
-            return false;
-        sinceFlush.start();
+        if (!batch.write(&error))
+            return fail(error);
+        sinceWritten.start();
     }
     // Also what was read before a stop is kept.
-    return flush(writer, &items, report);
+    return batch.write(&error) || fail(error);
 }
 
 // A file whose new content is of another kind becomes another resource.
@@ -284,27 +283,6 @@ bool Indexer::replaceOfOtherKind(StoreWriter &writer, const FolderTree::Found &f
     if (!writer.remove({found.file}, &error))
         return fail(error);
     item->isNew = true;
-    return true;
-}
-
-bool Indexer::flush(StoreWriter &writer, std::vector<MediaItem> *items, KelvoIndexReport *report)
-{
-    StoreError error;
-    std::vector<bool> written;
-    if (items->empty())
-        return true;
-    if (!writer.write(*items, &written, &error))
-        return fail(error);
-    for (size_t i = 0; i < items->size(); ++i) {
-        const MediaItem &item = (*items)[i];
-        if (!written[i])
-            continue;
-        m_tree.insert(item.path, {{}, item.stamp, item.number, item.kind});
-        report->failed += !item.isReadable;
-        report->added += item.isNew;
-        report->changed += !item.isNew;
-    }
-    items->clear();
     return true;
 }
 
@@ -333,8 +311,6 @@ bool Indexer::isDownloaded(const QByteArray &path) const
 
 bool Indexer::fail(const StoreError &error)
 {
-    qCWarning(lcKelvo).noquote() << "The index of media files is not up to date:" << error.message;
     m_reload = true; // what is known is what the store holds, not what should have been written
-    m_session->report(error);
-    return false;
+    return m_run.fail(error);
 }

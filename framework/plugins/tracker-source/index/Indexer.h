@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "DesktopIndex.h"
 #include "FolderTree.h"
 #include "FolderWatch.h"
+#include "IndexRun.h"
 #include "IndexSettings.h"
 #include "KelvoTrackerStore.h"
 #include "MediaReader.h"
@@ -36,8 +36,6 @@ public:
     void waitForEnd() override;
 
 private:
-    static constexpr size_t ItemsPerBatch = 500; ///< written to the store at once
-
     Indexer(std::shared_ptr<StoreSession> session, IndexSettings settings, Report report);
 
     void run();
@@ -51,21 +49,13 @@ private:
     bool applyMissing(StoreWriter &writer, FolderTree::Difference &difference, KelvoIndexReport *report);
     bool applyFound(StoreWriter &writer, std::vector<FolderTree::Found> &files, KelvoIndexReport *report);
     bool replaceOfOtherKind(StoreWriter &writer, const FolderTree::Found &found, MediaItem *item);
-    bool flush(StoreWriter &writer, std::vector<MediaItem> *items, KelvoIndexReport *report);
     MediaItem read(const FolderTree::Found &found);
     bool isDownloaded(const QByteArray &path) const;
     bool fail(const StoreError &error);
 
-    // Taking over the desktop's index (Indexer_desktop.cpp)
-    bool followDesktop(StoreWriter &writer);
-    void desktopPass(StoreWriter &writer, const DesktopIndex &desktop);
-    bool applyDesktop(StoreWriter &writer, std::vector<MediaItem> items, KelvoIndexReport *report);
-
-    const std::shared_ptr<StoreSession> m_session;
+    IndexRun m_run;
     const IndexSettings m_settings;
-    const Report m_report;
 
-    std::atomic<bool> m_stopped{false};
     std::atomic<bool> m_rescan{false};
     std::mutex m_mutex;
     std::condition_variable m_changed;
@@ -74,7 +64,6 @@ private:
     FolderWatch m_watch;
     FolderTree m_tree;
     MediaReader m_reader;
-    StoreCancellation m_cancellation;
     bool m_reload = true; // the tree has to be read from the store again
     QSet<QByteArray> m_missingRoots; // when everything was looked through the last time
 };
