@@ -13,6 +13,8 @@ The program alone loads none of the libraries that only a back end needs: they c
 
 ARCHITECTURE.md has a row for each folder that is built.
 
+A class has one pair of files, but for the window and the controllers of src, which have files by role (X_role.cpp).
+
 Exit status 1 and one line for each arrow that points the wrong way.
 """
 import argparse
@@ -128,6 +130,14 @@ def include_faults(relative, text, owners):
     return faults
 
 
+def name_faults(relative):
+    """Faults of a file's name: one class per file pair, but for the window and the controllers of the console."""
+    by_role = "_" in pathlib.PurePath(relative).stem and relative.startswith(("src/", "framework/"))
+    if by_role and not re.match(r"src/Kelvo(MainWindow|\w+Controller)_\w+\.cpp$", relative):
+        return [f"{relative}: is a part of a class, which only the window and the controllers have files for"]
+    return []
+
+
 def source_faults(source):
     files = [path for folder in ("src", "framework", "tests", "benchmarks", "cmake", "scripts")
              for path in (source / folder).rglob("*") if path.is_file()]
@@ -142,6 +152,7 @@ def source_faults(source):
             continue
         relative = path.relative_to(source).as_posix()
         text = path.read_text(encoding="utf-8")
+        faults += name_faults(relative)
         if not text.startswith("// SPDX-License-Identifier: MIT\n"):
             faults.append(f"{relative}: does not begin with its licence line")
         faults += include_faults(relative, text, owners)

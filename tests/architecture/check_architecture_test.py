@@ -3,7 +3,7 @@
 """The architecture check must see the faults it exists for."""
 import unittest
 
-from check_architecture import include_faults, link_faults, load_faults, plan_faults
+from check_architecture import include_faults, link_faults, load_faults, name_faults, plan_faults
 
 OWNERS = {"KelvoRegistry.h": {"framework/core"}, "GstEngine.h": {"framework/plugins/gst-renderer"},
           "KelvoMainWindow.h": {"src"}, "RemotePlayer.h": {"framework/playback/remote"}, "ItemRenderer.h": {"framework/playback"},
@@ -69,6 +69,16 @@ class Includes(unittest.TestCase):
         owners = OWNERS | {"KelvoPlayQueue.h": {"framework/core"}}
         self.assertTrue(include_faults("src/main.cpp", '#include "KelvoPlayQueue.h"\n', owners))
         self.assertEqual(include_faults("framework/plugins/simulator/a.cpp", '#include "KelvoPlayQueue.h"\n', owners), [])
+
+
+class Names(unittest.TestCase):
+    def test_only_window_and_controllers_have_files_by_role(self):
+        self.assertEqual(name_faults("src/KelvoMainWindow_wiring.cpp"), [])
+        self.assertEqual(name_faults("src/KelvoRendererController_reports.cpp"), [])
+        self.assertTrue(name_faults("src/RowCopier_ending.cpp"))
+        self.assertEqual(name_faults("framework/core/KelvoPlaylist.cpp"), [])
+        self.assertTrue(name_faults("framework/core/KelvoPlaylist_sorting.cpp"))
+        self.assertTrue(name_faults("framework/core/KelvoPlaylist_p.h"))
 
 
 class Plan(unittest.TestCase):

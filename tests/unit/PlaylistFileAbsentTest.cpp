@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What a build says that does not understand playlist files.
 #include "KelvoTestCase.h"
-#include "PlaylistFileParser.h"
+#include "PlaylistParser.h"
 
 #include <QTest>
 
@@ -13,7 +13,7 @@ private Q_SLOTS:
     {
         const QUrl uri("file:///home/me/list.pls");
         const auto contents
-            = PlaylistFileParser::parse("[playlist]\nFile1=a.mp3\n", PlaylistFile::Format::Pls, uri);
+            = PlaylistParser::parse("[playlist]\nFile1=a.mp3\n", PlaylistFile::Format::Pls, uri);
         QCOMPARE(contents.kind, PlaylistFile::Contents::Unusable);
         QCOMPARE(contents.code, KelvoError::UnsupportedType);
         QCOMPARE(contents.message,

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoTestCase.h"
 #include "PlaylistFileParser.h"
+#include "PlaylistParser.h"
 #include "TestGroup.h"
 
 #include <QFile>
@@ -277,7 +278,7 @@ private Q_SLOTS:
         QFETCH(QUrl, list);
         QFETCH(QUrl, expected);
         const PlaylistFile::Contents contents
-            = PlaylistFileParser::parse("#EXTM3U\n" + entry + '\n', Format::M3u, list);
+            = PlaylistParser::parse("#EXTM3U\n" + entry + '\n', Format::M3u, list);
         QCOMPARE(contents.entries, QList<QUrl>{expected});
     }
 

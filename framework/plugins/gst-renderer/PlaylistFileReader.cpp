@@ -2,6 +2,7 @@
 #include "PlaylistFileReader.h"
 
 #include "PlaylistFileParser.h"
+#include "PlaylistParser.h"
 
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
@@ -111,7 +112,7 @@ void PlaylistFileReader::takeEnd()
     }
     m_text += m_reply->readAll();
     // Resolved against where it was found in the end, after any redirection.
-    finish(recognise() ? PlaylistFileParser::parse(m_text, m_format, m_reply->url()) : Contents{});
+    finish(recognise() ? PlaylistParser::parse(m_text, m_format, m_reply->url()) : Contents{});
 }
 
 bool PlaylistFileReader::recognise()
