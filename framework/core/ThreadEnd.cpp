@@ -7,6 +7,9 @@
 #include <QDeadlineTimer>
 
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -25,12 +28,8 @@ std::vector<EndingThread> &endingThreads()
 
 void waitFor(EndingThread ending)
 {
-    if (ending.thread->wait(QDeadlineTimer(ending.longestWait)))
-        return;
-    qCWarning(lcKelvo) << "Thread" << ending.thread->objectName() << "does not end";
-    // Outlives the program, and what it works with must too.
-    static auto &abandoned = *new std::vector<std::unique_ptr<QThread>>;
-    abandoned.push_back(std::move(ending.thread));
+    if (!ending.thread->wait(QDeadlineTimer(ending.longestWait)))
+        leaveRunning(std::move(ending.thread));
 }
 
 void waitForAll()
@@ -52,7 +51,32 @@ void forget(const QThread *thread)
     threads.erase(found);
     waitFor(std::move(ended));
 }
+
+// What is left alone may use static objects, and may hold a lock that the last steps of exit() take (the dynamic
+// linker's, while a library is being loaded). So none of those steps is made; the exit code stays.
+void endWithoutCleaningUp()
+{
+    static const int registered = ::on_exit(
+        [](int status, void *) {
+            std::fflush(stdout);
+            ::_exit(status);
+        },
+        nullptr);
+    Q_UNUSED(registered)
+}
 } // namespace
+
+void leaveRunning(const QString &name)
+{
+    qCWarning(lcKelvo).noquote() << "Work does not end and is left alone:" << name;
+    endWithoutCleaningUp();
+}
+
+void leaveRunning(std::unique_ptr<QThread> thread)
+{
+    leaveRunning(thread->objectName());
+    static_cast<void>(thread.release());
+}
 
 void deleteWhenEnded(std::unique_ptr<QThread> thread, std::chrono::milliseconds longestWait)
 {

@@ -1,29 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "WorkerPool.h"
 
-#include "KelvoMessageHandler.h"
+#include "ThreadEnd.h"
 
 #include <QThreadPool>
 
-#include <cstdio>
-#include <cstdlib>
-#include <unistd.h>
-
 namespace {
 constexpr int WorkerWait = 5000; // milliseconds
-
-// Work that is left alone may use static objects, and may hold a lock that the last steps of exit() take (the dynamic
-// linker's, while a library is being loaded). So none of those steps is made; the exit code stays.
-void endWithoutCleaningUp()
-{
-    static const int registered = ::on_exit(
-        [](int status, void *) {
-            std::fflush(stdout);
-            ::_exit(status);
-        },
-        nullptr);
-    Q_UNUSED(registered)
-}
 } // namespace
 
 WorkerPool::WorkerPool(const QString &name, int maxThreads)
@@ -57,7 +40,6 @@ bool WorkerPool::waitForDone()
     if (m_leftAlone || m_pool->waitForDone(WorkerWait))
         return !m_leftAlone;
     m_leftAlone = true;
-    qCWarning(lcKelvo).noquote() << "Work does not end and is left alone:" << m_pool->objectName();
-    endWithoutCleaningUp();
+    leaveRunning(m_pool->objectName());
     return false;
 }

@@ -27,8 +27,7 @@ public:
     void start(std::function<void()> work);
     /// Drops what has not begun.
     void clear();
-    /// Waits for 5 s at most. False, and a warning in the log, when work still runs then: it is left alone, nobody
-    /// waits for it any more, and the process ends without destroying what that work may use.
+    /// Waits for 5 s at most. False when work still runs then, which is left alone: see leaveRunning().
     bool waitForDone();
 
 private:

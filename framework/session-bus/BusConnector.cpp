@@ -2,6 +2,7 @@
 #include "BusConnector.h"
 
 #include "BusAddress.h"
+#include "ThreadEnd.h"
 
 #include <QDBusConnection>
 #include <QDBusError>
@@ -52,19 +53,20 @@ private:
 BusConnector::BusConnector(
     const QString &address, const QString &connectionName, int timeout, QObject *parent)
     : QObject(parent)
-    , m_thread(new Thread(address, connectionName, timeout))
+    , m_thread(std::make_unique<Thread>(address, connectionName, timeout))
 {
-    connect(m_thread, &QThread::finished, this, &BusConnector::report);
+    m_thread->setObjectName(connectionName);
+    connect(m_thread.get(), &QThread::finished, this, &BusConnector::report);
 }
 
 BusConnector::~BusConnector()
 {
     m_thread->callOff();
-    // Left behind in the one case in which the bus answered the greeting and then fell silent: the end of the
-    // process must not wait for it.
+    // It does not end in the one case in which the bus answered the greeting and then fell silent: the end of the
+    // process must not wait for that.
     constexpr unsigned long patience = 1000;
-    if (m_thread->wait(patience))
-        delete m_thread;
+    if (!m_thread->wait(patience))
+        leaveRunning(std::move(m_thread));
 }
 
 void BusConnector::start()

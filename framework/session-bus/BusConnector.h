@@ -3,6 +3,8 @@
 
 #include <QObject>
 
+#include <memory>
+
 class QDBusConnection;
 
 /// Makes the connection to the bus in a thread of its own, because that waits for the other end.
@@ -28,5 +30,5 @@ private:
     class Thread;
     void report();
 
-    Thread *m_thread;
+    std::unique_ptr<Thread> m_thread;
 };
