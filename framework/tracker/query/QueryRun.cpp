@@ -7,17 +7,10 @@
 #include <chrono>
 
 namespace {
-// Blocks that may wait for the GUI thread; more would only cost memory.
-constexpr int blocksInFlight = 3;
 // Without a limit the rows still come in pieces that the GUI thread takes over without a visible pause.
 constexpr int pieceSize = 2000;
 
 std::atomic<int> idleTimeout{30'000};
-
-StoreError storeClosed()
-{
-    return {StoreError::Closed, QStringLiteral("The tracker store was closed")};
-}
 } // namespace
 
 void QueryRun::setIdleTimeout(int milliseconds)
@@ -50,35 +43,24 @@ void QueryRun::launch()
 template <class Function> void QueryRun::tell(Function function)
 {
     m_mailbox.post([self = shared_from_this(), function = std::move(function)] {
-        if (!self->isCancelled()) // posted before, delivered after it
+        if (!self->m_state.isCancelled()) // posted before, delivered after it
             function();
     });
 }
 
 void QueryRun::fetchRest()
 {
-    const std::lock_guard lock(m_mutex);
-    switch (m_state) {
-    case Running:
-        m_demanded = true;
+    switch (m_state.demandRest()) {
+    case QueryState::Rest::Comes:
         break;
-    case Waiting:
-        m_demanded = true;
-        m_changed.notify_all();
-        break;
-    case Kept:
-        m_demanded = true;
-        m_state = Running;
+    case QueryState::Rest::IsKept:
         TrackerThreads::run([self = shared_from_this()] { self->handOverKept(); });
         break;
-    case Lost:
-        tell([this] { m_client.failed(storeClosed().message); });
-        break;
-    case Completed:
+    case QueryState::Rest::WasComplete:
         tell([this] { tellCompletion(); });
         break;
-    case Failed:
-        tell([this] { m_client.failed(m_failure); });
+    case QueryState::Rest::CannotCome:
+        tell([this] { m_client.failed(m_state.failure()); });
         break;
     }
 }
@@ -86,63 +68,24 @@ void QueryRun::fetchRest()
 void QueryRun::cancel()
 {
     m_mailbox.close();
-    QString untold;
-    {
-        const std::lock_guard lock(m_mutex);
-        m_cancelled = true;
-        untold = std::exchange(m_notice, {});
-        if (m_cancellation)
-            m_cancellation->cancel();
-        m_changed.notify_all();
-    }
+    const QString untold = m_state.cancel();
     if (!untold.isEmpty() && untold != m_plan.notice)
         m_session->setNotice(untold);
 }
 
 bool QueryRun::hasLostItsStore()
 {
-    const std::lock_guard lock(m_mutex);
-    return m_state == Lost;
-}
-
-void QueryRun::interrupt()
-{
-    const std::lock_guard lock(m_mutex);
-    m_interrupted = true;
-    if (m_cancellation)
-        m_cancellation->cancel();
-    m_changed.notify_all();
-}
-
-bool QueryRun::isCancelled()
-{
-    const std::lock_guard lock(m_mutex);
-    return m_cancelled;
-}
-
-bool QueryRun::isStopped()
-{
-    const std::lock_guard lock(m_mutex);
-    return m_cancelled || m_interrupted;
+    return m_state.hasLostItsStore();
 }
 
 void QueryRun::run()
 {
-    const auto cancellation = std::make_shared<StoreCancellation>();
-    {
-        const std::lock_guard lock(m_mutex);
-        m_cancellation = cancellation;
-    }
     StoreError error;
-    StoreSession::Entry entry = m_session->enter([this] { interrupt(); }, &error);
-    if (!entry) {
-        end(Failed, error);
-        return;
-    }
-    if ((error = m_session->checkFiles()))
-        end(Failed, error);
-    else if (isStopped())
-        end(Failed, {StoreError::Closed, QStringLiteral("The tracker store was closed")});
+    StoreSession::Entry entry = m_session->enter([this] { m_state.interrupt(); }, &error);
+    if (!entry || (error = m_session->checkFiles()))
+        fail(error);
+    else if (m_state.isStopped())
+        failStopped();
     else
         stream(entry);
 }
@@ -150,10 +93,7 @@ void QueryRun::run()
 void QueryRun::stream(StoreSession::Entry &entry)
 {
     const QString news = m_session->takeNotice();
-    {
-        const std::lock_guard lock(m_mutex);
-        m_notice = news.isEmpty() ? m_plan.notice : news;
-    }
+    m_state.setNotice(news.isEmpty() ? m_plan.notice : news);
     bool more = false;
     StoreCursor cursor = open(entry.connection(), &more);
     if (!cursor)
@@ -162,18 +102,22 @@ void QueryRun::stream(StoreSession::Entry &entry)
     if (!readBlocks(cursor, first, first > 0 ? first : pieceSize, &more))
         return;
     if (more) {
-        const Demand demand = waitForDemand();
-        m_keeps = demand == Demand::Later;
+        const auto demand = m_state.waitForDemand(std::chrono::milliseconds(idleTimeout));
+        if (demand == QueryState::Demand::Never) {
+            failStopped();
+            return;
+        }
+        m_keeps = demand == QueryState::Demand::Later;
         const int block = m_plan.streamBlock > 0 ? m_plan.streamBlock : pieceSize;
-        if (demand == Demand::Never || !readBlocks(cursor, 0, block, &more))
+        if (!readBlocks(cursor, 0, block, &more))
             return; // the cursor closes before the entry is left
     }
     cursor = {};
     entry.leave();
-    if (m_keeps)
-        park();
-    else
-        end(Completed);
+    if (!m_keeps)
+        complete();
+    else if (m_state.park())
+        handOverKept();
 }
 
 // Opens the cursor and goes to the first row; *more: there is one.
@@ -189,15 +133,18 @@ StoreCursor QueryRun::open(const StoreConnection &connection, bool *more)
                 "SELECT tracker:uri(" + QByteArray::number(m_plan.id) + ") {}", &error);
         if (error || uri.isEmpty()) {
             // No such resource, or no longer: a result without rows.
-            end(error ? Failed : Completed, error);
+            if (error)
+                fail(error);
+            else
+                complete();
             return {};
         }
         bindings.emplace_back("uri", uri);
     }
-    StoreCursor cursor = connection.select(m_plan.text, bindings, m_cancellation.get(), &error);
+    StoreCursor cursor = connection.select(m_plan.text, bindings, &m_state.cancellation(), &error);
     *more = cursor && cursor.next(&error);
     if (error) {
-        end(Failed, error);
+        fail(error);
         return {};
     }
     return cursor;
@@ -227,9 +174,7 @@ bool QueryRun::readBlocks(StoreCursor &cursor, int limit, int pieces, bool *more
         if (!handOver(std::move(block)))
             return false;
     }
-    if (error)
-        end(Failed, error);
-    return !error;
+    return !error || fail(error);
 }
 
 bool QueryRun::handOver(std::shared_ptr<RowBlock> block)
@@ -237,69 +182,24 @@ bool QueryRun::handOver(std::shared_ptr<RowBlock> block)
     block->finish();
     if (m_keeps)
         return keep(std::move(block));
-    std::unique_lock lock(m_mutex);
-    m_changed.wait(lock, [this] { return m_cancelled || m_interrupted || m_waitingBlocks < blocksInFlight; });
-    if (m_cancelled)
-        return false;
-    if (m_interrupted) {
-        lock.unlock();
-        end(Failed, storeClosed());
-        return false;
-    }
-    ++m_waitingBlocks;
+    if (!m_state.waitForRoom())
+        return failStopped();
     tell([this, block = std::move(block)] { taken(block); });
     return true;
 }
 
 void QueryRun::taken(const std::shared_ptr<const RowBlock> &block)
 {
-    {
-        const std::lock_guard lock(m_mutex);
-        --m_waitingBlocks;
-        m_changed.notify_all();
-    }
+    m_state.noteTaken();
     m_client.rows(block);
-}
-
-QueryRun::Demand QueryRun::waitForDemand()
-{
-    std::unique_lock lock(m_mutex);
-    m_state = Waiting;
-    const auto wanted = [this] {
-        return m_cancelled || m_interrupted || m_demanded;
-    };
-    m_changed.wait_for(lock, std::chrono::milliseconds(idleTimeout), wanted);
-    if (m_cancelled || m_interrupted) {
-        lock.unlock();
-        end(Failed, storeClosed());
-        return Demand::Never;
-    }
-    if (!m_demanded)
-        return Demand::Later;
-    m_state = Running;
-    return Demand::Now;
 }
 
 bool QueryRun::keep(std::shared_ptr<RowBlock> block)
 {
-    if (isStopped()) {
-        end(Failed, storeClosed());
-        return false;
-    }
+    if (m_state.isStopped())
+        return failStopped();
     m_kept.push_back(std::move(block));
     return true;
-}
-
-void QueryRun::park()
-{
-    {
-        const std::lock_guard lock(m_mutex);
-        m_interrupted = false; // everything is there: what becomes of the store does not matter any more
-        m_state = m_demanded ? Running : Kept;
-        if (!m_demanded)
-            return;
-    }
-    handOverKept();
 }
 
 void QueryRun::handOverKept()
@@ -309,42 +209,35 @@ void QueryRun::handOverKept()
         if (!handOver(std::move(block)))
             return;
     }
-    end(Completed);
+    complete();
 }
 
-void QueryRun::end(State state, const StoreError &error)
+void QueryRun::complete()
 {
-    StoreError told = error;
-    bool isAwaited = true;
-    {
-        const std::lock_guard lock(m_mutex);
-        if (m_cancelled)
-            return;
-        if (told.kind == StoreError::Cancelled)
-            told = storeClosed();
-        isAwaited = m_state != Waiting || m_demanded;
-        m_state = !isAwaited && told.kind == StoreError::Closed ? Lost : state;
-        m_failure = told.message;
-        m_kept.clear();
-    }
-    if (state == Failed) {
-        m_session->report(told);
-        if (isAwaited) // otherwise fetchRest() says it
-            tell([this] { m_client.failed(m_failure); });
-    } else {
+    if (m_state.end(QueryState::Outcome::Completed, {}).isTold)
         tell([this] { tellCompletion(); });
-    }
+}
+
+bool QueryRun::fail(const StoreError &error)
+{
+    m_kept.clear();
+    const QueryState::End end = m_state.end(QueryState::Outcome::Failed, error);
+    m_session->report(end.error);
+    if (end.isTold)
+        tell([this] { m_client.failed(m_state.failure()); });
+    return false;
+}
+
+bool QueryRun::failStopped()
+{
+    return fail({StoreError::Cancelled, {}});
 }
 
 void QueryRun::tellCompletion()
 {
     m_client.completed();
-    QString notice;
-    {
-        const std::lock_guard lock(m_mutex);
-        if (!m_cancelled) // what was completed may be gone by now
-            notice = std::exchange(m_notice, {});
-    }
+    // What was completed may be gone by now.
+    const QString notice = m_state.takeNotice();
     if (!notice.isEmpty())
         m_client.failed(notice);
 }

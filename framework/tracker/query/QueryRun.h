@@ -3,15 +3,14 @@
 
 #include "../store/StoreSession.h"
 #include "Mailbox.h"
+#include "QueryState.h"
 #include "RowBlock.h"
 
 #include <QByteArray>
 #include <QString>
 
-#include <condition_variable>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 /// What a query asks and how its rows come.
@@ -61,16 +60,6 @@ public:
     static void setIdleTimeout(int milliseconds);
 
 private:
-    enum State {
-        Running,
-        Waiting, ///< for fetchRest(); with an open cursor, at first
-        Kept, ///< the same, with the rest in memory
-        Lost, ///< the same, with the store closed
-        Completed,
-        Failed,
-    };
-    enum class Demand { Now, Later, Never };
-
     QueryRun(std::shared_ptr<StoreSession> session, QueryPlan plan, QObject *receiver, Client client);
 
     // Worker thread
@@ -80,16 +69,14 @@ private:
     StoreCursor open(const StoreConnection &connection, bool *empty);
     bool readBlocks(StoreCursor &cursor, int limit, int pieces, bool *more);
     bool handOver(std::shared_ptr<RowBlock> block);
-    Demand waitForDemand();
     bool keep(std::shared_ptr<RowBlock> block);
-    void park();
     void handOverKept();
-    void end(State state, const StoreError &error = {});
-    void interrupt();
-    bool isStopped();
+    void complete();
+    // Both return false.
+    bool fail(const StoreError &error);
+    bool failStopped();
 
     template <class Function> void tell(Function function);
-    bool isCancelled();
 
     // GUI thread
     void taken(const std::shared_ptr<const RowBlock> &block);
@@ -99,17 +86,8 @@ private:
     const QueryPlan m_plan;
     const Client m_client;
     Mailbox m_mailbox;
-
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
-    std::shared_ptr<StoreCancellation> m_cancellation;
-    State m_state = Running;
-    QString m_failure;
-    bool m_demanded = false;
-    bool m_cancelled = false; // by cancel()
-    bool m_interrupted = false; // by the session's end
-    QString m_notice;
-    int m_waitingBlocks = 0;
+    QueryState m_state;
+    // Of the worker thread: the rest that was read before somebody wanted it.
     bool m_keeps = false;
     std::vector<std::shared_ptr<RowBlock>> m_kept;
 };
