@@ -15,7 +15,6 @@ class KelvoPlayUriDialog;
 class KelvoPlaylistController;
 class KelvoPlaylistDialog;
 class KelvoPluginController;
-class KelvoQueryPropertiesDialog;
 class KelvoRenderer;
 class KelvoRendererController;
 class KelvoRendererErrorLogDialog;
@@ -238,7 +237,6 @@ private:
     KelvoVolumeDialog *m_volumeDialog = nullptr;
     KelvoSelectItemsDialog *m_loadPluginsDialog = nullptr;
     KelvoSelectItemsDialog *m_loadPlaylistsDialog = nullptr; // nothing shows it
-    KelvoQueryPropertiesDialog *m_queryPropertiesDialog = nullptr; // made when it is first shown
     KelvoFullScreenVideoWidget *m_fullScreenVideoWidget = nullptr;
     bool m_isPlaylistViewHeld = false;
     QElapsedTimer m_queryDebugTimer;

@@ -35,12 +35,13 @@ void KelvoMainWindow::showQueryPropertiesDialog()
 {
     qDebug() << "void KelvoMainWindow::showQueryPropertiesDialog()";
     const KelvoSourceController *sources = m_guiMain->sources();
-    if (!m_queryPropertiesDialog) {
-        m_queryPropertiesDialog = new KelvoQueryPropertiesDialog(this);
-        connect(m_queryPropertiesDialog, SIGNAL(queryPropertiesChanged(int, int)), sources,
-            SLOT(setNewQueryProperties(int, int)));
+    auto *dialog = findChild<KelvoQueryPropertiesDialog *>();
+    if (!dialog) {
+        dialog = new KelvoQueryPropertiesDialog(this);
+        connect(
+            dialog, SIGNAL(queryPropertiesChanged(int, int)), sources, SLOT(setNewQueryProperties(int, int)));
     }
-    runUnlessOpen(m_queryPropertiesDialog);
+    runUnlessOpen(dialog);
 }
 
 bool KelvoMainWindow::showCreatePlaylistDialog(QString &name)

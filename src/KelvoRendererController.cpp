@@ -54,9 +54,9 @@ void KelvoRendererController::setStartUri(
     const QUrl &uri, const QString &contentType, const QString &rendererName)
 {
     qDebug() << "KelvoRendererController::setStartUri";
-    m_startUri = uri;
-    m_startContentType = contentType;
-    m_startRendererName = rendererName;
+    m_start.uri = uri;
+    m_start.contentType = contentType;
+    m_start.rendererName = rendererName;
 }
 
 void KelvoRendererController::initRenderers()
@@ -91,8 +91,8 @@ void KelvoRendererController::rendererAdded(const QString &uuid, const QString &
         return;
     listRenderer(renderer, name);
     // Kept for the next renderer of that name. Without a start URI an unnamed renderer must not match.
-    if (!m_startUri.isEmpty() && name == m_startRendererName)
-        renderer->playUriWithType(m_startUri, m_startContentType);
+    if (!m_start.uri.isEmpty() && name == m_start.rendererName)
+        renderer->playUriWithType(m_start.uri, m_start.contentType);
 }
 
 void KelvoRendererController::rendererRemoved(const QString &uuid, const QString &name)

@@ -97,6 +97,21 @@ private:
     void startFastPlayback(double speed);
     void setPlaybackSpeed(double speed);
 
+    /// What holding a seek button down has come to.
+    struct FastPlayback
+    {
+        bool seekClickSwallowed = false; ///< letting go of it is no click
+        bool armed = false; ///< pressed, perhaps only for a click
+        bool active = false;
+    };
+    /// What setStartUri() asked for.
+    struct Start
+    {
+        QUrl uri;
+        QString contentType;
+        QString rendererName;
+    };
+
     KelvoGUIMain *m_application;
     KelvoRegistry *m_registry;
     QPointer<KelvoMainWindow> m_mainWindow;
@@ -109,11 +124,7 @@ private:
     uint m_colorKey = 0;
     static constexpr int PositionInterval = 1000; ///< milliseconds
     QTimer *m_positionTimer;
-    bool m_seekClickSwallowed = false;
-    bool m_fastPlaybackArmed = false;
-    bool m_fastPlaybackActive = false;
+    FastPlayback m_fastPlayback;
     QString m_currentMediaUuid;
-    QUrl m_startUri;
-    QString m_startContentType;
-    QString m_startRendererName;
+    Start m_start;
 };

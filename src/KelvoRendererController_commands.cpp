@@ -125,7 +125,7 @@ void KelvoRendererController::seekForw()
 
 bool KelvoRendererController::swallowSeekClick()
 {
-    return std::exchange(m_seekClickSwallowed, false);
+    return std::exchange(m_fastPlayback.seekClickSwallowed, false);
 }
 
 void KelvoRendererController::seekBy(int seconds)
@@ -161,17 +161,17 @@ void KelvoRendererController::startFastForward()
 
 bool KelvoRendererController::armFastPlayback(const char *slot)
 {
-    if (m_fastPlaybackArmed)
+    if (m_fastPlayback.armed)
         return true;
-    m_fastPlaybackArmed = true;
+    m_fastPlayback.armed = true;
     QTimer::singleShot(fastPlaybackDelay, this, slot);
     return false;
 }
 
 void KelvoRendererController::startFastPlayback(double speed)
 {
-    m_seekClickSwallowed = true;
-    m_fastPlaybackActive = true;
+    m_fastPlayback.seekClickSwallowed = true;
+    m_fastPlayback.active = true;
     m_positionTimer->setInterval(fastPositionInterval);
     setPlaybackSpeed(speed);
 }
@@ -179,10 +179,10 @@ void KelvoRendererController::startFastPlayback(double speed)
 void KelvoRendererController::stopFastPlayback()
 {
     qDebug() << "void KelvoRendererController::stopFastPlayback()";
-    m_fastPlaybackArmed = false;
-    if (!m_fastPlaybackActive)
+    m_fastPlayback.armed = false;
+    if (!m_fastPlayback.active)
         return;
-    m_fastPlaybackActive = false;
+    m_fastPlayback.active = false;
     m_positionTimer->setInterval(PositionInterval);
     setPlaybackSpeed(normalSpeed);
 }

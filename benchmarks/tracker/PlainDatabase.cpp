@@ -91,16 +91,16 @@ bool PlainDatabase::fill(const std::vector<MediaItem> &items)
     QHash<QString, int> albums;
     int number = 0;
     for (const MediaItem &item : items) {
-        int &by = artists[item.artists.first()];
+        int &by = artists[item.tags.artists.first()];
         if (by == 0)
-            artist.add({by = int(artists.size()), item.artists.first()});
-        int &on = albums[item.album];
+            artist.add({by = int(artists.size()), item.tags.artists.first()});
+        int &on = albums[item.tags.album];
         if (on == 0)
-            album.add({on = int(albums.size()), item.album, by});
+            album.add({on = int(albums.size()), item.tags.album, by});
         // Every tenth song was played some times.
         const int plays = number % 10 == 0 ? number % 97 : 0;
-        song.add({++number, item.title, QString::fromLatin1(item.uri), item.seconds, item.track, by, on,
-            item.genre, QStringLiteral("%1-01-01T00:00:00Z").arg(item.year), plays, 1'700'000'000});
+        song.add({++number, item.title, QString::fromLatin1(item.uri), item.seconds, item.tags.track, by, on,
+            item.tags.genre, QStringLiteral("%1-01-01T00:00:00Z").arg(item.tags.year), plays, 1'700'000'000});
     }
     return sqlite3_exec(m_database, indexes, nullptr, nullptr, nullptr) == SQLITE_OK;
 }

@@ -59,11 +59,11 @@ MediaItem song(int number, int count)
     item.stamp = {item.number, 4'000'000, 1'700'000'000'000'000'000};
     item.title = QStringLiteral("A song with number %1")
                      .arg((qint64(number) * 7919) % count, 7, 10, QLatin1Char('0'));
-    item.artists = QStringList(QStringLiteral("Artist number %1").arg(artist));
-    item.album = QStringLiteral("Album number %1").arg(album);
-    item.genre = QStringLiteral("Rock");
-    item.year = 1960 + number % 60;
-    item.track = number % songsPerAlbum + 1;
+    item.tags.artists = QStringList(QStringLiteral("Artist number %1").arg(artist));
+    item.tags.album = QStringLiteral("Album number %1").arg(album);
+    item.tags.genre = QStringLiteral("Rock");
+    item.tags.year = 1960 + number % 60;
+    item.tags.track = number % songsPerAlbum + 1;
     item.seconds = 180 + number % 100;
     item.mimeType = "audio/mpeg";
     return item;

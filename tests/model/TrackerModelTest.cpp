@@ -97,7 +97,7 @@ private Q_SLOTS:
             {Type::AlbumsOfArtist, idIn(Type::AllArtists)}, {Type::AllArtists, 0}, {Type::AllPlaylists, 0}};
         QCOMPARE(int(kinds.size()), QMetaEnum::fromType<Type>().keyCount());
         MediaItem alike = song(3);
-        alike.artists = song(0).artists; // so that the first song has a related one
+        alike.tags.artists = song(0).tags.artists; // so that the first song has a related one
         QVERIFY(writeSongs({alike}));
         for (auto [type, id] : kinds) {
             if (type == Type::RelatedSongs)
@@ -303,11 +303,11 @@ private Q_SLOTS:
     {
         QVERIFY(openStore());
         MediaItem duet = song(0);
-        duet.artists = QStringList({"One", "Two"});
+        duet.tags.artists = QStringList({"One", "Two"});
         MediaItem solo = song(1);
-        solo.artists = QStringList("Two");
+        solo.tags.artists = QStringList("Two");
         MediaItem both = song(2);
-        both.artists = QStringList({"Two", "One"});
+        both.tags.artists = QStringList({"Two", "One"});
         QVERIFY(writeSongs({duet, solo, both, song(3)}));
         const auto songs = result(Type::AllSongs);
         const int id = songs->index(0, columnOf(*songs, "songId")).data().toInt();
@@ -331,8 +331,8 @@ private Q_SLOTS:
     {
         QVERIFY(openStore());
         MediaItem bare = song(0);
-        bare.artists.clear();
-        bare.album.clear();
+        bare.tags.artists.clear();
+        bare.tags.album.clear();
         QVERIFY(writeSongs({bare}));
         KelvoTrackerModelFactory factory("Tuntematon Albumi", "Tuntematon Artisti", 0);
         for (const auto &[type, key, text] :

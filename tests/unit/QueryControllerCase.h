@@ -108,9 +108,9 @@ private:
         std::vector<MediaItem> items;
         for (int i = 0; i < songCount; ++i)
             items.push_back(song(i));
-        items[nameless].artists.clear();
-        items[nameless].albumArtist.clear();
-        items[nameless].album.clear();
+        items[nameless].tags.artists.clear();
+        items[nameless].tags.albumArtist.clear();
+        items[nameless].tags.album.clear();
         items.push_back(video(1));
         MediaItem playlist;
         playlist.kind = MediaKind::Playlist;

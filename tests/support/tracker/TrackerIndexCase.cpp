@@ -43,12 +43,12 @@ MediaItem TrackerIndexCase::song(int number)
     item.uri = "file://" + item.path;
     item.stamp = {item.number, 1000 + number, 5};
     item.title = QStringLiteral("Song %1").arg(number, 6, 10, QLatin1Char('0'));
-    item.artists = QStringList(QStringLiteral("Artist %1").arg(number % 7));
-    item.album = QStringLiteral("Album %1").arg(number % 3);
-    item.albumArtist = QStringLiteral("Various");
-    item.genre = QStringLiteral("Rock");
-    item.year = 1990;
-    item.track = number + 1;
+    item.tags.artists = QStringList(QStringLiteral("Artist %1").arg(number % 7));
+    item.tags.album = QStringLiteral("Album %1").arg(number % 3);
+    item.tags.albumArtist = QStringLiteral("Various");
+    item.tags.genre = QStringLiteral("Rock");
+    item.tags.year = 1990;
+    item.tags.track = number + 1;
     item.seconds = 100 + number;
     return item;
 }

@@ -61,14 +61,14 @@ MediaItem commonOf(const StoreCursor &cursor, MediaKind kind)
 
 void addSongColumns(const StoreCursor &cursor, MediaItem *item)
 {
-    item->track = numberAt(cursor, Track);
-    item->artists = QStringList(textAt(cursor, Artist));
-    item->artists.removeAll(QString());
-    item->album = textAt(cursor, Album);
-    item->albumArtist = textAt(cursor, AlbumArtist);
-    item->genre = textAt(cursor, Genre);
-    item->year = textAt(cursor, Year).left(4).toInt();
-    item->disc = numberAt(cursor, Disc);
+    item->tags.track = numberAt(cursor, Track);
+    item->tags.artists = QStringList(textAt(cursor, Artist));
+    item->tags.artists.removeAll(QString());
+    item->tags.album = textAt(cursor, Album);
+    item->tags.albumArtist = textAt(cursor, AlbumArtist);
+    item->tags.genre = textAt(cursor, Genre);
+    item->tags.year = textAt(cursor, Year).left(4).toInt();
+    item->tags.disc = numberAt(cursor, Disc);
 }
 } // namespace
 

@@ -86,13 +86,13 @@ void fill(MediaItem *item, GstDiscovererInfo *info)
     if (const QString title = tagText(tags, GST_TAG_TITLE); !title.isEmpty())
         item->title = title;
     if (const QString artist = tagText(tags, GST_TAG_ARTIST); !artist.isEmpty())
-        item->artists = QStringList(artist);
-    item->album = tagText(tags, GST_TAG_ALBUM);
-    item->albumArtist = tagText(tags, GST_TAG_ALBUM_ARTIST);
-    item->genre = tagText(tags, GST_TAG_GENRE);
-    item->track = tagNumber(tags, GST_TAG_TRACK_NUMBER);
-    item->disc = tagNumber(tags, GST_TAG_ALBUM_VOLUME_NUMBER);
-    item->year = tagYear(tags);
+        item->tags.artists = QStringList(artist);
+    item->tags.album = tagText(tags, GST_TAG_ALBUM);
+    item->tags.albumArtist = tagText(tags, GST_TAG_ALBUM_ARTIST);
+    item->tags.genre = tagText(tags, GST_TAG_GENRE);
+    item->tags.track = tagNumber(tags, GST_TAG_TRACK_NUMBER);
+    item->tags.disc = tagNumber(tags, GST_TAG_ALBUM_VOLUME_NUMBER);
+    item->tags.year = tagYear(tags);
 }
 } // namespace
 

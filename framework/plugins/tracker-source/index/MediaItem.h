@@ -41,6 +41,19 @@ struct KnownFile
     MediaKind kind = MediaKind::Ignored;
 };
 
+/// What a song says of itself besides its title; empty or 0 where it says nothing.
+struct SongTags
+{
+    QStringList artists;
+    QString album;
+    QString albumArtist;
+    bool isCompilation = false;
+    QString genre;
+    int year = 0;
+    int track = 0;
+    int disc = 0;
+};
+
 /// What was read of one media file or playlist.
 struct MediaItem
 {
@@ -53,14 +66,7 @@ struct MediaItem
     bool isReadable = false; ///< the file is what its name says
 
     QString title; ///< never empty: the file name where there is no other
-    QStringList artists;
-    QString album;
-    QString albumArtist;
-    bool isCompilation = false;
-    QString genre;
-    int year = 0;
-    int track = 0;
-    int disc = 0;
+    SongTags tags;
     int seconds = 0; ///< 0: not known
     qint64 milliseconds = 0; ///< the same, as read from a file
     bool isLengthCounted = false; ///< by going through the file, because its headers only let guess

@@ -229,17 +229,17 @@ QByteArray StoreWriter::artist(const QString &name, std::vector<QByteArray> *sta
 // Albums of one name are one album when their artist is the same: the album artist or, without that tag, the song's.
 QByteArray StoreWriter::album(const MediaItem &item, std::vector<QByteArray> *statements)
 {
-    if (item.album.isEmpty())
+    if (item.tags.album.isEmpty())
         return Sparql::UnknownAlbum;
-    QString owner = item.albumArtist;
-    if (owner.isEmpty() && !item.isCompilation)
-        owner = item.artists.value(0);
-    const QByteArray resource = hashed("album", item.album, owner);
+    QString owner = item.tags.albumArtist;
+    if (owner.isEmpty() && !item.tags.isCompilation)
+        owner = item.tags.artists.value(0);
+    const QByteArray resource = hashed("album", item.tags.album, owner);
     if (!m_present.contains(resource)) {
         m_present.insert(resource);
         const QByteArray by = artist(owner, statements);
-        statements->push_back(insert('<' + resource + "> a nmm:MusicAlbum ; nie:title " + literal(item.album)
-            + " ; nmm:albumArtist <" + by + '>'));
+        statements->push_back(insert('<' + resource + "> a nmm:MusicAlbum ; nie:title "
+            + literal(item.tags.album) + " ; nmm:albumArtist <" + by + '>'));
     }
     return resource;
 }
@@ -259,20 +259,20 @@ std::vector<QByteArray> StoreWriter::songStatements(const MediaItem &item)
 {
     std::vector<QByteArray> statements;
     const QByteArray subject = iri(resourceIri(MediaKind::Song, item.number));
-    const QByteArray mainArtist = artist(item.artists.value(0), &statements);
+    const QByteArray mainArtist = artist(item.tags.artists.value(0), &statements);
     const QByteArray onAlbum = album(item, &statements);
     QByteArray text = subject + " a nmm:MusicPiece , nie:DataObject" + commonProperties(item)
         + " ; nie:byteSize " + QByteArray::number(item.stamp.size) + " ; nfo:duration "
-        + QByteArray::number(item.seconds) + " ; nmm:trackNumber " + QByteArray::number(item.track)
-        + " ; nfo:genre " + literal(item.genre) + " ; nmm:artist <" + mainArtist + "> ; nmm:musicAlbum <"
+        + QByteArray::number(item.seconds) + " ; nmm:trackNumber " + QByteArray::number(item.tags.track)
+        + " ; nfo:genre " + literal(item.tags.genre) + " ; nmm:artist <" + mainArtist + "> ; nmm:musicAlbum <"
         + onAlbum + "> ; nmm:performer <" + mainArtist + '>';
-    for (const QString &name : item.artists.mid(1))
+    for (const QString &name : item.tags.artists.mid(1))
         text += " , <" + artist(name, &statements) + '>';
-    if (item.year >= 1 && item.year <= 9999)
-        text += " ; nie:contentCreated \"" + QByteArray::number(item.year).rightJustified(4, '0')
+    if (item.tags.year >= 1 && item.tags.year <= 9999)
+        text += " ; nie:contentCreated \"" + QByteArray::number(item.tags.year).rightJustified(4, '0')
             + "-01-01T00:00:00Z\"";
-    if (item.disc > 0)
-        text += " ; nmm:musicAlbumDisc <" + disc(onAlbum, item.disc, &statements) + '>';
+    if (item.tags.disc > 0)
+        text += " ; nmm:musicAlbumDisc <" + disc(onAlbum, item.tags.disc, &statements) + '>';
     if (item.isDownloaded)
         text += QByteArray(" ; nao:hasTag <") + Sparql::DownloadedTag + '>';
     if (item.isNew) {

@@ -87,17 +87,17 @@ void fill(MediaItem *item, TagLib::File &file)
     const Tags tags(file);
     if (const QString title = tags.text("TITLE", &TagLib::Tag::title); !title.isEmpty())
         item->title = title;
-    item->artists = tags.texts("ARTIST");
-    if (item->artists.isEmpty() && file.tag())
-        item->artists = QStringList(tags.decoded(file.tag()->artist()));
-    item->artists.removeAll(QString());
-    item->album = tags.text("ALBUM", &TagLib::Tag::album);
-    item->albumArtist = tags.text("ALBUMARTIST");
-    item->isCompilation = tags.number("COMPILATION") == 1;
-    item->genre = tags.text("GENRE", &TagLib::Tag::genre);
-    item->year = tags.number("DATE");
-    item->track = tags.number("TRACKNUMBER");
-    item->disc = tags.number("DISCNUMBER");
+    item->tags.artists = tags.texts("ARTIST");
+    if (item->tags.artists.isEmpty() && file.tag())
+        item->tags.artists = QStringList(tags.decoded(file.tag()->artist()));
+    item->tags.artists.removeAll(QString());
+    item->tags.album = tags.text("ALBUM", &TagLib::Tag::album);
+    item->tags.albumArtist = tags.text("ALBUMARTIST");
+    item->tags.isCompilation = tags.number("COMPILATION") == 1;
+    item->tags.genre = tags.text("GENRE", &TagLib::Tag::genre);
+    item->tags.year = tags.number("DATE");
+    item->tags.track = tags.number("TRACKNUMBER");
+    item->tags.disc = tags.number("DISCNUMBER");
 }
 // Without a header that counts the frames, the library takes the first frame's bit rate for that of all.
 bool hasOneBitRate(TagLib::MPEG::File &file)
