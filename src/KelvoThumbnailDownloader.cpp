@@ -6,21 +6,15 @@
 #include <QNetworkReply>
 #include <QTimer>
 
-using namespace std::chrono_literals;
-
 namespace {
-// Far more than a thumbnail has. A server that never ends its answer must not fill the memory.
-constexpr qint64 maximumSize = 16 * 1024 * 1024;
-constexpr auto maximumTime = 60s;
 // What the network may be ahead of us, and so what more than the limit is ever taken.
 constexpr qint64 readBufferSize = 256 * 1024;
 } // namespace
 
-KelvoThumbnailDownloader::KelvoThumbnailDownloader(QObject *parent)
+KelvoThumbnailDownloader::KelvoThumbnailDownloader(QObject *parent, const ThumbnailLimits &limits)
     : QObject(parent)
     , m_manager(new QNetworkAccessManager(this))
-    , m_maximumSize(maximumSize)
-    , m_maximumTime(maximumTime)
+    , m_limits(limits)
 {
     qDebug() << "KelvoThumbnailDownloader::KelvoThumbnailDownloader";
     connect(m_manager, SIGNAL(finished(QNetworkReply *)), this, SLOT(requestFinished(QNetworkReply *)));
@@ -43,19 +37,13 @@ void KelvoThumbnailDownloader::download(const QString &file)
     limit(m_manager->get(QNetworkRequest(QUrl(file))));
 }
 
-void KelvoThumbnailDownloader::setLimits(qint64 bytes, std::chrono::milliseconds time)
-{
-    m_maximumSize = bytes;
-    m_maximumTime = time;
-}
-
 void KelvoThumbnailDownloader::limit(QNetworkReply *reply)
 {
-    m_transfers.insert(reply, {m_maximumSize, {}});
+    m_transfers.insert(reply, {m_limits.bytes, {}});
     reply->setReadBufferSize(readBufferSize);
     // By what has come rather than by the reports of progress, of which there are ten in a second.
     connect(reply, &QNetworkReply::readyRead, this, [this, reply] { take(reply); });
-    QTimer::singleShot(m_maximumTime, reply, &QNetworkReply::abort);
+    QTimer::singleShot(m_limits.time, reply, &QNetworkReply::abort);
 }
 
 void KelvoThumbnailDownloader::take(QNetworkReply *reply)

@@ -11,20 +11,25 @@
 class QNetworkAccessManager;
 class QNetworkReply;
 
+/// What a download may take. Where it would take more it is ended, with what has come by then.
+struct ThumbnailLimits
+{
+    /// Far more than a thumbnail has. A server that never ends its answer must not fill the memory.
+    qint64 bytes = 16 * 1024 * 1024;
+    std::chrono::milliseconds time = std::chrono::seconds(60);
+};
+
 /// Fetches pictures from URLs and hands their bytes on. Failures are not told apart: every download ends with
 /// downloadFinished(), with what has come, which often is nothing. GUI thread only; nothing blocks.
 class KelvoThumbnailDownloader : public QObject
 {
     Q_OBJECT
 public:
-    explicit KelvoThumbnailDownloader(QObject *parent);
+    explicit KelvoThumbnailDownloader(QObject *parent, const ThumbnailLimits &limits = {});
     ~KelvoThumbnailDownloader() override;
 
     /// Starts a download. One that runs already goes on; both are reported, in the order in which they finish.
     void download(const QString &file);
-
-    /// What a later download may take. Where it would take more it is ended, with what has come by then.
-    void setLimits(qint64 bytes, std::chrono::milliseconds time);
 
 Q_SIGNALS:
     void downloadFinished(const QByteArray &data);
@@ -47,6 +52,5 @@ private:
     QList<QNetworkReply *>
         m_replaced; // of those that finished before it, until the next download; the manager's
     QHash<QNetworkReply *, Transfer> m_transfers; // under way
-    qint64 m_maximumSize;
-    std::chrono::milliseconds m_maximumTime;
+    const ThumbnailLimits m_limits;
 };

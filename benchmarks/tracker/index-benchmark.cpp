@@ -68,8 +68,10 @@ class Indexing
 {
 public:
     explicit Indexing(const QString &media)
+        : m_laterFolder(media + QLatin1String(" later"))
     {
-        qputenv("KELVO_MEDIA_DIRS", QFile::encodeName(media));
+        QDir().rmdir(m_laterFolder);
+        qputenv("KELVO_MEDIA_DIRS", QFile::encodeName(media + QLatin1Char(':') + m_laterFolder));
         QObject::connect(m_store, &KelvoTrackerStore::indexed, &m_user,
             [this](const KelvoIndexReport &pass) { m_report = pass; });
         m_store->startIndexing(std::make_shared<MediaIndexing>());
@@ -84,14 +86,16 @@ public:
     }
     Q_DISABLE_COPY_MOVE(Indexing)
 
-    void rescan()
+    /// Everything is looked through when a folder that was missing comes, within two seconds.
+    void lookAgain()
     {
-        m_store->rescan();
+        QDir().mkdir(m_laterFolder);
         waitFor(m_store, &KelvoTrackerStore::indexed);
     }
     const KelvoIndexReport &report() const { return m_report; }
 
 private:
+    const QString m_laterFolder;
     KelvoTrackerStore *const m_store = KelvoTrackerStore::instance();
     QObject m_user;
     KelvoIndexReport m_report;
@@ -121,7 +125,7 @@ void measure(const QString &folder, const QString &song)
     {
         Indexing indexing(media);
         indexed("10,000 files indexed, all in the page cache", indexing, warm);
-        indexing.rescan();
+        indexing.lookAgain();
         row("10,000 unchanged files looked through again", indexing.report().milliseconds, "ms", "", 0,
             "at most 2000 ms");
     }

@@ -116,7 +116,6 @@ struct Times
     double all = 0;
     double longestStall = 0;
     double mostWork = 0; ///< of the GUI thread between two turns of its event loop
-    double bytesPerRow = 0;
     double residentPerRow = 0;
     int rows = 0;
 };
@@ -169,7 +168,6 @@ Times readModel(KelvoTrackerModelFactory &factory, std::unique_ptr<KelvoTrackerM
     loop.exec();
     times.all = milliseconds(timer);
     times.rows = model->rowCount();
-    times.bytesPerRow = double(model->memoryUse()) / times.rows;
     times.residentPerRow = (residentBytes() - before) / times.rows;
     *kept = std::move(model);
     return times;
@@ -287,7 +285,6 @@ bool measure(const QString &folder, int count)
     row("- the bare cursor", bare.all, "ms", "SQLite", raw.all);
     row("- longest stall of the event loop", model.longestStall, "ms", "", 0, "at most 16 ms");
     row("- most work between two turns of it", model.mostWork, "ms", "", 0, "at most 16 ms");
-    row("- memory of a row", model.bytesPerRow, "bytes", "", 0, "at most 1200");
     row("- growth of the process by a row", model.residentPerRow, "bytes", "", 0, "at most 1200");
     measureFirstBlocks(factory, plain, what);
     if (count <= 100'000)

@@ -63,8 +63,6 @@ void KelvoAnswer::State::call(QVariantList arguments) const
     QMetaObject::metacall(receiver, QMetaObject::InvokeMetaMethod, method.methodIndex(), pointers.data());
 }
 
-KelvoAnswer::KelvoAnswer() = default;
-
 KelvoAnswer::KelvoAnswer(QObject *receiver, const char *slot)
 {
     if (!receiver || !slot)
@@ -78,11 +76,6 @@ KelvoAnswer::KelvoAnswer(QObject *receiver, const char *slot)
     m_state = std::make_shared<State>();
     m_state->receiver = receiver;
     m_state->method = receiver->metaObject()->method(index);
-}
-
-bool KelvoAnswer::isValid() const
-{
-    return m_state != nullptr;
 }
 
 void KelvoAnswer::deliver(const QVariantList &arguments) const

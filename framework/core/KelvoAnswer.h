@@ -22,13 +22,9 @@ class QObject;
 class KELVO_CORE_EXPORT KelvoAnswer
 {
 public:
-    /// An answer that nobody waits for; deliver() does nothing.
-    KelvoAnswer();
-    /// GUI thread. Does not take ownership of the receiver.
+    /// GUI thread. Does not take ownership of the receiver. Where there is none, or no slot, nobody waits: deliver() does
+    /// nothing.
     KelvoAnswer(QObject *receiver, const char *slot);
-
-    /// False when there is no receiver or it has no such slot.
-    bool isValid() const;
 
     /// Any thread. The values are converted to the slot's parameter types; a number that does not match or a
     /// value that cannot be converted gives a warning and no call. Parameters of type QVariant take any value.

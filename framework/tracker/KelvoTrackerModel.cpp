@@ -22,7 +22,7 @@ struct KelvoTrackerModel::Private
 };
 
 KelvoTrackerModel::KelvoTrackerModel(QueryType type, int firstBlock, int streamBlock, int id,
-    const QString &unknownAlbum, const QString &unknownArtist)
+    const QString &unknownAlbum, const QString &unknownArtist, std::chrono::milliseconds idleTime)
     : d(std::make_unique<Private>())
 {
     const CatalogQuery entry = CatalogQuery::find(type);
@@ -36,7 +36,7 @@ KelvoTrackerModel::KelvoTrackerModel(QueryType type, int firstBlock, int streamB
         session->failed(
             {StoreError::Query, QStringLiteral("There is no tracker query of type %1").arg(int(type))});
     }
-    d->plan = {entry.text, entry.types(), entry.hasSubject, id, firstBlock, streamBlock, {}};
+    d->plan = {entry.text, entry.types(), entry.hasSubject, id, firstBlock, streamBlock, idleTime, {}};
     startQuery(std::move(session));
 }
 
@@ -111,9 +111,4 @@ QVariant KelvoTrackerModel::headerData(int section, Qt::Orientation orientation,
         && section < int(d->columns.size()))
         return QString::fromLatin1(d->columns[size_t(section)].key);
     return QAbstractTableModel::headerData(section, orientation, role);
-}
-
-qsizetype KelvoTrackerModel::memoryUse() const
-{
-    return d->rows.size();
 }

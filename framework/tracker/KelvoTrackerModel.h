@@ -5,6 +5,7 @@
 
 #include <QAbstractTableModel>
 
+#include <chrono>
 #include <memory>
 
 class KelvoTrackerModelFactory;
@@ -60,9 +61,6 @@ public:
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
-    /// Bytes that the rows take in memory.
-    qsizetype memoryUse() const;
-
 Q_SIGNALS:
     /// All rows are there.
     void completed();
@@ -73,7 +71,7 @@ Q_SIGNALS:
 private:
     friend class KelvoTrackerModelFactory;
     KelvoTrackerModel(QueryType type, int firstBlock, int streamBlock, int id, const QString &unknownAlbum,
-        const QString &unknownArtist);
+        const QString &unknownArtist, std::chrono::milliseconds idleTime);
 
     void startQuery(std::shared_ptr<class StoreSession> session);
     void queryAnew();

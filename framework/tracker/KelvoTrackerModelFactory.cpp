@@ -3,12 +3,13 @@
 
 #include "KelvoTrackerStore.h"
 
-KelvoTrackerModelFactory::KelvoTrackerModelFactory(
-    const QString &unknownAlbum, const QString &unknownArtist, int streamingBlockSize, QObject *parent)
+KelvoTrackerModelFactory::KelvoTrackerModelFactory(const QString &unknownAlbum, const QString &unknownArtist,
+    int streamingBlockSize, QObject *parent, std::chrono::milliseconds idleTime)
     : QObject(parent)
     , m_unknownAlbum(unknownAlbum)
     , m_unknownArtist(unknownArtist)
     , m_streamingBlockSize(streamingBlockSize)
+    , m_idleTime(idleTime)
 {
     connect(KelvoTrackerStore::instance(), &KelvoTrackerStore::opened, this, [this](bool ok) {
         if (std::exchange(m_waiting, false))
@@ -36,5 +37,5 @@ KelvoTrackerModel *KelvoTrackerModelFactory::getModel(
     KelvoTrackerModel::QueryType type, int firstBlockSize, int id)
 {
     return new KelvoTrackerModel(
-        type, firstBlockSize, m_streamingBlockSize, id, m_unknownAlbum, m_unknownArtist);
+        type, firstBlockSize, m_streamingBlockSize, id, m_unknownAlbum, m_unknownArtist, m_idleTime);
 }

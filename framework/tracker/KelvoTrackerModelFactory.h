@@ -5,6 +5,8 @@
 
 #include <QObject>
 
+#include <chrono>
+
 /// Makes the results of the built-in queries of the tracker store. GUI thread.
 ///
 /// The factory holds the process's tracker store open (see KelvoTrackerStore). Its models live on without it.
@@ -14,8 +16,11 @@ class KELVO_TRACKER_EXPORT KelvoTrackerModelFactory : public QObject
 public:
     /// @param unknownAlbum, unknownArtist  shown where an album or artist has no name
     /// @param streamingBlockSize  rows of each block after the first; 0: no limit
+    /// @param idleTime  how long a result keeps the store's cursor open for a rest that nobody asks for; then the rest waits
+    ///                  in memory
     KelvoTrackerModelFactory(const QString &unknownAlbum, const QString &unknownArtist,
-        int streamingBlockSize, QObject *parent = nullptr);
+        int streamingBlockSize, QObject *parent = nullptr,
+        std::chrono::milliseconds idleTime = std::chrono::seconds(30));
     ~KelvoTrackerModelFactory() override;
 
     /// Opens the store where it is not open yet. Answers, from the event loop, with initCompleted().
@@ -39,5 +44,6 @@ private:
     const QString m_unknownAlbum;
     const QString m_unknownArtist;
     const int m_streamingBlockSize;
+    const std::chrono::milliseconds m_idleTime;
     bool m_waiting = false;
 };

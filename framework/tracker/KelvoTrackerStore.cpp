@@ -268,7 +268,7 @@ void KelvoTrackerStore::rebuild(quint64 attempt, const StoreError &why)
     const std::shared_ptr<StoreSession> old = d->session;
     if (d->indexer)
         d->indexer->stop();
-    const bool own = !d->readOnly;
+    const bool own = !isReadOnly();
     d->state = Opening;
     d->session = std::make_shared<StoreSession>();
     const quint64 next = ++d->attempt;
@@ -313,22 +313,11 @@ void KelvoTrackerStore::stopIndexing()
     updateIndexer();
 }
 
-bool KelvoTrackerStore::isIndexing() const
-{
-    return d->indexer && d->indexer->isRunning();
-}
-
-void KelvoTrackerStore::rescan()
-{
-    if (d->indexer)
-        d->indexer->rescan();
-}
-
 void KelvoTrackerStore::updateIndexer()
 {
     if (d->indexer && (!d->indexing || d->indexed != d->session))
         d->indexer->stop();
-    const bool wanted = d->indexing && d->state == Open && !d->readOnly;
+    const bool wanted = d->indexing && d->state == Open && !isReadOnly();
     if (!wanted || (d->indexer && d->indexer->isRunning()))
         return;
     const auto report = [this, mailbox = d->mailbox](const KelvoIndexReport &pass) {

@@ -56,9 +56,6 @@ public:
     /// read only.
     void startIndexing(std::shared_ptr<const StoreIndexing> indexing);
     void stopIndexing();
-    bool isIndexing() const;
-    /// Looks through all folders again; ends with indexed().
-    void rescan();
 
     /// Counts one playing of the song with this URL and notes the time. Ends with playCounted(), when it is a song
     /// of the store.

@@ -78,7 +78,7 @@ private Q_SLOTS:
         QVERIFY(tell("DELETE DATA { <urn:content:one.mp3> a rdfs:Resource }"));
         QVERIFY(tell(songText("three.mp3", "Three")));
         QSignalSpy indexed(&store(), &KelvoTrackerStore::indexed);
-        store().rescan();
+        indexAnew();
         QVERIFY(indexed.wait(10000));
         const auto report = indexed.first().first().value<KelvoIndexReport>();
         QCOMPARE(report.added, 1);
@@ -95,7 +95,7 @@ private Q_SLOTS:
             + "\" ; nfo:fileSize 9 ; nfo:fileLastModified \"2026-01-02T03:04:05Z\" . <urn:p> a nmm:Playlist "
               "; "
               "nie:isStoredAs <urn:file:p> }"));
-        store().rescan();
+        indexAnew();
         QVERIFY(indexed.wait(10000));
         const auto lists = result(Type::AllPlaylists);
         QCOMPARE(lists->rowCount(), 1);

@@ -120,7 +120,7 @@ private Q_SLOTS:
         QCOMPARE(log.warnings(), QStringList());
         // Nothing is read again that has not changed.
         QSignalSpy indexed(&store(), &KelvoTrackerStore::indexed);
-        store().rescan();
+        indexAnew();
         QVERIFY(indexed.wait(10000));
         const auto report = indexed.first().first().value<KelvoIndexReport>();
         QCOMPARE(report.added + report.changed + report.moved + report.removed, 0);

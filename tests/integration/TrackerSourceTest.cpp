@@ -133,10 +133,17 @@ private Q_SLOTS:
         QVERIFY(load(registry));
         QVERIFY(indexed.wait(20000));
         QCOMPARE(titles(Type::AllSongs), QStringList("A"));
-        QVERIFY(store().isIndexing());
+        addSong("b.mp3", {"B"});
+        QVERIFY(waitForFiles(2));
+        QCOMPARE(titles(Type::AllSongs), QStringList({"A", "B"}));
         registry.unloadPlugin(pluginFile);
-        QVERIFY(!store().isIndexing());
         QVERIFY(waitUntilClosed());
+        // Nor does whoever opens the store next index.
+        addSong("c.mp3", {"C"});
+        indexed.clear();
+        QVERIFY(openStore());
+        QVERIFY(!indexed.wait(1000) && indexed.isEmpty());
+        QCOMPARE(titles(Type::AllSongs), QStringList({"A", "B"}));
     }
 
     void countsWhatRenderersPlay()

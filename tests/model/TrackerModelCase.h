@@ -47,6 +47,14 @@ protected:
         return std::make_unique<Watched>(factory.getModel(type, firstBlock, id));
     }
 
+    /// One that closes its cursor as soon as that has nothing to do.
+    static std::unique_ptr<Watched> startImpatient(Type type, int firstBlock, int streamBlock)
+    {
+        KelvoTrackerModelFactory factory(
+            "No album", "No artist", streamBlock, nullptr, std::chrono::milliseconds(1));
+        return std::make_unique<Watched>(factory.getModel(type, firstBlock, 0));
+    }
+
     bool fill(int count = songCount)
     {
         std::vector<MediaItem> items;

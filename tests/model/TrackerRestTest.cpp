@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
+#include "LogRecorder.h"
 #include "TestGroup.h"
 #include "TrackerModelCase.h"
 #include "index/StoreWriter.h"
-#include "query/QueryRun.h"
 #include "store/StoreSession.h"
 
+#include <QLoggingCategory>
 #include <QPointer>
 
 /// The rest of a result, behind its first block: when nobody asks for it, when the store changes, when it is replaced.
@@ -12,14 +13,11 @@ class TrackerRestTest : public TrackerModelCase
 {
     Q_OBJECT
 
-    /// Cursors are closed as soon as they have nothing to do.
-    class ShortIdleTime
+    /// Cursors that were closed because nobody wanted rows of them.
+    static qsizetype closedCursors(const LogRecorder &log)
     {
-    public:
-        ShortIdleTime() { QueryRun::setIdleTimeout(1); }
-        ~ShortIdleTime() { QueryRun::setIdleTimeout(30'000); }
-        Q_DISABLE_COPY_MOVE(ShortIdleTime)
-    };
+        return log.lines().filter("its cursor is closed").size();
+    }
 
     bool remove(int first, int count)
     {
@@ -73,13 +71,19 @@ class TrackerRestTest : public TrackerModelCase
     }
 
 private Q_SLOTS:
+    void initTestCase()
+    {
+        TrackerModelCase::initTestCase();
+        QLoggingCategory::setFilterRules(QStringLiteral("kelvo.debug=true")); // see closedCursors()
+    }
+
     void closesACursorThatNobodyWantsRowsOf()
     {
         QVERIFY(fill());
-        const ShortIdleTime shortly;
-        const auto watched = start(Type::AllSongs, 10, 50);
+        const LogRecorder log;
+        const auto watched = startImpatient(Type::AllSongs, 10, 50);
         QVERIFY(watched->inserted.wait());
-        QTRY_COMPARE(store().session()->workInside(), size_t(0));
+        QTRY_COMPARE(closedCursors(log), 1);
         QCOMPARE(watched->blocks(), QList<int>{10}); // and hands over nothing that was not asked for
         QCOMPARE(watched->completed.count(), 0);
     }
@@ -87,12 +91,12 @@ private Q_SLOTS:
     void keepsACursorOpenForAWhile()
     {
         QVERIFY(fill());
+        const LogRecorder log;
         const auto watched = start(Type::AllSongs, 10, 50);
         QVERIFY(watched->inserted.wait());
-        QCOMPARE(store().session()->workInside(), size_t(1));
         watched->model->fetchRest();
         QVERIFY(watched->completed.wait());
-        QTRY_COMPARE(store().session()->workInside(), size_t(0));
+        QCOMPARE(closedCursors(log), 0);
     }
 
     void fetchesTheRestOfItsFirstAnswer_data()
@@ -111,11 +115,12 @@ private Q_SLOTS:
         QFETCH(bool, isCursorClosed);
         QFETCH(QString, change);
         QVERIFY(fill());
-        auto shortly = isCursorClosed ? std::make_unique<ShortIdleTime>() : nullptr;
-        const auto watched = start(Type::AllSongs, 10, 50);
+        const LogRecorder log;
+        const auto watched
+            = isCursorClosed ? startImpatient(Type::AllSongs, 10, 50) : start(Type::AllSongs, 10, 50);
         QVERIFY(watched->inserted.wait());
         if (isCursorClosed)
-            QTRY_COMPARE(store().session()->workInside(), size_t(0));
+            QTRY_COMPARE(closedCursors(log), 1);
         QVERIFY(changeStore(change));
         watched->model->fetchRest();
         QVERIFY(watched->completed.wait());
@@ -136,8 +141,7 @@ private Q_SLOTS:
         constexpr int count = 1000;
         QVERIFY(fill(count));
         for (int round = 0; round < 10; ++round) {
-            const ShortIdleTime shortly;
-            const auto watched = start(Type::AllSongs, 10, 100);
+            const auto watched = startImpatient(Type::AllSongs, 10, 100);
             QVERIFY(watched->inserted.wait());
             QTest::qSleep(round); // before, while and after the rest is read
             watched->model->fetchRest();
@@ -151,10 +155,10 @@ private Q_SLOTS:
     void hasItsRestWhenTheStoreIsClosedAfterItsCursor()
     {
         QVERIFY(fill());
-        const ShortIdleTime shortly;
-        const auto watched = start(Type::AllSongs, 10, 50);
+        const LogRecorder log;
+        const auto watched = startImpatient(Type::AllSongs, 10, 50);
         QVERIFY(watched->inserted.wait());
-        QTRY_COMPARE(store().session()->workInside(), size_t(0));
+        QTRY_COMPARE(closedCursors(log), 1);
         closeStore();
         watched->model->fetchRest();
         QVERIFY(watched->completed.wait());

@@ -50,9 +50,9 @@ class ThumbnailDownloaderTest : public KelvoTestCase
 {
     Q_OBJECT
 
-    void start()
+    void start(const ThumbnailLimits &limits = {})
     {
-        m_downloader = std::make_unique<KelvoThumbnailDownloader>(nullptr);
+        m_downloader = std::make_unique<KelvoThumbnailDownloader>(nullptr, limits);
         m_finished = std::make_unique<QSignalSpy>(m_downloader.get(), SIGNAL(downloadFinished(QByteArray)));
     }
     QByteArray result(qsizetype index = 0) const { return m_finished->at(index).first().toByteArray(); }
@@ -121,7 +121,7 @@ private Q_SLOTS:
     {
         QUrl url = m_server->url("/a.png"); // answers, but not securely
         url.setScheme("https");
-        m_downloader->setLimits(megabyte, 5s);
+        start({megabyte, 5s});
         m_downloader->download(url.toString());
         QTRY_COMPARE_WITH_TIMEOUT(m_finished->count(), 1, longPatience);
         QCOMPARE(result(), QByteArray());
@@ -164,7 +164,7 @@ private Q_SLOTS:
         QFETCH(int, limit);
         QFETCH(QByteArray, expected);
         m_server->serve("/ten", {.body = "0123456789"});
-        m_downloader->setLimits(limit, 20s);
+        start({limit, 20s});
         fetch("/ten");
         QTRY_COMPARE(m_finished->count(), 1);
         QCOMPARE(result(), expected);
@@ -176,7 +176,7 @@ private Q_SLOTS:
         QVERIFY(file.open());
         file.write("0123456789");
         file.flush();
-        m_downloader->setLimits(7, 20s);
+        start({7, 20s});
         m_downloader->download(QUrl::fromLocalFile(file.fileName()).toString());
         QTRY_COMPARE(m_finished->count(), 1);
         QCOMPARE(result(), QByteArray("0123456"));
@@ -184,7 +184,7 @@ private Q_SLOTS:
 
     void bodiesWithinTheLimitArrive()
     {
-        m_downloader->setLimits(megabyte, 20s);
+        start({megabyte, 20s});
         m_server->serve("/large", {.body = QByteArray(megabyte, 'x')});
         fetch("/large");
         QTRY_COMPARE(m_finished->count(), 1);
@@ -204,7 +204,7 @@ private Q_SLOTS:
         QFETCH(bool, silent);
         QFETCH(QByteArray, expected);
         m_server->serve("/stall", {.body = QByteArray(5000, 'x'), .stallAfter = 1000, .silent = silent});
-        m_downloader->setLimits(megabyte, 300ms);
+        start({megabyte, 300ms});
         fetch("/stall");
         QTRY_COMPARE(m_finished->count(), 1);
         QCOMPARE(result(), expected);

@@ -15,8 +15,6 @@
 namespace {
 constexpr int watchInterval = 500; // milliseconds
 constexpr qint64 second = GST_SECOND;
-// Media are made of frames of some milliseconds: a position this close to a second counts as that second.
-constexpr qint64 tolerance = 10 * GST_MSECOND;
 // An item that fails after this much has played: a list of such items may go round for ever.
 constexpr qint64 leastProgress = GST_SECOND;
 constexpr qint64 progress = GST_SECOND / 10; // less than this is not playing
@@ -230,11 +228,6 @@ void ItemPlayer::setFrameOnPause(bool wanted)
 {
     if (m_video)
         m_video->setTakesFrames(wanted);
-}
-
-void ItemPlayer::answerPosition(const KelvoAnswer &answer)
-{
-    answer.deliver({uint((m_position.current() + tolerance) / second)});
 }
 
 void ItemPlayer::answerExactPosition(const KelvoAnswer &answer)

@@ -69,8 +69,6 @@ public:
     void setVideoAutopaint(bool autopaint);
     /// Whether frameTaken() follows when playback of a video pauses.
     void setFrameOnPause(bool wanted);
-    /// Answers with the position in whole seconds.
-    void answerPosition(const KelvoAnswer &answer);
     /// Answers as the property "position" does: in seconds with their fraction.
     void answerExactPosition(const KelvoAnswer &answer);
 

@@ -109,11 +109,6 @@ QString bitRateKey(const GstTagList *tags)
 }
 } // namespace
 
-void TagCollector::clear()
-{
-    *this = {};
-}
-
 void TagCollector::merge(const GstTagList *tags)
 {
     const bool ofContainer = gst_tag_list_get_scope(tags) == GST_TAG_SCOPE_GLOBAL;

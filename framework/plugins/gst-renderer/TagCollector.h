@@ -20,8 +20,6 @@ public:
         QList<QVariant> values; ///< never empty
     };
 
-    /// Forgets everything: another item begins.
-    void clear();
     /// Takes in one tag list.
     void merge(const GstTagList *tags);
     /// Takes in one fact; nothing without values.

@@ -24,7 +24,6 @@ public:
     void moveToEnd() { m_clock.moveTo(m_duration); }
 
     double now() const { return m_clock.now(); }
-    double duration() const { return m_duration; } ///< -1: not known
 
     /// A seek of ours is under way.
     void seekTo(double seconds);

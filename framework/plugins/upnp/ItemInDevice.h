@@ -9,7 +9,6 @@
 class ItemInDevice
 {
 public:
-    const QString &uri() const { return m_uri; }
     bool isOurs(const QString &uri) const;
     bool isForeign(const QString &uri) const { return uri == m_foreignUri; }
 

@@ -2,21 +2,12 @@
 #include "QueryRun.h"
 
 #include "../store/TrackerThreads.h"
-
-#include <atomic>
-#include <chrono>
+#include "KelvoMessageHandler.h"
 
 namespace {
 // Without a limit the rows still come in pieces that the GUI thread takes over without a visible pause.
 constexpr int pieceSize = 2000;
-
-std::atomic<int> idleTimeout{30'000};
 } // namespace
-
-void QueryRun::setIdleTimeout(int milliseconds)
-{
-    idleTimeout = milliseconds;
-}
 
 QueryRun::QueryRun(std::shared_ptr<StoreSession> session, QueryPlan plan, QObject *receiver, Client client)
     : m_session(std::move(session))
@@ -102,7 +93,7 @@ void QueryRun::stream(StoreSession::Entry &entry)
     if (!readBlocks(cursor, first, first > 0 ? first : pieceSize, &more))
         return;
     if (more) {
-        const auto demand = m_state.waitForDemand(std::chrono::milliseconds(idleTimeout));
+        const auto demand = m_state.waitForDemand(m_plan.idleTime);
         if (demand == QueryState::Demand::Never) {
             failStopped();
             return;
@@ -118,6 +109,8 @@ void QueryRun::stream(StoreSession::Entry &entry)
         complete();
     else if (m_state.park())
         handOverKept();
+    else
+        qCDebug(lcKelvo) << "The rest of a query waits in memory, its cursor is closed";
 }
 
 // Opens the cursor and goes to the first row; *more: there is one.

@@ -9,6 +9,7 @@
 #include <QByteArray>
 #include <QString>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -25,6 +26,8 @@ struct QueryPlan
     /// Rows that come by themselves, and rows of each later block. 0 (or less): no limit.
     int firstBlock = 0;
     int streamBlock = 0;
+    /// How long an open cursor waits for fetchRest().
+    std::chrono::milliseconds idleTime = std::chrono::seconds(30);
     /// Told after the rows; what the session has to tell comes in its place.
     QString notice;
 };
@@ -55,9 +58,6 @@ public:
     void cancel();
     /// The store was closed before the rest was asked for, so that fetchRest() can only fail.
     bool hasLostItsStore();
-
-    /// How long an open cursor waits for fetchRest().
-    static void setIdleTimeout(int milliseconds);
 
 private:
     QueryRun(std::shared_ptr<StoreSession> session, QueryPlan plan, QObject *receiver, Client client);

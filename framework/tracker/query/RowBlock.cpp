@@ -120,11 +120,6 @@ QVariant RowBlock::anyValue(const char *tagged) const
     }
 }
 
-qsizetype RowBlock::size() const
-{
-    return qsizetype(sizeof *this) + qsizetype(m_cells.capacity() * sizeof(qint32)) + m_texts.capacity();
-}
-
 void RowTable::append(std::shared_ptr<const RowBlock> block)
 {
     m_firstRows.push_back(m_rows);
@@ -144,12 +139,4 @@ QVariant RowTable::value(int row, int column) const
     const auto next = std::upper_bound(m_firstRows.begin(), m_firstRows.end(), row);
     const auto index = size_t(next - m_firstRows.begin()) - 1;
     return m_blocks[index]->value(row - m_firstRows[index], column);
-}
-
-qsizetype RowTable::size() const
-{
-    qsizetype sum = 0;
-    for (const auto &block : m_blocks)
-        sum += block->size();
-    return sum;
 }

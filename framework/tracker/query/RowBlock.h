@@ -40,8 +40,6 @@ public:
     /// Names of the columns as the query has them; for queries whose columns are not known beforehand.
     QStringList names() const { return m_names; }
     void setNames(const QStringList &names) { m_names = names; }
-    /// Bytes held.
-    qsizetype size() const;
 
 private:
     qint32 cell(const StoreCursor &cursor, int column);
@@ -64,7 +62,6 @@ public:
     void clear();
     int rowCount() const { return m_rows; }
     QVariant value(int row, int column) const;
-    qsizetype size() const;
 
 private:
     std::vector<std::shared_ptr<const RowBlock>> m_blocks;

@@ -72,8 +72,6 @@ public:
     ~StoreConnection();
     Q_DISABLE_COPY_MOVE(StoreConnection)
 
-    bool isReadOnly() const { return m_readOnly; }
-
     /// Begins a SELECT; `bindings` are texts for its "~name" places. The cancellation must outlive the cursor.
     StoreCursor select(const QByteArray &text, const Bindings &bindings,
         const StoreCancellation *cancellation, StoreError *error) const;

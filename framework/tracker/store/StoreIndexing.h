@@ -16,8 +16,6 @@ public:
     virtual ~StoreIndexer() = default;
     /// Any thread; returns at once.
     virtual void stop() = 0;
-    /// Any thread. Everything is looked through again.
-    virtual void rescan() = 0;
     /// Any thread. Neither stopped nor ended.
     virtual bool isRunning() const = 0;
     /// A worker thread other than its own.

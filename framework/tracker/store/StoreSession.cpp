@@ -52,18 +52,6 @@ StoreError StoreSession::checkFiles() const
             "The files of the tracker store were deleted while it was in use; it is being rebuilt")};
 }
 
-bool StoreSession::isReadOnly() const
-{
-    const std::lock_guard lock(m_mutex);
-    return m_state == Open && !m_lock;
-}
-
-size_t StoreSession::workInside() const
-{
-    const std::lock_guard lock(m_mutex);
-    return m_inside.size();
-}
-
 void StoreSession::opened(const QString &folder, std::shared_ptr<StoreConnection> connection,
     std::unique_ptr<StoreFolder::Lock> ownerLock)
 {

@@ -46,9 +46,6 @@ public:
 
     /// Whether the store's files are still those that were opened; Gone when they were deleted or replaced.
     StoreError checkFiles() const;
-    bool isReadOnly() const;
-    /// How much work is inside. Each open cursor belongs to some, so that with none the store keeps no old pages.
-    size_t workInside() const;
 
     /// Reports what an operation failed with; damage found in passing leads to a new store.
     void report(const StoreError &error);

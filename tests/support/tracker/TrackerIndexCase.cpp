@@ -15,6 +15,12 @@ void TrackerIndexCase::startIndexing()
     KelvoTrackerStore::instance()->startIndexing(std::make_shared<MediaIndexing>());
 }
 
+void TrackerIndexCase::indexAnew()
+{
+    KelvoTrackerStore::instance()->stopIndexing();
+    startIndexing();
+}
+
 bool TrackerIndexCase::index()
 {
     QSignalSpy indexed(&store(), &KelvoTrackerStore::indexed);

@@ -13,6 +13,8 @@ class TrackerIndexCase : public TrackerTestCase
 protected:
     /// Makes the store keep up to date with the media folder, once it is open.
     static void startIndexing();
+    /// Has everything looked through again.
+    static void indexAnew();
     /// Opens and indexes; waits until the first pass has ended.
     bool index();
     /// Writes songs into the open store without any files behind them.

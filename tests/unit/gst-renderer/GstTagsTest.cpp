@@ -94,7 +94,7 @@ private Q_SLOTS:
         QCOMPARE(news(collector), QStringList());
         collector.merge(bitRate(GST_TAG_NOMINAL_BITRATE, 96'000).get()); // somebody knows after all
         QCOMPARE(news(collector), QStringList("bitrate=96000"));
-        collector.clear();
+        collector = {}; // another item
         collector.merge(bitRate(GST_TAG_BITRATE, 96'950).get());
         QVERIFY(news(collector).contains(QLatin1String("bitrate=96950")));
     }

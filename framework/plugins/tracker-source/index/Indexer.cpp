@@ -75,12 +75,6 @@ void Indexer::stop()
     m_watch.wake();
 }
 
-void Indexer::rescan()
-{
-    m_rescan = true;
-    m_watch.wake();
-}
-
 bool Indexer::isRunning() const
 {
     return !m_run.isStopped();
@@ -140,7 +134,7 @@ void Indexer::follow(StoreWriter &writer)
 
 bool Indexer::wantsFullPass(const FolderWatch::Changes &changes)
 {
-    return m_rescan.exchange(false) || changes.overflow || missingRoots() != m_missingRoots;
+    return changes.overflow || missingRoots() != m_missingRoots;
 }
 
 QSet<QByteArray> Indexer::missingRoots() const

@@ -11,7 +11,6 @@
 #include "store/StoreIndexing.h"
 #include "store/StoreSession.h"
 
-#include <atomic>
 #include <condition_variable>
 #include <functional>
 #include <memory>
@@ -31,7 +30,6 @@ public:
         Report report, std::shared_ptr<StoreIndexer> previous);
 
     void stop() override;
-    void rescan() override;
     bool isRunning() const override;
     void waitForEnd() override;
 
@@ -56,7 +54,6 @@ private:
     IndexRun m_run;
     const IndexSettings m_settings;
 
-    std::atomic<bool> m_rescan{false};
     std::mutex m_mutex;
     std::condition_variable m_changed;
     bool m_ended = false;
