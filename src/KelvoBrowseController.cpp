@@ -43,7 +43,7 @@ QStandardItemModel *KelvoBrowseController::generateSourceModel(const QList<Kelvo
     qDebug() << "QStandardItemModel* KelvoBrowseController::generateSourceModel(QList<KelvoSource*>)";
     auto *model = new QStandardItemModel(int(sources.size()), 2);
     for (qsizetype row = 0; row < sources.size(); ++row)
-        model->setData(model->index(int(row), ListViews::ShownColumn), sources.at(row)->name(), Qt::EditRole);
+        model->setData(model->index(int(row), ListViews::shownColumn), sources.at(row)->name(), Qt::EditRole);
     return model;
 }
 

@@ -99,7 +99,7 @@ void KelvoMainWindow::updateCurrentPlaylistIndex(int index)
     if (index < 0)
         ListViews::clearHighlight(m_music_playlistView);
     else if (const QAbstractItemModel *model = m_music_playlistView->model())
-        m_music_playlistView->setCurrentIndex(model->index(index, ListViews::ShownColumn));
+        m_music_playlistView->setCurrentIndex(model->index(index, ListViews::shownColumn));
 }
 
 int KelvoMainWindow::getCurrentPlaylistIndex() const

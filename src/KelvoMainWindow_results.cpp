@@ -207,7 +207,7 @@ void KelvoMainWindow::showExecuteQueryButton()
     qDebug() << "KelvoMainWindow::showExecuteQueryButton";
     m_query_executeButton->setText(executeCaption);
     m_query_extendButton->setEnabled(true);
-    m_query_resultsView->setModelColumn(ListViews::ShownColumn);
+    m_query_resultsView->setModelColumn(ListViews::shownColumn);
 }
 
 void KelvoMainWindow::showQueryCancelButton()

@@ -98,7 +98,7 @@ void ListViews::setModel(QListView *view, QAbstractItemModel *model)
         delete old;
         followSelection(view);
     }
-    view->setModelColumn(ShownColumn);
+    view->setModelColumn(shownColumn);
 }
 
 void ListViews::keepCurrentHighlighted(QListView *view)

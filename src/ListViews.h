@@ -10,7 +10,7 @@ class QTextEdit;
 namespace ListViews {
 
 /// Column of playlists and results that holds the text to show.
-constexpr int ShownColumn = 1;
+constexpr int shownColumn = 1;
 
 /// Shows that column of the model; null takes the model out. Unlike QListView::setModel() it deletes the
 /// selection model that is no longer used, so that refreshing a view does not collect them.

@@ -75,7 +75,7 @@ bool setPlays(StoreConnection &connection, int count, StoreError *error)
     std::vector<QByteArray> statements;
     for (int i = 0; i < count; i += 10) {
         if (i % 97)
-            statements.push_back(QByteArray("INSERT OR REPLACE { GRAPH <") + Sparql::MusicGraph + "> { <"
+            statements.push_back(QByteArray("INSERT OR REPLACE { GRAPH <") + Sparql::musicGraph + "> { <"
                 + resourceIri(MediaKind::Song, quint64(i) + 1) + "> nie:usageCounter "
                 + QByteArray::number(i % 97) + " } }");
         if (statements.size() < 1000 && i + 10 < count)

@@ -6,7 +6,7 @@
 #include <QThreadPool>
 
 namespace {
-constexpr int WorkerWait = 5000; // milliseconds
+constexpr int workerWait = 5000; // milliseconds
 } // namespace
 
 WorkerPool::WorkerPool(const QString &name, int maxThreads)
@@ -37,7 +37,7 @@ void WorkerPool::clear()
 
 bool WorkerPool::waitForDone()
 {
-    if (m_leftAlone || m_pool->waitForDone(WorkerWait))
+    if (m_leftAlone || m_pool->waitForDone(workerWait))
         return !m_leftAlone;
     m_leftAlone = true;
     leaveRunning(m_pool->objectName());

@@ -12,7 +12,7 @@
 
 namespace {
 /// Media are made of frames of some milliseconds: a position this close to a second counts as that second.
-constexpr double Tolerance = 0.01;
+constexpr double tolerance = 0.01;
 } // namespace
 
 ItemRenderer::ItemRenderer(std::unique_ptr<Engine> engine, const QString &uuid, QObject *parent)
@@ -111,7 +111,7 @@ void ItemRenderer::getPosition(QObject *receiver, const char *slot)
 {
     command([this, answer = KelvoAnswer(receiver, slot)] {
         m_playback.answerPosition(
-            [answer](double seconds) { answer.deliver({uint(std::floor(seconds + Tolerance))}); });
+            [answer](double seconds) { answer.deliver({uint(std::floor(seconds + tolerance))}); });
     });
 }
 

@@ -66,7 +66,7 @@ OpeningEnd openFor(StoreSession &session, const QString &folder, const QString &
 // The song with the URL; empty when there is none.
 QByteArray songAt(const StoreConnection &connection, const QByteArray &url, StoreError *error)
 {
-    return connection.selectOne(QByteArray("SELECT ?song { GRAPH <") + Sparql::MusicGraph
+    return connection.selectOne(QByteArray("SELECT ?song { GRAPH <") + Sparql::musicGraph
             + "> { ?song nie:url " + Sparql::literal(url) + " ; a nmm:MusicPiece } }",
         error);
 }
@@ -77,7 +77,7 @@ int addPlay(StoreConnection &connection, const QByteArray &url, StoreError *erro
     const QByteArray song = songAt(connection, url, error);
     if (song.isEmpty())
         return 0;
-    const QByteArray graph = QByteArray("{ GRAPH <") + Sparql::MusicGraph + "> { " + Sparql::iri(song);
+    const QByteArray graph = QByteArray("{ GRAPH <") + Sparql::musicGraph + "> { " + Sparql::iri(song);
     const int count
         = connection.selectOne("SELECT ?n " + graph + " nie:usageCounter ?n } }", error).toInt() + 1;
     const QByteArray text = "INSERT OR REPLACE " + graph + " nie:usageCounter " + QByteArray::number(count)
@@ -92,7 +92,7 @@ bool setLength(StoreConnection &connection, const StoreIndexing *indexing, const
     const QByteArray isOther = " ; nie:url " + Sparql::literal(FileUri::canonical(url.toEncoded()))
         + " OPTIONAL { ?x nfo:duration ?length } FILTER (!BOUND(?length) || ?length != "
         + QByteArray::number(seconds) + ") ";
-    const QByteArray inMusic = QByteArray("{ GRAPH <") + Sparql::MusicGraph + "> { ";
+    const QByteArray inMusic = QByteArray("{ GRAPH <") + Sparql::musicGraph + "> { ";
     const QByteArray song
         = connection.selectOne("SELECT ?x " + inMusic + "?x a nmm:MusicPiece" + isOther + "} }", error);
     const QByteArray video = song.isEmpty()
@@ -115,7 +115,7 @@ bool setMark(StoreConnection &connection, const QByteArray &url, const char *tag
     if (song.isEmpty())
         return false;
     return connection.update(
-        {QByteArray(on ? "INSERT DATA" : "DELETE DATA") + " { GRAPH <" + Sparql::MusicGraph + "> { "
+        {QByteArray(on ? "INSERT DATA" : "DELETE DATA") + " { GRAPH <" + Sparql::musicGraph + "> { "
             + Sparql::iri(song) + " nao:hasTag <" + tag + "> } }"},
         error);
 }
@@ -350,12 +350,12 @@ void KelvoTrackerStore::correctLength(const QUrl &url, int seconds)
 
 void KelvoTrackerStore::setFavorite(const QUrl &url, bool favorite)
 {
-    mark(url, Sparql::FavoriteTag, favorite);
+    mark(url, Sparql::favoriteTag, favorite);
 }
 
 void KelvoTrackerStore::setDownloaded(const QUrl &url, bool downloaded)
 {
-    mark(url, Sparql::DownloadedTag, downloaded);
+    mark(url, Sparql::downloadedTag, downloaded);
 }
 
 void KelvoTrackerStore::mark(const QUrl &url, const char *tag, bool on)

@@ -7,7 +7,7 @@
 
 namespace {
 // Milliseconds of the subject's time; only a failing test waits that long.
-constexpr qint64 Patience = 12'000;
+constexpr qint64 patience = 12'000;
 } // namespace
 
 KelvoRenderer *RendererSubject::findIn(const KelvoRegistry &registry) const
@@ -59,7 +59,7 @@ void ContractCase::cleanup()
 
 bool ContractCase::reaches(const std::function<bool()> &condition)
 {
-    const qint64 end = m_subject.time() + Patience;
+    const qint64 end = m_subject.time() + patience;
     while (!condition()) {
         if (m_subject.time() > end)
             return false;

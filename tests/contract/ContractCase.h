@@ -14,12 +14,8 @@
 #include <memory>
 #include <vector>
 
-constexpr auto Stopped = KelvoRenderer::Stopped;
-constexpr auto Playing = KelvoRenderer::Playing;
-constexpr auto Paused = KelvoRenderer::Paused;
-constexpr auto Transitioning = KelvoRenderer::Transitioning;
-constexpr auto Absolute = KelvoRenderer::SeekAbsolute;
-constexpr auto Relative = KelvoRenderer::SeekRelative;
+using enum KelvoRenderer::State;
+using enum KelvoRenderer::SeekMode;
 
 /// Base of the contract's test classes: a registry with the subject's plug-in loaded, anew for each test.
 class ContractCase : public KelvoTestCase

@@ -12,7 +12,7 @@
 
 namespace {
 // Which part a process runs; without it, all of them.
-constexpr char PartVariable[] = "KELVO_CONTRACT_PART";
+constexpr char partVariable[] = "KELVO_CONTRACT_PART";
 
 std::vector<std::unique_ptr<QObject>> makeParts(RendererSubject &subject)
 {
@@ -28,7 +28,7 @@ std::unique_ptr<QProcess> startPart(const QByteArray &name)
 {
     auto process = std::make_unique<QProcess>();
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QLatin1String(PartVariable), QString::fromLatin1(name));
+    environment.insert(QLatin1String(partVariable), QString::fromLatin1(name));
     process->setProcessEnvironment(environment);
     process->setProcessChannelMode(QProcess::MergedChannels);
     process->start(QCoreApplication::applicationFilePath(), QCoreApplication::arguments().mid(1));
@@ -66,7 +66,7 @@ int runRendererContract(RendererSubject &subject, int argc, char **argv)
 {
     QGuiApplication application(argc, argv);
     const std::vector<std::unique_ptr<QObject>> parts = makeParts(subject);
-    const QByteArray chosen = qgetenv(PartVariable);
+    const QByteArray chosen = qgetenv(partVariable);
     if (chosen.isEmpty() && subject.inRealTime())
         return runInProcesses(parts, subject.partsAtOnce()) ? 1 : 0;
     int failures = 0;

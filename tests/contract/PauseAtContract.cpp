@@ -33,13 +33,13 @@ bool PauseAtContract::startAt(int seconds)
 {
     startPlaylist(makeLongPlaylist(3), 1);
     if (seconds > 0)
-        renderer()->setPosition(seconds, Absolute);
+        renderer()->setPosition(seconds, SeekAbsolute);
     return reaches([&] { return position() == seconds; });
 }
 
 bool PauseAtContract::staysPlayingPast(int seconds)
 {
-    renderer()->setPosition(seconds, Absolute);
+    renderer()->setPosition(seconds, SeekAbsolute);
     if (!reaches([&] { return position() >= seconds; }))
         return false;
     settle();
@@ -67,7 +67,7 @@ void PauseAtContract::actsOnce()
     renderer()->resume();
     REACHES(heard().state() == Playing);
     HOLDS(staysPlayingPast(3));
-    renderer()->setPosition(0, Absolute);
+    renderer()->setPosition(0, SeekAbsolute);
     REACHES(position() == 2);
     QCOMPARE(status().state, int(Playing));
 }
@@ -96,7 +96,7 @@ void PauseAtContract::pausesWhenASeekGoesPast()
     renderer()->pauseAt(6);
     settle();
     QCOMPARE(heard().state(), Playing);
-    renderer()->setPosition(8, Absolute);
+    renderer()->setPosition(8, SeekAbsolute);
     REACHES(heard().state() == Paused);
     REACHES(position() == 8);
 }

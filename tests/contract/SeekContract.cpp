@@ -35,7 +35,7 @@ bool SeekContract::startAt(int seconds)
     renderer()->playUri(m_subject.longItem());
     if (!reaches([this] { return heard().state() == KelvoRenderer::Playing; }))
         return false;
-    renderer()->setPosition(seconds, Absolute);
+    renderer()->setPosition(seconds, SeekAbsolute);
     return reaches([&] { return position() == seconds; });
 }
 
@@ -58,13 +58,13 @@ void SeekContract::seeks_data()
     QTest::addColumn<int>("seconds");
     QTest::addColumn<int>("mode");
     QTest::addColumn<int>("to");
-    QTest::newRow("absolute, forward") << 1 << 6 << int(Absolute) << 6;
-    QTest::newRow("absolute, back") << 6 << 2 << int(Absolute) << 2;
-    QTest::newRow("absolute, beginning") << 6 << 0 << int(Absolute) << 0;
-    QTest::newRow("absolute, before the beginning") << 6 << -5 << int(Absolute) << 0;
-    QTest::newRow("relative, forward") << 3 << 3 << int(Relative) << 6;
-    QTest::newRow("relative, back") << 6 << -3 << int(Relative) << 3;
-    QTest::newRow("relative, before the beginning") << 6 << -10 << int(Relative) << 0;
+    QTest::newRow("absolute, forward") << 1 << 6 << int(SeekAbsolute) << 6;
+    QTest::newRow("absolute, back") << 6 << 2 << int(SeekAbsolute) << 2;
+    QTest::newRow("absolute, beginning") << 6 << 0 << int(SeekAbsolute) << 0;
+    QTest::newRow("absolute, before the beginning") << 6 << -5 << int(SeekAbsolute) << 0;
+    QTest::newRow("relative, forward") << 3 << 3 << int(SeekRelative) << 6;
+    QTest::newRow("relative, back") << 6 << -3 << int(SeekRelative) << 3;
+    QTest::newRow("relative, before the beginning") << 6 << -10 << int(SeekRelative) << 0;
 }
 
 void SeekContract::seeks()
@@ -91,9 +91,9 @@ void SeekContract::seeksWhilePaused()
     renderer()->pause();
     REACHES(heard().state() == KelvoRenderer::Paused);
     heard().clear();
-    renderer()->setPosition(5, Absolute);
+    renderer()->setPosition(5, SeekAbsolute);
     REACHES(position() == 5);
-    renderer()->setPosition(-2, Relative);
+    renderer()->setPosition(-2, SeekRelative);
     REACHES(position() == 3);
     settle();
     QCOMPARE(position(), 3);
@@ -106,8 +106,8 @@ void SeekContract::seeksWhilePaused()
 void SeekContract::seekWhileStoppedStartsNothing()
 {
     renderer()->assignPlaylist(makeLongPlaylist(1));
-    renderer()->setPosition(5, Absolute);
-    renderer()->setPosition(-5, Relative);
+    renderer()->setPosition(5, SeekAbsolute);
+    renderer()->setPosition(-5, SeekRelative);
     settle();
     QCOMPARE(heard().states.size(), 0);
     QCOMPARE(heard().completed, 0);
@@ -120,9 +120,9 @@ void SeekContract::seekToTheEndEndsTheUri_data()
 {
     QTest::addColumn<int>("seconds");
     QTest::addColumn<int>("mode");
-    QTest::newRow("absolute, the end") << m_subject.longSeconds() << int(Absolute);
-    QTest::newRow("absolute, past the end") << 100'000 << int(Absolute);
-    QTest::newRow("relative, past the end") << m_subject.longSeconds() << int(Relative);
+    QTest::newRow("absolute, the end") << m_subject.longSeconds() << int(SeekAbsolute);
+    QTest::newRow("absolute, past the end") << 100'000 << int(SeekAbsolute);
+    QTest::newRow("relative, past the end") << m_subject.longSeconds() << int(SeekRelative);
 }
 
 void SeekContract::seekToTheEndEndsTheUri()
@@ -144,7 +144,7 @@ void SeekContract::seekToTheEndEndsTheItem()
 {
     NEEDS(Seek);
     startPlaylist(makeLongPlaylist(2));
-    renderer()->setPosition(100'000, Absolute);
+    renderer()->setPosition(100'000, SeekAbsolute);
     REACHES(isPlaying(1));
     settle();
     HOLDS(position() <= 2);
@@ -156,8 +156,8 @@ void SeekContract::relativeSeeksInARowAddUp()
 {
     NEEDS(Seek);
     HOLDS(startAt(7));
-    renderer()->setPosition(-2, Relative);
-    renderer()->setPosition(-2, Relative);
+    renderer()->setPosition(-2, SeekRelative);
+    renderer()->setPosition(-2, SeekRelative);
     REACHES(position() == 3);
 }
 
@@ -166,7 +166,7 @@ void SeekContract::lastOfManySeeksCounts()
     NEEDS(Seek);
     HOLDS(startAt(1));
     for (int second : {8, 2, 7, 3, 6, 5})
-        renderer()->setPosition(second, Absolute);
+        renderer()->setPosition(second, SeekAbsolute);
     REACHES(position() == 5);
     settle();
     HOLDS(position() == 5 || position() == 6);
@@ -178,7 +178,7 @@ void SeekContract::tellsWhatCannotSeek()
     renderer()->playUri(m_subject.unseekableItem());
     REACHES(heard().state() == KelvoRenderer::Playing);
     settle();
-    renderer()->setPosition(5, Absolute);
+    renderer()->setPosition(5, SeekAbsolute);
     REACHES(heard().errors.size() == 1);
     QCOMPARE(heard().errors.constFirst().code(), KelvoError::NotSeekable);
     settle();
@@ -196,7 +196,7 @@ void SeekContract::playsFastForward()
     REACHES(position() >= 5);
     HOLDS(m_subject.time() - since < 3000);
     // A seek keeps the speed.
-    renderer()->setPosition(1, Absolute);
+    renderer()->setPosition(1, SeekAbsolute);
     REACHES(position() == 1);
     const qint64 again = m_subject.time();
     REACHES(position() >= 3);

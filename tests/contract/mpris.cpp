@@ -17,9 +17,9 @@
 #include <memory>
 
 namespace {
-constexpr char Script[] = "/usr/lib/mpv-mpris/mpris.so";
+constexpr char pluginScript[] = "/usr/lib/mpv-mpris/mpris.so";
 // What CTest takes for a skipped test.
-constexpr int Skipped = 77;
+constexpr int skippedCode = 77;
 
 class MprisSubject : public RendererSubject
 {
@@ -81,7 +81,7 @@ private:
         m_bus = std::make_unique<PrivateBus>();
         m_player.setProcessChannelMode(QProcess::ForwardedErrorChannel);
         m_player.start(QStringLiteral("mpv"),
-            {QStringLiteral("--no-config"), QStringLiteral("--script=") + QLatin1String(Script),
+            {QStringLiteral("--no-config"), QStringLiteral("--script=") + QLatin1String(pluginScript),
                 QStringLiteral("--ao=null"), QStringLiteral("--vo=null"), QStringLiteral("--idle=yes"),
                 QStringLiteral("--no-terminal")});
         if (!QTest::qWaitFor([this] { return !trackId().isEmpty(); }, 20'000))
@@ -114,9 +114,9 @@ private:
 int main(int argc, char **argv)
 {
     if (QStandardPaths::findExecutable(QStringLiteral("mpv")).isEmpty()
-        || !QFile::exists(QLatin1String(Script))) {
+        || !QFile::exists(QLatin1String(pluginScript))) {
         std::puts("Skipped: mpv or its script for MPRIS (packages mpv and mpv-mpris) is not installed.");
-        return Skipped;
+        return skippedCode;
     }
     MprisSubject subject;
     return runRendererContract(subject, argc, argv);

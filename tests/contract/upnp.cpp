@@ -24,13 +24,13 @@
 #include <unistd.h>
 
 namespace {
-constexpr char Peers[] = KELVO_TEST_PEERS;
-const QByteArray DeviceType = QByteArrayLiteral("urn:schemas-upnp-org:device:MediaRenderer:1");
+constexpr char peers[] = KELVO_TEST_PEERS;
+const QByteArray deviceType = QByteArrayLiteral("urn:schemas-upnp-org:device:MediaRenderer:1");
 // What CTest takes for a skipped test.
-constexpr int Skipped = 77;
+constexpr int skippedCode = 77;
 // rygel keeps each connection that a client has closed; with hundreds of them it does little else.
-constexpr int TestsPerDevice = 27;
-constexpr int Attempts = 3;
+constexpr int testsPerDevice = 27;
+constexpr int attempts = 3;
 
 class UpnpSubject : public RendererSubject
 {
@@ -94,7 +94,7 @@ private:
         const QByteArray test = QByteArray(QTest::currentTestFunction()) + ' ' + QTest::currentDataTag();
         if (std::exchange(m_test, test) == test)
             return;
-        if (m_tests++ % TestsPerDevice == 0)
+        if (m_tests++ % testsPerDevice == 0)
             restart();
         else
             bringToRest();
@@ -103,7 +103,7 @@ private:
     {
         // Now and then it finds the port that it has picked taken by another test, and stays without a network.
         for (int attempt = 1; !startDevice(); ++attempt) {
-            if (attempt == Attempts)
+            if (attempt == attempts)
                 qFatal("No device is announced: multicast does not work on the loopback interface");
         }
         announceDevice();
@@ -123,7 +123,7 @@ private:
     }
     void announceDevice()
     {
-        m_announcer = std::make_unique<SsdpAnnouncer>(DeviceType);
+        m_announcer = std::make_unique<SsdpAnnouncer>(deviceType);
         if (!m_announcer->isReady())
             qFatal("The device does not answer a search");
         m_announcer->start();
@@ -141,7 +141,7 @@ private:
                 continue;
             QByteArray message(announcements.pendingDatagramSize(), '\0');
             announcements.readDatagram(message.data(), message.size());
-            if (message.contains("ssdp:alive") && message.contains(DeviceType.chopped(1)))
+            if (message.contains("ssdp:alive") && message.contains(deviceType.chopped(1)))
                 return true;
         }
         return false;
@@ -211,12 +211,12 @@ void becomePart(int argc, char **argv)
 {
     const QByteArray media = KELVO_TEST_MEDIA;
     const QByteArray prepare = "--prepare";
-    std::vector<char *> arguments = {const_cast<char *>(Peers), const_cast<char *>(prepare.constData()),
+    std::vector<char *> arguments = {const_cast<char *>(peers), const_cast<char *>(prepare.constData()),
         const_cast<char *>(media.constData())};
     arguments.insert(arguments.end(), argv, argv + argc);
     arguments.push_back(nullptr);
-    ::execv(Peers, arguments.data());
-    std::perror(Peers);
+    ::execv(peers, arguments.data());
+    std::perror(peers);
 }
 } // namespace
 
@@ -224,12 +224,12 @@ int main(int argc, char **argv)
 {
     if (QStandardPaths::findExecutable(QStringLiteral("rygel")).isEmpty()) {
         std::puts("Skipped: rygel (packages rygel and rygel-playbin) is not installed.");
-        return Skipped;
+        return skippedCode;
     }
     if (!qEnvironmentVariableIsSet("KELVO_TEST_UPNP_START")) {
         if (!canHaveNetwork()) {
             std::puts("Skipped: a network namespace of its own can only be made by root.");
-            return Skipped;
+            return skippedCode;
         }
         if (qEnvironmentVariableIsSet("KELVO_CONTRACT_PART")) {
             becomePart(argc, argv);

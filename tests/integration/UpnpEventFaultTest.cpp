@@ -7,8 +7,6 @@
 
 namespace {
 using States = QList<KelvoRenderer::State>;
-constexpr auto Playing = KelvoRenderer::Playing;
-constexpr auto Paused = KelvoRenderer::Paused;
 
 QByteArray metadata(const QByteArray &inner)
 {
@@ -55,7 +53,7 @@ private:
     bool pauses(FakeUpnpDevice &device)
     {
         device.sendState("PAUSED_PLAYBACK");
-        return QTest::qWaitFor([this] { return m_heard->state() == Paused; });
+        return QTest::qWaitFor([this] { return m_heard->state() == KelvoRenderer::Paused; });
     }
 };
 
@@ -102,7 +100,7 @@ void UpnpEventFaultTest::badEventChangesNothing()
     LogRecorder log;
     device.sendLastChange(event);
     QVERIFY(pauses(device));
-    QCOMPARE(m_heard->states, States{Paused});
+    QCOMPARE(m_heard->states, States{KelvoRenderer::Paused});
     QCOMPARE(m_heard->errors.size(), 0);
     QCOMPARE(m_heard->media.size(), 0);
     QCOMPARE(m_heard->properties.size(), 0);
@@ -133,7 +131,7 @@ void UpnpEventFaultTest::badEnvelopeChangesNothing()
     QVERIFY(playing(device));
     device.sendProperties(xml);
     QVERIFY(pauses(device));
-    QCOMPARE(m_heard->states, States{Paused});
+    QCOMPARE(m_heard->states, States{KelvoRenderer::Paused});
     QCOMPARE(m_heard->errors.size(), 0);
     QCOMPARE(m_comings, QStringList{"+uuid:fake"});
 }
@@ -261,7 +259,7 @@ void UpnpEventFaultTest::unfitAddressIsNotHandedOn()
     device.results["CurrentURI"] = uri;
     device.sendState("PLAYING");
     QTRY_COMPARE(m_heard->metadata("title"), QVariant("Theirs"));
-    QTRY_COMPARE(m_heard->state(), Playing);
+    QTRY_COMPARE(m_heard->state(), KelvoRenderer::Playing);
     QCOMPARE(m_heard->media.size(), 1);
     QCOMPARE(m_heard->media.constFirst().content.url, isFit ? QUrl(QString::fromLatin1(uri)) : QUrl());
 }
@@ -275,15 +273,15 @@ void UpnpEventFaultTest::stateIsFollowedWithoutEvents()
     m_heard = std::make_unique<RendererProbe>(*renderer);
     device.results["CurrentURI"] = "http://elsewhere/song";
     device.sendState("PLAYING");
-    QTRY_COMPARE_WITH_TIMEOUT(m_heard->state(), Playing, pollTime);
+    QTRY_COMPARE_WITH_TIMEOUT(m_heard->state(), KelvoRenderer::Playing, pollTime);
     const int asked = device.actions("GetTransportInfo");
     QTRY_VERIFY_WITH_TIMEOUT(device.actions("GetTransportInfo") > asked, pollTime);
     // What we do we know before it is looked at again; then somebody else undoes it.
     device.sendState("PAUSED_PLAYBACK");
     renderer->pause();
-    QTRY_COMPARE(m_heard->state(), Paused);
+    QTRY_COMPARE(m_heard->state(), KelvoRenderer::Paused);
     device.sendState("PLAYING");
-    QTRY_COMPARE_WITH_TIMEOUT(m_heard->state(), Playing, pollTime);
+    QTRY_COMPARE_WITH_TIMEOUT(m_heard->state(), KelvoRenderer::Playing, pollTime);
     QCOMPARE(device.subscriptions(), 0);
 }
 

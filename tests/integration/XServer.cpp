@@ -7,7 +7,7 @@
 
 XServer::XServer()
 {
-    const QString screen = QStringLiteral("%1x%2x24").arg(size.width()).arg(size.height());
+    const QString screen = QStringLiteral("%1x%2x24").arg(Size.width()).arg(Size.height());
     m_process.setStandardErrorFile(QProcess::nullDevice());
     m_process.start(QStringLiteral("Xvfb"),
         {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"), QStringLiteral("0"),
@@ -85,7 +85,7 @@ QColor XServer::pixel(int x, int y)
 
 QImage XServer::picture()
 {
-    return picture(QRect(QPoint(), size));
+    return picture(QRect(QPoint(), Size));
 }
 
 QImage XServer::picture(const QRect &place)

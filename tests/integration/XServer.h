@@ -16,7 +16,7 @@ struct xcb_screen_t;
 class XServer
 {
 public:
-    static constexpr QSize size{640, 480};
+    static constexpr QSize Size{640, 480};
 
     XServer();
     ~XServer();

@@ -12,7 +12,7 @@ class TrackerModelCase : public TrackerIndexCase
 {
     Q_OBJECT
 protected:
-    static constexpr int songCount = 100;
+    static constexpr int SongCount = 100;
 
     /// A model with everything that it tells.
     struct Watched
@@ -55,7 +55,7 @@ protected:
         return std::make_unique<Watched>(factory.getModel(type, firstBlock, 0));
     }
 
-    bool fill(int count = songCount)
+    bool fill(int count = SongCount)
     {
         std::vector<MediaItem> items;
         for (int i = 0; i < count; ++i)

@@ -153,7 +153,7 @@ private Q_SLOTS:
         QTRY_COMPARE(watched->completed.count(), 1);
         QCOMPARE(watched->blocks(), blocks);
         QCOMPARE(watched->failed.count(), 0);
-        for (int row = 0; row < songCount; ++row)
+        for (int row = 0; row < SongCount; ++row)
             QCOMPARE(watched->model->index(row, 1).data().toString(), song(row).title);
     }
 
@@ -177,7 +177,7 @@ private Q_SLOTS:
         watched->model->fetchRest(); // nothing remains, and that is said
         QVERIFY(watched->completed.wait());
         QCOMPARE(watched->completed.count(), 2);
-        QCOMPARE(watched->model->rowCount(), songCount);
+        QCOMPARE(watched->model->rowCount(), SongCount);
     }
 
     void isUntouchedByChangesWhileItStreams()
@@ -220,7 +220,7 @@ private Q_SLOTS:
         factory.reset();
         watched.model->fetchRest();
         QVERIFY(watched.completed.wait());
-        QCOMPARE(watched.model->rowCount(), songCount);
+        QCOMPARE(watched.model->rowCount(), SongCount);
     }
 
     void failsWhenTheStoreIsClosedUnderIt()

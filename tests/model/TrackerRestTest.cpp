@@ -32,7 +32,7 @@ class TrackerRestTest : public TrackerModelCase
     bool insert(const QString &title)
     {
         std::vector<MediaItem> items;
-        for (int i = 0; i < songCount; ++i) {
+        for (int i = 0; i < SongCount; ++i) {
             items.push_back(song(1000 + i));
             items.back().title = title + QString::number(i);
         }
@@ -52,9 +52,9 @@ class TrackerRestTest : public TrackerModelCase
         if (change == "removed behind")
             return remove(50, 20);
         if (change == "all removed")
-            return remove(0, songCount);
+            return remove(0, SongCount);
         if (change == "renamed") {
-            MediaItem last = song(songCount - 1);
+            MediaItem last = song(SongCount - 1);
             last.isNew = false;
             last.title = "A";
             return writeSongs({last});
@@ -127,13 +127,13 @@ private Q_SLOTS:
         QCOMPARE(watched->failed.count(), 0);
         QCOMPARE(watched->blocks(), QList<int>({10, 50, 40}));
         QStringList expected;
-        for (int i = 0; i < songCount; ++i)
+        for (int i = 0; i < SongCount; ++i)
             expected.append(song(i).title);
         QCOMPARE(texts(*watched->model, "songTitle"), expected);
         // Completed for good.
         watched->model->fetchRest();
         QVERIFY(watched->completed.wait());
-        QCOMPARE(watched->model->rowCount(), songCount);
+        QCOMPARE(watched->model->rowCount(), SongCount);
     }
 
     void fetchesTheRestWhileItsCursorIsBeingClosed()
@@ -162,7 +162,7 @@ private Q_SLOTS:
         closeStore();
         watched->model->fetchRest();
         QVERIFY(watched->completed.wait());
-        QCOMPARE(watched->model->rowCount(), songCount);
+        QCOMPARE(watched->model->rowCount(), SongCount);
         QCOMPARE(watched->failed.count(), 0);
     }
 
@@ -173,7 +173,7 @@ private Q_SLOTS:
         const auto watched = start(Type::AllSongs, 10, 50);
         QVERIFY(watched->inserted.wait());
         const int removedSongs = 30;
-        QVERIFY(rebuildStore(songCount - removedSongs));
+        QVERIFY(rebuildStore(SongCount - removedSongs));
         QSignalSpy removed(watched->model.get(), &QAbstractItemModel::rowsRemoved);
         QCOMPARE(watched->model->rowCount(), 10);
         QCOMPARE(watched->failed.count(), 0);
@@ -183,7 +183,7 @@ private Q_SLOTS:
         QCOMPARE(removed.count(), 1);
         QCOMPARE(removed.first().mid(1), QVariantList({0, 9}));
         QStringList expected;
-        for (int i = 0; i < songCount - removedSongs; ++i)
+        for (int i = 0; i < SongCount - removedSongs; ++i)
             expected.append(song(i).title);
         QCOMPARE(texts(*watched->model, "songTitle"), expected);
         const QString told = watched->failed.first().first().toString();
@@ -197,7 +197,7 @@ private Q_SLOTS:
         const int album = result(Type::AllAlbums)->index(0, 0).data().toInt();
         const auto watched = start(Type::SongsOfAlbum, 10, 50, album);
         QVERIFY(watched->inserted.wait());
-        QVERIFY(rebuildStore(songCount));
+        QVERIFY(rebuildStore(SongCount));
         watched->model->fetchRest();
         QVERIFY(watched->failed.wait());
         QCOMPARE(watched->completed.count(), 0);
@@ -216,7 +216,7 @@ private Q_SLOTS:
     {
         QFETCH(int, firstBlock);
         QVERIFY(fill());
-        QVERIFY(rebuildStore(songCount));
+        QVERIFY(rebuildStore(SongCount));
         const auto watched = start(Type::AllSongs, firstBlock, 50);
         QStringList told;
         connect(
@@ -232,13 +232,13 @@ private Q_SLOTS:
         QTRY_COMPARE(watched->failed.count(), 1);
         QCOMPARE(told.mid(told.size() - 2), QStringList({"completed", "error"}));
         QCOMPARE(told.count("completed"), 1);
-        QCOMPARE(watched->model->rowCount(), songCount);
+        QCOMPARE(watched->model->rowCount(), SongCount);
     }
 
     void leavesTheNewsOfARebuiltStoreToTheNextQuery()
     {
         QVERIFY(fill());
-        QVERIFY(rebuildStore(songCount));
+        QVERIFY(rebuildStore(SongCount));
         {
             const auto untold = start(Type::AllSongs, 10, 50);
             QVERIFY(untold->inserted.wait());
@@ -251,7 +251,7 @@ private Q_SLOTS:
     void maySurviveItsEndInWhatFollowsItsCompletion()
     {
         QVERIFY(fill());
-        QVERIFY(rebuildStore(songCount));
+        QVERIFY(rebuildStore(SongCount));
         auto watched = start(Type::AllSongs, 0, 0);
         QPointer<KelvoTrackerModel> model = watched->model.get();
         connect(model, &KelvoTrackerModel::completed, this, [&watched] { watched.reset(); });

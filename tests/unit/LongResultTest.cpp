@@ -8,14 +8,14 @@ class LongResultTest : public SourceControllerCase
 {
     Q_OBJECT
 
-    static constexpr int longCount = RowCopier::FirstRows + 500;
+    static constexpr int LongCount = RowCopier::FirstRows + 500;
 
 private Q_SLOTS:
     void initTestCase()
     {
         SourceControllerCase::initTestCase();
         std::vector<MediaItem> items;
-        for (int i = songCount; i < longCount; ++i)
+        for (int i = SongCount; i < LongCount; ++i)
             items.push_back(song(i));
         QVERIFY(writeSongs(items));
     }
@@ -26,17 +26,17 @@ private Q_SLOTS:
         m_controller->setNewQueryProperties(0, 0);
         QTRY_VERIFY(find<QToolButton>("m_query_executeButton")->isEnabled());
         execute(AllSongs);
-        QCOMPARE(shown()->rowCount(), longCount);
+        QCOMPARE(shown()->rowCount(), LongCount);
         KelvoPlaylist *playlist = makePlaylist();
         m_controller->addQueryToPlaylist();
         QCOMPARE(playlist->count(), int(RowCopier::FirstRows)); // the rest would come from the event loop
         select(0);
         LogRecorder log;
         m_controller->extendQuery();
-        QCOMPARE(playlist->count(), longCount);
+        QCOMPARE(playlist->count(), LongCount);
         QCOMPARE(log.warnings().filter("not appended"), QStringList());
         const QAbstractItemModel *items = playlist->itemModel();
-        for (int row = 0; row < longCount; ++row)
+        for (int row = 0; row < LongCount; ++row)
             QCOMPARE(items->index(row, 1).data().toString(), song(row).title);
         m_models.append(m_controller->queryModel());
         QTRY_COMPARE(caption(), QStringLiteral("Execute\nquery"));

@@ -14,9 +14,9 @@ class QueryControllerCase : public TrackerIndexCase
 {
     Q_OBJECT
 protected:
-    static constexpr int songCount = 8;
-    static constexpr int nameless = 6;
-    static constexpr int patience = 10'000; // milliseconds
+    static constexpr int SongCount = 8;
+    static constexpr int Nameless = 6;
+    static constexpr int Patience = 10'000; // milliseconds
 
     QAbstractItemModel *keep(QAbstractItemModel *model)
     {
@@ -29,7 +29,7 @@ protected:
     bool waitUntilIdle() const
     {
         return QTest::qWaitFor(
-            [&] { return m_controller->queryState() == KelvoQueryController::Idle; }, patience);
+            [&] { return m_controller->queryState() == KelvoQueryController::Idle; }, Patience);
     }
     static QStringList shown(const QAbstractItemModel *model)
     {
@@ -106,11 +106,11 @@ private:
     bool fill()
     {
         std::vector<MediaItem> items;
-        for (int i = 0; i < songCount; ++i)
+        for (int i = 0; i < SongCount; ++i)
             items.push_back(song(i));
-        items[nameless].tags.artists.clear();
-        items[nameless].tags.albumArtist.clear();
-        items[nameless].tags.album.clear();
+        items[Nameless].tags.artists.clear();
+        items[Nameless].tags.albumArtist.clear();
+        items[Nameless].tags.album.clear();
         items.push_back(video(1));
         MediaItem playlist;
         playlist.kind = MediaKind::Playlist;
@@ -127,7 +127,7 @@ private:
     {
         QSignalSpy counted(&store(), &KelvoTrackerStore::playCounted);
         store().countPlay(QUrl(QString::fromUtf8(song(number).uri)));
-        return counted.wait(patience);
+        return counted.wait(Patience);
     }
 
     bool mark()
@@ -135,7 +135,7 @@ private:
         QSignalSpy marked(&store(), &KelvoTrackerStore::marked);
         store().setFavorite(QUrl(QString::fromUtf8(song(0).uri)), true);
         store().setDownloaded(QUrl(QString::fromUtf8(song(1).uri)), true);
-        return QTest::qWaitFor([&] { return marked.count() == 2; }, patience) && play(2) && play(2)
+        return QTest::qWaitFor([&] { return marked.count() == 2; }, Patience) && play(2) && play(2)
             && play(3);
     }
 };

@@ -74,7 +74,7 @@ private Q_SLOTS:
             log.lines().first().startsWith("void KelvoQueryController::fetchRest() KelvoTrackerModel(0x"));
         QCOMPARE(m_controller->queryState(), 2);
         QVERIFY(waitUntilIdle());
-        QCOMPARE(model->rowCount(), songCount);
+        QCOMPARE(model->rowCount(), SongCount);
         QCOMPARE(caption(), QStringLiteral("Execute\nquery"));
         QVERIFY(button("m_query_extendButton")->isEnabled());
         // Only the first rows count as first results.
@@ -89,7 +89,7 @@ private Q_SLOTS:
         QTRY_COMPARE(m_controller->queryState(), 2);
         m_controller->fetchRest();
         QVERIFY(waitUntilIdle());
-        QCOMPARE(model->rowCount(), songCount);
+        QCOMPARE(model->rowCount(), SongCount);
         QCOMPARE(log.count("KelvoQueryController::handleFirstResults"), 1);
         QCOMPARE(log.count("KelvoQueryController::modelUpdatedSlot"), 1);
     }
@@ -114,7 +114,7 @@ private Q_SLOTS:
         QVERIFY(waitUntilIdle());
         QVERIFY(query(4) != first);
         QVERIFY(first);
-        QCOMPARE(first->rowCount(), songCount);
+        QCOMPARE(first->rowCount(), SongCount);
     }
 
     // It lives on, may be in a playlist: what it tells is no news of the next query.
@@ -173,7 +173,7 @@ private Q_SLOTS:
         qputenv("XDG_DATA_HOME", "/proc/self/nothing");
         m_controller = std::make_unique<KelvoQueryController>(nullptr, m_window);
         const auto *label = m_window->findChild<QLabel *>("m_query_errorLabel");
-        QTRY_VERIFY_WITH_TIMEOUT(!label->text().isEmpty(), patience);
+        QTRY_VERIFY_WITH_TIMEOUT(!label->text().isEmpty(), Patience);
         QCOMPARE(label->text(), store().errorText());
         QVERIFY2(label->text().contains("/proc/self/nothing"), qPrintable(label->text()));
         QVERIFY(!buttonsEnabled());
@@ -193,7 +193,7 @@ private Q_SLOTS:
         QCOMPARE(log.lines(), QStringList("KelvoQueryController::cancelOngoingQuery"));
         QCOMPARE(m_controller->queryState(), 1);
         QVERIFY(waitUntilIdle());
-        QCOMPARE(model->rowCount(), songCount);
+        QCOMPARE(model->rowCount(), SongCount);
     }
 
     void searchOnlyLogs()
@@ -223,7 +223,7 @@ private Q_SLOTS:
         m_controller->fetchRest();
         QVERIFY(waitUntilIdle());
         m_controller->setNewQueryProperties(4, 2000); // the result that is there stays as it is
-        QCOMPARE(model->rowCount(), songCount);
+        QCOMPARE(model->rowCount(), SongCount);
     }
 
     void streamingBlockMakesANewFactory_data()
@@ -239,8 +239,8 @@ private Q_SLOTS:
         QFETCH(int, size);
         const QAbstractItemModel *before = query(0);
         QVERIFY(waitUntilIdle());
-        QCOMPARE(value(*before, nameless, "albumName").toString(), QStringLiteral("Unknown KTG Album"));
-        QCOMPARE(value(*before, nameless, "artistName").toString(), QStringLiteral("Unknown KTG Artist"));
+        QCOMPARE(value(*before, Nameless, "albumName").toString(), QStringLiteral("Unknown KTG Album"));
+        QCOMPARE(value(*before, Nameless, "artistName").toString(), QStringLiteral("Unknown KTG Artist"));
 
         LogRecorder log;
         m_controller->setNewQueryProperties(200, size);
@@ -249,8 +249,8 @@ private Q_SLOTS:
         QTRY_VERIFY(buttonsEnabled());
         const QAbstractItemModel *after = query(0);
         QVERIFY(waitUntilIdle());
-        QCOMPARE(value(*after, nameless, "albumName").toString(), QStringLiteral("Tuntematon Albumi"));
-        QCOMPARE(value(*after, nameless, "artistName").toString(), QStringLiteral("Tuntematon Artisti"));
+        QCOMPARE(value(*after, Nameless, "albumName").toString(), QStringLiteral("Tuntematon Albumi"));
+        QCOMPARE(value(*after, Nameless, "artistName").toString(), QStringLiteral("Tuntematon Artisti"));
         // The same size again changes nothing.
         m_controller->setNewQueryProperties(200, size);
         QVERIFY(buttonsEnabled());
@@ -317,7 +317,7 @@ private Q_SLOTS:
     {
         QAbstractItemModel *model = query(0);
         delete m_window;
-        QTRY_COMPARE(model->rowCount(), songCount);
+        QTRY_COMPARE(model->rowCount(), SongCount);
         QCOMPARE(m_controller->queryState(), 1);
     }
 };

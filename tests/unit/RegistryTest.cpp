@@ -9,15 +9,15 @@
 #include <QTest>
 
 namespace {
-/// The registry's operations for one kind of object, so that each test runs for all three.
+/// The registry's operations for one kind of object, so that each test runs for All three.
 template <typename Object, auto add, auto remove, auto find, auto list, auto added, auto removed> struct Kind
 {
-    static constexpr auto addOne = add;
-    static constexpr auto removeOne = remove;
-    static constexpr auto findOne = find;
-    static constexpr auto all = list;
-    static constexpr auto addedSignal = added;
-    static constexpr auto removedSignal = removed;
+    static constexpr auto AddOne = add;
+    static constexpr auto RemoveOne = remove;
+    static constexpr auto FindOne = find;
+    static constexpr auto All = list;
+    static constexpr auto AddedSignal = added;
+    static constexpr auto RemovedSignal = removed;
     using Type = Object;
 };
 
@@ -38,27 +38,27 @@ template <typename K> void addAndRemove()
     typename K::Type two("u2", "Two");
     bool foundWhenAdded = false;
     bool goneWhenRemoved = false;
-    QObject::connect(&registry, K::addedSignal, &registry,
-        [&](const QString &uuid) { foundWhenAdded = (registry.*K::findOne)(uuid) != nullptr; });
-    QObject::connect(&registry, K::removedSignal, &registry, [&](const QString &uuid) {
-        goneWhenRemoved = !(registry.*K::findOne)(uuid) && (registry.*K::all)().size() == 1;
+    QObject::connect(&registry, K::AddedSignal, &registry,
+        [&](const QString &uuid) { foundWhenAdded = (registry.*K::FindOne)(uuid) != nullptr; });
+    QObject::connect(&registry, K::RemovedSignal, &registry, [&](const QString &uuid) {
+        goneWhenRemoved = !(registry.*K::FindOne)(uuid) && (registry.*K::All)().size() == 1;
     });
-    QSignalSpy added(&registry, K::addedSignal);
-    QSignalSpy removed(&registry, K::removedSignal);
-    QVERIFY((registry.*K::addOne)(&one));
-    QVERIFY((registry.*K::addOne)(&two));
+    QSignalSpy added(&registry, K::AddedSignal);
+    QSignalSpy removed(&registry, K::RemovedSignal);
+    QVERIFY((registry.*K::AddOne)(&one));
+    QVERIFY((registry.*K::AddOne)(&two));
     QVERIFY(foundWhenAdded);
     QCOMPARE(added.size(), 2);
     QCOMPARE(added.first(), firstReport);
-    QCOMPARE((registry.*K::all)().size(), 2);
-    QCOMPARE((registry.*K::all)().first(), &one);
-    QCOMPARE((registry.*K::findOne)("u2"), &two);
+    QCOMPARE((registry.*K::All)().size(), 2);
+    QCOMPARE((registry.*K::All)().first(), &one);
+    QCOMPARE((registry.*K::FindOne)("u2"), &two);
     one.rename("Uno");
-    QVERIFY((registry.*K::removeOne)(&one));
+    QVERIFY((registry.*K::RemoveOne)(&one));
     QVERIFY(goneWhenRemoved);
     QCOMPARE(removed.size(), 1);
     QCOMPARE(removed.first(), (QVariantList{"u1", "Uno"})); // the name it has now
-    QCOMPARE((registry.*K::all)().first(), &two);
+    QCOMPARE((registry.*K::All)().first(), &two);
 }
 
 template <typename K> void refusals()
@@ -68,48 +68,48 @@ template <typename K> void refusals()
     typename K::Type same("u1", "Same");
     typename K::Type unnamed("", "No uuid");
     LogRecorder log;
-    QSignalSpy added(&registry, K::addedSignal);
-    QSignalSpy removed(&registry, K::removedSignal);
-    QVERIFY((registry.*K::addOne)(&one));
-    QVERIFY(!(registry.*K::addOne)(&same));
-    QVERIFY(!(registry.*K::addOne)(&one));
-    QVERIFY(!(registry.*K::addOne)(&unnamed));
-    QVERIFY(!(registry.*K::addOne)(nullptr));
-    QVERIFY(!(registry.*K::removeOne)(&same));
-    QVERIFY(!(registry.*K::removeOne)(nullptr));
+    QSignalSpy added(&registry, K::AddedSignal);
+    QSignalSpy removed(&registry, K::RemovedSignal);
+    QVERIFY((registry.*K::AddOne)(&one));
+    QVERIFY(!(registry.*K::AddOne)(&same));
+    QVERIFY(!(registry.*K::AddOne)(&one));
+    QVERIFY(!(registry.*K::AddOne)(&unnamed));
+    QVERIFY(!(registry.*K::AddOne)(nullptr));
+    QVERIFY(!(registry.*K::RemoveOne)(&same));
+    QVERIFY(!(registry.*K::RemoveOne)(nullptr));
     QCOMPARE(log.warnings().size(), 6);
     QCOMPARE(added.size(), 1);
     QCOMPARE(removed.size(), 0);
-    QCOMPARE((registry.*K::findOne)("u1"), &one);
-    QVERIFY(!(registry.*K::findOne)(""));
-    QVERIFY(!(registry.*K::findOne)(QString()));
+    QCOMPARE((registry.*K::FindOne)("u1"), &one);
+    QVERIFY(!(registry.*K::FindOne)(""));
+    QVERIFY(!(registry.*K::FindOne)(QString()));
 }
 
 template <typename K> void takenOutByDestruction()
 {
     KelvoRegistry registry;
-    QSignalSpy removed(&registry, K::removedSignal);
+    QSignalSpy removed(&registry, K::RemovedSignal);
     {
         typename K::Type one("u1", "One");
-        QVERIFY((registry.*K::addOne)(&one));
+        QVERIFY((registry.*K::AddOne)(&one));
     }
     QCOMPARE(removed.size(), 1);
     QCOMPARE(removed.first(), firstReport);
-    QVERIFY((registry.*K::all)().isEmpty());
-    QVERIFY(!(registry.*K::findOne)("u1"));
+    QVERIFY((registry.*K::All)().isEmpty());
+    QVERIFY(!(registry.*K::FindOne)("u1"));
 }
 
 template <typename K> void removedAndDeleted()
 {
     KelvoRegistry registry;
-    QSignalSpy removed(&registry, K::removedSignal);
+    QSignalSpy removed(&registry, K::RemovedSignal);
     auto one = std::make_unique<typename K::Type>("u1", "One");
-    QVERIFY((registry.*K::addOne)(one.get()));
-    QVERIFY((registry.*K::removeOne)(one.get()));
+    QVERIFY((registry.*K::AddOne)(one.get()));
+    QVERIFY((registry.*K::RemoveOne)(one.get()));
     one.reset();
     QCOMPARE(removed.size(), 1);
     typename K::Type again("u1", "Again");
-    QVERIFY((registry.*K::addOne)(&again));
+    QVERIFY((registry.*K::AddOne)(&again));
 }
 } // namespace
 
@@ -170,13 +170,13 @@ private Q_SLOTS:
     void keepsTenThousandInOrder()
     {
         KelvoRegistry registry;
-        std::vector<std::unique_ptr<MinimalRenderer>> all;
+        std::vector<std::unique_ptr<MinimalRenderer>> All;
         for (int i = 0; i < 10'000; ++i) {
-            all.push_back(std::make_unique<MinimalRenderer>(QString::number(i), "r"));
-            registry.addRenderer(all.back().get());
+            All.push_back(std::make_unique<MinimalRenderer>(QString::number(i), "r"));
+            registry.addRenderer(All.back().get());
         }
-        for (size_t i = 0; i < all.size(); i += 2)
-            registry.removeRenderer(all[i].get());
+        for (size_t i = 0; i < All.size(); i += 2)
+            registry.removeRenderer(All[i].get());
         const auto left = registry.renderers();
         QCOMPARE(left.size(), 5'000);
         for (int i = 0; i < left.size(); ++i)

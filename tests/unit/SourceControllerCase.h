@@ -27,9 +27,9 @@ class SourceControllerCase : public TrackerIndexCase
     Q_OBJECT
 protected:
     enum QueryIndex { AllSongs = 0, AllAlbums = 4, AllArtists = 5, AllPlaylists = 6, AllVideos = 10 };
-    static constexpr int songCount = 6;
+    static constexpr int SongCount = 6;
 
-    static inline const QStringList propertyKeys{"signIn", "signedIn", "deviceType", "manufacturer",
+    static inline const QStringList PropertyKeys{"signIn", "signedIn", "deviceType", "manufacturer",
         "manufacturerURL", "modelDescription", "modelName", "modelNumber", "modelURL", "serialNumber",
         "presentationURL", "universalProductCode", "iconURL", "supportQuery"};
 
@@ -93,7 +93,7 @@ protected Q_SLOTS:
         TrackerIndexCase::initTestCase();
         TrackerIndexCase::init();
         std::vector<MediaItem> items;
-        for (int i = 0; i < songCount; ++i)
+        for (int i = 0; i < SongCount; ++i)
             items.push_back(song(i));
         QVERIFY(openStore());
         QVERIFY(writeSongs(items));
@@ -106,7 +106,7 @@ protected Q_SLOTS:
         KelvoTestCase::init();
         m_first
             = std::make_unique<RecordingSource>("s1", "first", QStringList({"deviceType", "supportQuery"}));
-        m_second = std::make_unique<RecordingSource>("s2", "second", propertyKeys);
+        m_second = std::make_unique<RecordingSource>("s2", "second", PropertyKeys);
         m_third = std::make_unique<RecordingSource>("s3", "third");
         for (RecordingSource *source : {m_first.get(), m_second.get(), m_third.get()})
             KelvoRegistry::instance()->addSource(source);

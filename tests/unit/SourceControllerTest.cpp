@@ -113,7 +113,7 @@ private Q_SLOTS:
     {
         chooseSources({false, false, false}, ModalCloser::Accept);
         execute(AllSongs);
-        QCOMPARE(shown()->rowCount(), songCount);
+        QCOMPARE(shown()->rowCount(), SongCount);
         QCOMPARE(chooseSources({}, ModalCloser::Reject), QList<bool>({false, false, false}));
     }
 
@@ -121,7 +121,7 @@ private Q_SLOTS:
     {
         chooseSources({true, true, true}, ModalCloser::Accept);
         execute(AllSongs);
-        QCOMPARE(shown()->rowCount(), songCount);
+        QCOMPARE(shown()->rowCount(), SongCount);
         QCOMPARE(m_first->takeCalls() + m_second->takeCalls() + m_third->takeCalls(), QStringList());
     }
 
@@ -173,7 +173,7 @@ private Q_SLOTS:
         QCOMPARE(log.lines(),
             QStringList({"startQueryDebugTimer()", "KelvoSourceController::executeQuery",
                 "KelvoQueryController::queryState 1", "KelvoQueryController::cancelOngoingQuery"}));
-        QTRY_COMPARE(shown()->rowCount(), songCount);
+        QTRY_COMPARE(shown()->rowCount(), SongCount);
     }
 
     void executeAfterTheFirstRowsFetchesTheRest()
@@ -343,13 +343,13 @@ private Q_SLOTS:
         QVERIFY(playlist);
         QCOMPARE(playlist->name(), QStringLiteral("pl1"));
         QCOMPARE(playlist->underlyingModel(), m_controller->queryModel());
-        QCOMPARE(playlist->count(), songCount);
+        QCOMPARE(playlist->count(), SongCount);
         QCOMPARE(playlist->mediaInfoAt(2).title(), song(2).title);
         // Extending deletes the result; the playlist keeps its items.
         select(0);
         click("m_query_extendButton");
         m_models.append(m_controller->queryModel());
-        QCOMPARE(playlist->count(), songCount);
+        QCOMPARE(playlist->count(), SongCount);
         QCOMPARE(playlist->mediaInfoAt(2).title(), song(2).title);
     }
 
@@ -369,7 +369,7 @@ private Q_SLOTS:
         const KelvoPlaylist *playlist = KelvoRegistry::instance()->allPlaylists().first();
         m_console->application()->playlists()->playlistChanged(playlist->uuid());
         click("m_query_addButton");
-        QCOMPARE(playlist->count(), songCount);
+        QCOMPARE(playlist->count(), SongCount);
         QCOMPARE(find<QTextEdit>("m_errorLogField")->toPlainText(),
             QStringLiteral("Code 0, Playlist or its model has wrong type."));
     }

@@ -23,7 +23,7 @@ private Q_SLOTS:
     {
         enter("second", m_controller);
         QStringList lines;
-        for (const QString &key : propertyKeys) {
+        for (const QString &key : PropertyKeys) {
             QCOMPARE(m_second->takeCalls(), requests({key}));
             QVERIFY(m_second->answer(key + " value"));
             lines.append(key + ": " + key + " value");
@@ -36,7 +36,7 @@ private Q_SLOTS:
     {
         LogRecorder log;
         enter("first", m_controller);
-        QCOMPARE(m_first->takeCalls(), requests(propertyKeys.mid(0, 3)));
+        QCOMPARE(m_first->takeCalls(), requests(PropertyKeys.mid(0, 3)));
         QCOMPARE(log.lines(),
             QStringList({"KelvoSourceController::invokeGetProperties",
                 "KelvoSourceController::getNextSourceProperty 0",
@@ -44,7 +44,7 @@ private Q_SLOTS:
                 "KelvoSourceController::getNextSourceProperty 2"}));
         QVERIFY(m_first->answer("box"));
         QTRY_COMPARE(propertiesText(), QStringLiteral("deviceType: box"));
-        QCOMPARE(m_first->takeCalls(), requests(propertyKeys.mid(3)));
+        QCOMPARE(m_first->takeCalls(), requests(PropertyKeys.mid(3)));
         QVERIFY(m_first->answer(true));
         QTRY_COMPARE(propertiesText(), QStringLiteral("deviceType: box\nsupportQuery: true"));
         QCOMPARE(log.count("KelvoSourceController::getNextSourceProperty 14"), 0);
@@ -148,7 +148,7 @@ private Q_SLOTS:
     {
         ModalCloser closer;
         closer.whenOpen = [this](QWidget *dialog) {
-            QCOMPARE(m_first->takeCalls(), requests(propertyKeys.mid(0, 3)));
+            QCOMPARE(m_first->takeCalls(), requests(PropertyKeys.mid(0, 3)));
             auto *combo = dialog->findChild<QComboBox *>("m_sourceCombo");
             QCOMPARE(combo->count(), 3);
             QVERIFY(m_first->answer("box"));
@@ -179,7 +179,7 @@ private Q_SLOTS:
         m_third->takeCalls();
         m_controller->showSourceProperties();
         QCOMPARE(m_third->takeCalls(),
-            requests(propertyKeys)
+            requests(PropertyKeys)
                 + QStringList({"setKelvoProperty(signIn,bool,true)", "setKelvoProperty(signIn,bool,false)"}));
         // The emptied list, its new first entry and the choice above.
         QCOMPARE(log.count("KelvoSourceController::invokeGetProperties"), 3);

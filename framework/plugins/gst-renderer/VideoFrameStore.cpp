@@ -62,7 +62,7 @@ void removeOld(QDir folder)
 {
     const QStringList files = folder.entryList(
         {QStringLiteral("pause-*.png")}, QDir::Files | QDir::NoSymLinks, QDir::Name | QDir::Reversed);
-    for (const QString &file : files.mid(VideoFrameStore::keptFiles))
+    for (const QString &file : files.mid(VideoFrameStore::KeptFiles))
         folder.remove(file);
 }
 } // namespace

@@ -13,7 +13,7 @@ class VideoFrameStore : public QObject
 {
     Q_OBJECT
 public:
-    static constexpr int keptFiles = 20;
+    static constexpr int KeptFiles = 20;
 
     /// The folder of the files.
     static QString folder();

@@ -13,10 +13,10 @@ namespace Sim = SimulatorProperties;
 
 namespace {
 // Milliseconds that opening an item takes: long enough for testers to see the state pass by in a log.
-constexpr int LoadingTime = 20;
-constexpr int BufferSteps = 10;
+constexpr int loadingTime = 20;
+constexpr int bufferSteps = 10;
 /// What fails after this has played. Milliseconds.
-constexpr double LeastProgress = 1000;
+constexpr double leastProgress = 1000;
 } // namespace
 
 SimulatedEngine::SimulatedEngine(SimulatedClock *clock, const QString &name)
@@ -27,7 +27,7 @@ SimulatedEngine::SimulatedEngine(SimulatedClock *clock, const QString &name)
 
 QString SimulatedEngine::name() const
 {
-    return m_settings.value(Sim::Name).toString();
+    return m_settings.value(Sim::name).toString();
 }
 
 void SimulatedEngine::describe(RendererProperties &properties) const
@@ -58,7 +58,7 @@ void SimulatedEngine::post(std::function<void()> call)
 void SimulatedEngine::command(std::function<void()> call)
 {
     const qint64 now = m_clock->now();
-    m_lastCommandDue = std::max(m_lastCommandDue, now + m_settings.number(Sim::Latency));
+    m_lastCommandDue = std::max(m_lastCommandDue, now + m_settings.number(Sim::latency));
     later(m_lastCommandDue - now, std::move(call));
 }
 
@@ -81,9 +81,9 @@ void SimulatedEngine::load(const Item &item)
     m_state = Transitioning;
     m_pauseWanted = item.paused;
     m_position.setSpeed(item.rate, m_clock->now());
-    m_medium = SimulatedMedium::of(item.info, item.entry, m_settings.number(Sim::Duration));
-    m_medium.seekable = m_medium.seekable && m_settings.flag(Sim::Seekable);
-    m_wake = later(LoadingTime, [this] { takeMedium(); });
+    m_medium = SimulatedMedium::of(item.info, item.entry, m_settings.number(Sim::duration));
+    m_medium.seekable = m_medium.seekable && m_settings.flag(Sim::seekable);
+    m_wake = later(loadingTime, [this] { takeMedium(); });
 }
 
 void SimulatedEngine::unload()
@@ -104,7 +104,7 @@ void SimulatedEngine::takeMedium()
     KelvoError::Code failure = m_medium.failure;
     if (m_itemsToFail > 0) {
         --m_itemsToFail;
-        failure = KelvoError::Code(m_settings.number(Sim::Failure));
+        failure = KelvoError::Code(m_settings.number(Sim::failure));
     }
     if (failure != KelvoError::NoError) {
         fail(failure, m_medium.info.url().toDisplayString());
@@ -112,7 +112,7 @@ void SimulatedEngine::takeMedium()
     }
     m_loaded = true;
     tellFacts();
-    if (m_settings.number(Sim::Buffering) > 0)
+    if (m_settings.number(Sim::buffering) > 0)
         startBuffering();
     else
         begin();
@@ -142,9 +142,9 @@ void SimulatedEngine::startBuffering()
 
 void SimulatedEngine::fillBuffer()
 {
-    Q_EMIT buffering(m_epoch, float(m_bufferStep) / BufferSteps);
-    if (m_bufferStep++ < BufferSteps) {
-        m_wake = later(m_settings.number(Sim::Buffering) / BufferSteps, [this] { fillBuffer(); });
+    Q_EMIT buffering(m_epoch, float(m_bufferStep) / bufferSteps);
+    if (m_bufferStep++ < bufferSteps) {
+        m_wake = later(m_settings.number(Sim::buffering) / bufferSteps, [this] { fillBuffer(); });
         return;
     }
     m_bufferStep = -1;
@@ -202,7 +202,7 @@ void SimulatedEngine::seek(int seconds, KelvoRenderer::SeekMode mode)
 void SimulatedEngine::updateRunning()
 {
     atPausePoint();
-    m_position.setRunning(m_state == Playing && !m_settings.flag(Sim::Stall), m_clock->now());
+    m_position.setRunning(m_state == Playing && !m_settings.flag(Sim::stall), m_clock->now());
     rearm();
 }
 
@@ -275,7 +275,7 @@ void SimulatedEngine::end()
 void SimulatedEngine::fail(KelvoError::Code code, const QString &message)
 {
     m_clock->cancel(m_wake);
-    Q_EMIT failed(m_epoch, code, message, position() > LeastProgress);
+    Q_EMIT failed(m_epoch, code, message, position() > leastProgress);
 }
 
 void SimulatedEngine::answerPosition(PositionAnswer answer)
@@ -306,7 +306,7 @@ bool SimulatedEngine::applyProperty(const QString &name, const QVariant &value)
 /// Not held back by the latency.
 bool SimulatedEngine::setOwnProperty(const QString &name, const QVariant &value)
 {
-    if (!name.startsWith(Sim::Prefix))
+    if (!name.startsWith(Sim::prefix))
         return false;
     later(0, [this, name, value] { takeSetting(name, value); });
     return true;
@@ -315,8 +315,8 @@ bool SimulatedEngine::setOwnProperty(const QString &name, const QVariant &value)
 QVariant SimulatedEngine::ownProperty(const QString &name) const
 {
     // One clock for all.
-    if (name == Sim::Clock)
-        return QString(m_clock->isManual() ? Sim::ClockManual : Sim::ClockReal);
+    if (name == Sim::clock)
+        return QString(m_clock->isManual() ? Sim::clockManual : Sim::clockReal);
     return m_settings.value(name);
 }
 
@@ -326,7 +326,7 @@ void SimulatedEngine::takeSetting(const QString &name, const QVariant &value)
         Q_EMIT troubled(KelvoError::NotSupported, name);
         return;
     }
-    const bool isPointless = name == Sim::Advance && !m_clock->isManual();
+    const bool isPointless = name == Sim::advance && !m_clock->isManual();
     if (isPointless || !m_settings.take(name, value)) {
         Q_EMIT troubled(KelvoError::InvalidValue, name + QLatin1String(" = ") + value.toString());
         return;
@@ -337,26 +337,26 @@ void SimulatedEngine::takeSetting(const QString &name, const QVariant &value)
 
 SimulatedEngine::Report SimulatedEngine::takeEffect(const QString &name, const QVariant &value)
 {
-    if (name == Sim::Failure) {
+    if (name == Sim::failure) {
         m_itemsToFail = SimulatorSettings::itemsToFail(value);
-    } else if (name == Sim::Error) {
+    } else if (name == Sim::error) {
         takeError(value);
-    } else if (name == Sim::Buffering && m_loaded && !isBuffering()
-        && m_settings.number(Sim::Buffering) > 0) {
+    } else if (name == Sim::buffering && m_loaded && !isBuffering()
+        && m_settings.number(Sim::buffering) > 0) {
         startBuffering();
-    } else if (name == Sim::Stall) {
+    } else if (name == Sim::stall) {
         updateRunning();
-    } else if (name == Sim::Name) {
+    } else if (name == Sim::name) {
         Q_EMIT nameReported(this->name());
-    } else if (name == Sim::Metadata) {
+    } else if (name == Sim::metadata) {
         tellFacts(value);
-    } else if (name == Sim::Clock) {
-        m_clock->setManual(value == QString(Sim::ClockManual));
-    } else if (name == Sim::Vanish) {
+    } else if (name == Sim::clock) {
+        m_clock->setManual(value == QString(Sim::clockManual));
+    } else if (name == Sim::vanish) {
         Q_EMIT propertyReported(name, m_settings.value(name));
-        post([this, time = m_settings.number(Sim::Vanish)] { Q_EMIT vanishRequested(time); });
+        post([this, time = m_settings.number(Sim::vanish)] { Q_EMIT vanishRequested(time); });
         return Report::Later;
-    } else if (name == Sim::Advance) {
+    } else if (name == Sim::advance) {
         advance();
         return Report::Later;
     }
@@ -365,7 +365,7 @@ SimulatedEngine::Report SimulatedEngine::takeEffect(const QString &name, const Q
 
 void SimulatedEngine::takeError(const QVariant &value)
 {
-    const auto code = KelvoError::Code(m_settings.number(Sim::Error));
+    const auto code = KelvoError::Code(m_settings.number(Sim::error));
     const QString text = SimulatorSettings::rest(value);
     if (m_state == Stopped)
         Q_EMIT troubled(code, text);
@@ -385,6 +385,6 @@ void SimulatedEngine::tellFacts(const QVariant &value)
 /// Reported when the clock has arrived.
 void SimulatedEngine::advance()
 {
-    const int time = m_settings.number(Sim::Advance);
-    m_clock->advance(time, this, [this, time] { Q_EMIT propertyReported(Sim::Advance, time); });
+    const int time = m_settings.number(Sim::advance);
+    m_clock->advance(time, this, [this, time] { Q_EMIT propertyReported(Sim::advance, time); });
 }

@@ -7,7 +7,7 @@
 
 namespace {
 // More would only slow down the tester's machine.
-constexpr int MaximumEntries = 10'000;
+constexpr int maximumEntries = 10'000;
 
 QString text(const QUrlQuery &query, const char *key)
 {
@@ -46,7 +46,7 @@ QString entryText(const QUrlQuery &query, int entry)
 int SimulatedMedium::countOf(const QUrl &url)
 {
     const QUrlQuery query(url);
-    return isList(query) ? std::min(text(query, "entries").toInt(), MaximumEntries) : 1;
+    return isList(query) ? std::min(text(query, "entries").toInt(), maximumEntries) : 1;
 }
 
 SimulatedMedium SimulatedMedium::of(const KelvoMediaInfo &item, int entry, int defaultDuration)

@@ -90,12 +90,12 @@ void SimulatorPlugin::vanish(const QString &uuid, const QString &name, int milli
 
 void SimulatorPlugin::setUp(KelvoRenderer *renderer) const
 {
-    const QString wishes = qEnvironmentVariable(SimulatorProperties::Environment);
+    const QString wishes = qEnvironmentVariable(SimulatorProperties::environment);
     for (const QString &wish : wishes.split(QLatin1Char(';'), Qt::SkipEmptyParts)) {
         const qsizetype sign = wish.indexOf(QLatin1Char('='));
         if (sign > 0)
             renderer->setKelvoProperty(wish.left(sign).trimmed(), wish.mid(sign + 1).trimmed());
         else
-            qCWarning(lcKelvo) << SimulatorProperties::Environment << "holds" << wish << "without a value";
+            qCWarning(lcKelvo) << SimulatorProperties::environment << "holds" << wish << "without a value";
     }
 }

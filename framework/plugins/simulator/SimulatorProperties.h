@@ -32,24 +32,24 @@
 ///   title, artist, album (texts), duration (s), fail (KelvoError code), seekable (0 or 1), and entries (n):
 ///   a playlist file of n entries that are otherwise like this.
 namespace SimulatorProperties {
-inline constexpr QLatin1String Latency{"sim-latency"};
-inline constexpr QLatin1String Failure{"sim-failure"};
-inline constexpr QLatin1String Error{"sim-error"};
-inline constexpr QLatin1String Buffering{"sim-buffering"};
-inline constexpr QLatin1String Stall{"sim-stall"};
-inline constexpr QLatin1String Vanish{"sim-vanish"};
-inline constexpr QLatin1String Name{"sim-name"};
-inline constexpr QLatin1String Duration{"sim-duration"};
-inline constexpr QLatin1String Seekable{"sim-seekable"};
-inline constexpr QLatin1String Metadata{"sim-metadata"};
-inline constexpr QLatin1String Clock{"sim-clock"};
-inline constexpr QLatin1String Advance{"sim-advance"};
+inline constexpr QLatin1String latency{"sim-latency"};
+inline constexpr QLatin1String failure{"sim-failure"};
+inline constexpr QLatin1String error{"sim-error"};
+inline constexpr QLatin1String buffering{"sim-buffering"};
+inline constexpr QLatin1String stall{"sim-stall"};
+inline constexpr QLatin1String vanish{"sim-vanish"};
+inline constexpr QLatin1String name{"sim-name"};
+inline constexpr QLatin1String duration{"sim-duration"};
+inline constexpr QLatin1String seekable{"sim-seekable"};
+inline constexpr QLatin1String metadata{"sim-metadata"};
+inline constexpr QLatin1String clock{"sim-clock"};
+inline constexpr QLatin1String advance{"sim-advance"};
 
-inline constexpr QLatin1String ClockReal{"real"};
-inline constexpr QLatin1String ClockManual{"manual"};
+inline constexpr QLatin1String clockReal{"real"};
+inline constexpr QLatin1String clockManual{"manual"};
 
 /// Common beginning of the names above; such properties are not held back by the latency.
-inline constexpr QLatin1String Prefix{"sim-"};
+inline constexpr QLatin1String prefix{"sim-"};
 /// Environment variable: "name=value;name=value".
-inline constexpr char Environment[] = "KELVO_SIMULATOR";
+inline constexpr char environment[] = "KELVO_SIMULATOR";
 } // namespace SimulatorProperties

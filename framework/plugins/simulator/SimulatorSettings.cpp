@@ -70,25 +70,25 @@ std::optional<QVariant> metadata(const QVariant &value)
 std::optional<QVariant> clockMode(const QVariant &value)
 {
     const bool isKnown
-        = value == QVariant(QString(Sim::ClockManual)) || value == QVariant(QString(Sim::ClockReal));
+        = value == QVariant(QString(Sim::clockManual)) || value == QVariant(QString(Sim::clockReal));
     return isKnown ? std::optional<QVariant>(value) : std::nullopt;
 }
 
 const QHash<QString, Reading> &readings()
 {
     static const QHash<QString, Reading> table{
-        {Sim::Latency, milliseconds},
-        {Sim::Failure, failure},
-        {Sim::Error, error},
-        {Sim::Buffering, milliseconds},
-        {Sim::Stall, flag},
-        {Sim::Vanish, anyNumber},
-        {Sim::Name, text},
-        {Sim::Duration, milliseconds},
-        {Sim::Seekable, flag},
-        {Sim::Metadata, metadata},
-        {Sim::Clock, clockMode},
-        {Sim::Advance, milliseconds},
+        {Sim::latency, milliseconds},
+        {Sim::failure, failure},
+        {Sim::error, error},
+        {Sim::buffering, milliseconds},
+        {Sim::stall, flag},
+        {Sim::vanish, anyNumber},
+        {Sim::name, text},
+        {Sim::duration, milliseconds},
+        {Sim::seekable, flag},
+        {Sim::metadata, metadata},
+        {Sim::clock, clockMode},
+        {Sim::advance, milliseconds},
     };
     return table;
 }
@@ -96,17 +96,17 @@ const QHash<QString, Reading> &readings()
 
 SimulatorSettings::SimulatorSettings(const QString &name)
     : m_values{
-        {Sim::Latency, 0},
-        {Sim::Failure, 0},
-        {Sim::Error, 0},
-        {Sim::Buffering, 0},
-        {Sim::Stall, false},
-        {Sim::Vanish, -1},
-        {Sim::Name, name},
-        {Sim::Duration, 30},
-        {Sim::Seekable, true},
-        {Sim::Metadata, QString()},
-        {Sim::Advance, 0},
+        {Sim::latency, 0},
+        {Sim::failure, 0},
+        {Sim::error, 0},
+        {Sim::buffering, 0},
+        {Sim::stall, false},
+        {Sim::vanish, -1},
+        {Sim::name, name},
+        {Sim::duration, 30},
+        {Sim::seekable, true},
+        {Sim::metadata, QString()},
+        {Sim::advance, 0},
     }
 {
 }

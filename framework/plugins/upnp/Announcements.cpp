@@ -141,7 +141,7 @@ void Announcements::hearAliveElsewhere(GSSDPClient *client, qint64 now)
 
 Announcements::Change Announcements::hearByebye()
 {
-    m_movingUntil = never;
+    m_movingUntil = Never;
     m_isByebyeHeard = true;
     if (m_isAnnounced || m_claim)
         return Change::None;

@@ -71,7 +71,7 @@ private:
     bool isByThisInterface(GUPnPDeviceProxy *proxy) const;
     bool isKept(GUPnPDeviceProxy *proxy, bool isShown) const;
 
-    static constexpr qint64 never = -1'000'000;
+    static constexpr qint64 Never = -1'000'000;
 
     Proxy m_active;
     std::vector<Proxy> m_others; // the same device by other interfaces
@@ -83,5 +83,5 @@ private:
     bool m_isSilent = false; // when it was asked
     bool m_isContested = false;
     bool m_isGone = false;
-    qint64 m_movingUntil = never;
+    qint64 m_movingUntil = Never;
 };

@@ -39,7 +39,7 @@ public:
 private:
     void describe(Upnp::Description description, qint64 now);
 
-    static constexpr qint64 never = -1'000'000;
+    static constexpr qint64 Never = -1'000'000;
 
     const Upnp::Kind m_kind;
     const Handler m_changed;
@@ -50,7 +50,7 @@ private:
     bool m_isRestarted = false;
     QByteArray m_bootId; // heard last
     QByteArray m_configId;
-    qint64 m_toldAt = never;
-    qint64 m_readAt = never;
+    qint64 m_toldAt = Never;
+    qint64 m_readAt = Never;
     std::unique_ptr<DescriptionReader> m_reader;
 };

@@ -16,7 +16,7 @@ public:
 
     explicit DeviceHealth(qint64 now)
         : m_lastSign(now)
-        , m_nextPoll(now + firstPoll)
+        , m_nextPoll(now + FirstPoll)
     {
     }
 
@@ -25,36 +25,36 @@ public:
         m_state = Responding;
         m_failures = 0;
         m_lastSign = now;
-        m_nextPoll = now + pollInterval;
+        m_nextPoll = now + PollInterval;
     }
     void failed(qint64 now)
     {
         if (++m_failures >= 2)
             m_state = NotResponding;
-        m_nextPoll = now + (m_state == NotResponding ? patientInterval : retryInterval);
+        m_nextPoll = now + (m_state == NotResponding ? PatientInterval : RetryInterval);
     }
     /// A poll is on its way: the next one is due when it has ended.
-    void polling() { m_nextPoll = never; }
+    void polling() { m_nextPoll = Never; }
     /// Somebody else found it not answering: ask at once.
     void doubt(qint64 now)
     {
-        if (m_nextPoll != never)
+        if (m_nextPoll != Never)
             m_nextPoll = qMin(m_nextPoll, now);
     }
 
     State state() const { return m_state; }
     bool isPollDue(qint64 now) const { return now >= m_nextPoll; }
-    bool isShown(qint64 now) const { return m_state != NotResponding || now - m_lastSign < hideAfter; }
-    bool isForgotten(qint64 now) const { return now - m_lastSign >= forgetAfter; }
+    bool isShown(qint64 now) const { return m_state != NotResponding || now - m_lastSign < HideAfter; }
+    bool isForgotten(qint64 now) const { return now - m_lastSign >= ForgetAfter; }
 
 private:
-    static constexpr qint64 firstPoll = 1000;
-    static constexpr qint64 pollInterval = 4000;
-    static constexpr qint64 retryInterval = 1000;
-    static constexpr qint64 patientInterval = 3000;
-    static constexpr qint64 hideAfter = 10'000;
-    static constexpr qint64 forgetAfter = 300'000;
-    static constexpr qint64 never = 0x7fff'ffff'ffff'ffff;
+    static constexpr qint64 FirstPoll = 1000;
+    static constexpr qint64 PollInterval = 4000;
+    static constexpr qint64 RetryInterval = 1000;
+    static constexpr qint64 PatientInterval = 3000;
+    static constexpr qint64 HideAfter = 10'000;
+    static constexpr qint64 ForgetAfter = 300'000;
+    static constexpr qint64 Never = 0x7fff'ffff'ffff'ffff;
 
     State m_state = Present;
     int m_failures = 0;

@@ -31,7 +31,7 @@ bool ItemStart::doubt()
     if (std::exchange(m_isDoubted, true))
         return false;
     m_isStarting = true;
-    m_playTries = StateChange::mostTries;
+    m_playTries = StateChange::MostTries;
     return true;
 }
 

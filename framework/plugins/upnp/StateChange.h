@@ -15,7 +15,7 @@ class StateChange : public QObject
     Q_OBJECT
 public:
     using State = KelvoRenderer::State;
-    static constexpr int mostTries = 3;
+    static constexpr int MostTries = 3;
 
     /// In milliseconds: after how long the device is told again what it has lost, and how long it may take.
     StateChange(int retry, int longest);
@@ -30,7 +30,7 @@ public:
     bool isOverdue() const { return hasTaken(m_longest); }
     /// Whether the device is to be told now what it seems to have lost.
     bool takeRetry();
-    bool isRetryDue(int tries) const { return tries < mostTries && hasTaken(tries * m_retry); }
+    bool isRetryDue(int tries) const { return tries < MostTries && hasTaken(tries * m_retry); }
     /// It is worth asking again in a while, longer each time.
     void checkLater();
     /// As long as before.

@@ -7,7 +7,7 @@
 #include <glib.h>
 
 namespace {
-constexpr guint LeaveTime = 100; // milliseconds
+constexpr guint leaveTime = 100; // milliseconds
 
 int runCall(void *call)
 {
@@ -71,7 +71,7 @@ UpnpThread::~UpnpThread()
     deleteWhenEnded(std::move(m_thread));
     post([loop = m_loop, leave = m_leave, last = m_last] {
         leave();
-        loop->postLater(LeaveTime, [loop, last] {
+        loop->postLater(leaveTime, [loop, last] {
             last();
             g_main_loop_quit(loop->loop);
         });

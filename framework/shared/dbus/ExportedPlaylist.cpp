@@ -15,8 +15,8 @@ SharedItem sharedItem(const KelvoMediaInfo &info)
     using namespace PlaylistProtocol;
     const QString url = QString::fromLatin1(info.url().toEncoded());
     // A shortened title is still of use, a shortened URL is not.
-    return {info.uuid().left(MaxTextCharacters), info.title().left(MaxTextCharacters),
-        url.size() <= MaxUrlCharacters ? url : QString(), info.mimeType().left(MaxTextCharacters),
+    return {info.uuid().left(maxTextCharacters), info.title().left(maxTextCharacters),
+        url.size() <= maxUrlCharacters ? url : QString(), info.mimeType().left(maxTextCharacters),
         info.duration()};
 }
 } // namespace
@@ -35,7 +35,7 @@ ExportedPlaylist::ExportedPlaylist(KelvoPlaylist *playlist, const QString &path,
 
 QString ExportedPlaylist::name() const
 {
-    return m_playlist ? m_playlist->name().left(PlaylistProtocol::MaxTextCharacters) : QString();
+    return m_playlist ? m_playlist->name().left(PlaylistProtocol::maxTextCharacters) : QString();
 }
 
 uint ExportedPlaylist::itemCount() const
@@ -48,7 +48,7 @@ SharedInterfaces ExportedPlaylist::interfaces() const
     QVariantMap properties;
     for (const char *property : {"Id", "Name", "ItemCount", "Revision", "Writable"})
         properties.insert(QString::fromLatin1(property), QObject::property(property));
-    return {{PlaylistProtocol::Interface, properties}};
+    return {{PlaylistProtocol::interface, properties}};
 }
 
 SharedItems ExportedPlaylist::GetItems(uint, uint, uint &revision)
@@ -77,9 +77,9 @@ SharedItems ExportedPlaylist::page(uint start, uint count) const
 {
     using namespace PlaylistProtocol;
     SharedItems items;
-    const auto end = std::min<quint64>(itemCount(), quint64(start) + std::min(count, MaxPageItems));
+    const auto end = std::min<quint64>(itemCount(), quint64(start) + std::min(count, maxPageItems));
     qsizetype characters = 0;
-    for (quint64 index = start; index < end && characters < MaxPageCharacters; ++index) {
+    for (quint64 index = start; index < end && characters < maxPageCharacters; ++index) {
         items.append(itemAt(uint(index)));
         characters += items.constLast().characters();
     }

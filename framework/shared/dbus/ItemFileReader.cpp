@@ -21,12 +21,12 @@ std::unique_ptr<ItemFileReader> ItemFileReader::open(
         *reason = QStringLiteral("its items are in no file in memory");
         return {};
     }
-    if ((seals & FileSeals) != FileSeals) {
+    if ((seals & fileSeals) != fileSeals) {
         *reason = QStringLiteral("the file of its items can still be changed");
         return {};
     }
     const qint64 size = status.st_size;
-    if (size < qint64(count) * LeastItemBytes || size > MaxFileBytes) {
+    if (size < qint64(count) * leastItemBytes || size > maxFileBytes) {
         *reason = QStringLiteral("the file of its %1 items has %2 bytes").arg(count).arg(size);
         return {};
     }

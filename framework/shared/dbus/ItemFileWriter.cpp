@@ -33,7 +33,7 @@ ItemFileWriter::ItemFileWriter()
 void ItemFileWriter::add(const SharedItem &item)
 {
     using namespace PlaylistProtocol;
-    const qsizetype needed = m_bytes.size() + LeastItemBytes + 2 * item.characters();
+    const qsizetype needed = m_bytes.size() + leastItemBytes + 2 * item.characters();
     if (m_bytes.capacity() < needed)
         m_bytes.reserve(std::max(2 * m_bytes.capacity(), needed));
     addText(item.id);
@@ -63,7 +63,7 @@ void ItemFileWriter::flush()
 QDBusUnixFileDescriptor ItemFileWriter::finish()
 {
     flush();
-    if (fcntl(m_file.fileDescriptor(), F_ADD_SEALS, PlaylistProtocol::FileSeals) != 0)
+    if (fcntl(m_file.fileDescriptor(), F_ADD_SEALS, PlaylistProtocol::fileSeals) != 0)
         m_file = {};
     return m_file;
 }

@@ -8,7 +8,7 @@ using namespace PlaylistProtocol;
 
 void ItemIntake::expect(uint items)
 {
-    m_ids.reserve(std::min(qsizetype(items), MaxItems));
+    m_ids.reserve(std::min(qsizetype(items), maxItems));
 }
 
 bool ItemIntake::take(SharedItems &items)
@@ -22,10 +22,10 @@ bool ItemIntake::take(SharedItems &items)
 bool ItemIntake::cut(SharedItems &items)
 {
     auto end = items.cbegin();
-    const auto most = items.cbegin() + std::min(items.size(), MaxItems - m_count);
-    for (; end != most && m_characters <= MaxCharacters; ++end)
+    const auto most = items.cbegin() + std::min(items.size(), maxItems - m_count);
+    for (; end != most && m_characters <= maxCharacters; ++end)
         m_characters += end->characters();
-    const bool all = end == items.cend() && m_characters <= MaxCharacters;
+    const bool all = end == items.cend() && m_characters <= maxCharacters;
     items.erase(end, items.cend());
     return all;
 }
@@ -36,7 +36,7 @@ void ItemIntake::repair(SharedItem &item)
     while (item.id.isEmpty() || m_ids.contains(item.id))
         item.id += QStringLiteral("#%1").arg(m_count);
     m_ids.insert(item.id);
-    item.title.truncate(MaxTextCharacters);
+    item.title.truncate(maxTextCharacters);
     item.duration = std::clamp<qlonglong>(item.duration, -1, std::numeric_limits<int>::max());
     ++m_count;
 }

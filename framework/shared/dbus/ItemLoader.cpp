@@ -71,7 +71,7 @@ void ItemLoader::requestMore()
 {
     if (!m_calls)
         return;
-    if (m_hasFiles && m_pass.intake.count() >= FirstPageItems)
+    if (m_hasFiles && m_pass.intake.count() >= firstPageItems)
         requestFile();
     else
         requestPage();
@@ -79,8 +79,8 @@ void ItemLoader::requestMore()
 
 void ItemLoader::requestPage()
 {
-    const uint asked = m_pass.intake.count() == 0 ? FirstPageItems : NextPageItems;
-    QDBusMessage call = m_calls->make(m_path, Interface, GetItems);
+    const uint asked = m_pass.intake.count() == 0 ? firstPageItems : nextPageItems;
+    QDBusMessage call = m_calls->make(m_path, interface, getItems);
     call << uint(m_pass.intake.count()) << asked;
     m_calls->queue(this, call, [this, asked](const QDBusMessage &reply) {
         if (m_state != State::Reading) // What its owner did meanwhile has ended that.
@@ -94,7 +94,7 @@ void ItemLoader::requestPage()
 
 void ItemLoader::requestFile()
 {
-    m_calls->queue(this, m_calls->make(m_path, Interface, OpenItems), [this](const QDBusMessage &reply) {
+    m_calls->queue(this, m_calls->make(m_path, interface, openItems), [this](const QDBusMessage &reply) {
         if (m_state != State::Reading)
             return;
         const QDBusError error(reply);
@@ -163,7 +163,7 @@ void ItemLoader::handleFile(const QDBusMessage &reply)
 
 void ItemLoader::readSlice()
 {
-    std::optional<SharedItems> items = m_pass.file->read(NextPageItems);
+    std::optional<SharedItems> items = m_pass.file->read(nextPageItems);
     if (!items) {
         breakOff(QStringLiteral("the file of its items holds something else"));
         return;
@@ -179,7 +179,7 @@ void ItemLoader::readSlice()
 
 void ItemLoader::handleError(const QDBusError &error)
 {
-    if (error.name() == ChangedError) {
+    if (error.name() == changedError) {
         restartLater();
         return;
     }
@@ -203,19 +203,19 @@ void ItemLoader::handleError(const QDBusError &error)
         handleSilence();
         break;
     default:
-        giveUp(QStringLiteral("its process answers: ") + error.message().left(MaxTextCharacters));
+        giveUp(QStringLiteral("its process answers: ") + error.message().left(maxTextCharacters));
     }
 }
 
 void ItemLoader::handleSilence()
 {
-    if (m_pass.attempt++ < MaxAttempts) {
+    if (m_pass.attempt++ < maxAttempts) {
         requestMore();
         return;
     }
     giveUp(QStringLiteral("its process does not answer"));
     if (m_calls)
-        m_nextPass.start(RestInTimeouts * m_calls->timeout());
+        m_nextPass.start(restInTimeouts * m_calls->timeout());
 }
 
 /// What is of another revision than the items before means that the list has changed in between.

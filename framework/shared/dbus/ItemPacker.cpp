@@ -35,14 +35,14 @@ ItemPacker::State ItemPacker::packSlice()
 {
     if (!m_playlist || m_playlist->revision() != m_revision)
         return State::Changed;
-    if (m_count > MaxItems)
+    if (m_count > maxItems)
         return State::TooLong;
     QElapsedTimer timer;
     timer.start();
     while (m_packed < m_count && (m_packed % itemsBetweenLooks != 0 || timer.elapsed() < sliceTime)) {
         const SharedItem item = m_playlist->itemAt(m_packed++);
         m_characters += item.characters();
-        if (m_characters > MaxCharacters)
+        if (m_characters > maxCharacters)
             return State::TooLong;
         m_writer.add(item);
     }

@@ -37,13 +37,13 @@ void ItemServer::serveNext()
 {
     // Pages are soon made, and somebody waits for the first rows of a list.
     auto next = std::find_if(m_requests.begin(), m_requests.end(),
-        [](const Request &request) { return request.message.member() != OpenItems; });
+        [](const Request &request) { return request.message.member() != openItems; });
     if (next == m_requests.end())
         next = m_requests.begin();
     bool answered = true;
     if (!next->playlist)
         refuse(*next, QDBusError::UnknownObject, QStringLiteral("The playlist was withdrawn"));
-    else if (next->message.member() == OpenItems)
+    else if (next->message.member() == openItems)
         answered = giveFile(*next);
     else
         givePage(*next);
@@ -79,7 +79,7 @@ bool ItemServer::giveFile(const Request &request)
         return true;
     case ItemPacker::State::Changed:
         m_connection.send(
-            request.message.createErrorReply(ChangedError, QStringLiteral("The list changed meanwhile")));
+            request.message.createErrorReply(changedError, QStringLiteral("The list changed meanwhile")));
         break;
     case ItemPacker::State::TooLong:
         refuse(request, QDBusError::NotSupported, QStringLiteral("The list is too long for a file"));

@@ -12,14 +12,14 @@ using namespace PlaylistProtocol;
 namespace {
 bool isWanted(const QString &name)
 {
-    return name.startsWith(ServicePrefix);
+    return name.startsWith(servicePrefix);
 }
 
 /// "pid 1234" of the names that our processes take, else what stands behind the prefix.
 QString labelOf(const QString &name)
 {
     static const QRegularExpression ours(QStringLiteral("^pid(\\d+)(_\\d+)?$"));
-    const QString rest = name.mid(ServicePrefix.size());
+    const QString rest = name.mid(servicePrefix.size());
     const auto match = ours.match(rest);
     return match.hasMatch() ? QStringLiteral("pid ") + match.captured(1) : rest;
 }
@@ -31,13 +31,13 @@ PlaylistBrowser::PlaylistBrowser(
     , m_registry(registry)
 {
     const QString anywhere;
-    hear(RootPath, ObjectManagerInterface, QStringLiteral("InterfacesAdded"),
+    hear(rootPath, objectManagerInterface, QStringLiteral("InterfacesAdded"),
         SLOT(handleInterfacesAdded(QDBusMessage)));
-    hear(RootPath, ObjectManagerInterface, QStringLiteral("InterfacesRemoved"),
+    hear(rootPath, objectManagerInterface, QStringLiteral("InterfacesRemoved"),
         SLOT(handleInterfacesRemoved(QDBusMessage)));
-    hear(anywhere, Interface, QStringLiteral("Changed"), SLOT(handleChanged(QDBusMessage)));
-    hear(anywhere, PropertiesInterface, QStringLiteral("PropertiesChanged"),
-        SLOT(handlePropertiesChanged(QDBusMessage)), Interface);
+    hear(anywhere, interface, QStringLiteral("Changed"), SLOT(handleChanged(QDBusMessage)));
+    hear(anywhere, propertiesInterface, QStringLiteral("PropertiesChanged"),
+        SLOT(handlePropertiesChanged(QDBusMessage)), interface);
     browse(isWanted);
 }
 
@@ -50,9 +50,9 @@ void PlaylistBrowser::add(const QString &owner, const QString &name)
 {
     if (!m_registry)
         return;
-    if (m_peers.size() >= MaxPeers) {
+    if (m_peers.size() >= maxPeers) {
         if (!std::exchange(m_tooMany, true))
-            qCWarning(lcKelvo) << "More than" << MaxPeers
+            qCWarning(lcKelvo) << "More than" << maxPeers
                                << "processes offer playlists, the others are not shown";
         return;
     }
@@ -89,7 +89,7 @@ void PlaylistBrowser::handleInterfacesAdded(const QDBusMessage &message)
 void PlaylistBrowser::handleInterfacesRemoved(const QDBusMessage &message)
 {
     PlaylistPeer *peer = senderOf(message, u"oas");
-    if (peer && message.arguments().at(1).toStringList().contains(Interface))
+    if (peer && message.arguments().at(1).toStringList().contains(interface))
         peer->remove(message.arguments().at(0).value<QDBusObjectPath>().path());
 }
 

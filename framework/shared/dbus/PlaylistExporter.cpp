@@ -20,7 +20,7 @@ constexpr uint primaryOwner = 1; // DBUS_REQUEST_NAME_REPLY_PRIMARY_OWNER
 
 QString serviceName(int attempt)
 {
-    const QString name = PlaylistProtocol::ServicePrefix + QStringLiteral("pid")
+    const QString name = PlaylistProtocol::servicePrefix + QStringLiteral("pid")
         + QString::number(QCoreApplication::applicationPid());
     // Processes of different containers may share a bus and have the same number.
     return attempt == 1 ? name : name + u'_' + QString::number(attempt);
@@ -34,7 +34,7 @@ PlaylistExporter::PlaylistExporter(const QDBusConnection &connection, int timeou
     , m_items(new ItemServer(connection, this))
     , m_objectManager(new ObjectManagerAdaptor(this, [this] { return managedObjects(); }))
 {
-    m_connection.registerObject(PlaylistProtocol::RootPath, this, QDBusConnection::ExportAdaptors);
+    m_connection.registerObject(PlaylistProtocol::rootPath, this, QDBusConnection::ExportAdaptors);
     // Last: who sees the name finds the objects.
     requestName(1);
 }
@@ -44,13 +44,13 @@ PlaylistExporter::~PlaylistExporter()
     // First: who hears of that asks for nothing any more.
     releaseName();
     m_exports.clear();
-    m_connection.unregisterObject(PlaylistProtocol::RootPath);
+    m_connection.unregisterObject(PlaylistProtocol::rootPath);
 }
 
 void PlaylistExporter::requestName(int attempt)
 {
-    auto request = QDBusMessage::createMethodCall(PlaylistProtocol::BusService, PlaylistProtocol::BusPath,
-        PlaylistProtocol::BusService, QStringLiteral("RequestName"));
+    auto request = QDBusMessage::createMethodCall(PlaylistProtocol::busService, PlaylistProtocol::busPath,
+        PlaylistProtocol::busService, QStringLiteral("RequestName"));
     request << serviceName(attempt) << doNotQueue;
     auto *watcher = new QDBusPendingCallWatcher(m_connection.asyncCall(request, m_timeout), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher, attempt] {
@@ -72,15 +72,15 @@ void PlaylistExporter::releaseName()
 {
     if (m_name.isEmpty())
         return;
-    auto release = QDBusMessage::createMethodCall(PlaylistProtocol::BusService, PlaylistProtocol::BusPath,
-        PlaylistProtocol::BusService, QStringLiteral("ReleaseName"));
+    auto release = QDBusMessage::createMethodCall(PlaylistProtocol::busService, PlaylistProtocol::busPath,
+        PlaylistProtocol::busService, QStringLiteral("ReleaseName"));
     release << m_name;
     m_connection.send(release);
 }
 
 void PlaylistExporter::add(KelvoPlaylist *playlist)
 {
-    const QString path = PlaylistProtocol::RootPath + QStringLiteral("/p") + QString::number(m_nextNumber++);
+    const QString path = PlaylistProtocol::rootPath + QStringLiteral("/p") + QString::number(m_nextNumber++);
     auto object = std::make_unique<ExportedPlaylist>(playlist, path);
     new Playlist1Adaptor(object.get());
     connect(object.get(), &ExportedPlaylist::itemsRequested, m_items,
@@ -107,16 +107,16 @@ void PlaylistExporter::remove(const QObject *playlist)
     const QString path = found->object->path();
     m_connection.unregisterObject(path);
     m_exports.erase(found);
-    Q_EMIT m_objectManager->InterfacesRemoved(QDBusObjectPath(path), {PlaylistProtocol::Interface});
+    Q_EMIT m_objectManager->InterfacesRemoved(QDBusObjectPath(path), {PlaylistProtocol::interface});
 }
 
 void PlaylistExporter::announceProperties(const ExportedPlaylist &object)
 {
     auto signal = QDBusMessage::createSignal(
-        object.path(), PlaylistProtocol::PropertiesInterface, QStringLiteral("PropertiesChanged"));
+        object.path(), PlaylistProtocol::propertiesInterface, QStringLiteral("PropertiesChanged"));
     const QVariantMap changed{{QStringLiteral("Name"), object.name()},
         {QStringLiteral("ItemCount"), object.itemCount()}, {QStringLiteral("Revision"), object.revision()}};
-    signal << QString(PlaylistProtocol::Interface) << changed << QStringList();
+    signal << QString(PlaylistProtocol::interface) << changed << QStringList();
     m_connection.send(signal);
 }
 

@@ -77,7 +77,7 @@ void PlaylistPeer::list()
         return;
     m_listing = true;
     const QDBusMessage call
-        = m_calls.make(RootPath, ObjectManagerInterface, QStringLiteral("GetManagedObjects"));
+        = m_calls.make(rootPath, objectManagerInterface, QStringLiteral("GetManagedObjects"));
     m_calls.send(this, call, [this](const QDBusMessage &reply) {
         m_listing = false;
         if (reply.type() == QDBusMessage::ErrorMessage)
@@ -100,17 +100,17 @@ void PlaylistPeer::handleListError(const QDBusError &error)
         break;
     default:
         complain(
-            QStringLiteral("it does not list its playlists: ") + error.message().left(MaxTextCharacters));
+            QStringLiteral("it does not list its playlists: ") + error.message().left(maxTextCharacters));
     }
 }
 
 void PlaylistPeer::handleSilence()
 {
-    if (m_attempt < MaxAttempts)
+    if (m_attempt < maxAttempts)
         list();
     else
-        QTimer::singleShot(RestInTimeouts * m_calls.timeout(), this, &PlaylistPeer::list);
-    if (m_attempt++ == MaxAttempts)
+        QTimer::singleShot(restInTimeouts * m_calls.timeout(), this, &PlaylistPeer::list);
+    if (m_attempt++ == maxAttempts)
         complain(QStringLiteral("it does not answer"));
 }
 
@@ -123,10 +123,10 @@ void PlaylistPeer::handleList(const QDBusMessage &reply)
     }
     bool more = false;
     const auto argument = reply.arguments().constFirst().value<QDBusArgument>();
-    takeOver(readObjects(argument, MaxPlaylistsOfPeer, &more));
+    takeOver(readObjects(argument, maxPlaylistsOfPeer, &more));
     if (more)
         complain(QStringLiteral("it offers more than %1 playlists, the others are not shown")
-                     .arg(MaxPlaylistsOfPeer));
+                     .arg(maxPlaylistsOfPeer));
 }
 
 void PlaylistPeer::takeOver(const SharedObjects &objects)
@@ -142,18 +142,18 @@ void PlaylistPeer::takeOver(const SharedObjects &objects)
 
 void PlaylistPeer::add(const QString &path, const SharedInterfaces &interfaces)
 {
-    if (!interfaces.contains(Interface) || m_playlists.contains(path))
+    if (!interfaces.contains(interface) || m_playlists.contains(path))
         return;
-    const auto description = describe(interfaces.value(Interface));
-    if (!path.startsWith(QString(RootPath) + u'/'))
-        complain(QStringLiteral("it offers a playlist at the wrong place ") + path.left(MaxTextCharacters));
+    const auto description = describe(interfaces.value(interface));
+    if (!path.startsWith(QString(rootPath) + u'/'))
+        complain(QStringLiteral("it offers a playlist at the wrong place ") + path.left(maxTextCharacters));
     else if (!description)
         complain(QStringLiteral("its playlist %1 lacks properties or has them of other types").arg(path));
-    else if (description->id.isEmpty() || description->id.size() > MaxTextCharacters)
+    else if (description->id.isEmpty() || description->id.size() > maxTextCharacters)
         complain(QStringLiteral("its playlist %1 has no id of use").arg(path));
-    else if (m_playlists.size() >= MaxPlaylistsOfPeer)
+    else if (m_playlists.size() >= maxPlaylistsOfPeer)
         complain(QStringLiteral("it offers more than %1 playlists, %2 is not shown")
-                     .arg(MaxPlaylistsOfPeer)
+                     .arg(maxPlaylistsOfPeer)
                      .arg(path));
     else
         create(path, *description);
@@ -167,7 +167,7 @@ void PlaylistPeer::create(const QString &path, const PlaylistDescription &descri
         // Announced and listed, it comes here twice.
         if (m_refusedIds.value(path) == description.id)
             return;
-        if (m_refusedIds.size() < MaxPlaylistsOfPeer)
+        if (m_refusedIds.size() < maxPlaylistsOfPeer)
             m_refusedIds.insert(path, description.id);
         complain(QStringLiteral("the id of its playlist %1 is in use, it is not shown: %2")
                      .arg(path, description.id));

@@ -40,7 +40,7 @@ bool PlaylistProtocol::isAnswerOf(const QDBusMessage &reply, const QString &owne
         return true;
     // Errors of the connection itself have no sender.
     return reply.type() == QDBusMessage::ErrorMessage
-        && (reply.service().isEmpty() || reply.service() == BusService);
+        && (reply.service().isEmpty() || reply.service() == busService);
 }
 
 SharedItems PlaylistProtocol::readItems(const QDBusArgument &argument, uint limit, bool *more)

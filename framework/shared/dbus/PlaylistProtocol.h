@@ -36,39 +36,41 @@ const QDBusArgument &operator>>(const QDBusArgument &argument, SharedItem &item)
 /// The names, signatures and bounds of playlist sharing; data/org.kelvo.Playlist1.xml describes the
 /// interface.
 namespace PlaylistProtocol {
-inline constexpr QLatin1String ServicePrefix{"org.kelvo.Playlists."};
-inline constexpr QLatin1String RootPath{"/org/kelvo/Playlists"};
-inline constexpr QLatin1String Interface{"org.kelvo.Playlist1"};
-inline constexpr QLatin1String GetItems{"GetItems"};
-inline constexpr QLatin1String OpenItems{"OpenItems"};
-inline constexpr QLatin1String ChangedError{"org.kelvo.Playlist1.Error.Changed"};
-inline constexpr QLatin1String ObjectManagerInterface{"org.freedesktop.DBus.ObjectManager"};
-inline constexpr QLatin1String PropertiesInterface{"org.freedesktop.DBus.Properties"};
-inline constexpr QLatin1String BusService{"org.freedesktop.DBus"};
-inline constexpr QLatin1String BusPath{"/org/freedesktop/DBus"};
+inline constexpr QLatin1String servicePrefix{"org.kelvo.Playlists."};
+inline constexpr QLatin1String rootPath{"/org/kelvo/Playlists"};
+inline constexpr QLatin1String interface {
+    "org.kelvo.Playlist1"
+};
+inline constexpr QLatin1String getItems{"GetItems"};
+inline constexpr QLatin1String openItems{"OpenItems"};
+inline constexpr QLatin1String changedError{"org.kelvo.Playlist1.Error.Changed"};
+inline constexpr QLatin1String objectManagerInterface{"org.freedesktop.DBus.ObjectManager"};
+inline constexpr QLatin1String propertiesInterface{"org.freedesktop.DBus.Properties"};
+inline constexpr QLatin1String busService{"org.freedesktop.DBus"};
+inline constexpr QLatin1String busPath{"/org/freedesktop/DBus"};
 
 /// What one reply may hold. The bus disconnects whoever sends an array above 64 MiB, so the owner must not
 /// give as much as it is asked for.
-inline constexpr uint MaxPageItems = 1000;
-inline constexpr qsizetype MaxPageCharacters = 256 * 1024;
-inline constexpr qsizetype MaxTextCharacters = 4096;
-inline constexpr qsizetype MaxUrlCharacters = 128 * 1024;
+inline constexpr uint maxPageItems = 1000;
+inline constexpr qsizetype maxPageCharacters = 256 * 1024;
+inline constexpr qsizetype maxTextCharacters = 4096;
+inline constexpr qsizetype maxUrlCharacters = 128 * 1024;
 
 /// What is taken from another process, whatever it offers.
-inline constexpr uint FirstPageItems = 100;
-inline constexpr uint NextPageItems = 500; ///< also taken out of a file for each turn of the event loop
-inline constexpr qsizetype MaxItems = 100'000;
-inline constexpr qsizetype MaxCharacters = 32 * 1024 * 1024;
+inline constexpr uint firstPageItems = 100;
+inline constexpr uint nextPageItems = 500; ///< also taken out of a file for each turn of the event loop
+inline constexpr qsizetype maxItems = 100'000;
+inline constexpr qsizetype maxCharacters = 32 * 1024 * 1024;
 /// The files of OpenItems hold what is taken, and no more.
-inline constexpr qsizetype LeastItemBytes = 4 * sizeof(quint32) + sizeof(qlonglong);
-inline constexpr qsizetype MaxFileBytes = MaxItems * LeastItemBytes + 2 * MaxCharacters;
-inline constexpr int FileSeals = F_SEAL_SEAL | F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE;
-inline constexpr qsizetype MaxPlaylistsOfPeer = 2000;
-inline constexpr qsizetype MaxPeers = 500;
+inline constexpr qsizetype leastItemBytes = 4 * sizeof(quint32) + sizeof(qlonglong);
+inline constexpr qsizetype maxFileBytes = maxItems * leastItemBytes + 2 * maxCharacters;
+inline constexpr int fileSeals = F_SEAL_SEAL | F_SEAL_SHRINK | F_SEAL_GROW | F_SEAL_WRITE;
+inline constexpr qsizetype maxPlaylistsOfPeer = 2000;
+inline constexpr qsizetype maxPeers = 500;
 
 /// Tries before a silent process is given up for now, and how many time-outs pass before it is tried again.
-inline constexpr int MaxAttempts = 3;
-inline constexpr int RestInTimeouts = 6;
+inline constexpr int maxAttempts = 3;
+inline constexpr int restInTimeouts = 6;
 
 /// Makes the types above known to Qt's D-Bus; before any connection is made to a slot or signal that has
 /// them.

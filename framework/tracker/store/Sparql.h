@@ -12,11 +12,11 @@ namespace Sparql {
 /// All music (songs, artists, albums, playlists) lies in this named graph. Patterns inside GRAPH read the tables
 /// themselves; in the default graph they read a union of all graphs that has no indexes once a class occurs twice
 /// in a query. Videos lie in the default graph, where plain queries find them.
-inline constexpr char MusicGraph[] = "urn:kelvo:music";
-inline constexpr char FavoriteTag[] = "http://tracker.api.gnome.org/ontology/v3/nao#predefined-tag-favorite";
-inline constexpr char DownloadedTag[] = "urn:kelvo:tag:downloaded";
-inline constexpr char UnknownArtist[] = "urn:kelvo:artist:unknown";
-inline constexpr char UnknownAlbum[] = "urn:kelvo:album:unknown";
+inline constexpr char musicGraph[] = "urn:kelvo:music";
+inline constexpr char favoriteTag[] = "http://tracker.api.gnome.org/ontology/v3/nao#predefined-tag-favorite";
+inline constexpr char downloadedTag[] = "urn:kelvo:tag:downloaded";
+inline constexpr char unknownArtist[] = "urn:kelvo:artist:unknown";
+inline constexpr char unknownAlbum[] = "urn:kelvo:album:unknown";
 
 /// "text" with quotes, escaped; characters that the store cannot hold (NUL) are left out.
 KELVO_TRACKER_EXPORT QByteArray literal(const QString &text);

@@ -15,11 +15,11 @@ constexpr int makingTryMilliseconds = 100;
 // the queries need no optional parts.
 bool fillIn(StoreConnection &connection, StoreError *error)
 {
-    const QByteArray text = QByteArray("INSERT DATA { GRAPH <") + Sparql::MusicGraph + "> { <"
-        + Sparql::UnknownArtist + "> a nmm:Artist ; nmm:artistName \"\" . <" + Sparql::UnknownAlbum
-        + "> a nmm:MusicAlbum ; nie:title \"\" ; nmm:albumArtist <" + Sparql::UnknownArtist + "> . <"
-        + Sparql::DownloadedTag + "> a nao:Tag ; nao:prefLabel \"downloaded\" } }";
-    return connection.update({QByteArray("CREATE SILENT GRAPH <") + Sparql::MusicGraph + '>'}, error)
+    const QByteArray text = QByteArray("INSERT DATA { GRAPH <") + Sparql::musicGraph + "> { <"
+        + Sparql::unknownArtist + "> a nmm:Artist ; nmm:artistName \"\" . <" + Sparql::unknownAlbum
+        + "> a nmm:MusicAlbum ; nie:title \"\" ; nmm:albumArtist <" + Sparql::unknownArtist + "> . <"
+        + Sparql::downloadedTag + "> a nao:Tag ; nao:prefLabel \"downloaded\" } }";
+    return connection.update({QByteArray("CREATE SILENT GRAPH <") + Sparql::musicGraph + '>'}, error)
         && connection.update({text}, error);
 }
 

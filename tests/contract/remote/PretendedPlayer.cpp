@@ -4,7 +4,7 @@
 #include <QUrlQuery>
 
 namespace {
-constexpr int Way = 3; // milliseconds
+constexpr int way = 3; // milliseconds
 } // namespace
 
 PretendedPlayer::PretendedPlayer(QObject *parent)
@@ -23,7 +23,7 @@ RemoteTransport::Abilities PretendedPlayer::abilities() const
 
 void PretendedPlayer::onTheWay(std::function<void()> call)
 {
-    QTimer::singleShot(Way, Qt::PreciseTimer, this, std::move(call));
+    QTimer::singleShot(way, Qt::PreciseTimer, this, std::move(call));
 }
 
 void PretendedPlayer::load(const Item &item)
@@ -51,7 +51,7 @@ void PretendedPlayer::begin(const Item &item)
     Q_EMIT durationReported(m_epoch, m_duration);
     Q_EMIT fact(m_epoch, QStringLiteral("title"), {item.info.url().path()});
     // Longer on its way than the commands, so that tests see Transitioning pass.
-    QTimer::singleShot(5 * Way, this, [this, item] {
+    QTimer::singleShot(5 * way, this, [this, item] {
         if (item.epoch == m_epoch && m_state == KelvoRenderer::Transitioning)
             enter(item.paused ? KelvoRenderer::Paused : KelvoRenderer::Playing);
     });

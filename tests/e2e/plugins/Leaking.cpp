@@ -21,11 +21,11 @@ private:
     // A function of its own, and the pointer overwritten: none may be left on the stack or in a register.
     [[gnu::noinline]] static void lose()
     {
-        char *volatile block = new char[size];
+        char *volatile block = new char[Size];
         block[0] = 'x';
         block = nullptr;
     }
-    static constexpr int size = 4321;
+    static constexpr int Size = 4321;
 };
 
 #include "Leaking.moc"

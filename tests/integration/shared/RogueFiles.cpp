@@ -49,7 +49,7 @@ QDBusUnixFileDescriptor RogueFiles::inMemory(const QByteArray &bytes, int seals)
 QDBusUnixFileDescriptor RogueFiles::hollow(qint64 size)
 {
     const int memory = makeMemory();
-    if (ftruncate(memory, size) != 0 || fcntl(memory, F_ADD_SEALS, AllSeals) != 0)
+    if (ftruncate(memory, size) != 0 || fcntl(memory, F_ADD_SEALS, allSeals) != 0)
         qFatal("The file cannot be made");
     return owned(memory);
 }

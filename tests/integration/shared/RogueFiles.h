@@ -7,12 +7,12 @@
 
 /// Files of items, right and wrong ones, as the tests know them, apart from the product.
 namespace RogueFiles {
-inline constexpr int AllSeals = 0xf; // seal, shrink, grow and write
+inline constexpr int allSeals = 0xf; // seal, shrink, grow and write
 
 /// The bytes of a file.
 QByteArray packed(const WireItems &items);
 /// A file in memory.
-QDBusUnixFileDescriptor inMemory(const QByteArray &bytes, int seals = AllSeals);
+QDBusUnixFileDescriptor inMemory(const QByteArray &bytes, int seals = allSeals);
 /// One without bytes in it, of any size.
 QDBusUnixFileDescriptor hollow(qint64 size);
 /// A folder, device or file by its path.

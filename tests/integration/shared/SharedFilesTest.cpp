@@ -154,7 +154,7 @@ private Q_SLOTS:
         const QDBusMessage reply = openItems("empty");
         QCOMPARE(reply.arguments().value(1), 0U);
         QCOMPARE(contentOf(reply), QByteArray());
-        QCOMPARE(fcntl(descriptorOf(reply), F_GET_SEALS), RogueFiles::AllSeals);
+        QCOMPARE(fcntl(descriptorOf(reply), F_GET_SEALS), RogueFiles::allSeals);
     }
 
     void sealsItsFiles()
@@ -162,7 +162,7 @@ private Q_SLOTS:
         QVERIFY(publishLong("sealed", 10));
         const QDBusMessage reply = openItems("sealed");
         const int file = descriptorOf(reply);
-        QCOMPARE(fcntl(file, F_GET_SEALS), RogueFiles::AllSeals);
+        QCOMPARE(fcntl(file, F_GET_SEALS), RogueFiles::allSeals);
         QCOMPARE(pwrite(file, "x", 1, 0), -1);
         QCOMPARE(ftruncate(file, 0), -1);
         QCOMPARE(ftruncate(file, 1'000'000), -1);

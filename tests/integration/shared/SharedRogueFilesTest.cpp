@@ -32,7 +32,7 @@ QByteArray withBytesAt(qsizetype place, const QByteArray &bytes)
     return right().replace(place, bytes.size(), bytes);
 }
 
-MakeFile memory(const QByteArray &bytes, int seals = AllSeals)
+MakeFile memory(const QByteArray &bytes, int seals = allSeals)
 {
     return [bytes, seals] {
         return inMemory(bytes, seals);

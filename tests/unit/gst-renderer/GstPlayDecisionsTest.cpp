@@ -14,7 +14,7 @@
 using R = KelvoRenderer;
 
 namespace {
-constexpr qint64 Second = 1'000'000'000;
+constexpr qint64 second = 1'000'000'000;
 
 /// What a state says it has to say: what to tell the pipeline and what to report, as far as there is anything.
 QString outcome(PlayState &state)
@@ -304,14 +304,14 @@ private Q_SLOTS:
         QTest::addColumn<double>("speed");
         QTest::addColumn<bool>("isReached");
         QTest::addColumn<qint64>("ahead"); // -1: not
-        QTest::newRow("far away") << 4 * Second << 1.0 << false << 6 * Second;
-        QTest::newRow("twice as fast") << 4 * Second << 2.0 << false << 3 * Second;
-        QTest::newRow("slowly") << 4 * Second << 0.5 << false << 12 * Second;
-        QTest::newRow("backwards") << 4 * Second << -1.0 << false << qint64(-1);
-        QTest::newRow("just before") << 10 * Second - 1 << 1.0 << false << qint64(1);
-        QTest::newRow("there") << 10 * Second << 1.0 << true << qint64(-1);
-        QTest::newRow("past it") << 11 * Second << 1.0 << true << qint64(-1);
-        QTest::newRow("past it, backwards") << 11 * Second << -2.0 << true << qint64(-1);
+        QTest::newRow("far away") << 4 * second << 1.0 << false << 6 * second;
+        QTest::newRow("twice as fast") << 4 * second << 2.0 << false << 3 * second;
+        QTest::newRow("slowly") << 4 * second << 0.5 << false << 12 * second;
+        QTest::newRow("backwards") << 4 * second << -1.0 << false << qint64(-1);
+        QTest::newRow("just before") << 10 * second - 1 << 1.0 << false << qint64(1);
+        QTest::newRow("there") << 10 * second << 1.0 << true << qint64(-1);
+        QTest::newRow("past it") << 11 * second << 1.0 << true << qint64(-1);
+        QTest::newRow("past it, backwards") << 11 * second << -2.0 << true << qint64(-1);
     }
 
     void findsTheWayToThePausePoint()
@@ -323,7 +323,7 @@ private Q_SLOTS:
         QVERIFY(!point.isWithin(position));
         QVERIFY(!point.takeReached(position));
         QVERIFY(!point.timeFrom(position, speed));
-        point.set(10 * Second);
+        point.set(10 * second);
         QTEST(point.timeFrom(position, speed).value_or(-1), "ahead");
         QCOMPARE(point.isWithin(position), isReached);
         QCOMPARE(point.takeReached(position), isReached);
@@ -338,10 +338,10 @@ private Q_SLOTS:
         QTest::addColumn<qint64>("now"); // milliseconds
         QTest::addColumn<double>("speed");
         QTest::addColumn<qint64>("expected");
-        QTest::newRow("as it should be") << 7 * Second << qint64(9000) << 1.0 << 7 * Second;
-        QTest::newRow("jumped ahead") << 60 * Second << qint64(9000) << 1.0 << 9 * Second;
-        QTest::newRow("jumped ahead, fast") << 60 * Second << qint64(9000) << 3.0 << 17 * Second;
-        QTest::newRow("no time has passed") << 60 * Second << qint64(5000) << 1.0 << 5 * Second;
+        QTest::newRow("as it should be") << 7 * second << qint64(9000) << 1.0 << 7 * second;
+        QTest::newRow("jumped ahead") << 60 * second << qint64(9000) << 1.0 << 9 * second;
+        QTest::newRow("jumped ahead, fast") << 60 * second << qint64(9000) << 3.0 << 17 * second;
+        QTest::newRow("no time has passed") << 60 * second << qint64(5000) << 1.0 << 5 * second;
     }
 
     void doubtsThePositionAtTheEnd()
@@ -350,8 +350,8 @@ private Q_SLOTS:
         QFETCH(qint64, now);
         QFETCH(double, speed);
         PositionNote note;
-        note.take(1 * Second, 1000);
-        note.take(5 * Second, 5000);
+        note.take(1 * second, 1000);
+        note.take(5 * second, 5000);
         QTEST(note.reachable(reported, now, speed), "expected");
     }
 

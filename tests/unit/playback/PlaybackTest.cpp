@@ -12,10 +12,7 @@
 #include <QTest>
 
 namespace {
-constexpr auto Stopped = KelvoRenderer::Stopped;
-constexpr auto Playing = KelvoRenderer::Playing;
-constexpr auto Paused = KelvoRenderer::Paused;
-constexpr auto Transitioning = KelvoRenderer::Transitioning;
+using enum KelvoRenderer::State;
 using States = QList<KelvoRenderer::State>;
 
 const QUrl song("http://media/song");

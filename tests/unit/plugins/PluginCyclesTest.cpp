@@ -8,10 +8,10 @@
 #include <QTest>
 
 namespace {
-constexpr int Cycles = 1000;
+constexpr int cycles = 1000;
 // After these everything that is made once has been made.
-constexpr int FirstCycles = 200;
-constexpr qint64 AllowedGrowth = 4096; // KiB
+constexpr int firstCycles = 200;
+constexpr qint64 allowedGrowth = 4096; // KiB
 
 struct Usage
 {
@@ -73,8 +73,8 @@ void PluginCyclesTest::leavesNothingBehind()
     QSignalSpy removed(&registry, &KelvoRegistry::rendererRemoved);
     const qint64 threads = usage().threads;
     Usage before;
-    for (int i = 0; i < Cycles; ++i) {
-        if (i == FirstCycles) {
+    for (int i = 0; i < cycles; ++i) {
+        if (i == firstCycles) {
             // The loader's own goes as soon as it has nothing to do.
             QTRY_COMPARE(usage().threads, threads);
             before = usage();
@@ -88,12 +88,12 @@ void PluginCyclesTest::leavesNothingBehind()
     }
     QTRY_COMPARE(usage().threads, threads);
     const Usage after = usage();
-    QCOMPARE(added.size(), Cycles * renderers);
-    QCOMPARE(removed.size(), Cycles * renderers);
+    QCOMPARE(added.size(), cycles * renderers);
+    QCOMPARE(removed.size(), cycles * renderers);
     QCOMPARE(after.files, before.files);
     QCOMPARE(after.mappings, before.mappings);
     qInfo("memory from %lld to %lld KiB", before.memory, after.memory);
-    QVERIFY2(after.memory - before.memory < AllowedGrowth,
+    QVERIFY2(after.memory - before.memory < allowedGrowth,
         qPrintable(QStringLiteral("grew by %1 KiB").arg(after.memory - before.memory)));
 }
 } // namespace

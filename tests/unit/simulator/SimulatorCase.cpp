@@ -26,7 +26,7 @@ void SimulatorCase::cleanup()
 bool SimulatorCase::load()
 {
     QSignalSpy loaded(m_registry->pluginLoader(), &KelvoPluginLoader::pluginLoaded);
-    m_registry->loadPlugin(plugin);
+    m_registry->loadPlugin(Plugin);
     return loaded.wait();
 }
 
@@ -38,7 +38,7 @@ void SimulatorCase::set(const char *name, const QVariant &value) const
 /// Returns when the clock has arrived and all that fell due has been done.
 void SimulatorCase::advance(int milliseconds) const
 {
-    KelvoRenderer *mover = renderer() ? renderer() : renderer(rendererB);
+    KelvoRenderer *mover = renderer() ? renderer() : renderer(RendererB);
     QSignalSpy moved(mover, &KelvoRenderer::kelvoPropertyChanged);
     mover->setKelvoProperty(QStringLiteral("sim-advance"), milliseconds);
     const auto arrived = [&moved] {

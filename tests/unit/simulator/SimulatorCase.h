@@ -21,18 +21,15 @@ class SimulatorCase : public KelvoTestCase
     Q_OBJECT
 protected:
     using States = QList<KelvoRenderer::State>;
-    static constexpr auto Stopped = KelvoRenderer::Stopped;
-    static constexpr auto Playing = KelvoRenderer::Playing;
-    static constexpr auto Paused = KelvoRenderer::Paused;
-    static constexpr auto Transitioning = KelvoRenderer::Transitioning;
+    using enum KelvoRenderer::State;
 
-    static inline const QString plugin = QStringLiteral("simulator.so");
-    static inline const QString rendererA = QStringLiteral("KelvoSimulatorA");
-    static inline const QString rendererB = QStringLiteral("KelvoSimulatorB");
-    static inline const QString unnamed = QStringLiteral("KelvoSimulatorUnnamed");
+    static inline const QString Plugin = QStringLiteral("simulator.so");
+    static inline const QString RendererA = QStringLiteral("KelvoSimulatorA");
+    static inline const QString RendererB = QStringLiteral("KelvoSimulatorB");
+    static inline const QString Unnamed = QStringLiteral("KelvoSimulatorUnnamed");
 
     bool load();
-    KelvoRenderer *renderer(const QString &uuid = rendererA) const
+    KelvoRenderer *renderer(const QString &uuid = RendererA) const
     {
         return m_registry->findRendererByUuid(uuid);
     }

@@ -36,7 +36,7 @@ void SimulatorItemsTest::changesItsName()
     advance(0);
     QCOMPARE(renderer()->name(), QString());
     QCOMPARE(changed.size(), 2);
-    QCOMPARE(renderer()->uuid(), rendererA);
+    QCOMPARE(renderer()->uuid(), RendererA);
 }
 
 void SimulatorItemsTest::itemsWithoutDurationNeverEnd()
@@ -129,7 +129,7 @@ void SimulatorItemsTest::clockGoesOnFromWhereItIs()
 void SimulatorItemsTest::clockIsSharedByAll()
 {
     QVERIFY(start(QUrl("sim:x")));
-    renderer(rendererB)->setKelvoProperty("sim-advance", 4000);
+    renderer(RendererB)->setKelvoProperty("sim-advance", 4000);
     QTRY_COMPARE(position(), 4.0);
 }
 

@@ -47,19 +47,19 @@ void SimulatorTest::bringsRenderersAndSources()
         renderers.append(one->uuid() + '/' + one->name());
     for (const KelvoSource *one : m_registry->sources())
         sources.append(one->uuid() + '/' + one->name());
-    QCOMPARE(renderers, (QStringList{rendererA + "/Simulator A", rendererB + "/Simulator B", unnamed + '/'}));
+    QCOMPARE(renderers, (QStringList{RendererA + "/Simulator A", RendererB + "/Simulator B", Unnamed + '/'}));
     QCOMPARE(sources,
         (QStringList{
             "KelvoSimulatorSourceA/Simulated source A", "KelvoSimulatorSourceB/Simulated source B"}));
     QCOMPARE(m_registry->allPlaylists().size(), 0);
-    m_registry->unloadPlugin(plugin);
+    m_registry->unloadPlugin(Plugin);
     QCOMPARE(m_registry->renderers().size(), 0);
     QCOMPARE(m_registry->sources().size(), 0);
 }
 
 void SimulatorTest::doesNotStartByDefault()
 {
-    const KelvoPluginStatus status = m_registry->pluginLoader()->status(plugin);
+    const KelvoPluginStatus status = m_registry->pluginLoader()->status(Plugin);
     QCOMPARE(status.startsByDefault, false);
     QCOMPARE(status.name, QString("Simulator"));
     QCOMPARE(status.brings, (QStringList{"renderers", "sources"}));
@@ -67,16 +67,16 @@ void SimulatorTest::doesNotStartByDefault()
 
 void SimulatorTest::isRefusedAsAWhole()
 {
-    m_registry->unloadPlugin(plugin);
+    m_registry->unloadPlugin(Plugin);
     for (KelvoSource *source : {static_cast<KelvoSource *>(nullptr),
              static_cast<KelvoSource *>(new MinimalSource("KelvoSimulatorSourceB", "in the way"))}) {
         const std::unique_ptr<KelvoSource> owned(source);
         KelvoRegistry registry;
-        MinimalRenderer inTheWay(unnamed, "in the way");
+        MinimalRenderer inTheWay(Unnamed, "in the way");
         const bool accepted = source ? registry.addSource(source) : registry.addRenderer(&inTheWay);
         QVERIFY(accepted);
         QSignalSpy failed(registry.pluginLoader(), &KelvoPluginLoader::pluginFailed);
-        registry.loadPlugin(plugin);
+        registry.loadPlugin(Plugin);
         QVERIFY(failed.wait());
         QCOMPARE(registry.renderers().size(), source ? 0 : 1);
         QCOMPARE(registry.sources().size(), source ? 1 : 0);
@@ -152,7 +152,7 @@ void SimulatorTest::listOfBadEntries()
 
 void SimulatorTest::environmentSetsUp()
 {
-    m_registry->unloadPlugin(plugin);
+    m_registry->unloadPlugin(Plugin);
     qputenv("KELVO_SIMULATOR", "sim-duration=4; volume = 12;sim-stall=true;");
     QVERIFY(load());
     watch();
@@ -165,7 +165,7 @@ void SimulatorTest::environmentSetsUp()
 
 void SimulatorTest::environmentWithMistakes()
 {
-    m_registry->unloadPlugin(plugin);
+    m_registry->unloadPlugin(Plugin);
     qputenv("KELVO_SIMULATOR", "nonsense;;=5;sim-duration=4;no-such=1");
     LogRecorder log;
     QVERIFY(load());

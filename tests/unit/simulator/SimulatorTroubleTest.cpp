@@ -218,14 +218,14 @@ void SimulatorTroubleTest::vanishesAndComesBack()
     QTRY_VERIFY(!old);
     QVERIFY(!renderer());
     QCOMPARE(removed.size(), 1);
-    QCOMPARE(removed.constFirst(), (QVariantList{rendererA, QString("Renamed")}));
+    QCOMPARE(removed.constFirst(), (QVariantList{RendererA, QString("Renamed")}));
     QCOMPARE(m_registry->renderers().size(), 2);
     advance(4999);
     QVERIFY(!renderer());
     advance(1);
     QVERIFY(renderer());
     QCOMPARE(added.size(), 1);
-    QCOMPARE(added.constFirst(), (QVariantList{rendererA, QString("Simulator A")}));
+    QCOMPARE(added.constFirst(), (QVariantList{RendererA, QString("Simulator A")}));
     const QStringList violations = heard().violations;
     watch();
     heard().violations = violations;
@@ -240,7 +240,7 @@ void SimulatorTroubleTest::vanishesForGood()
     advance(10'000'000);
     QVERIFY(!renderer());
     QCOMPARE(m_registry->renderers().size(), 2);
-    m_registry->unloadPlugin(plugin);
+    m_registry->unloadPlugin(Plugin);
     QVERIFY(load());
     QVERIFY(renderer());
 }
@@ -250,7 +250,7 @@ void SimulatorTroubleTest::unloadedWhileVanished()
     QSignalSpy added(m_registry.get(), &KelvoRegistry::rendererAdded);
     set("sim-vanish", 1000);
     QTRY_VERIFY(!renderer());
-    m_registry->unloadPlugin(plugin);
+    m_registry->unloadPlugin(Plugin);
     QCOMPARE(m_registry->renderers().size(), 0);
     QCOMPARE(added.size(), 0);
     QVERIFY(load());

@@ -8,7 +8,7 @@
 #include <algorithm>
 
 namespace {
-const QByteArray inGraph = QByteArray("GRAPH <") + Sparql::MusicGraph + "> { ";
+const QByteArray inGraph = QByteArray("GRAPH <") + Sparql::musicGraph + "> { ";
 
 // A bookmark, which no query of songs finds, with the song's URI for its title.
 QByteArray memoryOf(quint64 song)

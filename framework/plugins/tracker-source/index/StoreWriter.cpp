@@ -13,8 +13,8 @@ using Sparql::iri;
 using Sparql::literal;
 
 namespace {
-const QByteArray graph = QByteArray("GRAPH <") + Sparql::MusicGraph + '>';
-const QByteArray with = QByteArray("WITH <") + Sparql::MusicGraph + "> ";
+const QByteArray graph = QByteArray("GRAPH <") + Sparql::musicGraph + '>';
+const QByteArray with = QByteArray("WITH <") + Sparql::musicGraph + "> ";
 constexpr size_t entriesPerStatement = 500;
 
 QByteArray hashed(const char *kind, const QString &first, const QString &second = {})
@@ -69,7 +69,7 @@ std::vector<QByteArray> removal(MediaKind kind, quint64 number)
     std::vector<QByteArray> statements;
     if (kind == MediaKind::Playlist) {
         // What is a favourite by standing in this list is none without it.
-        statements.push_back(with + "DELETE { ?song nao:hasTag <" + Sparql::FavoriteTag + "> } WHERE { "
+        statements.push_back(with + "DELETE { ?song nao:hasTag <" + Sparql::favoriteTag + "> } WHERE { "
             + subject
             + " nie:title ?title ; nfo:hasMediaFileListEntry ?entry . FILTER (LCASE(?title) IN "
               "(\"favorites\", "
@@ -217,7 +217,7 @@ std::vector<QByteArray> StoreWriter::statementsFor(const MediaItem &item)
 QByteArray StoreWriter::artist(const QString &name, std::vector<QByteArray> *statements)
 {
     if (name.isEmpty())
-        return Sparql::UnknownArtist;
+        return Sparql::unknownArtist;
     const QByteArray resource = hashed("artist", name);
     if (!m_present.contains(resource)) {
         m_present.insert(resource);
@@ -230,7 +230,7 @@ QByteArray StoreWriter::artist(const QString &name, std::vector<QByteArray> *sta
 QByteArray StoreWriter::album(const MediaItem &item, std::vector<QByteArray> *statements)
 {
     if (item.tags.album.isEmpty())
-        return Sparql::UnknownAlbum;
+        return Sparql::unknownAlbum;
     QString owner = item.tags.albumArtist;
     if (owner.isEmpty() && !item.tags.isCompilation)
         owner = item.tags.artists.value(0);
@@ -274,7 +274,7 @@ std::vector<QByteArray> StoreWriter::songStatements(const MediaItem &item)
     if (item.tags.disc > 0)
         text += " ; nmm:musicAlbumDisc <" + disc(onAlbum, item.tags.disc, &statements) + '>';
     if (item.isDownloaded)
-        text += QByteArray(" ; nao:hasTag <") + Sparql::DownloadedTag + '>';
+        text += QByteArray(" ; nao:hasTag <") + Sparql::downloadedTag + '>';
     if (item.isNew) {
         // One statement for each song: the library loses properties of some songs in larger ones.
         statements.push_back(insert(text + " ; nie:usageCounter 0 ; nie:created " + Sparql::now()));
@@ -301,15 +301,15 @@ bool StoreWriter::tidyUp(StoreError *error)
             + "DELETE { ?x a rdfs:Resource } WHERE { ?x a nmm:Artist . FILTER NOT EXISTS { ?song "
               "nmm:performer ?x } "
               "FILTER NOT EXISTS { ?album nmm:albumArtist ?x } }",
-        with + "INSERT { ?song nao:hasTag <" + Sparql::FavoriteTag
+        with + "INSERT { ?song nao:hasTag <" + Sparql::favoriteTag
             + "> } WHERE { ?list a nmm:Playlist ; nie:title ?title ; nfo:hasMediaFileListEntry ?entry . "
               "FILTER "
               "(LCASE(?title) IN (\"favorites\", \"favourites\")) ?entry nfo:entryUrl ?url . ?song nie:url "
               "?url ; a "
               "nmm:MusicPiece }",
-        insert(QByteArray("<") + Sparql::UnknownArtist + "> a nmm:Artist ; nmm:artistName \"\" . <"
-            + Sparql::UnknownAlbum + "> a nmm:MusicAlbum ; nie:title \"\" ; nmm:albumArtist <"
-            + Sparql::UnknownArtist + '>'),
+        insert(QByteArray("<") + Sparql::unknownArtist + "> a nmm:Artist ; nmm:artistName \"\" . <"
+            + Sparql::unknownAlbum + "> a nmm:MusicAlbum ; nie:title \"\" ; nmm:albumArtist <"
+            + Sparql::unknownArtist + '>'),
     };
     m_present.clear();
     return m_connection.update(statements, error) && sumUpPlaylists(error)
