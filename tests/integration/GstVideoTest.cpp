@@ -7,7 +7,10 @@
 #include <QLibrary>
 #include <QTest>
 
+#include <atomic>
 #include <memory>
+
+#include <gst/gst.h>
 
 using R = KelvoRenderer;
 
@@ -29,6 +32,25 @@ void ignoreErrorsOfX()
     QVERIFY(set);
     set([](void *, void *) { return 0; });
 }
+
+// A picture is so many microseconds on its way to the window.
+const QByteArray slowOutput("identity sleep-time=400000 ! ximagesink sync=false");
+std::atomic<int> picturesUnderWay = 0;
+
+/// Counts the pictures that come to an "identity": they have the size by then in which they will be shown.
+void countPictures()
+{
+    gst_init(nullptr, nullptr);
+    GstElement *identity = gst_element_factory_make("identity", nullptr);
+    gst_object_ref_sink(identity);
+    const auto count = [](GSignalInvocationHint *, guint, const GValue *, gpointer) -> gboolean {
+        ++picturesUnderWay;
+        return TRUE;
+    };
+    g_signal_add_emission_hook(
+        g_signal_lookup("handoff", G_OBJECT_TYPE(identity)), 0, count, nullptr, nullptr);
+    gst_object_unref(identity);
+}
 } // namespace
 
 /// What is seen of a video, in a window that stands for the console's page. Places are relative to that window.
@@ -40,6 +62,20 @@ private:
     uint m_page = 0;
 
     QColor at(int x, int y) { return m_server->pixel(page.x() + x, page.y() + y); }
+    bool loadWithOutput(const QByteArray &output)
+    {
+        GstTestCase::cleanup();
+        qputenv("KELVO_VIDEO_SINK", output);
+        const bool loaded = loadRenderer();
+        qunsetenv("KELVO_VIDEO_SINK");
+        return loaded;
+    }
+    void showInPage()
+    {
+        set(R::PropertyXid, m_page);
+        set(R::PropertyAutopaint, false);
+        place(QStringLiteral("20,30,160,120"));
+    }
     void set(QLatin1String name, const QVariant &value) { renderer()->setKelvoProperty(name, value); }
     void place(const QString &rectangle) { set(R::PropertyRenderRectangle, rectangle); }
     void play(const QString &file = QStringLiteral("red.mp4"))
@@ -74,6 +110,7 @@ private Q_SLOTS:
         m_server = std::make_unique<XServer>();
         QVERIFY(m_server->isRunning());
         ignoreErrorsOfX();
+        countPictures();
     }
     void cleanupTestCase() { m_server.reset(); }
 
@@ -81,9 +118,7 @@ private Q_SLOTS:
     {
         m_page = m_server->addWindow(page, green);
         GstTestCase::init();
-        set(R::PropertyXid, m_page);
-        set(R::PropertyAutopaint, false);
-        place(QStringLiteral("20,30,160,120"));
+        showInPage();
     }
     void cleanup()
     {
@@ -156,6 +191,45 @@ private Q_SLOTS:
         QTRY_VERIFY(shows(QRect(10, 10, 320, 240)));
         QCOMPARE(heard().askPosition(), before);
         QCOMPARE(heard().states().count(), 0);
+    }
+
+    void followsItsPlaceOnTheWayToAPause_data()
+    {
+        QTest::addColumn<bool>("isPlaying");
+        QTest::newRow("from loading") << false;
+        QTest::newRow("from playing") << true;
+    }
+    void followsItsPlaceOnTheWayToAPause()
+    {
+        QFETCH(bool, isPlaying);
+        QVERIFY(loadWithOutput(slowOutput));
+        showInPage();
+        renderer()->playUri(media(QStringLiteral("red.mp4")));
+        if (isPlaying)
+            TRY_STATE(Playing);
+        const int before = picturesUnderWay;
+        QTRY_VERIFY(picturesUnderWay > before);
+        renderer()->pause();
+        place(QStringLiteral("10,10,320,240"));
+        TRY_STATE(Paused);
+        QTRY_VERIFY(shows(QRect(10, 10, 320, 240)));
+        QCOMPARE(heard().state(), R::Paused);
+        QCOMPARE(heard().errors(), QList<int>{});
+    }
+
+    void followsItsPlaceDuringASeek()
+    {
+        QVERIFY(loadWithOutput(slowOutput));
+        showInPage();
+        play();
+        pause();
+        const int before = picturesUnderWay;
+        renderer()->setPosition(5, R::SeekAbsolute);
+        QTRY_VERIFY(picturesUnderWay > before);
+        place(QStringLiteral("10,10,320,240"));
+        QTRY_VERIFY(shows(QRect(10, 10, 320, 240)));
+        QCOMPARE(heard().askPosition(), 5);
+        QCOMPARE(heard().errors(), QList<int>{});
     }
 
     void comesBackWhenUncovered_data() { followsItsPlace_data(); }
@@ -346,11 +420,7 @@ private Q_SLOTS:
     void playsOnWhenTheOutputFails()
     {
         QFETCH(QByteArray, output);
-        GstTestCase::cleanup();
-        qputenv("KELVO_VIDEO_SINK", output);
-        const bool loaded = loadRenderer();
-        qunsetenv("KELVO_VIDEO_SINK");
-        QVERIFY(loaded);
+        QVERIFY(loadWithOutput(output));
         play();
         QCOMPARE(heard().errors(), QList<int>{KelvoError::VideoOutputFailed});
         QTRY_VERIFY(heard().askPosition() >= 1);

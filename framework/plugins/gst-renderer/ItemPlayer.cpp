@@ -459,12 +459,10 @@ void ItemPlayer::tellFacts()
 /// While paused a seek to where playback is makes the same picture again.
 void ItemPlayer::redrawPaused()
 {
-    if (!m_state.stands() || !m_pipeline->hasVideo() || !m_pipeline->isSeekable())
-        return;
-    // The picture of a seek under way may have been made before the window had its new size.
-    if (m_position.isSeeking())
+    // A picture that is still to come may have been made before the window had its new size.
+    if (m_state.isOnItsWay() || (m_state.isLoaded() && m_position.isSeeking()))
         m_video->redrawLater();
-    else
+    else if (m_state.stands() && m_pipeline->hasVideo() && m_pipeline->isSeekable())
         m_position.seekOnTheSpot();
 }
 

@@ -61,6 +61,8 @@ public:
     bool isPlaying() const { return m_isPlaying; }
     /// Whether it plays and is to go on with that.
     bool goesOn() const { return m_isPlaying && m_isToldToPlay; }
+    /// Whether it is still to come to where it was told to go.
+    bool isOnItsWay() const { return isLoading() || (isLoaded() && m_isPlaying != m_isToldToPlay); }
     /// Whether it has come to rest at a picture.
     bool stands() const { return isLoaded() && !m_isPlaying && !m_isToldToPlay; }
 

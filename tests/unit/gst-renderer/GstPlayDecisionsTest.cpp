@@ -212,6 +212,41 @@ private Q_SLOTS:
         QVERIFY(!state.stands());
     }
 
+    void knowsWhetherItIsOnItsWay_data()
+    {
+        QTest::addColumn<QString>("events");
+        QTest::addColumn<bool>("expected");
+        const auto row = [](const char *name, const char *events, bool expected) {
+            QTest::newRow(name) << QString::fromLatin1(events) << expected;
+        };
+        row("without an item", "unload", false);
+        row("loading", "load", true);
+        row("loading to pause", "load paused", true);
+        row("paused at the start", "load paused|prerolled", false);
+        row("to its first picture in motion", "load|prerolled", true);
+        row("playing", "load|prerolled|plays", false);
+        row("to a pause", "load|prerolled|plays|pause", true);
+        row("paused", "load|prerolled|plays|pause|stands", false);
+        row("on from a pause", "load paused|prerolled|resume", true);
+        row("held back by its buffer", "load|prerolled|plays|40", true);
+        row("waiting for its buffer", "load|prerolled|plays|40|stands", false);
+        row("with another pipeline", "load|prerolled|plays|reload", true);
+        row("at the end of a way", "load|prerolled|plays|pause|end", false);
+        row("unloaded on its way", "load|prerolled|unload", false);
+    }
+
+    void knowsWhetherItIsOnItsWay()
+    {
+        QFETCH(QString, events);
+        PlayState state;
+        const QStringList course = events.split(QLatin1Char('|'));
+        for (const QString &event : course) {
+            happen(state, event);
+            state.order();
+        }
+        QTEST(state.isOnItsWay(), "expected");
+    }
+
     void tellsNewsOfBufferAndPolicy()
     {
         PlayState state;
