@@ -58,6 +58,14 @@ void RemotePlayer::connectTransport()
         if (epoch == m_epoch)
             m_progress.takePosition(seconds);
     });
+    connect(transport, &RemoteTransport::seeked, this, [this](quint64 epoch, double seconds, int settling) {
+        if (epoch == m_epoch)
+            m_progress.takeSeek(seconds, settling);
+    });
+    connect(transport, &RemoteTransport::begun, this, [this](quint64 epoch, double seconds) {
+        if (epoch == m_epoch)
+            m_progress.takeBeginning(seconds);
+    });
     connect(transport, &RemoteTransport::durationReported, this, [this](quint64 epoch, double seconds) {
         if (epoch == m_epoch && m_progress.takeDuration(seconds) && seconds >= 0)
             Q_EMIT fact(epoch, QStringLiteral("duration"), {int(std::lround(seconds))});
@@ -306,7 +314,7 @@ void RemotePlayer::reachedPlaying()
         if (!std::exchange(m_pauseSent, true))
             m_transport->pause();
         m_loaded = true;
-        m_progress.setMotion(Motion::Waiting);
+        m_progress.setMotion(Motion::Pausing);
         return;
     }
     m_pauseWanted = false;

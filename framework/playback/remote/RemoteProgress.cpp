@@ -33,6 +33,7 @@ RemoteProgress::RemoteProgress(RemoteTransport &transport, Pause pause)
     : m_transport(transport)
     , m_pause(std::move(pause))
 {
+    transport.setProgress(&m_item);
     for (QTimer *timer : {&m_pollTimer, &m_pauseTimer, &m_waiting.timer}) {
         timer->setSingleShot(true);
         timer->setTimerType(Qt::PreciseTimer);
@@ -46,11 +47,8 @@ void RemoteProgress::begin(bool isAlive)
 {
     m_motion = Motion::None;
     m_life.begin(isAlive);
-    m_duration = -1;
-    m_position.setRunning(false);
-    m_position.moveTo(0);
+    m_item.begin();
     m_known = false;
-    m_seek.forget();
     move();
     answerWaiting();
 }
@@ -61,24 +59,23 @@ void RemoteProgress::setMotion(Motion motion)
     if (motion == Motion::Paused && !isPaused())
         m_known = false;
     m_motion = motion;
-    m_position.setRunning(motion == Motion::Playing);
+    m_item.setRunning(motion == Motion::Playing || motion == Motion::Pausing);
     if (motion == Motion::Playing)
         m_life.notePlaying();
-    else if (motion == Motion::Waiting)
+    else if (motion == Motion::Waiting || motion == Motion::Pausing)
         m_life.noteFallingBack();
     move();
 }
 
 void RemoteProgress::setRate(double rate)
 {
-    m_position.setRate(rate);
+    m_item.setRate(rate);
     move();
 }
 
 void RemoteProgress::beginSeek(double seconds)
 {
-    m_seek.begin(seconds);
-    m_position.moveTo(seconds);
+    m_item.seekTo(seconds);
     m_known = true;
     m_lastReport.start();
     move();
@@ -89,21 +86,25 @@ void RemoteProgress::takePosition(double seconds)
     if (m_motion == Motion::None)
         return;
     m_life.notePosition(seconds);
-    const std::optional<double> settled = m_seek.settle(seconds, m_position.now(), isPaused());
-    if (!settled)
+    if (!m_item.take(seconds, isPaused()))
         return;
-    m_position.moveTo(*settled);
     m_known = true;
     m_lastReport.start();
     move();
     answerWaiting();
 }
 
+void RemoteProgress::takeSeek(double seconds, int settling)
+{
+    takePosition(seconds);
+    m_item.confirmSeek(seconds, settling);
+}
+
 bool RemoteProgress::takeDuration(double seconds)
 {
-    if (seconds == m_duration)
+    if (seconds == duration())
         return false;
-    m_duration = seconds;
+    m_item.setDuration(seconds);
     m_life.noteDuration(seconds);
     schedulePoll();
     return true;
@@ -129,13 +130,13 @@ bool RemoteProgress::checkPausePoint()
 {
     if (!m_pauseAt || (m_motion != Motion::Playing && !isPaused()))
         return false;
-    const double wait = 1000 * (double(*m_pauseAt) - m_position.now());
+    const double wait = 1000 * (double(*m_pauseAt) - now());
     if (wait <= 0) {
         m_pauseAt.reset();
         return isPaused() || m_pause();
     }
-    if (m_position.isRunning() && m_position.rate() > 0 && wait < LongestTimer)
-        m_pauseTimer.start(int(std::ceil(wait / m_position.rate() + Behind)));
+    if (m_item.isRunning() && m_item.rate() > 0 && wait < LongestTimer)
+        m_pauseTimer.start(int(std::ceil(wait / m_item.rate() + Behind)));
     return false;
 }
 
@@ -164,7 +165,7 @@ void RemoteProgress::answer(Engine::PositionAnswer answer)
     }
     if (isPositionKnown()) {
         schedulePoll();
-        tellLater(answer, m_duration > 0 ? std::min(m_position.now(), m_duration) : m_position.now());
+        tellLater(answer, duration() > 0 ? std::min(now(), duration()) : now());
         return;
     }
     m_waiting.answers.append(std::move(answer));
@@ -178,7 +179,7 @@ void RemoteProgress::answer(Engine::PositionAnswer answer)
 void RemoteProgress::answerWaiting()
 {
     m_waiting.timer.stop();
-    const double position = m_motion == Motion::None ? 0 : m_position.now();
+    const double position = m_motion == Motion::None ? 0 : now();
     const auto answers = std::exchange(m_waiting.answers, {});
     for (const auto &answer : answers)
         tellLater(answer, position);
@@ -198,7 +199,7 @@ bool RemoteProgress::isPositionKnown() const
 bool RemoteProgress::isPositionWanted() const
 {
     return isWithin(m_lastAsked, Interest) || m_pauseAt
-        || (m_duration > 0 && 1000 * (m_duration - m_position.now()) <= NearEnd);
+        || (duration() > 0 && 1000 * (duration() - now()) <= NearEnd);
 }
 
 void RemoteProgress::schedulePoll()
@@ -212,8 +213,8 @@ void RemoteProgress::schedulePoll()
 /// Milliseconds until the player is to be asked; none: there is no need.
 std::optional<qint64> RemoteProgress::timeToPoll() const
 {
-    if (isPaused() && m_seek.isUnderWay(true))
-        return m_seek.settleTime();
+    if (isPaused() && m_item.seek().isUnderWay(true))
+        return m_item.seek().settleTime();
     if (m_motion != Motion::Playing)
         return std::nullopt;
     const qint64 sincePoll = m_lastPoll.isValid() ? m_lastPoll.elapsed() : PollInterval;
@@ -221,9 +222,9 @@ std::optional<qint64> RemoteProgress::timeToPoll() const
         return PollInterval - sincePoll;
     if (m_life.isUnknown())
         return PollInterval - std::min(sincePoll, m_life.age());
-    if (m_duration > 0 && m_position.rate() > 0) {
-        const double left = 1000 * (m_duration - m_position.now()) - NearEnd;
-        return qint64(std::min(LongestTimer, left / m_position.rate() + 1));
+    if (duration() > 0 && m_item.rate() > 0) {
+        const double left = 1000 * (duration() - now()) - NearEnd;
+        return qint64(std::min(LongestTimer, left / m_item.rate() + 1));
     }
     return std::nullopt;
 }

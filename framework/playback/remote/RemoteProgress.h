@@ -2,8 +2,7 @@
 #pragma once
 
 #include "Engine.h"
-#include "RemotePosition.h"
-#include "SeekInFlight.h"
+#include "ItemProgress.h"
 #include "SignsOfLife.h"
 
 #include <QElapsedTimer>
@@ -25,6 +24,7 @@ public:
     enum class Motion {
         None, ///< the player has no item of ours
         Waiting, ///< it has one, which is held up
+        Pausing, ///< it plays one that it is to pause before that is shown
         Playing,
         Paused,
     };
@@ -41,14 +41,17 @@ public:
     /// The player was sent there.
     void beginSeek(double seconds);
     /// What it was told last it has refused.
-    void giveUpSeek() { m_seek.giveUp(); }
+    void giveUpSeek() { m_item.giveUpSeek(); }
     void takePosition(double seconds);
+    /// As RemoteTransport::seeked() and begun().
+    void takeSeek(double seconds, int settling);
+    void takeBeginning(double seconds) { m_item.setPassed(seconds); }
     /// Below 0: not known. True: that is news.
     bool takeDuration(double seconds);
     void setPauseAt(std::optional<uint> seconds);
 
-    double now() const { return m_position.now(); }
-    double duration() const { return m_duration; }
+    double now() const { return m_item.now(); }
+    double duration() const { return m_item.duration(); }
     /// Whether it is to pause before that position.
     bool pausesBefore(double seconds) const { return m_pauseAt && *m_pauseAt <= seconds; }
     SignsOfLife &life() { return m_life; }
@@ -73,9 +76,7 @@ private:
     const Pause m_pause;
     Motion m_motion = Motion::None;
     SignsOfLife m_life;
-    RemotePosition m_position;
-    SeekInFlight m_seek;
-    double m_duration = -1; ///< seconds; -1: not known
+    ItemProgress m_item;
     bool m_known = false;
     std::optional<uint> m_pauseAt;
     QElapsedTimer m_lastReport;

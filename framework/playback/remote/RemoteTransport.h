@@ -9,11 +9,14 @@
 #include <QObject>
 #include <QVariant>
 
+class ItemProgress;
+
 /// A player outside of this process, as its protocol lets it be driven: one item at a time.
 ///
-/// A transport knows one protocol and its players' quirks; what is played next, repeat, auto-advance, pauseAt
-/// and everything else that a playlist needs is the business of the renderer above it. GUI thread; nothing
-/// here blocks, and every signal comes from the event loop, never from within a call.
+/// A transport knows one protocol and its players' quirks; where the item is by what it reports is kept above it, and
+/// what is played next, repeat, auto-advance, pauseAt and everything else that a playlist needs is the business of the
+/// renderer above that. GUI thread; nothing here blocks, and every signal comes from the event loop, never from within a
+/// call.
 ///
 /// Each item has the epoch of its load() (1 and up). A report about an item carries the epoch that the
 /// transport takes to be in the player: that of the last load() that the player accepted, or 0 for what another
@@ -71,6 +74,11 @@ public:
     /// Asks the player once; ends with positionReported() or, when the player does not answer, with nothing.
     virtual void askPosition() = 0;
 
+    /// How far the item in play has come by what was reported of it: for the judgement of what the player says. Given
+    /// by whoever listens to the reports, before the first one, and not owned.
+    void setProgress(const ItemProgress *progress) { m_progress = progress; }
+    const ItemProgress &progress() const { return *m_progress; }
+
 Q_SIGNALS:
     void stateReported(quint64 epoch, KelvoRenderer::State state);
     /// The item is at its end, for certain.
@@ -85,6 +93,11 @@ Q_SIGNALS:
     /// Seconds with their fraction, true at the time of the report. Also without being asked, for instance when
     /// somebody else seeks.
     void positionReported(quint64 epoch, double seconds);
+    /// The player has taken a seek to that second, ours or somebody else's. For so many milliseconds more it may tell
+    /// other positions, which are not true.
+    void seeked(quint64 epoch, double seconds, int settling);
+    /// The item has played for so many seconds already, whatever the player says of its position.
+    void begun(quint64 epoch, double seconds);
     /// Seconds; below 0: not known.
     void durationReported(quint64 epoch, double seconds);
     /// As KelvoRenderer::metadataChanged(), but for "duration".
@@ -95,4 +108,7 @@ Q_SIGNALS:
     void volumeReported(int volume);
     void rateReported(double rate);
     void nameReported(const QString &name);
+
+private:
+    const ItemProgress *m_progress = nullptr;
 };

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <QDeadlineTimer>
 #include <QElapsedTimer>
 
 #include <algorithm>
@@ -14,6 +15,8 @@ public:
     /// Milliseconds. While it is paused there is no hurry to know better.
     static constexpr qint64 SeekTime = 700;
     static constexpr qint64 PausedSeekTime = 3000;
+    /// Seconds. What the player tells is farther away from the target than this as long as it is not there.
+    static constexpr double Tolerance = 1.5;
 
     void begin(double target)
     {
@@ -21,25 +24,28 @@ public:
         m_arrived = false;
         m_since.start();
     }
-    /// The item is left.
-    void forget()
+    /// The player refused.
+    void giveUp()
     {
         m_since.invalidate();
-        m_target.reset();
+        m_settling = {};
     }
-    /// The player refused.
-    void giveUp() { m_since.invalidate(); }
-
+    /// The player has taken it, and for so many milliseconds may tell any position.
+    void settleFor(int milliseconds) { m_settling.setRemainingTime(milliseconds, Qt::PreciseTimer); }
+    /// Whether that lasts.
+    bool isSettling() const { return !m_settling.hasExpired(); }
     /// Whether the player may not yet have arrived.
     bool isUnderWay(bool isPaused) const
     {
-        return isWithin(SeekTime) || (isPaused && !m_arrived && isWithin(PausedSeekTime));
+        return isWithin(SeekTime) || (isPaused && !m_arrived && isRecent());
     }
+    /// Whether a player that has not been seen at the target may yet come there.
+    bool isRecent() const { return isWithin(PausedSeekTime); }
     /// Where the player is, by what it tells and what was expected of it; none: it tells of where it came from.
     std::optional<double> settle(double told, double expected, bool isPaused)
     {
         const bool isNear = std::abs(told - expected) <= Tolerance;
-        if (isUnderWay(isPaused) && !isNear)
+        if ((isSettling() || isUnderWay(isPaused)) && !isNear)
             return std::nullopt;
         m_arrived = m_arrived || isNear;
         // Players go to the beginning of the piece of media that holds the second.
@@ -59,13 +65,12 @@ public:
     }
 
 private:
-    // Seconds.
-    static constexpr double Tolerance = 1.5; ///< farther away is where it came from
-    static constexpr double PieceOfMedia = 0.3;
+    static constexpr double PieceOfMedia = 0.3; ///< seconds
 
     bool isWithin(qint64 milliseconds) const { return m_since.isValid() && m_since.elapsed() < milliseconds; }
 
     QElapsedTimer m_since;
+    QDeadlineTimer m_settling;
     bool m_arrived = true;
     std::optional<double> m_target; ///< until it plays on from there
 };

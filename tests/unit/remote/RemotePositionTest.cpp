@@ -16,6 +16,7 @@ private Q_SLOTS:
     void staleReportAfterASeekIsIgnored();
     void lateSeekIsWaitedForWhilePaused();
     void aimIsKeptWhileThePlayerSettles();
+    void takenSeekIsHeldWhileThePlayerSettles();
     void pausesBetweenPolls();
     void doesNotAskWhilePaused();
     void refinedLengthIsToldWhenItsSecondsChange();
@@ -125,6 +126,26 @@ void RemotePositionTest::aimIsKeptWhileThePlayerSettles()
     say(Paused);
     Q_EMIT m_transport->positionReported(m_transport->epoch(), 7.9);
     QCOMPARE(position(), 8.0);
+}
+
+void RemotePositionTest::takenSeekIsHeldWhileThePlayerSettles()
+{
+    playing();
+    m_renderer->setPosition(50, KelvoRenderer::SeekAbsolute);
+    flush();
+    QVERIFY(waitMs(600)); // The player takes its time.
+    Q_EMIT m_transport->seeked(m_transport->epoch(), 50, 1000);
+    QVERIFY(waitMs(200));
+    Q_EMIT m_transport->positionReported(m_transport->epoch(), 0);
+    QVERIFY(position() >= 50);
+    QVERIFY(waitMs(850));
+    Q_EMIT m_transport->positionReported(m_transport->epoch(), 0);
+    QVERIFY(position() < 5);
+    // What somebody else does counts at once, and so does what the player says then.
+    Q_EMIT m_transport->seeked(m_transport->epoch(), 30, 0);
+    QVERIFY(position() >= 30);
+    Q_EMIT m_transport->positionReported(m_transport->epoch(), 20);
+    QVERIFY(position() < 25);
 }
 
 void RemotePositionTest::pausesBetweenPolls()
