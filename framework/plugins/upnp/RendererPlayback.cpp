@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "RendererPlayback.h"
 
+#include "ItemProgress.h"
 #include "RemoteUrl.h"
 #include "RendererRequests.h"
 #include "UpnpText.h"
@@ -60,9 +61,10 @@ KelvoMediaInfo foreignItem(const Answer &mediaInfo)
 }
 } // namespace
 
-RendererPlayback::RendererPlayback(
-    const RendererRequests *requests, RendererWishes *wishes, const Patience &patience)
-    : m_requests(requests)
+RendererPlayback::RendererPlayback(const RemoteTransport *transport, const RendererRequests *requests,
+    RendererWishes *wishes, const Patience &patience)
+    : m_transport(transport)
+    , m_requests(requests)
     , m_wishes(wishes)
     , m_patience(patience)
     , m_change(patience.retry, patience.change)
@@ -83,7 +85,7 @@ void RendererPlayback::prepare(bool isStopSent)
     m_start.reset(isStopSent);
     m_inDevice.setAddressGone(false);
     m_duration.reset();
-    m_position.reset();
+    m_told.reset();
     m_proof.end();
     m_stoppedEpoch.reset();
     m_change.end();
@@ -154,8 +156,7 @@ void RendererPlayback::seekAccepted(double seconds)
 {
     if (!m_epoch || isLoading())
         return;
-    m_position.seekTo(seconds);
-    Q_EMIT positionReported(*m_epoch, seconds);
+    Q_EMIT seeked(*m_epoch, seconds, m_patience.seek);
 }
 
 void RendererPlayback::endBefore()
@@ -243,7 +244,8 @@ void RendererPlayback::hearDuration(const QString &text, bool isAnswer)
     if (!m_epoch || isLoading())
         return;
     const double duration = UpnpText::parseTime(text).value_or(-1);
-    if (m_duration.take(duration, m_position.now() < earlyStop, isAnswer && m_start.hasBegunWithin(stale)))
+    const bool isAtStart = m_transport->progress().now() < earlyStop;
+    if (m_duration.take(duration, isAtStart, isAnswer && m_start.hasBegunWithin(stale)))
         Q_EMIT durationReported(*m_epoch, m_duration.seconds());
 }
 
@@ -320,8 +322,8 @@ void RendererPlayback::itemStarted(State state)
 bool RendererPlayback::isUnproven() const
 {
     const bool isInPlay = m_state == KelvoRenderer::Playing || m_state == KelvoRenderer::Paused;
-    return isInPlay && isOurs() && !m_inDevice.isAddressGone() && !m_position.hasMoved()
-        && !m_duration.isKnown() && m_start.hasBegunWithin(m_patience.proof);
+    return isInPlay && isOurs() && !m_inDevice.isAddressGone() && !m_told.hasMoved() && !m_duration.isKnown()
+        && m_start.hasBegunWithin(m_patience.proof);
 }
 
 /// It may still be on its way from the item before to this one, or it cannot play it.
@@ -333,7 +335,6 @@ void RendererPlayback::doubtStart()
     }
     m_proof.endProgress();
     m_state = KelvoRenderer::Transitioning;
-    m_position.run(false);
     expect(KelvoRenderer::Playing);
     Q_EMIT stateReported(*m_epoch, KelvoRenderer::Transitioning);
 }
@@ -354,7 +355,7 @@ void RendererPlayback::askForProof()
 
 void RendererPlayback::judgeProgress()
 {
-    if (m_position.hasMoved() || !isOurs())
+    if (m_told.hasMoved() || !isOurs())
         return;
     if (m_state == KelvoRenderer::Playing) {
         m_wishes->judgeProgress = true;
@@ -370,7 +371,6 @@ void RendererPlayback::enterState(State state)
     if (state == m_state && !(m_change.isStopping() && state == KelvoRenderer::Stopped))
         return;
     m_state = state;
-    m_position.run(state == KelvoRenderer::Playing);
     Q_EMIT stateEntered();
     if (state == KelvoRenderer::Stopped) {
         m_change.setStopping(false);
@@ -400,7 +400,7 @@ void RendererPlayback::finishItem()
         Q_EMIT stateReported(epoch, KelvoRenderer::Stopped);
         return;
     }
-    const RemoteTransport::Stop stop{m_position.now(), m_duration.seconds(), earlyStop};
+    const RemoteTransport::Stop stop{m_transport->progress().now(), m_duration.seconds(), earlyStop};
     if (!stop.isEnd())
         m_stoppedEpoch = epoch;
     // Short ones may end before anybody has asked where they are: that it has moved is to be known first.
@@ -459,7 +459,6 @@ void RendererPlayback::becomeForeign(const KelvoMediaInfo &info)
     prepare(false);
     m_inDevice.forgetItemsBefore();
     m_epoch = 0;
-    m_position.run(m_state == KelvoRenderer::Playing);
     Q_EMIT replaced(info);
     // Once what is known of the item has been told.
     QMetaObject::invokeMethod(
@@ -491,16 +490,17 @@ void RendererPlayback::positionAnswered(const Answer &answer)
     const auto position = UpnpText::parseTime(answer.values.value("RelTime"));
     if (!position)
         return;
-    m_position.note(*position);
+    const ItemProgress &progress = m_transport->progress();
+    const bool isDoubted = m_told.take(*position, m_duration.seconds(), progress);
     const bool isPlaying = m_state == KelvoRenderer::Playing;
-    if (isJudged && !m_position.hasMoved() && isPlaying) {
+    if (isJudged && !m_told.hasMoved() && isPlaying) {
         fail(KelvoError::Stalled,
             QStringLiteral("%1 says that it plays but does not move on")
                 .arg(m_requests->link()->deviceName()));
         m_wishes->stop = true;
         return;
     }
-    if (m_position.take(*position, m_duration.seconds(), m_patience.seek) && isPlaying)
+    if (isDoubted && isPlaying)
         m_wishes->knowState = true;
-    Q_EMIT positionReported(*m_epoch, m_position.now());
+    Q_EMIT positionReported(*m_epoch, m_told.isFallDoubted() ? progress.now() : *position);
 }

@@ -3,7 +3,6 @@
 
 #include "ItemDuration.h"
 #include "ItemInDevice.h"
-#include "ItemPosition.h"
 #include "ItemStart.h"
 #include "KelvoError.h"
 #include "KelvoMediaInfo.h"
@@ -11,6 +10,7 @@
 #include "RemoteTransport.h"
 #include "RendererWishes.h"
 #include "StateChange.h"
+#include "ToldPosition.h"
 
 #include <QVariant>
 
@@ -34,7 +34,7 @@ public:
     /// Milliseconds.
     struct Patience
     {
-        int seek = 1000; ///< so long the target counts as the position, because devices answer 0 for a while
+        int seek = 1000; ///< so long the target of a seek counts: devices answer 0 for a while
         int start = 2000; ///< until an accepted item must play
         int retry = 300; ///< until an accepted item that does not play is started again
         int change = 3000; ///< until a device must be in the state that it accepted to go to
@@ -43,9 +43,11 @@ public:
         int progress = 10'000; ///< until the position of what plays must have moved on
     };
 
-    /// @param requests  describes failures
-    /// @param wishes    of the item in play; both live longer than this
-    RendererPlayback(const RendererRequests *requests, RendererWishes *wishes, const Patience &patience);
+    /// @param transport  knows the progress of the item
+    /// @param requests   describes failures
+    /// @param wishes     of the item in play; all live longer than this
+    RendererPlayback(const RemoteTransport *transport, const RendererRequests *requests,
+        RendererWishes *wishes, const Patience &patience);
 
     State state() const { return m_state; }
     /// Of the item in the device, 0 for somebody else's; nothing: nothing that anybody is to hear of.
@@ -71,7 +73,6 @@ public:
     void stopEnded() { m_change.setStopping(false); }
     void expect(State state);
     void seekAccepted(double seconds);
-    void setRate(double rate) { m_position.setRate(rate); }
     /// The item was to go on behind its end.
     void endBefore();
     /// Once more, if anybody is to hear of what is in the device.
@@ -90,6 +91,7 @@ Q_SIGNALS:
     void stopped(quint64 epoch, const RemoteTransport::Stop &stop);
     void failed(quint64 epoch, KelvoError::Code code, const QString &message);
     void positionReported(quint64 epoch, double seconds);
+    void seeked(quint64 epoch, double seconds, int settling);
     void durationReported(quint64 epoch, double seconds);
     void fact(quint64 epoch, const QString &key, const QList<QVariant> &values);
     void replaced(const KelvoMediaInfo &item);
@@ -116,6 +118,7 @@ private:
     void becomeForeign(const KelvoMediaInfo &info);
     void fail(KelvoError::Code code, const QString &message);
 
+    const RemoteTransport *const m_transport;
     const RendererRequests *const m_requests;
     RendererWishes *const m_wishes;
     const Patience m_patience;
@@ -126,6 +129,6 @@ private:
     ItemInDevice m_inDevice;
     ItemStart m_start;
     ItemDuration m_duration;
-    ItemPosition m_position;
+    ToldPosition m_told;
     PlayingProof m_proof;
 };

@@ -22,7 +22,7 @@ Upnp::Call transportCall(
 UpnpTransport::UpnpTransport(std::unique_ptr<RendererLink> link, const Patience &patience)
     : m_requests(std::move(link))
     , m_volume(&m_requests)
-    , m_playback(&m_requests, &m_wishes, patience)
+    , m_playback(this, &m_requests, &m_wishes, patience)
 {
     const RendererLink *device = m_requests.link();
     connect(device, &RendererLink::reported, this, &UpnpTransport::hear);
@@ -54,6 +54,7 @@ void UpnpTransport::connectReports()
     connect(playback, &RendererPlayback::stopped, this, &UpnpTransport::stopped, queued);
     connect(playback, &RendererPlayback::failed, this, &UpnpTransport::failed, queued);
     connect(playback, &RendererPlayback::positionReported, this, &UpnpTransport::positionReported, queued);
+    connect(playback, &RendererPlayback::seeked, this, &UpnpTransport::seeked, queued);
     connect(playback, &RendererPlayback::durationReported, this, &UpnpTransport::durationReported, queued);
     connect(playback, &RendererPlayback::fact, this, &UpnpTransport::fact, queued);
     connect(playback, &RendererPlayback::replaced, this, &UpnpTransport::replaced, queued);
@@ -187,7 +188,6 @@ void UpnpTransport::sendPlay()
         transportCall("Play", {{"Speed", speed}}), [this, epoch = m_item.epoch](const Answer &answer) {
             m_playback.playAnswered(answer, epoch == m_item.epoch);
         });
-    m_playback.setRate(UpnpText::parseSpeed(speed).value_or(1));
 }
 
 void UpnpTransport::sendPaused()
@@ -278,7 +278,6 @@ void UpnpTransport::sendRate()
             m_requests.trouble("Play", answer);
             return;
         }
-        m_playback.setRate(rate);
         m_wishes.knowState = true;
         tellRate(rate);
     });

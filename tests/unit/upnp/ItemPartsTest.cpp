@@ -2,10 +2,11 @@
 // What is kept of an item in a device: whose it is, how long it is, where it is, and how it began.
 #include "ItemDuration.h"
 #include "ItemInDevice.h"
-#include "ItemPosition.h"
+#include "ItemProgress.h"
 #include "ItemStart.h"
 #include "KelvoTestCase.h"
 #include "TestGroup.h"
+#include "ToldPosition.h"
 
 #include <QTest>
 
@@ -24,6 +25,7 @@ private Q_SLOTS:
     void trackIsDoubtfulUntilItIsOurs();
     void fallIsTakenTheSecondTime();
     void positionPastTheEndIsDoubtful();
+    void refusedSeekIsNoFall();
     void eventsBeforeTheAnswerAreOfTheTrackNamedLast();
     void eachWayOutIsTriedOnce();
 };
@@ -94,22 +96,43 @@ void ItemPartsTest::trackIsDoubtfulUntilItIsOurs()
 
 void ItemPartsTest::fallIsTakenTheSecondTime()
 {
-    ItemPosition position;
-    QVERIFY(!position.take(8, 10, 1000));
-    QVERIFY(position.take(0, 10, 1000));
-    QCOMPARE(position.now(), 8.0);
-    QVERIFY(position.take(0, 10, 1000));
-    QCOMPARE(position.now(), 0.0);
+    ItemProgress progress;
+    ToldPosition position;
+    QVERIFY(!position.take(8, 10, progress));
+    QVERIFY(!position.isFallDoubted());
+    progress.take(8, false);
+    QVERIFY(position.take(0, 10, progress));
+    QVERIFY(position.isFallDoubted());
+    QVERIFY(position.take(0, 10, progress));
+    QVERIFY(!position.isFallDoubted());
 }
 
 void ItemPartsTest::positionPastTheEndIsDoubtful()
 {
-    ItemPosition position;
-    QVERIFY(!position.take(11, -1, 1000));
-    QVERIFY(position.take(11.5, 10, 1000));
-    position.seekTo(3);
-    QVERIFY(!position.take(0, 10, 1000)); // the seek explains it
-    QCOMPARE(position.now(), 3.0);
+    ItemProgress progress;
+    ToldPosition position;
+    QVERIFY(!position.take(11, -1, progress));
+    progress.take(11, false);
+    QVERIFY(position.take(11.5, 10, progress));
+    progress.take(3, false);
+    progress.confirmSeek(3, 1000);
+    QVERIFY(!position.take(0, 10, progress)); // the seek explains it
+    QVERIFY(!position.isFallDoubted());
+    QVERIFY(!progress.take(0, false));
+    QCOMPARE(progress.now(), 3.0);
+}
+
+void ItemPartsTest::refusedSeekIsNoFall()
+{
+    ItemProgress progress;
+    ToldPosition position;
+    progress.take(8, false);
+    progress.seekTo(60);
+    QVERIFY(!position.take(8, 100, progress)); // on its way
+    progress.giveUpSeek();
+    QVERIFY(!position.take(8, 100, progress));
+    QVERIFY(progress.take(8, false));
+    QVERIFY(position.take(0, 100, progress));
 }
 
 void ItemPartsTest::eventsBeforeTheAnswerAreOfTheTrackNamedLast()

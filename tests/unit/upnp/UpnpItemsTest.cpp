@@ -2,6 +2,7 @@
 // Which item it is that a device tells of: the one that it was given last, the one before, or one that it cannot play.
 #include "FakeRendererLink.h"
 #include "KelvoTestCase.h"
+#include "ReportedProgress.h"
 #include "TestGroup.h"
 #include "UpnpTransport.h"
 
@@ -61,6 +62,7 @@ private:
 
     FakeRendererLink *m_link = nullptr;
     std::unique_ptr<UpnpTransport> m_transport;
+    std::unique_ptr<ReportedProgress> m_progress;
     QList<Told> m_told;
     std::unique_ptr<QSignalSpy> m_ended;
     std::unique_ptr<QSignalSpy> m_failed;
@@ -79,6 +81,7 @@ void UpnpItemsTest::init()
     patience.proof = 2500;
     m_transport = std::make_unique<UpnpTransport>(std::move(link), patience);
     UpnpTransport *transport = m_transport.get();
+    m_progress = std::make_unique<ReportedProgress>(transport);
     m_told.clear();
     connect(transport, &RemoteTransport::stateReported, transport,
         [this](quint64 epoch, KelvoRenderer::State state) {

@@ -3,6 +3,7 @@
 #include "UpnpTransport.h"
 #include "FakeRendererLink.h"
 #include "KelvoTestCase.h"
+#include "ReportedProgress.h"
 #include "TestGroup.h"
 
 #include <QSignalSpy>
@@ -58,6 +59,7 @@ private:
 
     FakeRendererLink *m_link = nullptr;
     std::unique_ptr<UpnpTransport> m_transport;
+    std::unique_ptr<ReportedProgress> m_progress;
     std::unique_ptr<QSignalSpy> m_states;
     std::unique_ptr<QSignalSpy> m_ended;
     std::unique_ptr<QSignalSpy> m_failed;
@@ -79,6 +81,7 @@ void UpnpTransportTest::init()
     patience.progress = 100;
     m_transport = std::make_unique<UpnpTransport>(std::move(link), patience);
     UpnpTransport *transport = m_transport.get();
+    m_progress = std::make_unique<ReportedProgress>(transport);
     m_states = std::make_unique<QSignalSpy>(transport, &RemoteTransport::stateReported);
     m_ended = std::make_unique<QSignalSpy>(transport, &RemoteTransport::ended);
     // As the layer above judges it.
@@ -370,17 +373,19 @@ void UpnpTransportTest::somebodyLetsTheItemPlayAgain()
 
 void UpnpTransportTest::seeksAreCoalescedAndHeld()
 {
+    QSignalSpy seeks(m_transport.get(), &RemoteTransport::seeked);
     playItem();
     for (int second = 1; second <= 50; ++second)
         m_transport->seek(second);
-    QTRY_VERIFY(!m_positions->isEmpty() && m_positions->constLast().at(1).toDouble() == 50);
+    QTRY_VERIFY(!seeks.isEmpty() && seeks.constLast().at(1).toDouble() == 50);
+    QCOMPARE(seeks.constLast().at(2).toInt(), UpnpTransport::Patience().seek);
     QCOMPARE(m_link->count("Seek"), 2);
     QCOMPARE(m_link->calls.constLast().in.at(2).second, QStringLiteral("0:00:50"));
     m_link->position = QStringLiteral("0:00:00");
     m_transport->askPosition();
     m_positions->clear();
     QTRY_COMPARE(m_positions->size(), 1);
-    QVERIFY(m_positions->at(0).at(1).toDouble() >= 50);
+    QVERIFY(m_progress->item.now() >= 50);
 }
 
 void UpnpTransportTest::seekPastAnUnknownEndEndsTheItem()
