@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "MprisTransport.h"
 
+#include "ItemProgress.h"
 #include "RemoteUrl.h"
 
 #include <QDBusObjectPath>
@@ -20,6 +21,8 @@ constexpr int SignalTime = 5;
 constexpr int SeekTime = 200;
 /// A player may say for so long that it still plays what was stopped.
 constexpr qint64 StoppingTime = 1000;
+/// Of what has no known end it is one.
+constexpr RemoteTransport::Stop atEnd{};
 } // namespace
 
 MprisTransport::MprisTransport(
@@ -36,10 +39,7 @@ MprisTransport::MprisTransport(
     connect(&m_questions, &MprisQuestions::unanswered, this, &MprisTransport::takeSilence);
     connect(&m_settings, &MprisSettings::changed, &m_questions, &MprisQuestions::ask);
     connect(&m_settings, &MprisSettings::volumeReported, this, &MprisTransport::volumeReported);
-    connect(&m_settings, &MprisSettings::rateReported, this, [this](double rate) {
-        m_position.setRate(rate);
-        Q_EMIT rateReported(rate);
-    });
+    connect(&m_settings, &MprisSettings::rateReported, this, &MprisTransport::rateReported);
     // Whoever made this wants to listen first.
     QMetaObject::invokeMethod(
         this, [this] { take(MprisSnapshot(m_last)); }, Qt::QueuedConnection);
@@ -59,7 +59,6 @@ void MprisTransport::load(const Item &item)
     m_phase = Phase::Opening;
     m_epoch = item.epoch;
     m_opening.begin(item, m_last.track.url);
-    m_position.reset();
     m_untitled.clear();
     const quint64 epoch = item.epoch;
     m_calls.command(
@@ -108,14 +107,14 @@ void MprisTransport::seek(double seconds)
     };
     if (m_track.id.isEmpty()) {
         // Without a name for the track there is only the way from here to there.
-        const double way = seconds - m_position.now();
+        const double way = seconds - progress().passed();
         const qlonglong distance = MprisValues::microseconds(std::abs(way)) * (way < 0 ? -1 : 1);
         m_calls.command(QStringLiteral("Seek"), {distance}, settle);
     } else {
         m_calls.command(QStringLiteral("SetPosition"),
             {QVariant::fromValue(QDBusObjectPath(m_track.id)), MprisValues::microseconds(seconds)}, settle);
     }
-    m_position.seekTo(seconds);
+    m_end.moveTo(seconds);
 }
 
 void MprisTransport::rename(const QString &name)
@@ -138,12 +137,12 @@ void MprisTransport::noteSeeked(const QVariant &microseconds)
     if (!place || m_phase != Phase::Following)
         return;
     const double seconds = std::max(0.0, *place);
-    if (m_epoch != 0 && m_position.isLoss(*place)) {
+    if (m_epoch != 0 && m_end.isLoss(*place, progress())) {
         notePositionLost(seconds, true);
         return;
     }
-    m_position.takeSeek(seconds);
-    Q_EMIT positionReported(m_epoch, seconds);
+    m_end.moveTo(seconds);
+    Q_EMIT seeked(m_epoch, seconds, 0);
 }
 
 void MprisTransport::take(const MprisSnapshot &now)
@@ -175,18 +174,18 @@ void MprisTransport::takeOpening(const MprisSnapshot &now, bool hasAdvanced)
     switch (step) {
     case Step::Plays:
         // It plays for as long as it says so, even where it does not say how far it has come.
-        begin(now, KelvoRenderer::Playing, m_opening.playedFor());
+        Q_EMIT begun(m_epoch, m_opening.playedFor());
+        begin(now, KelvoRenderer::Playing);
         break;
     case Step::PlaysUnnoticed:
-        begin(now, KelvoRenderer::Playing, 0);
+        begin(now, KelvoRenderer::Playing);
         break;
     case Step::Pauses:
-        begin(now, KelvoRenderer::Paused, 0);
+        begin(now, KelvoRenderer::Paused);
         break;
     case Step::HasPlayed:
-        begin(now, KelvoRenderer::Playing, 0);
-        m_position.moveToEnd();
-        takeStop(now);
+        begin(now, KelvoRenderer::Playing);
+        takeStop(now, atEnd);
         break;
     case Step::Nudge:
         nudge();
@@ -238,11 +237,11 @@ void MprisTransport::fail(KelvoError::Code code, const QString &message)
     Q_EMIT failed(std::exchange(m_epoch, 0), code, message);
 }
 
-void MprisTransport::begin(const MprisSnapshot &now, KelvoRenderer::State state, double position)
+void MprisTransport::begin(const MprisSnapshot &now, KelvoRenderer::State state)
 {
     m_phase = Phase::Following;
     m_track = now.track;
-    m_position.begin(position);
+    m_end.moveTo(0);
     m_state = KelvoRenderer::Transitioning;
     enter(state);
     tellTrack(now);
@@ -250,7 +249,6 @@ void MprisTransport::begin(const MprisSnapshot &now, KelvoRenderer::State state,
 
 void MprisTransport::enter(KelvoRenderer::State state)
 {
-    m_position.setState(state);
     if (std::exchange(m_state, state) != state)
         Q_EMIT stateReported(m_epoch, state);
 }
@@ -263,19 +261,18 @@ void MprisTransport::takeFollowing(const MprisSnapshot &now)
     else if (m_trustsPosition && now.track.isPresent())
         state = KelvoRenderer::Playing;
     const bool isOther = now.track.isPresent() && m_track.isPresent() && !now.track.isSameAs(m_track);
-    const bool isBackAtRest
-        = now.playbackStatus == KelvoRenderer::Paused && m_position.isBackAfterEnd(now.position.value_or(0));
+    const bool isBackAtRest = now.playbackStatus == KelvoRenderer::Paused
+        && m_end.isBackAfterEnd(now.position.value_or(0), progress());
     if (state == KelvoRenderer::Stopped || (m_epoch != 0 && isBackAtRest)) {
-        takeStop(now);
-    } else if (isOther && m_epoch != 0 && m_position.isHandOver()) {
-        m_position.moveToEnd();
-        takeStop(now); // The player goes on with a list of its own.
+        takeStop(now, MprisEnd::stop(progress()));
+    } else if (isOther && m_epoch != 0 && MprisEnd::isHandOver(progress())) {
+        takeStop(now, atEnd); // The player goes on with a list of its own.
     } else if (isOther) {
         takeReplacement(now);
-    } else if (m_epoch != 0 && now.position && m_position.isLoss(*now.position)) {
+    } else if (m_epoch != 0 && now.position && m_end.isLoss(*now.position, progress())) {
         takeLoss(now);
     } else {
-        m_position.endLoss();
+        m_end.endLoss();
         enter(state);
         tellTrack(now);
     }
@@ -283,40 +280,38 @@ void MprisTransport::takeFollowing(const MprisSnapshot &now)
 
 void MprisTransport::notePositionLost(double seconds, bool isSeek)
 {
-    m_position.noteLoss(seconds, isSeek);
+    m_end.noteLoss(seconds, isSeek);
     m_questions.askIn(LossLook);
 }
 
 void MprisTransport::takeLoss(const MprisSnapshot &now)
 {
     notePositionLost(*now.position, false);
-    switch (m_position.judgeLoss(*now.position)) {
-    case MprisPosition::Loss::End:
-        takeStop(now);
+    switch (m_end.judgeLoss(*now.position, progress())) {
+    case MprisEnd::Loss::End:
+        takeStop(now, MprisEnd::stop(progress()));
         break;
-    case MprisPosition::Loss::Back:
-        m_position.endLoss();
+    case MprisEnd::Loss::Back:
+        m_end.endLoss();
         tellTrack(now);
         break;
-    case MprisPosition::Loss::Lasts:
-        Q_EMIT positionReported(m_epoch, m_position.now());
+    case MprisEnd::Loss::Lasts:
+        Q_EMIT positionReported(m_epoch, progress().passed());
         break;
     }
 }
 
 /// The player is at rest.
-void MprisTransport::takeStop(const MprisSnapshot &now)
+void MprisTransport::takeStop(const MprisSnapshot &now, const Stop &stop)
 {
     m_phase = Phase::Idle;
     m_trustsPosition = false;
     m_looks = 0;
     m_state = KelvoRenderer::Stopped;
-    m_position.setState(m_state);
     if (m_epoch == 0) {
         Q_EMIT stateReported(m_epoch, KelvoRenderer::Stopped);
         return;
     }
-    const Stop stop = m_position.stop();
     if (!stop.isEnd()) {
         Q_EMIT stopped(m_epoch, stop);
         return;
@@ -360,7 +355,6 @@ void MprisTransport::takeReplacement(const MprisSnapshot &now)
     m_phase = Phase::Following;
     m_epoch = 0;
     m_track = now.track;
-    m_position.setDuration(-1);
     m_untitled.clear();
     m_looks = 0;
     Q_EMIT replaced(KelvoMediaInfo({}, now.track.url, now.track.title));
@@ -373,13 +367,11 @@ void MprisTransport::tellTrack(const MprisSnapshot &now)
 {
     if (!now.track.id.isEmpty())
         m_track.id = now.track.id;
-    if (now.track.length > 0) {
-        m_position.setDuration(now.track.length);
+    if (now.track.length > 0)
         Q_EMIT durationReported(m_epoch, now.track.length);
-    }
     if (now.position) {
-        m_position.take(*now.position);
         Q_EMIT positionReported(m_epoch, *now.position);
+        m_end.note(*now.position, progress());
     }
     tell(QStringLiteral("title"), now.track.title);
     tell(QStringLiteral("artist"), now.track.artist);

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "MprisCalls.h"
+#include "MprisEnd.h"
 #include "MprisOpening.h"
-#include "MprisPosition.h"
 #include "MprisQuestions.h"
 #include "MprisSettings.h"
 #include "MprisSnapshot.h"
@@ -55,12 +55,12 @@ private:
     void takeFollowing(const MprisSnapshot &now);
     void takeIdle(const MprisSnapshot &now, bool hasAdvanced);
     void nudge();
-    void begin(const MprisSnapshot &now, KelvoRenderer::State state, double position);
+    void begin(const MprisSnapshot &now, KelvoRenderer::State state);
     void fail(KelvoError::Code code, const QString &message);
     void takeReplacement(const MprisSnapshot &now);
     void notePositionLost(double seconds, bool isSeek);
     void takeLoss(const MprisSnapshot &now);
-    void takeStop(const MprisSnapshot &now);
+    void takeStop(const MprisSnapshot &now, const Stop &stop);
     void enter(KelvoRenderer::State state);
     void tellTrack(const MprisSnapshot &now);
     void tell(const QString &key, const QString &text);
@@ -76,7 +76,7 @@ private:
     MprisOpening m_opening;
     MprisTrack m_track; ///< in play, or played last
     QString m_untitled; ///< id of the track whose title was asked for
-    MprisPosition m_position;
+    MprisEnd m_end;
     bool m_trustsPosition = false; ///< the player says "Stopped" while it plays
     QElapsedTimer m_sinceUnload;
     int m_looks = 0; ///< at a track that may be playing

@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: MIT
+#include "MprisEnd.h"
+
+#include "ItemProgress.h"
+
+#include <algorithm>
+
+namespace {
+// Milliseconds.
+/// So much later comes what a player has to say of a position that is lost: that it was a seek, or the end.
+constexpr qint64 LossTime = 300;
+// Seconds.
+constexpr double NearEnd = 1.5;
+constexpr double ReadAhead = 3;
+constexpr double NearStart = 0.5;
+/// Past its end for so long and still without a position, it has ended.
+constexpr double Overdue = 2;
+
+bool isAtEnd(const ItemProgress &progress)
+{
+    return progress.duration() > 0 && MprisEnd::stop(progress).isEnd();
+}
+} // namespace
+
+void MprisEnd::moveTo(double seconds)
+{
+    m_told = seconds;
+    m_sinceLoss.invalidate();
+}
+
+void MprisEnd::note(double seconds, const ItemProgress &progress)
+{
+    if (!progress.isSeeking() && seconds > 0)
+        m_told = seconds;
+}
+
+RemoteTransport::Stop MprisEnd::stop(const ItemProgress &progress)
+{
+    return {progress.passed(), progress.duration(), NearEnd};
+}
+
+bool MprisEnd::isHandOver(const ItemProgress &progress)
+{
+    return progress.duration() > 0 && progress.passed() >= progress.duration() - ReadAhead;
+}
+
+bool MprisEnd::isLoss(double seconds, const ItemProgress &progress) const
+{
+    const bool isBack = seconds < std::min(m_told, NearStart);
+    return progress.isRunning() && progress.duration() > 0 && !progress.isSeeking() && isBack
+        && progress.passed() >= progress.duration() / 2;
+}
+
+bool MprisEnd::isBackAfterEnd(double seconds, const ItemProgress &progress) const
+{
+    return m_sinceLoss.isValid() && isAtEnd(progress) && seconds < NearStart;
+}
+
+void MprisEnd::noteLoss(double seconds, bool isSeek)
+{
+    if (!m_sinceLoss.isValid()) {
+        m_sinceLoss.start();
+        m_lostAt = seconds;
+        m_isLostBySeek = false;
+    }
+    m_isLostBySeek = m_isLostBySeek || isSeek;
+}
+
+MprisEnd::Loss MprisEnd::judgeLoss(double seconds, const ItemProgress &progress) const
+{
+    const bool playsOn = seconds > m_lostAt && m_sinceLoss.elapsed() >= LossTime;
+    if ((playsOn && isAtEnd(progress) && !m_isLostBySeek)
+        || progress.passed() > progress.duration() + Overdue)
+        return Loss::End;
+    return playsOn ? Loss::Back : Loss::Lasts;
+}
