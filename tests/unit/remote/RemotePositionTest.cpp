@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Where the item in play is, and when the player is asked for that.
+#include "ItemProgress.h"
 #include "RemoteCase.h"
 #include "TestGroup.h"
 
@@ -20,6 +21,8 @@ private Q_SLOTS:
     void pausesBetweenPolls();
     void doesNotAskWhilePaused();
     void refinedLengthIsToldWhenItsSecondsChange();
+    void timeBeforeTheFirstStateCountsForTheTransport();
+    void timeGoesOnUntilThePlayerPauses();
 };
 
 void RemotePositionTest::asksNobodyWhileNobodyWantsToKnow()
@@ -184,6 +187,31 @@ void RemotePositionTest::refinedLengthIsToldWhenItsSecondsChange()
     flush();
     QCOMPARE(m_heard->metadataCount("duration"), 2);
     QCOMPARE(m_heard->metadata("duration"), QVariant(4));
+}
+
+void RemotePositionTest::timeBeforeTheFirstStateCountsForTheTransport()
+{
+    m_renderer->playUri(QUrl("http://media/song"));
+    Q_EMIT m_transport->begun(m_transport->epoch(), 3);
+    say(Playing);
+    QVERIFY(m_transport->progress().passed() >= 3);
+    Q_EMIT m_transport->positionReported(m_transport->epoch(), 0);
+    QVERIFY(m_transport->progress().passed() >= 3);
+    QVERIFY(position() < 2);
+    Q_EMIT m_transport->seeked(m_transport->epoch(), 1, 0);
+    QVERIFY(m_transport->progress().passed() < 2);
+}
+
+// Some never do.
+void RemotePositionTest::timeGoesOnUntilThePlayerPauses()
+{
+    m_renderer->playUri(QUrl("http://media/song"));
+    m_renderer->pause();
+    say(Playing);
+    QVERIFY(m_transport->calls.endsWith(QStringLiteral("pause")));
+    QTRY_VERIFY(m_transport->progress().now() > 0.01);
+    say(Paused);
+    QVERIFY(!m_transport->progress().isRunning());
 }
 } // namespace
 
