@@ -9,19 +9,19 @@
 
 namespace {
 // All in milliseconds.
-constexpr qint64 PollInterval = 1000;
+constexpr qint64 pollInterval = 1000;
 /// How long after a question the next one is expected.
-constexpr qint64 Interest = 3000;
+constexpr qint64 interest = 3000;
 /// Before the end, when it is good to know the position.
-constexpr qint64 NearEnd = 3000;
+constexpr qint64 nearEnd = 3000;
 /// What was said earlier than this is asked for again before it is told on.
-constexpr qint64 Freshness = 1500;
+constexpr qint64 freshness = 1500;
 /// How long an answer waits for the player.
-constexpr int Patience = 1000;
+constexpr int patience = 1000;
 /// A timer may run ahead of the player's clock, and a pause before its second has not reached it.
-constexpr double Behind = 20;
+constexpr double behind = 20;
 /// Longer ones are as good as none.
-constexpr double LongestTimer = 1e9;
+constexpr double longestTimer = 1e9;
 
 bool isWithin(const QElapsedTimer &timer, qint64 milliseconds)
 {
@@ -135,8 +135,8 @@ bool RemoteProgress::checkPausePoint()
         m_pauseAt.reset();
         return isPaused() || m_pause();
     }
-    if (m_item.isRunning() && m_item.rate() > 0 && wait < LongestTimer)
-        m_pauseTimer.start(int(std::ceil(wait / m_item.rate() + Behind)));
+    if (m_item.isRunning() && m_item.rate() > 0 && wait < longestTimer)
+        m_pauseTimer.start(int(std::ceil(wait / m_item.rate() + behind)));
     return false;
 }
 
@@ -170,8 +170,8 @@ void RemoteProgress::answer(Engine::PositionAnswer answer)
     }
     m_waiting.answers.append(std::move(answer));
     if (!m_waiting.timer.isActive()) {
-        m_waiting.timer.start(Patience);
-        if (!isWithin(m_lastPoll, PollInterval))
+        m_waiting.timer.start(patience);
+        if (!isWithin(m_lastPoll, pollInterval))
             ask();
     }
 }
@@ -193,13 +193,13 @@ void RemoteProgress::tellLater(const Engine::PositionAnswer &answer, double seco
 
 bool RemoteProgress::isPositionKnown() const
 {
-    return m_known && (isPaused() || isWithin(m_lastReport, Freshness));
+    return m_known && (isPaused() || isWithin(m_lastReport, freshness));
 }
 
 bool RemoteProgress::isPositionWanted() const
 {
-    return isWithin(m_lastAsked, Interest) || m_pauseAt
-        || (duration() > 0 && 1000 * (duration() - now()) <= NearEnd);
+    return isWithin(m_lastAsked, interest) || m_pauseAt
+        || (duration() > 0 && 1000 * (duration() - now()) <= nearEnd);
 }
 
 void RemoteProgress::schedulePoll()
@@ -217,14 +217,14 @@ std::optional<qint64> RemoteProgress::timeToPoll() const
         return m_item.seek().settleTime();
     if (m_motion != Motion::Playing)
         return std::nullopt;
-    const qint64 sincePoll = m_lastPoll.isValid() ? m_lastPoll.elapsed() : PollInterval;
+    const qint64 sincePoll = m_lastPoll.isValid() ? m_lastPoll.elapsed() : pollInterval;
     if (isPositionWanted())
-        return PollInterval - sincePoll;
+        return pollInterval - sincePoll;
     if (m_life.isUnknown())
-        return PollInterval - std::min(sincePoll, m_life.age());
+        return pollInterval - std::min(sincePoll, m_life.age());
     if (duration() > 0 && m_item.rate() > 0) {
-        const double left = 1000 * (duration() - now()) - NearEnd;
-        return qint64(std::min(LongestTimer, left / m_item.rate() + 1));
+        const double left = 1000 * (duration() - now()) - nearEnd;
+        return qint64(std::min(longestTimer, left / m_item.rate() + 1));
     }
     return std::nullopt;
 }

@@ -6,7 +6,7 @@
 QDBusMessage MprisAddress::call(
     QLatin1String interface, const QString &method, const QVariantList &arguments) const
 {
-    QDBusMessage message = QDBusMessage::createMethodCall(owner, Mpris::Path, interface, method);
+    QDBusMessage message = QDBusMessage::createMethodCall(owner, Mpris::path, interface, method);
     message.setArguments(arguments);
     // A player that has gone is not to be started again by a question.
     message.setAutoStartService(false);
@@ -15,7 +15,7 @@ QDBusMessage MprisAddress::call(
 
 QDBusMessage MprisAddress::getAll(QLatin1String interface) const
 {
-    return call(Mpris::PropertiesInterface, QStringLiteral("GetAll"), {QString(interface)});
+    return call(Mpris::propertiesInterface, QStringLiteral("GetAll"), {QString(interface)});
 }
 
 bool MprisAddress::isAnswer(const QDBusMessage &reply) const
@@ -24,7 +24,7 @@ bool MprisAddress::isAnswer(const QDBusMessage &reply) const
         return true;
     // Errors of the connection itself have no sender.
     return reply.type() == QDBusMessage::ErrorMessage
-        && (reply.service().isEmpty() || reply.service() == Mpris::BusService);
+        && (reply.service().isEmpty() || reply.service() == Mpris::busService);
 }
 
 bool Mpris::isSilence(const QDBusError &error)

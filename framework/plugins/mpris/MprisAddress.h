@@ -27,14 +27,14 @@ struct MprisAddress
 
 /// The names of the MPRIS D-Bus Interface Specification, version 2.2.
 namespace Mpris {
-inline constexpr QLatin1String ServicePrefix{"org.mpris.MediaPlayer2."};
-inline constexpr QLatin1String Path{"/org/mpris/MediaPlayer2"};
-inline constexpr QLatin1String RootInterface{"org.mpris.MediaPlayer2"};
-inline constexpr QLatin1String PlayerInterface{"org.mpris.MediaPlayer2.Player"};
-inline constexpr QLatin1String TrackListInterface{"org.mpris.MediaPlayer2.TrackList"};
-inline constexpr QLatin1String PropertiesInterface{"org.freedesktop.DBus.Properties"};
-inline constexpr QLatin1String PeerInterface{"org.freedesktop.DBus.Peer"};
-inline constexpr QLatin1String BusService{"org.freedesktop.DBus"};
+inline constexpr QLatin1String servicePrefix{"org.mpris.MediaPlayer2."};
+inline constexpr QLatin1String path{"/org/mpris/MediaPlayer2"};
+inline constexpr QLatin1String rootInterface{"org.mpris.MediaPlayer2"};
+inline constexpr QLatin1String playerInterface{"org.mpris.MediaPlayer2.Player"};
+inline constexpr QLatin1String trackListInterface{"org.mpris.MediaPlayer2.TrackList"};
+inline constexpr QLatin1String propertiesInterface{"org.freedesktop.DBus.Properties"};
+inline constexpr QLatin1String peerInterface{"org.freedesktop.DBus.Peer"};
+inline constexpr QLatin1String busService{"org.freedesktop.DBus"};
 
 /// No answer came, as opposed to an answer that refuses.
 bool isSilence(const QDBusError &error);

@@ -10,14 +10,14 @@
 #include <algorithm>
 
 namespace {
-constexpr qsizetype MaximumPlayers = 100;
+constexpr qsizetype maximumPlayers = 100;
 
 /// Passes every command on to another player, which is there itself.
-constexpr QLatin1String Proxy{"org.mpris.MediaPlayer2.playerctld"};
+constexpr QLatin1String proxy{"org.mpris.MediaPlayer2.playerctld"};
 
 bool isPlayer(const QString &name)
 {
-    return name.startsWith(Mpris::ServicePrefix) && name != Proxy;
+    return name.startsWith(Mpris::servicePrefix) && name != proxy;
 }
 } // namespace
 
@@ -27,11 +27,11 @@ MprisBrowser::MprisBrowser(
     , m_registry(registry)
 {
     const auto changed = QStringLiteral("PropertiesChanged");
-    hear(Mpris::Path, Mpris::PropertiesInterface, changed, SLOT(handlePlayerSignal(QDBusMessage)),
-        Mpris::PlayerInterface);
-    hear(Mpris::Path, Mpris::PropertiesInterface, changed, SLOT(handleRootSignal(QDBusMessage)),
-        Mpris::RootInterface);
-    hear(Mpris::Path, Mpris::PlayerInterface, QStringLiteral("Seeked"),
+    hear(Mpris::path, Mpris::propertiesInterface, changed, SLOT(handlePlayerSignal(QDBusMessage)),
+        Mpris::playerInterface);
+    hear(Mpris::path, Mpris::propertiesInterface, changed, SLOT(handleRootSignal(QDBusMessage)),
+        Mpris::rootInterface);
+    hear(Mpris::path, Mpris::playerInterface, QStringLiteral("Seeked"),
         SLOT(handlePlayerSignal(QDBusMessage)));
     browse(isPlayer);
 }
@@ -43,7 +43,7 @@ MprisBrowser::~MprisBrowser()
 
 void MprisBrowser::add(const QString &owner, const QString &name)
 {
-    if (!m_registry || m_players.size() >= MaximumPlayers)
+    if (!m_registry || m_players.size() >= maximumPlayers)
         return;
     const auto namer = [this, name](const QString &identity) {
         return uniqueName(identity, name);

@@ -17,14 +17,14 @@ MprisCalls::MprisCalls(MprisAddress address, QObject *parent)
 
 void MprisCalls::command(const QString &method, const QVariantList &arguments, Done done, Failed failed)
 {
-    send(m_address.call(Mpris::PlayerInterface, method, arguments), method, std::move(done),
+    send(m_address.call(Mpris::playerInterface, method, arguments), method, std::move(done),
         std::move(failed));
 }
 
 void MprisCalls::setProperty(const QString &name, const QVariant &value, Done done, Failed failed)
 {
-    send(m_address.call(Mpris::PropertiesInterface, QStringLiteral("Set"),
-             {QString(Mpris::PlayerInterface), name, QVariant::fromValue(QDBusVariant(value))}),
+    send(m_address.call(Mpris::propertiesInterface, QStringLiteral("Set"),
+             {QString(Mpris::playerInterface), name, QVariant::fromValue(QDBusVariant(value))}),
         name, std::move(done), std::move(failed));
 }
 
@@ -69,7 +69,7 @@ void MprisCalls::ask(
 
 void MprisCalls::getProperties(Properties handler)
 {
-    ask(m_address.getAll(Mpris::PlayerInterface), [handler](const QDBusMessage &message, bool isError) {
+    ask(m_address.getAll(Mpris::playerInterface), [handler](const QDBusMessage &message, bool isError) {
         const QDBusPendingReply<QVariantMap> reply(message);
         handler(isError || reply.isError() ? std::nullopt : std::optional<QVariantMap>(reply.value()));
     });
@@ -78,7 +78,7 @@ void MprisCalls::getProperties(Properties handler)
 void MprisCalls::getTrackMetadata(const QString &trackId, std::function<void(const QVariantMap &)> handler)
 {
     const QDBusMessage message
-        = m_address.call(Mpris::TrackListInterface, QStringLiteral("GetTracksMetadata"),
+        = m_address.call(Mpris::trackListInterface, QStringLiteral("GetTracksMetadata"),
             {QVariant::fromValue(QList<QDBusObjectPath>{QDBusObjectPath(trackId)})});
     ask(message, [handler](const QDBusMessage &reply, bool isError) {
         if (isError || reply.signature() != u"aa{sv}")

@@ -8,13 +8,13 @@
 namespace {
 // Milliseconds.
 /// So much later comes what a player has to say of a position that is lost: that it was a seek, or the end.
-constexpr qint64 LossTime = 300;
+constexpr qint64 lossTime = 300;
 // Seconds.
-constexpr double NearEnd = 1.5;
-constexpr double ReadAhead = 3;
-constexpr double NearStart = 0.5;
+constexpr double nearEnd = 1.5;
+constexpr double readAhead = 3;
+constexpr double nearStart = 0.5;
 /// Past its end for so long and still without a position, it has ended.
-constexpr double Overdue = 2;
+constexpr double overdue = 2;
 
 bool isAtEnd(const ItemProgress &progress)
 {
@@ -36,24 +36,24 @@ void MprisEnd::note(double seconds, const ItemProgress &progress)
 
 RemoteTransport::Stop MprisEnd::stop(const ItemProgress &progress)
 {
-    return {progress.passed(), progress.duration(), NearEnd};
+    return {progress.passed(), progress.duration(), nearEnd};
 }
 
 bool MprisEnd::isHandOver(const ItemProgress &progress)
 {
-    return progress.duration() > 0 && progress.passed() >= progress.duration() - ReadAhead;
+    return progress.duration() > 0 && progress.passed() >= progress.duration() - readAhead;
 }
 
 bool MprisEnd::isLoss(double seconds, const ItemProgress &progress) const
 {
-    const bool isBack = seconds < std::min(m_told, NearStart);
+    const bool isBack = seconds < std::min(m_told, nearStart);
     return progress.isRunning() && progress.duration() > 0 && !progress.isSeeking() && isBack
         && progress.passed() >= progress.duration() / 2;
 }
 
 bool MprisEnd::isBackAfterEnd(double seconds, const ItemProgress &progress) const
 {
-    return m_sinceLoss.isValid() && isAtEnd(progress) && seconds < NearStart;
+    return m_sinceLoss.isValid() && isAtEnd(progress) && seconds < nearStart;
 }
 
 void MprisEnd::noteLoss(double seconds, bool isSeek)
@@ -68,9 +68,9 @@ void MprisEnd::noteLoss(double seconds, bool isSeek)
 
 MprisEnd::Loss MprisEnd::judgeLoss(double seconds, const ItemProgress &progress) const
 {
-    const bool playsOn = seconds > m_lostAt && m_sinceLoss.elapsed() >= LossTime;
+    const bool playsOn = seconds > m_lostAt && m_sinceLoss.elapsed() >= lossTime;
     if ((playsOn && isAtEnd(progress) && !m_isLostBySeek)
-        || progress.passed() > progress.duration() + Overdue)
+        || progress.passed() > progress.duration() + overdue)
         return Loss::End;
     return playsOn ? Loss::Back : Loss::Lasts;
 }

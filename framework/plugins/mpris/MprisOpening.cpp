@@ -5,30 +5,30 @@
 
 namespace {
 // All in milliseconds. How often to look while an item is on its way, at first and later.
-constexpr int QuickLook = 25;
-constexpr int LateLook = 200;
-constexpr qint64 QuickTime = 1500;
+constexpr int quickLook = 25;
+constexpr int lateLook = 200;
+constexpr qint64 quickTime = 1500;
 /// What a player that says it plays has not shown by then, it does not show at all.
-constexpr qint64 BenefitOfDoubt = 1500;
+constexpr qint64 benefitOfDoubt = 1500;
 /// With nothing in it for so long after it took the item, the player does not play it.
-constexpr qint64 EmptyBefore = 600;
-constexpr qint64 AbsenceAfter = 150; ///< without any track, once ours had been there
+constexpr qint64 emptyBefore = 600;
+constexpr qint64 absenceAfter = 150; ///< without any track, once ours had been there
 /// Stopped for so long, the player has given our item up: with it, without any track after it had said that it plays,
 /// and since it took the item if it never said so.
-constexpr qint64 StopAfterTrying = 500;
-constexpr qint64 EmptyAfterTrying = 1500;
-constexpr qint64 StopWithoutTrying = 2500;
-constexpr qint64 Silence = 400;
+constexpr qint64 stopAfterTrying = 500;
+constexpr qint64 emptyAfterTrying = 1500;
+constexpr qint64 stopWithoutTrying = 2500;
+constexpr qint64 silence = 400;
 /// So long paused, it is to be paused.
-constexpr qint64 PauseTime = 6000;
+constexpr qint64 pauseTime = 6000;
 /// Between one nudge and the next, each longer than the one before: some begin anew with each.
-constexpr std::array<qint64, 4> NudgePauses{250, 750, 2000, 4000};
-constexpr int RefusedNudges = 3;
+constexpr std::array<qint64, 4> nudgePauses{250, 750, 2000, 4000};
+constexpr int refusedNudges = 3;
 /// A player that says nothing definite may be waiting for a server.
-constexpr qint64 OpeningTime = 10'000;
+constexpr qint64 openingTime = 10'000;
 // Seconds.
-constexpr double Tolerance = 0.3;
-constexpr double ShortTime = 0.5;
+constexpr double tolerance = 0.3;
+constexpr double shortTime = 0.5;
 } // namespace
 
 void MprisOpening::begin(const RemoteTransport::Item &item, const QUrl &before)
@@ -49,7 +49,7 @@ void MprisOpening::accept()
 
 int MprisOpening::nextLook() const
 {
-    return m_sinceLoad.elapsed() < QuickTime ? QuickLook : LateLook;
+    return m_sinceLoad.elapsed() < quickTime ? quickLook : lateLook;
 }
 
 double MprisOpening::playedFor() const
@@ -62,26 +62,26 @@ bool MprisOpening::isOurs(const MprisTrack &track) const
     if (!track.url.isEmpty())
         return MprisTrack::isSameAddress(track.url, m_item.info.url());
     // A player that does not name URLs: whatever it shows some time after it took ours.
-    return track.isPresent() && m_sinceLoad.elapsed() > QuickTime / 3;
+    return track.isPresent() && m_sinceLoad.elapsed() > quickTime / 3;
 }
 
 /// What has played for longer than ours can have is what played before.
 bool MprisOpening::isFresh(const MprisSnapshot &now) const
 {
     const qint64 passed = m_sinceLoad.elapsed();
-    return !now.position || *now.position <= double(passed) / 1000 + Tolerance || passed > BenefitOfDoubt;
+    return !now.position || *now.position <= double(passed) / 1000 + tolerance || passed > benefitOfDoubt;
 }
 
 bool MprisOpening::isOverdue() const
 {
-    return m_sinceLoad.elapsed() > OpeningTime;
+    return m_sinceLoad.elapsed() > openingTime;
 }
 
 MprisOpening::Step MprisOpening::take(const MprisSnapshot &now, bool hasAdvanced)
 {
     if (!m_isAccepted)
         return Step::Wait;
-    const bool late = m_sinceLoad.elapsed() > BenefitOfDoubt;
+    const bool late = m_sinceLoad.elapsed() > benefitOfDoubt;
     const bool isNew = now.track.isPresent() && late && !MprisTrack::isSameAddress(now.track.url, m_before);
     if ((isOurs(now.track) || isNew) && isFresh(now))
         return takeOurs(now, hasAdvanced);
@@ -96,11 +96,11 @@ MprisOpening::Step MprisOpening::takeOurs(const MprisSnapshot &now, bool hasAdva
     m_isTried = m_isTried || now.playbackStatus == KelvoRenderer::Playing;
     m_sinceAbsence.invalidate();
     noteRest(now);
-    const bool late = m_sinceLoad.elapsed() > BenefitOfDoubt;
+    const bool late = m_sinceLoad.elapsed() > benefitOfDoubt;
     const bool playsUnnoticed = now.playbackStatus == KelvoRenderer::Stopped && hasAdvanced;
     const bool plays = playsUnnoticed
         || (now.playbackStatus == KelvoRenderer::Playing && (now.position.value_or(0) > 0 || late));
-    const bool staysPaused = m_item.paused || m_sinceRest.elapsed() >= PauseTime;
+    const bool staysPaused = m_item.paused || m_sinceRest.elapsed() >= pauseTime;
     if (now.playbackStatus == KelvoRenderer::Paused && staysPaused)
         return Step::Pauses;
     if (plays && (!m_item.paused || late))
@@ -112,7 +112,7 @@ MprisOpening::Step MprisOpening::takeOurs(const MprisSnapshot &now, bool hasAdva
 void MprisOpening::noteRest(const MprisSnapshot &now)
 {
     const std::pair rest(now.playbackStatus, now.track.isPresent());
-    const bool hasBeenSilent = m_sinceLook.isValid() && m_sinceLook.elapsed() > Silence;
+    const bool hasBeenSilent = m_sinceLook.isValid() && m_sinceLook.elapsed() > silence;
     if (std::exchange(m_rest, rest) != rest || !m_sinceRest.isValid() || hasBeenSilent)
         m_sinceRest.start();
     m_sinceLook.start();
@@ -136,15 +136,15 @@ MprisOpening::Step MprisOpening::takeRest(const MprisSnapshot &now)
 /// Whether it has been stopped with our item for long enough. One that says when nothing is left of it is waited for.
 bool MprisOpening::hasGivenUp() const
 {
-    const bool late = m_isTried || m_sinceLoad.elapsed() >= StopWithoutTrying;
-    return !m_tellsOfEmptiness && late && m_sinceRest.elapsed() >= StopAfterTrying;
+    const bool late = m_isTried || m_sinceLoad.elapsed() >= stopWithoutTrying;
+    return !m_tellsOfEmptiness && late && m_sinceRest.elapsed() >= stopAfterTrying;
 }
 
 /// Whether it is so short that it was over between two looks.
 bool MprisOpening::hasPlayedAtOnce(const MprisSnapshot &now) const
 {
     const double length = now.track.length;
-    return m_isTried && length > 0 && length <= double(m_sinceLoad.elapsed()) / 1000 + ShortTime;
+    return m_isTried && length > 0 && length <= double(m_sinceLoad.elapsed()) / 1000 + shortTime;
 }
 
 /// Some keep the pause of what played before, some do not start by themselves, and some take no command before they are
@@ -153,14 +153,14 @@ bool MprisOpening::isNudgeDue(const MprisSnapshot &now) const
 {
     const auto wanted = m_item.paused ? KelvoRenderer::Paused : KelvoRenderer::Playing;
     const bool hasBeenTried = now.playbackStatus == KelvoRenderer::Stopped && m_nudges > 0;
-    const bool isEnough = hasBeenTried || m_nudges > NudgePauses.size();
+    const bool isEnough = hasBeenTried || m_nudges > nudgePauses.size();
     return now.playbackStatus != wanted && !isEnough
-        && (m_nudges == 0 || m_sinceNudge.elapsed() >= NudgePauses.at(m_nudges - 1));
+        && (m_nudges == 0 || m_sinceNudge.elapsed() >= nudgePauses.at(m_nudges - 1));
 }
 
 bool MprisOpening::nudgeRefused()
 {
-    return ++m_refusals >= RefusedNudges;
+    return ++m_refusals >= refusedNudges;
 }
 
 /// Whether a player without any track has said all that it will say of our item.
@@ -168,8 +168,8 @@ bool MprisOpening::isEmptyForGood(const MprisSnapshot &now) const
 {
     const qint64 absent = m_sinceAbsence.elapsed();
     const bool hasTried = m_isTried && now.playbackStatus == KelvoRenderer::Stopped;
-    return (m_isSeen && absent >= AbsenceAfter) || (now.isEmptied && absent >= EmptyBefore)
-        || (hasTried && m_sinceRest.elapsed() >= EmptyAfterTrying);
+    return (m_isSeen && absent >= absenceAfter) || (now.isEmptied && absent >= emptyBefore)
+        || (hasTried && m_sinceRest.elapsed() >= emptyAfterTrying);
 }
 
 /// The player shows nothing of ours.

@@ -6,8 +6,8 @@
 
 namespace {
 // In time-outs of a question.
-constexpr int PingEvery = 2;
-constexpr int SilentFor = 5;
+constexpr int pingEvery = 2;
+constexpr int silentFor = 5;
 } // namespace
 
 MprisPings::MprisPings(MprisAddress address, QObject *parent)
@@ -20,12 +20,12 @@ MprisPings::MprisPings(MprisAddress address, QObject *parent)
 
 bool MprisPings::isDue() const
 {
-    return m_lastPing.elapsed() >= PingEvery * m_address.timeout;
+    return m_lastPing.elapsed() >= pingEvery * m_address.timeout;
 }
 
 bool MprisPings::isSilent() const
 {
-    return m_lastLife.elapsed() > SilentFor * m_address.timeout;
+    return m_lastLife.elapsed() > silentFor * m_address.timeout;
 }
 
 void MprisPings::ping()
@@ -36,7 +36,7 @@ void MprisPings::ping()
     m_lastPing.start();
     auto *watcher = new QDBusPendingCallWatcher(
         m_address.connection.asyncCall(
-            m_address.call(Mpris::PeerInterface, QStringLiteral("Ping")), m_address.timeout),
+            m_address.call(Mpris::peerInterface, QStringLiteral("Ping")), m_address.timeout),
         this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
         watcher->deleteLater();

@@ -15,17 +15,17 @@
 
 namespace {
 /// Milliseconds: a name that changes more often than this is not followed each time.
-constexpr qint64 NameEvery = 1000;
+constexpr qint64 nameEvery = 1000;
 /// How long after a refusal it is asked again, at first and at most; the time doubles.
-constexpr int FirstWait = 100;
-constexpr int LongestWait = 2000;
+constexpr int firstWait = 100;
+constexpr int longestWait = 2000;
 /// So often refused, one is worth a word.
-constexpr int WorthAWord = 4;
+constexpr int worthAWord = 4;
 
 /// "mpv" of "org.mpris.MediaPlayer2.mpv".
 QString restOf(const QString &service)
 {
-    return service.mid(Mpris::ServicePrefix.size());
+    return service.mid(Mpris::servicePrefix.size());
 }
 } // namespace
 
@@ -71,7 +71,7 @@ void MprisPlayer::ask()
 {
     m_asking = true;
     auto *watcher = new QDBusPendingCallWatcher(
-        m_address.connection.asyncCall(m_address.getAll(Mpris::RootInterface), m_address.timeout), this);
+        m_address.connection.asyncCall(m_address.getAll(Mpris::rootInterface), m_address.timeout), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
         watcher->deleteLater();
         if (watcher->isError() && Mpris::isSilence(watcher->error()))
@@ -97,16 +97,16 @@ QString MprisPlayer::nameFrom(const QVariantMap &rootProperties) const
 
 void MprisPlayer::noteNewIdentity()
 {
-    const qint64 passed = m_lastName.isValid() ? m_lastName.elapsed() : NameEvery;
+    const qint64 passed = m_lastName.isValid() ? m_lastName.elapsed() : nameEvery;
     if (!m_nextName.isActive())
-        m_nextName.start(int(std::max<qint64>(0, NameEvery - passed)));
+        m_nextName.start(int(std::max<qint64>(0, nameEvery - passed)));
 }
 
 void MprisPlayer::askName()
 {
     m_lastName.start();
     auto *watcher = new QDBusPendingCallWatcher(
-        m_address.connection.asyncCall(m_address.getAll(Mpris::RootInterface), m_address.timeout), this);
+        m_address.connection.asyncCall(m_address.getAll(Mpris::rootInterface), m_address.timeout), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
         watcher->deleteLater();
         const QVariantMap properties = rootProperties(watcher->reply(), watcher->isError());
@@ -128,7 +128,7 @@ void MprisPlayer::takeIdentity(const QDBusMessage &reply, bool isError)
     m_hasTrackList = properties.value(QStringLiteral("HasTrackList")).toBool();
 
     auto *watcher = new QDBusPendingCallWatcher(
-        m_address.connection.asyncCall(m_address.getAll(Mpris::PlayerInterface), m_address.timeout), this);
+        m_address.connection.asyncCall(m_address.getAll(Mpris::playerInterface), m_address.timeout), this);
     connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
         watcher->deleteLater();
         m_asking = false;
@@ -156,8 +156,8 @@ void MprisPlayer::takePlayer(const QDBusMessage &reply, const QString &error, bo
 /// Some take their name before they have anything to show under it.
 void MprisPlayer::takeRefusal(const QString &reason)
 {
-    m_refusals.next.start(std::min(LongestWait, FirstWait << std::min(m_refusals.count, 10)));
-    if (++m_refusals.count == WorthAWord)
+    m_refusals.next.start(std::min(longestWait, firstWait << std::min(m_refusals.count, 10)));
+    if (++m_refusals.count == worthAWord)
         qCWarning(lcKelvo).noquote() << m_service << "is no player that can be driven:" << reason;
 }
 

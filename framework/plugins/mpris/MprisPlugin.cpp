@@ -10,13 +10,13 @@
 #include <QDBusMetaType>
 
 namespace {
-constexpr int DefaultTimeout = 2000;
+constexpr int defaultTimeout = 2000;
 
 int timeoutOfEnvironment()
 {
     bool given = false;
     const int timeout = qEnvironmentVariableIntValue("KELVO_MPRIS_TIMEOUT", &given);
-    return given && timeout > 0 ? timeout : DefaultTimeout;
+    return given && timeout > 0 ? timeout : defaultTimeout;
 }
 
 /// Never used twice: a connection that was given up may still be on its way.

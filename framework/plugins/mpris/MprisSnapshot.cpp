@@ -9,9 +9,9 @@
 #include <cmath>
 
 namespace {
-constexpr qsizetype MaximumText = 4096;
+constexpr qsizetype maximumText = 4096;
 // Ten years: what is longer is a mistake, and would not fit the types on the way.
-constexpr double MaximumSeconds = 3e8;
+constexpr double maximumSeconds = 3e8;
 
 QVariant unwrapped(const QVariant &value)
 {
@@ -41,12 +41,12 @@ QString pathOf(const QVariant &value)
 }
 
 /// What mpv says to have nothing to play.
-constexpr QLatin1String Emptied{"/noplaylist"};
+constexpr QLatin1String emptied{"/noplaylist"};
 
 /// What players say to have nothing to play.
 bool isNoTrack(const QString &id)
 {
-    return id.endsWith(QLatin1String("/NoTrack")) || id == Emptied;
+    return id.endsWith(QLatin1String("/NoTrack")) || id == emptied;
 }
 
 QUrl addressOf(const QString &text)
@@ -106,7 +106,7 @@ MprisSnapshot MprisSnapshot::of(const QVariantMap &properties)
     const QVariantMap metadata = MprisValues::map(property("Metadata"));
     const QString id = pathOf(unwrapped(metadata.value(QStringLiteral("mpris:trackid"))));
     now.track = MprisTrack::of(metadata);
-    now.isEmptied = id == Emptied;
+    now.isEmptied = id == emptied;
     // mpv may say after its start that it plays although it has nothing, until it is given something.
     now.playbackStatus
         = isNoTrack(id) ? KelvoRenderer::Stopped : playbackStatusOf(property("PlaybackStatus"));
@@ -162,12 +162,12 @@ std::optional<double> MprisValues::number(const QVariant &wrapped)
 std::optional<double> MprisValues::seconds(const QVariant &value)
 {
     const auto time = number(value);
-    return time && std::abs(*time) < MaximumSeconds * 1e6 ? std::optional<double>(*time / 1e6) : std::nullopt;
+    return time && std::abs(*time) < maximumSeconds * 1e6 ? std::optional<double>(*time / 1e6) : std::nullopt;
 }
 
 qlonglong MprisValues::microseconds(double seconds)
 {
-    return std::llround(std::clamp(seconds, 0.0, MaximumSeconds) * 1e6);
+    return std::llround(std::clamp(seconds, 0.0, maximumSeconds) * 1e6);
 }
 
 QString MprisValues::text(const QVariant &wrapped)
@@ -181,7 +181,7 @@ QString MprisValues::text(const QVariant &wrapped)
         parts.removeAll(QString());
         text = parts.mid(0, 100).join(QLatin1String(", "));
     }
-    return text.left(MaximumText);
+    return text.left(maximumText);
 }
 
 QVariantMap MprisValues::map(const QVariant &wrapped)
@@ -198,10 +198,10 @@ QVariantMap MprisValues::map(const QVariant &wrapped)
 
 double MprisValues::linearVolume(int volume)
 {
-    return std::pow(double(volume) / MaximumVolume, 3);
+    return std::pow(double(volume) / maximumVolume, 3);
 }
 
 int MprisValues::cubicVolume(double linear)
 {
-    return int(std::lround(std::cbrt(std::clamp(linear, 0.0, 1.0)) * MaximumVolume));
+    return int(std::lround(std::cbrt(std::clamp(linear, 0.0, 1.0)) * maximumVolume));
 }

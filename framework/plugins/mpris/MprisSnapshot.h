@@ -54,7 +54,7 @@ struct MprisSnapshot
 
 /// Conversions between what crosses the bus and what the boundary has.
 namespace MprisValues {
-constexpr int MaximumVolume = 99;
+constexpr int maximumVolume = 99;
 
 /// Numbers of any type, also as text: players differ in the types that they use.
 std::optional<double> number(const QVariant &value);

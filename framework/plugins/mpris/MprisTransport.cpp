@@ -12,15 +12,15 @@
 
 namespace {
 // All in milliseconds. How often to look at what may be changing.
-constexpr int SlowLook = 200;
-constexpr int LossLook = 50;
-constexpr int Looks = 4;
+constexpr int slowLook = 200;
+constexpr int lossLook = 50;
+constexpr int looks = 4;
 /// Several signals in a row lead to one question.
-constexpr int SignalTime = 5;
+constexpr int signalTime = 5;
 /// While a seek is under way a player may still tell where it was.
-constexpr int SeekTime = 200;
+constexpr int seekTime = 200;
 /// A player may say for so long that it still plays what was stopped.
-constexpr qint64 StoppingTime = 1000;
+constexpr qint64 stoppingTime = 1000;
 /// Of what has no known end it is one.
 constexpr RemoteTransport::Stop atEnd{};
 } // namespace
@@ -103,7 +103,7 @@ void MprisTransport::resume()
 void MprisTransport::seek(double seconds)
 {
     const auto settle = [this] {
-        m_questions.askIn(SeekTime);
+        m_questions.askIn(seekTime);
     };
     if (m_track.id.isEmpty()) {
         // Without a name for the track there is only the way from here to there.
@@ -128,7 +128,7 @@ void MprisTransport::rename(const QString &name)
 void MprisTransport::notePropertiesChanged()
 {
     m_looks = 0;
-    m_questions.askIn(SignalTime);
+    m_questions.askIn(signalTime);
 }
 
 void MprisTransport::noteSeeked(const QVariant &microseconds)
@@ -281,7 +281,7 @@ void MprisTransport::takeFollowing(const MprisSnapshot &now)
 void MprisTransport::notePositionLost(double seconds, bool isSeek)
 {
     m_end.noteLoss(seconds, isSeek);
-    m_questions.askIn(LossLook);
+    m_questions.askIn(lossLook);
 }
 
 void MprisTransport::takeLoss(const MprisSnapshot &now)
@@ -329,14 +329,14 @@ void MprisTransport::takeIdle(const MprisSnapshot &now, bool hasAdvanced)
     // After their end some come to rest in what they had first.
     const bool rests = now.playbackStatus == KelvoRenderer::Paused && m_epoch == 0 && m_sinceUnload.isValid();
     const bool plays = (now.playbackStatus != KelvoRenderer::Stopped && !rests) || playsUnnoticed;
-    const bool stillStopping = m_sinceUnload.isValid() && m_sinceUnload.elapsed() < StoppingTime
+    const bool stillStopping = m_sinceUnload.isValid() && m_sinceUnload.elapsed() < stoppingTime
         && (now.track.isSameAs(m_track) || !now.track.isPresent());
     if (!plays || stillStopping) {
         // Whether something plays shows at the next look.
         if (stillStopping && plays)
-            m_questions.askIn(SlowLook);
-        else if (now.track.isPresent() && m_looks++ < Looks)
-            m_questions.askIn(SlowLook);
+            m_questions.askIn(slowLook);
+        else if (now.track.isPresent() && m_looks++ < looks)
+            m_questions.askIn(slowLook);
         return;
     }
     m_trustsPosition = playsUnnoticed;

@@ -13,16 +13,16 @@
 
 #include <memory>
 
-constexpr auto Stopped = KelvoRenderer::Stopped;
-constexpr auto Playing = KelvoRenderer::Playing;
-constexpr auto Paused = KelvoRenderer::Paused;
-constexpr auto Transitioning = KelvoRenderer::Transitioning;
-
 /// The plug-in, loaded anew for each test, on a session bus that has only the players of the test.
 class MprisCase : public KelvoTestCase
 {
     Q_OBJECT
 protected:
+    static constexpr auto Stopped = KelvoRenderer::Stopped;
+    static constexpr auto Playing = KelvoRenderer::Playing;
+    static constexpr auto Paused = KelvoRenderer::Paused;
+    static constexpr auto Transitioning = KelvoRenderer::Transitioning;
+
     KelvoRenderer *find(const QString &label) const
     {
         return m_registry->findRendererByUuid(QStringLiteral("mpris:") + label);

@@ -14,10 +14,7 @@
 #include <memory>
 
 using States = QList<KelvoRenderer::State>;
-constexpr auto Stopped = KelvoRenderer::Stopped;
-constexpr auto Playing = KelvoRenderer::Playing;
-constexpr auto Paused = KelvoRenderer::Paused;
-constexpr auto Transitioning = KelvoRenderer::Transitioning;
+using enum KelvoRenderer::State;
 
 /// A renderer over a transport that says what the test lets it say.
 class RemoteCase : public KelvoTestCase

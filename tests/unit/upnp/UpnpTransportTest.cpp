@@ -13,10 +13,7 @@
 
 namespace {
 using Upnp::Answer;
-constexpr auto Stopped = KelvoRenderer::Stopped;
-constexpr auto Playing = KelvoRenderer::Playing;
-constexpr auto Paused = KelvoRenderer::Paused;
-constexpr auto Transitioning = KelvoRenderer::Transitioning;
+using enum KelvoRenderer::State;
 
 class UpnpTransportTest : public KelvoTestCase
 {
