@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "LogRecorder.h"
+#include "ProcessLine.h"
 #include "TestGroup.h"
 #include "TrackerIndexCase.h"
 
@@ -32,7 +33,7 @@ class TrackerDesktopTest : public TrackerIndexCase
     bool tell(const QByteArray &update)
     {
         m_desktop.write(update + '\n');
-        return m_desktop.waitForReadyRead(10000) && m_desktop.readAllStandardOutput() == "done\n";
+        return nextLine(m_desktop) == "done";
     }
 
 private Q_SLOTS:
@@ -55,8 +56,7 @@ private Q_SLOTS:
     {
         m_desktop.start(
             QCoreApplication::applicationDirPath() + "/desktop-index-double", {folder() + "/desktop"});
-        QVERIFY(m_desktop.waitForReadyRead(10000));
-        QCOMPARE(m_desktop.readAllStandardOutput(), "ready\n");
+        QCOMPARE(nextLine(m_desktop), "ready");
         QVERIFY(tell(songText("one.mp3", "One")));
         QVERIFY(tell(songText("two.mp3", "Two")));
         QVERIFY(tell(

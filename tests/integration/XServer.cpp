@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "XServer.h"
 
+#include "ProcessLine.h"
+
 #include <cstdlib>
 
 #include <xcb/xcb.h>
@@ -12,9 +14,10 @@ XServer::XServer()
     m_process.start(QStringLiteral("Xvfb"),
         {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"), QStringLiteral("0"),
             screen, QStringLiteral("-nolisten"), QStringLiteral("tcp"), QStringLiteral("-noreset")});
-    if (!m_process.waitForReadyRead(10000))
+    const QByteArray number = nextLine(m_process);
+    if (number.isEmpty())
         return;
-    qputenv("DISPLAY", ':' + m_process.readLine().trimmed());
+    qputenv("DISPLAY", ':' + number);
     m_connection = xcb_connect(nullptr, nullptr);
     if (!xcb_connection_has_error(m_connection))
         m_screen = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data;

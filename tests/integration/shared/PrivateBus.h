@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "ProcessLine.h"
+
 #include <QProcess>
 
 /// A session bus that a test may stop and kill; the one of the environment from here on. Ends with this object.
@@ -13,9 +15,10 @@ public:
         m_daemon.setProcessChannelMode(QProcess::ForwardedErrorChannel);
         m_daemon.start(
             "dbus-daemon", configuration + QStringList{"--nofork", "--nopidfile", "--print-address=1"});
-        if (!m_daemon.waitForReadyRead())
+        const QByteArray address = nextLine(m_daemon);
+        if (address.isEmpty())
             qFatal("dbus-daemon does not start");
-        qputenv("DBUS_SESSION_BUS_ADDRESS", m_daemon.readLine().trimmed());
+        qputenv("DBUS_SESSION_BUS_ADDRESS", address);
     }
     ~PrivateBus() { kill(); }
     Q_DISABLE_COPY_MOVE(PrivateBus)
