@@ -18,6 +18,7 @@
 #include <QElapsedTimer>
 #include <QEventLoop>
 #include <QFile>
+#include <QLocale>
 #include <QStandardItemModel>
 #include <QTimer>
 
@@ -277,7 +278,7 @@ bool measure(const QString &folder, int count)
     std::unique_ptr<KelvoTrackerModel> songs;
     const Times model = readModel(factory, &songs);
     const PlainDatabase::Times raw = plain.read(PlainQuery::allSongs, firstBlock);
-    const std::string what = std::to_string(count) + " songs: ";
+    const std::string what = QLocale(QLocale::English).toString(count).toStdString() + " songs: ";
     using Measurement::row;
     row(what + "first 200 rows of all songs", model.first, "ms", "SQLite", raw.first,
         count > 100'000 ? "at most 1 s" : "at most 150 ms");

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""What benchmarks/report.py writes."""
+"""What benchmarks/report.py writes, and that the README tells what docs/benchmarks.md does."""
 import pathlib
 import subprocess
 import sys
@@ -46,6 +46,15 @@ class Written(unittest.TestCase):
         self.assertEqual(done.returncode, 1)
         self.assertIn(report.CHOSEN[0], done.stderr)
         self.assertEqual((readme, page), (README, False))
+
+
+class InTheTree(unittest.TestCase):
+    def test_the_readme_tells_figures_of_the_page(self):
+        page = report.rows_of((ROOT / "docs/benchmarks.md").read_text(encoding="utf-8").splitlines())
+        readme = (ROOT / "README.md").read_text(encoding="utf-8")
+        told = readme.split(report.BEGIN)[1].split(report.END)[0]
+        self.assertEqual(report.rows_of(told.splitlines()), report.chosen_rows(page)[0])
+        self.assertEqual(len(report.rows_of(told.splitlines())), len(report.CHOSEN))
 
 
 if __name__ == "__main__":
