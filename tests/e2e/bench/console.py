@@ -32,6 +32,7 @@ class Console:
         self.tree.wait_root(limit)
         self.user = user.Input(self.desktop, self.tree)
         until(lambda: self.root().find("frame", "KELVO test-GUI"), "the window shows", limit)
+        self.user.wait_placed(self.window, limit)
         return self
 
     def wait_constructed(self, limit=30.0):

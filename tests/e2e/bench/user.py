@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
 """Mouse and keyboard of the display, with care for the places where a machine is quicker than a hand."""
 
+import re
 import time
 
 from .atspi import Gone
@@ -105,6 +106,24 @@ class Input:
             return self._xdotool("search", "--all", "--onlyvisible", "--pid", self._tree.pid, "--name", title).split()[0]
         except (RuntimeError, IndexError):
             return None
+
+    def wait_placed(self, frame, limit=10.0):
+        """Until the window manager has put the main window in its place and the program knows that: what it tells of its
+        widgets' places before is not true, and a click there goes to whatever lies below."""
+        def placed():
+            window = self._search("^KELVO test-GUI$")
+            return window and self._is_managed(window) and _is_at(frame().extents(), self._geometry(window))
+        until(placed, lambda: f"{frame()!r} is where its window is", limit)
+
+    def _is_managed(self, window):
+        listed = self._desktop.run(["xprop", "-root", "_NET_CLIENT_LIST"])
+        return int(window) in (int(number, 16) for number in re.findall(r"0x[0-9a-f]+", listed))
+
+    def _geometry(self, window):
+        """As the X server has it: x, y, width, height. xdotool counts the frame twice."""
+        text = self._desktop.run(["xwininfo", "-id", window])
+        return tuple(int(re.search(rf"{name}:\s+(-?\d+)", text)[1])
+                     for name in ("Absolute upper-left X", "Absolute upper-left Y", "Width", "Height"))
 
     def activate(self, title="^KELVO test-GUI$"):
         window = self.window(title)
@@ -238,3 +257,9 @@ def _any_showing(menu):
         return any(item.showing() for item in entries(menu))
     except Gone:
         return False
+
+
+def _is_at(extents, geometry):
+    """Whether a program means that place. On a dense screen its pixels are several of the X server's each."""
+    scale = round(geometry[2] / extents[2]) if extents[2] else 0
+    return scale > 0 and all(abs(ours * scale - real) < scale for ours, real in zip(extents, geometry))
