@@ -30,8 +30,10 @@ int runProgram(int argc, char *argv[], bool hangs)
     WorkerThread thread(std::make_unique<QObject>(), QStringLiteral("test-thread"));
     thread.setLongestEnd(hangs ? 100ms : 10s);
     thread.post([hangs] {
-        while (hangs)
-            ::pause();
+        if (hangs) {
+            for (;;)
+                ::pause();
+        }
     });
     return exitCode;
 }

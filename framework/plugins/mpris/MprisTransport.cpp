@@ -333,9 +333,7 @@ void MprisTransport::takeIdle(const MprisSnapshot &now, bool hasAdvanced)
         && (now.track.isSameAs(m_track) || !now.track.isPresent());
     if (!plays || stillStopping) {
         // Whether something plays shows at the next look.
-        if (stillStopping && plays)
-            m_questions.askIn(slowLook);
-        else if (now.track.isPresent() && m_looks++ < looks)
+        if ((stillStopping && plays) || (now.track.isPresent() && m_looks++ < looks))
             m_questions.askIn(slowLook);
         return;
     }

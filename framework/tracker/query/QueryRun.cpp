@@ -20,7 +20,7 @@ QueryRun::QueryRun(std::shared_ptr<StoreSession> session, QueryPlan plan, QObjec
 std::shared_ptr<QueryRun> QueryRun::start(
     std::shared_ptr<StoreSession> session, QueryPlan plan, QObject *receiver, Client client)
 {
-    const std::shared_ptr<QueryRun> query(
+    std::shared_ptr<QueryRun> query(
         new QueryRun(std::move(session), std::move(plan), receiver, std::move(client)));
     query->launch();
     return query;

@@ -22,8 +22,7 @@ void openModule()
 bool waitsForLock(const QByteArray &thread)
 {
     QFile call(QStringLiteral("/proc/self/task/%1/syscall").arg(QString::fromLatin1(thread)));
-    return call.open(QIODevice::ReadOnly)
-        && call.readAll().startsWith(QByteArray::number(SYS_futex) + ' ');
+    return call.open(QIODevice::ReadOnly) && call.readAll().startsWith(QByteArray::number(SYS_futex) + ' ');
 }
 
 const bool hasOpenedModule = [] {

@@ -57,8 +57,7 @@ Indexer::Indexer(std::shared_ptr<StoreSession> session, IndexSettings settings, 
 std::shared_ptr<Indexer> Indexer::start(std::shared_ptr<StoreSession> session, IndexSettings settings,
     Report report, std::shared_ptr<StoreIndexer> previous)
 {
-    const std::shared_ptr<Indexer> indexer(
-        new Indexer(std::move(session), std::move(settings), std::move(report)));
+    std::shared_ptr<Indexer> indexer(new Indexer(std::move(session), std::move(settings), std::move(report)));
     TrackerThreads::run([indexer, previous = std::move(previous)]() mutable {
         if (previous)
             previous->waitForEnd();
