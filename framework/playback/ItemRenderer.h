@@ -42,6 +42,7 @@ public:
 
 private:
     void command(std::function<void()> call) { m_engine->command(std::move(call)); }
+    void playAddress(const QUrl &uri, const QString &contentType);
     void setProperty(const QString &name, const QVariant &value);
     void takeProperty(const QString &name, const QVariant &value);
     void noteProperty(const QString &name, const QVariant &value);
