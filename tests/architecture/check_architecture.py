@@ -5,7 +5,8 @@
     console -> {shared, tracker} -> core -> Qt Core and Gui
     plug-ins -> core (tracker-source also tracker) + their one foreign library
     gst-renderer, simulator, upnp, mpris -> playback (a static library) -> core
-    shared, mpris -> session-bus (a static library) -> core
+    shared, mpris, recording -> session-bus (a static library) -> core
+    programs -> recording (a static library) -> core
     tracker-source, gst-renderer -> media (a static library) -> core, which alone reads playlist files
     gst-renderer, media, tracker, tracker-source, upnp -> glib (headers only)
 
@@ -25,13 +26,14 @@ import sys
 
 # Folder -> folders whose headers it may include besides its own. The longest matching folder counts.
 MAY_INCLUDE = {
-    "src": {"framework/core", "framework/shared", "framework/tracker"},
+    "src": {"framework/core", "framework/recording", "framework/shared", "framework/tracker"},
     "framework/core": set(),
     "framework/session-bus": {"framework/core"},
     "framework/glib": set(),
     "framework/media": {"framework/core", "framework/glib"},
     "framework/playback": {"framework/core"},
     "framework/playback/remote": {"framework/core", "framework/playback"},
+    "framework/recording": {"framework/core", "framework/session-bus"},
     "framework/shared": {"framework/session-bus", "framework/core"},
     "framework/tracker": {"framework/core", "framework/glib"},
     "framework/plugins/gst-renderer": {
@@ -49,7 +51,7 @@ MAY_INCLUDE = {
 BOUNDARY_HEADERS = {
     "KelvoContent.h", "KelvoError.h", "KelvoGeneralSourcePlaylist.h", "KelvoMessageHandler.h", "KelvoPlaylist.h",
     "KelvoPluginLoader.h", "KelvoRegistry.h", "KelvoRenderer.h", "KelvoSource.h",
-    "KelvoShared.h",
+    "KelvoShared.h", "Recorder.h",
     "KelvoTrackerModel.h", "KelvoTrackerModelFactory.h", "QSparqlConnection.h", "QSparqlQueryModel.h",
 }
 
@@ -69,7 +71,7 @@ FOREIGN = {
         "framework/glib", "framework/plugins/gst-renderer", "framework/plugins/tracker-source", "framework/tracker",
         "framework/plugins/upnp"},
     r"QtWidgets/|Q(Widget|Dialog|MainWindow|Application|MessageBox)\b": {"src"},
-    r"QDBus": {"framework/session-bus", "framework/shared", "framework/plugins/mpris"},
+    r"QDBus": {"framework/session-bus", "framework/recording", "framework/shared", "framework/plugins/mpris"},
 }
 
 # Headers that no folder includes -> what is used instead.

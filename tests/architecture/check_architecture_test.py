@@ -7,7 +7,8 @@ from check_architecture import include_faults, link_faults, load_faults, name_fa
 
 OWNERS = {"KelvoRegistry.h": {"framework/core"}, "GstEngine.h": {"framework/plugins/gst-renderer"},
           "KelvoMainWindow.h": {"src"}, "RemotePlayer.h": {"framework/playback/remote"}, "ItemRenderer.h": {"framework/playback"},
-          "MprisTransport.h": {"framework/plugins/mpris"}}
+          "MprisTransport.h": {"framework/plugins/mpris"}, "Recorder.h": {"framework/recording"},
+          "EventRing.h": {"framework/recording"}}
 
 
 class Includes(unittest.TestCase):
@@ -46,6 +47,15 @@ class Includes(unittest.TestCase):
         self.assertTrue(self.faults("framework/playback/a.cpp", "<QDBusConnection>"))
         self.assertTrue(self.faults("framework/core/a.cpp", '"RemotePlayer.h"'))
 
+
+    def test_only_programs_record(self):
+        self.assertEqual(self.faults("src/main.cpp", '"Recorder.h"'), [])
+        self.assertTrue(self.faults("src/main.cpp", '"EventRing.h"'))
+        for folder in ("framework/core", "framework/playback", "framework/shared", "framework/plugins/simulator"):
+            self.assertTrue(self.faults(folder + "/a.cpp", '"Recorder.h"'))
+        self.assertEqual(self.faults("framework/recording/a.cpp", '"KelvoRegistry.h"'), [])
+        self.assertTrue(self.faults("framework/recording/a.cpp", '"ItemRenderer.h"'))
+        self.assertTrue(self.faults("framework/recording/a.cpp", "<QApplication>"))
 
     def test_the_store_reads_no_media(self):
         self.assertEqual(self.faults("framework/tracker/store/a.cpp", "<libtracker-sparql/tracker-sparql.h>"), [])

@@ -1,0 +1,196 @@
+// SPDX-License-Identifier: MIT
+#include "Evidence.h"
+
+#include "KelvoPlaylist.h"
+#include "KelvoRegistry.h"
+#include "KelvoRenderer.h"
+#include "KelvoSource.h"
+
+#include <QDir>
+#include <QFile>
+#include <QGuiApplication>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QPixmap>
+#include <QProcessEnvironment>
+#include <QRegularExpression>
+#include <QScreen>
+#include <QSysInfo>
+#include <QWindow>
+
+namespace {
+const QRegularExpression &variablesOfInterest()
+{
+    static const QRegularExpression names(QStringLiteral(
+        "^(Q?KELVO_|QT_|QML|QSG_|GST_|G_|GDK_|GIO_|LC_|LANG|XDG_|DISPLAY$|WAYLAND_DISPLAY$|DBUS_SESSION_BUS_"
+        "ADDRESS$|"
+        "PULSE_|PIPEWIRE_|ALSA_|LIBVA_|VDPAU_|MESA_|PATH$|LD_|TZ$|TERM$|ASAN_|UBSAN_|LSAN_|TSAN_)"));
+    return names;
+}
+
+const QRegularExpression &namesOfSecrets()
+{
+    static const QRegularExpression names(
+        QStringLiteral("PASS|SECRET|TOKEN|KEY|CREDENTIAL|COOKIE|AUTH|SESSION_ID"));
+    return names;
+}
+
+/// Passwords in addresses, and who and where the user is.
+QString withoutUser(QString value)
+{
+    static const QRegularExpression password(QStringLiteral("(://[^:/@\\s]*):[^@/\\s]*@"));
+    value.replace(password, QStringLiteral("\\1@"));
+    const QString home = QDir::homePath();
+    if (home.size() > 1)
+        value.replace(home, QStringLiteral("~"));
+    for (const char *variable : {"USER", "LOGNAME"}) {
+        const QString name = qEnvironmentVariable(variable);
+        if (!name.isEmpty()) {
+            const QRegularExpression word(QStringLiteral("\\b%1\\b").arg(QRegularExpression::escape(name)));
+            value.replace(word, QStringLiteral("USER"));
+        }
+    }
+    return value;
+}
+
+template <typename Object> QJsonArray listOf(const QList<Object *> &objects)
+{
+    QJsonArray list;
+    for (const Object *object : objects)
+        list.append(
+            QJsonObject{{QStringLiteral("uuid"), object->uuid()}, {QStringLiteral("name"), object->name()}});
+    return list;
+}
+
+QString wordOf(KelvoPluginStatus::State state)
+{
+    switch (state) {
+    case KelvoPluginStatus::Unknown:
+        return QStringLiteral("unknown");
+    case KelvoPluginStatus::Available:
+        return QStringLiteral("available");
+    case KelvoPluginStatus::Loading:
+        return QStringLiteral("loading");
+    case KelvoPluginStatus::Running:
+        return QStringLiteral("running");
+    case KelvoPluginStatus::Failed:
+        return QStringLiteral("failed");
+    }
+    return {};
+}
+
+QJsonArray pluginsOf(const KelvoRegistry &registry)
+{
+    QJsonArray list;
+    for (const QString &fileName : registry.availablePlugins()) {
+        const KelvoPluginStatus status = registry.pluginLoader()->status(fileName);
+        list.append(QJsonObject{{QStringLiteral("file"), fileName}, {QStringLiteral("name"), status.name},
+            {QStringLiteral("version"), status.version}, {QStringLiteral("state"), wordOf(status.state)},
+            {QStringLiteral("error"), status.error}});
+    }
+    return list;
+}
+
+/// @return what went wrong; empty when nothing did
+QString saveFile(const QString &path, const char *bytes, qsizetype size)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly) || file.write(bytes, size) != size
+        || !file.flush())
+        return QStringLiteral("%1: %2").arg(path, file.errorString());
+    return {};
+}
+} // namespace
+
+QString Evidence::home()
+{
+    const QString named = qEnvironmentVariable("KELVO_EVIDENCE_DIR");
+    if (!named.isEmpty())
+        return QDir(named).absolutePath();
+    const QString state = qEnvironmentVariable("XDG_STATE_HOME");
+    // The specification has relative paths ignored.
+    const QString folder
+        = QDir::isAbsolutePath(state) ? state : QDir::homePath() + QStringLiteral("/.local/state");
+    return folder + QStringLiteral("/kelvo/evidence");
+}
+
+QString Evidence::folderOf(const RecordingHeader &header, const QDateTime &time)
+{
+    return QStringLiteral("%1/%2-%3-%4")
+        .arg(home(), header.program, time.toUTC().toString(QStringLiteral("yyyyMMdd'T'HHmmsszzz'Z'")))
+        .arg(header.pid);
+}
+
+QByteArray Evidence::describe(const RecordingHeader &header, const KelvoRegistry *registry)
+{
+    QJsonObject about{{QStringLiteral("program"), header.program},
+        {QStringLiteral("version"), header.version}, {QStringLiteral("revision"), header.revision},
+        {QStringLiteral("pid"), header.pid},
+        {QStringLiteral("started"), header.started.toUTC().toString(Qt::ISODateWithMs)},
+        {QStringLiteral("system"), QSysInfo::prettyProductName()},
+        {QStringLiteral("kernel"), QSysInfo::kernelVersion()},
+        {QStringLiteral("processor"), QSysInfo::currentCpuArchitecture()},
+        {QStringLiteral("qt"), QString::fromLatin1(qVersion())},
+        {QStringLiteral("platform"), QGuiApplication::platformName()}};
+    if (registry) {
+        about.insert(QStringLiteral("plug-ins"), pluginsOf(*registry));
+        about.insert(QStringLiteral("renderers"), listOf(registry->renderers()));
+        about.insert(QStringLiteral("sources"), listOf(registry->sources()));
+        about.insert(QStringLiteral("playlists"), listOf(registry->allPlaylists()));
+    }
+    return QJsonDocument(about).toJson();
+}
+
+std::string Evidence::describeEnvironment()
+{
+    const QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    QStringList lines;
+    for (const QString &name : environment.keys()) {
+        if (!name.contains(variablesOfInterest()))
+            continue;
+        const bool isSecret = name.contains(namesOfSecrets());
+        lines.append(
+            name + u'=' + (isSecret ? QStringLiteral("(left out)") : withoutUser(environment.value(name))));
+    }
+    lines.sort();
+    return (lines.join(u'\n') + u'\n').toStdString();
+}
+
+QList<QImage> Evidence::pictureWindows()
+{
+    QList<QImage> pictures;
+    if (!qobject_cast<QGuiApplication *>(QCoreApplication::instance()))
+        return pictures;
+    for (QWindow *window : QGuiApplication::topLevelWindows()) {
+        if (!window->isExposed() || !window->screen())
+            continue;
+        const QImage picture = window->screen()->grabWindow(window->winId()).toImage();
+        // Not every platform lets a program look at the screen.
+        if (!picture.isNull())
+            pictures.append(picture);
+    }
+    return pictures;
+}
+
+QString Evidence::save() const
+{
+    if (!QDir().mkpath(folder))
+        return QStringLiteral("%1: the folder cannot be made").arg(folder);
+    // What was played and from where is nobody else's business.
+    QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    const auto path = [this](const char *name) {
+        return folder + u'/' + QString::fromLatin1(name);
+    };
+    QStringList problems{saveFile(path(recordingName), recording.data(), qsizetype(recording.size())),
+        saveFile(path(logName), log.data(), qsizetype(log.size())),
+        saveFile(path(aboutName), about.constData(), about.size()),
+        saveFile(path(environmentName), environment.data(), qsizetype(environment.size()))};
+    for (qsizetype i = 0; i < windows.size(); ++i) {
+        const QString picture = path(qPrintable(QStringLiteral("window-%1.png").arg(i + 1)));
+        if (!windows.at(i).save(picture, "PNG"))
+            problems.append(QStringLiteral("%1: the picture cannot be saved").arg(picture));
+    }
+    problems.removeAll(QString());
+    return problems.value(0);
+}

@@ -1,0 +1,145 @@
+// SPDX-License-Identifier: MIT
+#include "Recorder.h"
+
+#include "CommandTap.h"
+#include "CrashHandler.h"
+#include "EventRing.h"
+#include "EventWriter.h"
+#include "Evidence.h"
+#include "EvidenceService.h"
+#include "KelvoRegistry.h"
+#include "LogTail.h"
+#include "RecordingFile.h"
+#include "RecordingHeader.h"
+#include "RegistryTap.h"
+
+#include <QCoreApplication>
+#include <QFile>
+
+using namespace std::chrono_literals;
+
+namespace {
+constexpr EventRing::Limits kept{20'000, quint64(8) * 1024 * 1024};
+constexpr auto longestFlush = 500ms;
+} // namespace
+
+struct Recorder::Private
+{
+    Private(KelvoRegistry *theRegistry, const Program &program)
+        : registry(theRegistry)
+        , begin(EventWriter::Clock::now())
+        , header{program.name, program.version, program.revision, QDateTime::currentDateTimeUtc(), {},
+              QCoreApplication::applicationPid()}
+        , file(openFile())
+        , crashes(planOfCrash(), file ? &file->progress() : nullptr)
+        , writer(*ring, begin, [this] { wakeFile(); })
+        , commands(writer)
+        , reports(registry, writer)
+    {
+    }
+
+    RecordingHeader headerOfNow() const
+    {
+        RecordingHeader now = header;
+        now.plugins = registry->loadedPlugins();
+        return now;
+    }
+
+    std::unique_ptr<RecordingFile> openFile() const
+    {
+        const QString path = qEnvironmentVariable("KELVO_RECORD");
+        if (path.isEmpty())
+            return nullptr;
+        return std::make_unique<RecordingFile>(path, headerOfNow().line(), ring, begin);
+    }
+
+    CrashHandler::Plan planOfCrash() const
+    {
+        const QString folder = Evidence::folderOf(header, header.started) + QStringLiteral("-crash");
+        const auto path = [&folder](const char *name) {
+            return QFile::encodeName(folder + u'/' + QString::fromLatin1(name)).toStdString();
+        };
+        CrashHandler::Plan plan;
+        for (qsizetype end = folder.indexOf(u'/', 1); end > 0; end = folder.indexOf(u'/', end + 1))
+            plan.folders.push_back(QFile::encodeName(folder.first(end)).toStdString());
+        plan.folders.push_back(QFile::encodeName(folder).toStdString());
+        plan.texts = {{path(Evidence::aboutName), Evidence::describe(header, nullptr).toStdString()},
+            {path(Evidence::environmentName), Evidence::describeEnvironment()}};
+        plan.recordingPath = path(Evidence::recordingName);
+        plan.recordingHeader = header.line();
+        plan.logPath = path(Evidence::logName);
+        plan.farewell = QStringLiteral(": %1 has crashed, what is known of it is in %2\n")
+                            .arg(header.program, folder)
+                            .toStdString();
+        plan.events = ring;
+        plan.log = &LogTail::lines();
+        plan.begin = begin;
+        return plan;
+    }
+
+    Evidence collectEvidence() const
+    {
+        const QDateTime now = QDateTime::currentDateTimeUtc();
+        const RecordingHeader described = headerOfNow();
+        return {Evidence::folderOf(header, now), described.line() + ring->lines(), LogTail::lines().lines(),
+            Evidence::describe(described, registry), Evidence::describeEnvironment(),
+            Evidence::pictureWindows()};
+    }
+
+    void wakeFile() const
+    {
+        if (file)
+            file->wake();
+    }
+
+    KelvoRegistry *const registry;
+    const std::shared_ptr<EventRing> ring = std::make_shared<EventRing>(kept);
+    const EventWriter::Clock::time_point begin;
+    const RecordingHeader header;
+    const std::unique_ptr<RecordingFile> file;
+    const CrashHandler crashes;
+    const EventWriter writer;
+    CommandTap commands;
+    RegistryTap reports;
+    std::unique_ptr<EvidenceService> service; ///< while there is an application object
+};
+
+std::atomic<Recorder *> Recorder::s_recorder = nullptr;
+
+std::unique_ptr<Recorder> Recorder::start(KelvoRegistry *registry, const Program &program)
+{
+    LogTail::install(EventWriter::Clock::now());
+    return std::unique_ptr<Recorder>(new Recorder(registry, program));
+}
+
+Recorder::Recorder(KelvoRegistry *registry, const Program &program)
+    : d(std::make_unique<Private>(registry, program))
+{
+    s_recorder = this;
+    d->service = std::make_unique<EvidenceService>([this] { return d->collectEvidence(); });
+    qAddPostRoutine(endService);
+}
+
+void Recorder::endService()
+{
+    if (const Recorder *recorder = s_recorder)
+        recorder->d->service.reset();
+}
+
+Recorder::~Recorder()
+{
+    Recorder *self = this;
+    s_recorder.compare_exchange_strong(self, nullptr);
+    d->writer.note({}, "note", "ended");
+}
+
+std::string Recorder::recording() const
+{
+    return d->headerOfNow().line() + d->ring->lines();
+}
+
+void Recorder::flush()
+{
+    if (const Recorder *recorder = s_recorder; recorder && recorder->d->file)
+        recorder->d->file->flush(longestFlush);
+}
