@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: MIT
+#include "KelvoBuild.h"
 #include "KelvoGUIMain.h"
+#include "KelvoRegistry.h"
+#include "Recorder.h"
 #include "platform/DisplayCheck.h"
 #include "platform/DisplayLoss.h"
 #include "platform/StandardErrorLog.h"
@@ -10,6 +13,7 @@
 #include <QUrl>
 
 #include <cstdio>
+#include <memory>
 
 namespace {
 const char *argumentOrEmpty(int argc, char *argv[], int index)
@@ -29,8 +33,12 @@ int main(int argc, char *argv[])
         return 1;
     }
 
+    // Outlives the application, at whose end the back ends stop: that is recorded, too.
+    std::unique_ptr<Recorder> recorder;
     QApplication application(argc, argv);
     DisplayLoss::prepare();
+    recorder = Recorder::start(KelvoRegistry::instance(),
+        {QStringLiteral("kelvo-test-gui"), QStringLiteral(KELVO_VERSION), KelvoBuild::revision()});
     const TerminationSignals signals;
     QObject::connect(
         &signals, &TerminationSignals::closeRequested, &application, &TerminationSignals::closeWindows);

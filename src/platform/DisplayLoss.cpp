@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "DisplayLoss.h"
 
+#include "Recorder.h"
 #include "StandardErrorLog.h"
 
 #include <QGuiApplication>
@@ -55,6 +56,7 @@ void DisplayLoss::prepare()
 extern "C" __attribute__((visibility("default"))) void exit(int status) noexcept
 {
     if (prepared) {
+        Recorder::flush();
         StandardErrorLog::flush();
         ::_exit(status);
     }
