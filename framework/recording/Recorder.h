@@ -28,7 +28,7 @@ public:
     /// Records from now on, until the recorder is destroyed. After the application object is made, before whoever else
     /// listens to the registry. The registry must outlive it.
     static std::unique_ptr<Recorder> start(KelvoRegistry *registry, const Program &program);
-    /// Ends the recording, and waits for the disk for two seconds at most.
+    /// Ends the recording, and waits for the disk as long as that takes some of it within two seconds.
     ~Recorder();
     Q_DISABLE_COPY_MOVE(Recorder)
 

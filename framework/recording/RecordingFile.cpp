@@ -28,7 +28,8 @@ namespace {
 constexpr size_t pieceSize = size_t(64) * 1024;
 constexpr auto gathering = 20ms;
 constexpr auto untilNextTry = 500ms;
-constexpr auto longestEnd = 2s;
+// A disk that takes nothing for so long is taken for one that hangs when the program ends.
+constexpr auto patience = 2s;
 
 QString words(int error)
 {
@@ -275,8 +276,14 @@ RecordingFile::RecordingFile(const QString &path, std::string header, std::share
 RecordingFile::~RecordingFile()
 {
     m_writer->end();
-    if (!m_writer->waitForEnd(longestEnd))
-        leaveRunning(QStringLiteral("kelvo-recording"));
+    for (;;) {
+        const quint64 before = progress().written;
+        if (m_writer->waitForEnd(patience))
+            return;
+        if (progress().written == before)
+            break;
+    }
+    leaveRunning(QStringLiteral("kelvo-recording"));
 }
 
 void RecordingFile::wake()

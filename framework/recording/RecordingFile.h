@@ -31,7 +31,7 @@ public:
     /// @param begin  the time 0 of the events
     RecordingFile(const QString &path, std::string header, std::shared_ptr<EventRing> ring,
         std::chrono::steady_clock::time_point begin);
-    /// Writes what waits, for two seconds at most.
+    /// Writes what waits, as long as the disk takes some of it within two seconds.
     ~RecordingFile();
     Q_DISABLE_COPY_MOVE(RecordingFile)
 
