@@ -43,6 +43,7 @@ echo "| what | here | reference in the same run | ratio | goal |"
 echo "|---|---|---|---|---|"
 KELVO_PLUGINS="" $build/benchmarks/startup-benchmark $build/benchmarks/empty-window $build/bin/kelvo-test-gui 2>/dev/null
 $build/benchmarks/registry-benchmark
+$build/benchmarks/recording-benchmark "$build/benchmarks"
 nothing=$(mktemp -d)
 HOME=$nothing XDG_DATA_HOME=$nothing XDG_CONFIG_HOME=$nothing XDG_CACHE_HOME=$nothing KELVO_MEDIA_DIRS=$nothing \
     dbus-run-session -- $build/benchmarks/plugin-benchmark $build/lib/kelvo/plugins 2>/dev/null
