@@ -48,10 +48,12 @@ public:
     }
     void pauseAt(uint seconds) override
     {
-        m_engine->command([this, seconds] { m_engine->setPauseAt(seconds); });
+        command([this, seconds] { m_engine->setPauseAt(seconds); });
     }
 
 private:
+    void command(std::function<void()> call) { m_engine->command(std::move(call)); }
+
     const std::unique_ptr<Engine> m_engine = std::make_unique<SilentEngine>();
 };
 
