@@ -3,6 +3,7 @@
 """Holds the arrows of the architecture: who may include what, and what each binary links.
 
     console -> {shared, tracker} -> core -> Qt Core and Gui
+    kelvo-test -> verbs -> {scenario, shared} -> core
     plug-ins -> core (tracker-source also tracker) + their one foreign library
     gst-renderer, simulator, upnp, mpris -> playback (a static library) -> core
     shared, mpris, recording -> session-bus (a static library) -> core
@@ -27,6 +28,10 @@ import sys
 # Folder -> folders whose headers it may include besides its own. The longest matching folder counts.
 MAY_INCLUDE = {
     "src": {"framework/core", "framework/recording", "framework/shared", "framework/tracker"},
+    # kelvo-test: the boundary is all that it knows of the framework, too.
+    "kelvo-test": {"kelvo-test/verbs"},
+    "kelvo-test/scenario": {"framework/core"},
+    "kelvo-test/verbs": {"framework/core", "framework/shared", "kelvo-test/scenario"},
     "framework/core": set(),
     "framework/session-bus": {"framework/core"},
     "framework/glib": set(),
@@ -86,6 +91,7 @@ MAY_LINK = {
     r"lib/libkelvo-shared\.so": QT_BASE + r"|libQt6DBus\.so|libkelvo-core\.so",
     # GLib is what libtracker-sparql's own interface is made of.
     r"lib/libkelvo-tracker\.so": QT_BASE + r"|libkelvo-core\.so|libtracker-sparql|libg(lib|object|io)-2\.0",
+    r"bin/kelvo-test": QT_BASE + r"|libQt6DBus\.so|libkelvo-(core|shared)\.so",
     r"bin/kelvo-test-gui": r"libQt6(Core|Gui|Widgets|Network|DBus)\.so|libkelvo-(core|shared|tracker)\.so",
     r"lib/kelvo/plugins/gst-renderer\.so":
         QT_BASE + r"|libQt6Network\.so|libkelvo-core\.so|libgst\w+-1\.0|libg(lib|object|io)-2\.0|libtotem-plparser|libxcb",
@@ -134,14 +140,14 @@ def include_faults(relative, text, owners):
 
 def name_faults(relative):
     """Faults of a file's name: one class per file pair, but for the window and the controllers of the console."""
-    by_role = "_" in pathlib.PurePath(relative).stem and relative.startswith(("src/", "framework/"))
+    by_role = "_" in pathlib.PurePath(relative).stem and relative.startswith(("src/", "kelvo-test/", "framework/"))
     if by_role and not re.match(r"src/Kelvo(MainWindow|\w+Controller)_\w+\.cpp$", relative):
         return [f"{relative}: is a part of a class, which only the window and the controllers have files for"]
     return []
 
 
 def source_faults(source):
-    files = [path for folder in ("src", "framework", "tests", "benchmarks", "cmake", "scripts")
+    files = [path for folder in ("src", "kelvo-test", "framework", "tests", "benchmarks", "cmake", "scripts")
              for path in (source / folder).rglob("*") if path.is_file()]
     owners = {}
     for path in files:
@@ -170,14 +176,14 @@ def plan_faults(plan, folders):
         cells = line.split("|")
         if line.startswith("| `") and len(cells) > 2:
             rows.update(re.findall(r"`([\w/-]+)`", cells[1]))
-    known = {row for row in rows if row.split("/")[0] in ("src", "framework")}
+    known = {row for row in rows if row.split("/")[0] in ("src", "kelvo-test", "framework")}
     return ([f"ARCHITECTURE.md: no row for {folder}" for folder in sorted(set(folders) - rows)]
             + [f"ARCHITECTURE.md: {folder}, which is not built" for folder in sorted(known - set(folders))])
 
 
 def built_folders(source):
     """The folders of the product that a target is made in."""
-    files = [path for top in ("src", "framework") for path in sorted((source / top).rglob("CMakeLists.txt"))]
+    files = [path for top in ("src", "kelvo-test", "framework") for path in sorted((source / top).rglob("CMakeLists.txt"))]
     makes = re.compile(r"^(add_library|add_executable|kelvo_add_\w+)\(", re.MULTILINE)
     return [path.parent.relative_to(source).as_posix() for path in files
             if makes.search(path.read_text(encoding="utf-8"))]

@@ -26,6 +26,11 @@ class Includes(unittest.TestCase):
         self.assertTrue(self.faults("src/main.cpp", "<gst/gst.h>"))
         self.assertTrue(self.faults("src/main.cpp", "<glib.h>"))
 
+    def test_the_program_without_a_window_knows_no_back_end_and_no_window(self):
+        self.assertEqual(self.faults("kelvo-test/verbs/a.cpp", '"KelvoRegistry.h"'), [])
+        for include in ('"GstEngine.h"', '"KelvoMainWindow.h"', "<QWidget>", "<gst/gst.h>"):
+            self.assertTrue(self.faults("kelvo-test/verbs/a.cpp", include))
+
     def test_nothing_below_knows_the_console(self):
         self.assertTrue(self.faults("framework/core/a.cpp", '"KelvoMainWindow.h"'))
         self.assertTrue(self.faults("framework/core/a.cpp", "<QWidget>"))
@@ -122,6 +127,10 @@ class Links(unittest.TestCase):
         for library in ("libgstreamer-1.0.so.0", "libtag.so.1", "libtotem-plparser.so.18", "libuchardet.so.0",
                         "libgupnp-1.6.so.0"):
             self.assertTrue(load_faults("bin/kelvo-test-gui", [library]))
+
+    def test_the_program_without_a_window_links_no_widgets(self):
+        self.assertEqual(link_faults("bin/kelvo-test", ["libQt6Core.so.6", "libkelvo-shared.so.0"]), [])
+        self.assertTrue(link_faults("bin/kelvo-test", ["libQt6Widgets.so.6"]))
 
     def test_an_unknown_binary_is_a_fault(self):
         self.assertTrue(link_faults("lib/kelvo/plugins/new.so", []))
