@@ -4,6 +4,7 @@
 #include "ListVerb.h"
 #include "Output.h"
 #include "PlayVerb.h"
+#include "ScenarioVerbs.h"
 #include "Spelling.h"
 
 #include <QCoreApplication>
@@ -33,6 +34,7 @@ Program Program::complete()
     Verbs verbs;
     verbs.push_back(std::make_unique<ListVerb>());
     verbs.push_back(std::make_unique<PlayVerb>());
+    ScenarioVerbs::addTo(verbs);
     return Program(std::move(verbs));
 }
 

@@ -3,7 +3,7 @@
 """Holds the arrows of the architecture: who may include what, and what each binary links.
 
     console -> {shared, tracker} -> core -> Qt Core and Gui
-    kelvo-test -> verbs -> {scenario, shared} -> core
+    kelvo-test -> verbs -> {scenario, shared} -> core, scenario -> report
     plug-ins -> core (tracker-source also tracker) + their one foreign library
     gst-renderer, simulator, upnp, mpris -> playback (a static library) -> core
     shared, mpris, recording -> session-bus (a static library) -> core
@@ -30,8 +30,9 @@ MAY_INCLUDE = {
     "src": {"framework/core", "framework/recording", "framework/shared", "framework/tracker"},
     # kelvo-test: the boundary is all that it knows of the framework, too.
     "kelvo-test": {"kelvo-test/verbs"},
-    "kelvo-test/scenario": {"framework/core"},
-    "kelvo-test/verbs": {"framework/core", "framework/shared", "kelvo-test/scenario"},
+    "kelvo-test/report": set(),
+    "kelvo-test/scenario": {"framework/core", "kelvo-test/report"},
+    "kelvo-test/verbs": {"framework/core", "framework/shared", "kelvo-test/report", "kelvo-test/scenario"},
     "framework/core": set(),
     "framework/session-bus": {"framework/core"},
     "framework/glib": set(),
@@ -67,6 +68,7 @@ FOREIGN = {
     r"totem-pl-parser": {"framework/media"},
     r"libtracker-sparql|tracker-sparql": {"framework/tracker"},
     r"taglib/|^(fileref|tag|tfile|tfilestream|tpropertymap)\.h$": {"framework/plugins/tracker-source"},
+    r"yaml-cpp": {"kelvo-test/scenario"},
     r"uchardet/": {"framework/plugins/tracker-source"},
     r"libgupnp|libgssdp|libsoup": {"framework/plugins/upnp"},
     r"xcb/": {"framework/plugins/gst-renderer"},
@@ -91,7 +93,7 @@ MAY_LINK = {
     r"lib/libkelvo-shared\.so": QT_BASE + r"|libQt6DBus\.so|libkelvo-core\.so",
     # GLib is what libtracker-sparql's own interface is made of.
     r"lib/libkelvo-tracker\.so": QT_BASE + r"|libkelvo-core\.so|libtracker-sparql|libg(lib|object|io)-2\.0",
-    r"bin/kelvo-test": QT_BASE + r"|libQt6DBus\.so|libkelvo-(core|shared)\.so",
+    r"bin/kelvo-test": QT_BASE + r"|libQt6(DBus|Network)\.so|libkelvo-(core|shared)\.so|libyaml-cpp",
     r"bin/kelvo-test-gui": r"libQt6(Core|Gui|Widgets|Network|DBus)\.so|libkelvo-(core|shared|tracker)\.so",
     r"lib/kelvo/plugins/gst-renderer\.so":
         QT_BASE + r"|libQt6Network\.so|libkelvo-core\.so|libgst\w+-1\.0|libg(lib|object|io)-2\.0|libtotem-plparser|libxcb",

@@ -31,6 +31,11 @@ class Includes(unittest.TestCase):
         for include in ('"GstEngine.h"', '"KelvoMainWindow.h"', "<QWidget>", "<gst/gst.h>"):
             self.assertTrue(self.faults("kelvo-test/verbs/a.cpp", include))
 
+    def test_scenario_files_are_read_in_one_place(self):
+        self.assertEqual(self.faults("kelvo-test/scenario/a.cpp", "<yaml-cpp/yaml.h>"), [])
+        for folder in ("kelvo-test/verbs", "framework/core", "src"):
+            self.assertTrue(self.faults(folder + "/a.cpp", "<yaml-cpp/yaml.h>"))
+
     def test_nothing_below_knows_the_console(self):
         self.assertTrue(self.faults("framework/core/a.cpp", '"KelvoMainWindow.h"'))
         self.assertTrue(self.faults("framework/core/a.cpp", "<QWidget>"))

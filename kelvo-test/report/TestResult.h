@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <QString>
+
+/// How one thing that was tried went.
+struct TestResult
+{
+    enum Outcome {
+        Held,
+        Failed,
+        Skipped, ///< the subject says that it cannot
+        CouldNotRun, ///< something else was in the way
+    };
+
+    Outcome outcome = Held;
+    QString group; ///< of what: the renderer
+    QString name;
+    QString file; ///< where it is written, if anywhere
+    int line = 0;
+    double seconds = 0;
+    QString message; ///< one line: what was expected and what came, or why it could not be tried
+    QString details; ///< further lines
+};

@@ -1,0 +1,4 @@
+// SPDX-License-Identifier: MIT
+#include "ScenarioVerbs.h"
+
+void ScenarioVerbs::addTo(Program::Verbs &) { }
