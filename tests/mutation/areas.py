@@ -4,6 +4,7 @@
 # (beginning of the path, test programs in the order in which they are built and run); the first that fits counts.
 AREAS = (
     ("src/", ("console-tests",)),
+    ("kelvo-test/", ("kelvo-test-tests",)),
     ("framework/core/playlist/", ("model-tests", "core-tests", "console-tests")),
     ("framework/core/KelvoGeneralSourcePlaylist", ("model-tests", "core-tests", "console-tests")),
     ("framework/core/KelvoPluginLoader", ("unit-plugin-loading", "unit-plugin-cycles")),

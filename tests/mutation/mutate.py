@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 """mutate.py: do the tests notice when the program is changed?
 
-Makes one-line changes (operators.py) of src and framework, chosen at random, one at a time: each is built, the tests
+Makes one-line changes (operators.py) of src, kelvo-test and framework, chosen at random, one at a time: each is built, the tests
 that can see it (areas.py) run until the first one fails, and the line is put back. What no test notices "survived".
 
     tests/mutation/mutate.py --count 60 --seed 1 --minutes 30   # goes on where it was when it is started again
@@ -70,7 +70,7 @@ def batches(usual, path):
 def candidates(paths):
     """Changes by line: [(path, [mutants of that line])], the same order on every machine."""
     lines = []
-    for top in ("src", "framework"):
+    for top in ("src", "kelvo-test", "framework"):
         for file in sorted((ROOT / top).rglob("*.cpp")):
             path = str(file.relative_to(ROOT))
             if paths and not any(path.startswith(one) for one in paths):
