@@ -81,7 +81,7 @@ def sources_of(files, known):
 def tidy(folder, source):
     done = subprocess.run(
         ["clang-tidy", "-p", str(folder), "--quiet", "--warnings-as-errors=*",
-         f"--header-filter=^{re.escape(str(ROOT))}/(src|kelvo-test|framework|tests|benchmarks)/.*\\.h$",
+         f"--header-filter=^{re.escape(str(ROOT))}/(src|kelvo-test|conformance|framework|tests|benchmarks)/.*\\.h$",
          "--extra-arg=-Wno-unknown-warning-option", str(source)],
         cwd=ROOT, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False)
     if done.returncode != 0:

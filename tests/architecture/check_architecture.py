@@ -4,6 +4,7 @@
 
     console -> {shared, tracker} -> core -> Qt Core and Gui
     kelvo-test -> verbs -> {scenario, shared} -> core, scenario -> report
+    conformance (a static library, for whoever holds a renderer to the contract) -> core
     plug-ins -> core (tracker-source also tracker) + their one foreign library
     gst-renderer, simulator, upnp, mpris -> playback (a static library) -> core
     shared, mpris, recording -> session-bus (a static library) -> core
@@ -33,6 +34,8 @@ MAY_INCLUDE = {
     "kelvo-test/report": set(),
     "kelvo-test/scenario": {"framework/core", "kelvo-test/report"},
     "kelvo-test/verbs": {"framework/core", "framework/shared", "kelvo-test/report", "kelvo-test/scenario"},
+    # The contract is one for all renderers: it knows the boundary and none of them.
+    "conformance": {"framework/core"},
     "framework/core": set(),
     "framework/session-bus": {"framework/core"},
     "framework/glib": set(),
@@ -142,14 +145,14 @@ def include_faults(relative, text, owners):
 
 def name_faults(relative):
     """Faults of a file's name: one class per file pair, but for the window and the controllers of the console."""
-    by_role = "_" in pathlib.PurePath(relative).stem and relative.startswith(("src/", "kelvo-test/", "framework/"))
+    by_role = "_" in pathlib.PurePath(relative).stem and relative.startswith(("src/", "kelvo-test/", "conformance/", "framework/"))
     if by_role and not re.match(r"src/Kelvo(MainWindow|\w+Controller)_\w+\.cpp$", relative):
         return [f"{relative}: is a part of a class, which only the window and the controllers have files for"]
     return []
 
 
 def source_faults(source):
-    files = [path for folder in ("src", "kelvo-test", "framework", "tests", "benchmarks", "cmake", "scripts")
+    files = [path for folder in ("src", "kelvo-test", "conformance", "framework", "tests", "benchmarks", "cmake", "scripts")
              for path in (source / folder).rglob("*") if path.is_file()]
     owners = {}
     for path in files:
@@ -178,14 +181,14 @@ def plan_faults(plan, folders):
         cells = line.split("|")
         if line.startswith("| `") and len(cells) > 2:
             rows.update(re.findall(r"`([\w/-]+)`", cells[1]))
-    known = {row for row in rows if row.split("/")[0] in ("src", "kelvo-test", "framework")}
+    known = {row for row in rows if row.split("/")[0] in ("src", "kelvo-test", "conformance", "framework")}
     return ([f"ARCHITECTURE.md: no row for {folder}" for folder in sorted(set(folders) - rows)]
             + [f"ARCHITECTURE.md: {folder}, which is not built" for folder in sorted(known - set(folders))])
 
 
 def built_folders(source):
     """The folders of the product that a target is made in."""
-    files = [path for top in ("src", "kelvo-test", "framework") for path in sorted((source / top).rglob("CMakeLists.txt"))]
+    files = [path for top in ("src", "kelvo-test", "conformance", "framework") for path in sorted((source / top).rglob("CMakeLists.txt"))]
     makes = re.compile(r"^(add_library|add_executable|kelvo_add_\w+)\(", re.MULTILINE)
     return [path.parent.relative_to(source).as_posix() for path in files
             if makes.search(path.read_text(encoding="utf-8"))]

@@ -8,7 +8,8 @@ from check_architecture import include_faults, link_faults, load_faults, name_fa
 OWNERS = {"KelvoRegistry.h": {"framework/core"}, "GstEngine.h": {"framework/plugins/gst-renderer"},
           "KelvoMainWindow.h": {"src"}, "RemotePlayer.h": {"framework/playback/remote"}, "ItemRenderer.h": {"framework/playback"},
           "MprisTransport.h": {"framework/plugins/mpris"}, "Recorder.h": {"framework/recording"},
-          "EventRing.h": {"framework/recording"}}
+          "EventRing.h": {"framework/recording"},
+          "Statement.h": {"conformance"}}
 
 
 class Includes(unittest.TestCase):
@@ -66,6 +67,15 @@ class Includes(unittest.TestCase):
         self.assertEqual(self.faults("framework/recording/a.cpp", '"KelvoRegistry.h"'), [])
         self.assertTrue(self.faults("framework/recording/a.cpp", '"ItemRenderer.h"'))
         self.assertTrue(self.faults("framework/recording/a.cpp", "<QApplication>"))
+
+    def test_the_contract_knows_no_renderer(self):
+        self.assertEqual(self.faults("conformance/statements/a.cpp", '"KelvoRegistry.h"'), [])
+        self.assertEqual(self.faults("conformance/a.cpp", '"Statement.h"'), [])
+        for header in ('"ItemRenderer.h"', '"GstEngine.h"', '"KelvoMainWindow.h"', "<gst/gst.h>", "<QDBusConnection>"):
+            self.assertTrue(self.faults("conformance/a.cpp", header), header)
+        # Nor does any of them know the contract: what they do is not made for it.
+        for folder in ("framework/plugins/simulator", "framework/playback", "framework/core", "src"):
+            self.assertTrue(self.faults(folder + "/a.cpp", '"Statement.h"'), folder)
 
     def test_the_store_reads_no_media(self):
         self.assertEqual(self.faults("framework/tracker/store/a.cpp", "<libtracker-sparql/tracker-sparql.h>"), [])

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "ContractSuite.h"
 
-#include "RendererSubject.h"
+#include "ContractPart.h"
+#include "Subject.h"
 
 #include <QGuiApplication>
 #include <QProcess>
@@ -11,24 +12,14 @@
 #include <vector>
 
 namespace {
-// Which part a process runs; without it, all of them.
+// Which group a process tries; without it, all of them.
 constexpr char partVariable[] = "KELVO_CONTRACT_PART";
 
-std::vector<std::unique_ptr<QObject>> makeParts(RendererSubject &subject)
-{
-    std::vector<std::unique_ptr<QObject>> parts;
-    for (const auto &make : {makeStateContract, makePauseAtContract, makePlaylistContract, makeSeekContract,
-             makePlaylistEditContract, makeErrorContract, makePropertyContract, makeLifetimeContract,
-             makeTellingContract})
-        parts.push_back(make(subject));
-    return parts;
-}
-
-std::unique_ptr<QProcess> startPart(const QByteArray &name)
+std::unique_ptr<QProcess> startPart(const QString &group)
 {
     auto process = std::make_unique<QProcess>();
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QLatin1String(partVariable), QString::fromLatin1(name));
+    environment.insert(QLatin1String(partVariable), group);
     process->setProcessEnvironment(environment);
     process->setProcessChannelMode(QProcess::MergedChannels);
     process->start(QCoreApplication::applicationFilePath(), QCoreApplication::arguments().mid(1));
@@ -45,16 +36,16 @@ bool finishPart(QProcess &process)
     return process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
 }
 
-int runInProcesses(const std::vector<std::unique_ptr<QObject>> &parts, size_t atOnce)
+int runInProcesses(const QList<StatementGroup> &groups, size_t atOnce)
 {
     std::vector<std::unique_ptr<QProcess>> running;
     int failures = 0;
-    for (const auto &part : parts) {
+    for (const StatementGroup &group : groups) {
         if (running.size() == atOnce) {
             failures += !finishPart(*running.front());
             running.erase(running.begin());
         }
-        running.push_back(startPart(part->metaObject()->className()));
+        running.push_back(startPart(group.name));
     }
     for (const auto &process : running)
         failures += !finishPart(*process);
@@ -62,17 +53,19 @@ int runInProcesses(const std::vector<std::unique_ptr<QObject>> &parts, size_t at
 }
 } // namespace
 
-int runRendererContract(RendererSubject &subject, int argc, char **argv)
+int runRendererContract(Subject &subject, int argc, char **argv, size_t groupsAtOnce)
 {
     QGuiApplication application(argc, argv);
-    const std::vector<std::unique_ptr<QObject>> parts = makeParts(subject);
-    const QByteArray chosen = qgetenv(partVariable);
+    const QList<StatementGroup> groups = contractGroups();
+    const QString chosen = qEnvironmentVariable(partVariable);
     if (chosen.isEmpty() && subject.inRealTime())
-        return runInProcesses(parts, subject.partsAtOnce()) ? 1 : 0;
+        return runInProcesses(groups, groupsAtOnce) ? 1 : 0;
     int failures = 0;
-    for (const auto &part : parts) {
-        if (chosen.isEmpty() || chosen == part->metaObject()->className())
-            failures += QTest::qExec(part.get(), argc, argv);
+    for (const StatementGroup &group : groups) {
+        if (!chosen.isEmpty() && chosen != group.name)
+            continue;
+        ContractPart part(subject, group);
+        failures += QTest::qExec(&part, argc, argv);
     }
     return failures ? 1 : 0;
 }

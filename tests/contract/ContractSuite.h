@@ -1,18 +1,11 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <memory>
+#include <cstddef>
 
-class QObject;
-class RendererSubject;
+class Subject;
 
-// The parts of the suite, one class each.
-std::unique_ptr<QObject> makeStateContract(RendererSubject &subject);
-std::unique_ptr<QObject> makeSeekContract(RendererSubject &subject);
-std::unique_ptr<QObject> makePauseAtContract(RendererSubject &subject);
-std::unique_ptr<QObject> makePlaylistContract(RendererSubject &subject);
-std::unique_ptr<QObject> makePlaylistEditContract(RendererSubject &subject);
-std::unique_ptr<QObject> makeErrorContract(RendererSubject &subject);
-std::unique_ptr<QObject> makePropertyContract(RendererSubject &subject);
-std::unique_ptr<QObject> makeLifetimeContract(RendererSubject &subject);
-std::unique_ptr<QObject> makeTellingContract(RendererSubject &subject);
+/// Holds the subject to the whole contract, each statement a row of a Qt Test; the exit status of the test program. In
+/// real time the groups of the contract run side by side, so many at once: each mostly waits for its media, but not so
+/// much that more would keep their time on a small machine.
+int runRendererContract(Subject &subject, int argc, char **argv, size_t groupsAtOnce = 3);

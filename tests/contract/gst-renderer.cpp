@@ -1,16 +1,17 @@
 // SPDX-License-Identifier: MIT
-#include "RendererSubject.h"
+#include "ContractSuite.h"
+#include "Subject.h"
 
 #include <QDir>
 
 namespace {
-class GstRendererSubject : public RendererSubject
+class GstRendererSubject : public Subject
 {
 public:
     GstRendererSubject()
         : m_media(QStringLiteral(KELVO_TEST_MEDIA))
     {
-        m_cannot.insert(Step::TellUnseekable, QStringLiteral("no generated file is unseekable"));
+        cannotTry(Ability::TellUnseekable, QStringLiteral("no generated file is unseekable"));
     }
 
     QString pluginFile() const override { return QStringLiteral("gst-renderer.so"); }

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 // A real player: mpv with its MPRIS script, on a session bus of its own.
+#include "ContractSuite.h"
 #include "KelvoRegistry.h"
 #include "PrivateBus.h"
-#include "RendererSubject.h"
+#include "Subject.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -21,15 +22,14 @@ constexpr char pluginScript[] = "/usr/lib/mpv-mpris/mpris.so";
 // What CTest takes for a skipped test.
 constexpr int skippedCode = 77;
 
-class MprisSubject : public RendererSubject
+class MprisSubject : public Subject
 {
 public:
     MprisSubject()
     {
-        m_cannot.insert(
-            Step::VideoProperties, QStringLiteral("the player shows video in a window of its own"));
-        m_cannot.insert(Step::Rewind, QStringLiteral("mpv plays no slower than at 0.01, never backwards"));
-        m_cannot.insert(Step::TellUnseekable, QStringLiteral("mpv says CanSeek of everything"));
+        refuses(Ability::VideoProperties, QStringLiteral("the player shows video in a window of its own"));
+        refuses(Ability::Rewind, QStringLiteral("mpv plays no slower than at 0.01, never backwards"));
+        cannotTry(Ability::TellUnseekable, QStringLiteral("mpv says CanSeek of everything"));
     }
     ~MprisSubject() override
     {
@@ -52,8 +52,6 @@ public:
     int longSeconds() const override { return 10; }
     QUrl failingItem() const override { return file("missing.ogg"); }
     int quietTime() const override { return 200; }
-    /// mpv plays into nothing, which costs little.
-    size_t partsAtOnce() const override { return 8; }
 
 private:
     static QUrl file(const char *name)
@@ -119,5 +117,6 @@ int main(int argc, char **argv)
         return skippedCode;
     }
     MprisSubject subject;
-    return runRendererContract(subject, argc, argv);
+    // mpv plays into nothing, which costs little.
+    return runRendererContract(subject, argc, argv, 8);
 }

@@ -1,19 +1,18 @@
 // SPDX-License-Identifier: MIT
-#include "RendererSubject.h"
+#include "ContractSuite.h"
+#include "Subject.h"
 
 namespace {
 /// What all renderers of remote players share, over a player that does what it is told.
-class RemoteSubject : public RendererSubject
+class RemoteSubject : public Subject
 {
 public:
     RemoteSubject()
     {
-        m_cannot.insert(
-            Step::VideoProperties, QStringLiteral("a remote player shows video in a window of its own"));
+        refuses(
+            Ability::VideoProperties, QStringLiteral("a remote player shows video in a window of its own"));
     }
 
-    /// Nothing is decoded.
-    size_t partsAtOnce() const override { return 8; }
     QString pluginFile() const override { return QStringLiteral("pretended-player.so"); }
     QList<QUrl> shortItems() const override
     {
@@ -30,5 +29,6 @@ public:
 int main(int argc, char **argv)
 {
     RemoteSubject subject;
-    return runRendererContract(subject, argc, argv);
+    // Nothing is decoded.
+    return runRendererContract(subject, argc, argv, 8);
 }

@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: MIT
+#include "ContractSuite.h"
 #include "KelvoRegistry.h"
 #include "KelvoRenderer.h"
-#include "RendererSubject.h"
-
-#include <QCoreApplication>
-#include <QPointer>
+#include "SimulatedTime.h"
+#include "Subject.h"
 
 namespace {
 /// The simulator with its clock in hand: a test takes as long as its events, not as its media.
-class SimulatorSubject : public RendererSubject
+class SimulatorSubject : public Subject
 {
 public:
     QString pluginFile() const override { return QStringLiteral("simulator.so"); }
@@ -16,15 +15,7 @@ public:
     {
         return registry.findRendererByUuid(QStringLiteral("KelvoSimulatorA"));
     }
-    void prepare(KelvoRenderer &renderer) override
-    {
-        renderer.setKelvoProperty(QStringLiteral("sim-clock"), QStringLiteral("manual"));
-        QObject::connect(
-            &renderer, &KelvoRenderer::kelvoPropertyChanged, &renderer, [this](const QString &name) {
-                if (name == QLatin1String("sim-advance"))
-                    m_arrived = true;
-            });
-    }
+    void prepare(KelvoRenderer &renderer) override { m_time.takeOver(renderer); }
 
     QList<QUrl> shortItems() const override
     {
@@ -35,18 +26,8 @@ public:
     QUrl failingItem() const override { return QUrl("sim:bad?fail=106"); }
     QUrl unseekableItem() const override { return QUrl("sim:stream?seekable=0&duration=10"); }
 
-    void letTimePass(KelvoRenderer *renderer) override
-    {
-        m_time += Tick;
-        m_arrived = false;
-        const QPointer<KelvoRenderer> guarded(renderer);
-        if (guarded)
-            guarded->setKelvoProperty(QStringLiteral("sim-advance"), Tick);
-        do {
-            QCoreApplication::processEvents();
-        } while (guarded && !m_arrived);
-    }
-    qint64 time() const override { return m_time; }
+    void letTimePass(KelvoRenderer *renderer) override { m_time.pass(renderer); }
+    qint64 time() const override { return m_time.now(); }
     bool inRealTime() const override { return false; }
     /// A renderer that takes its time needs more of it.
     int quietTime() const override
@@ -57,9 +38,7 @@ public:
     }
 
 private:
-    static constexpr int Tick = 20;
-    qint64 m_time = 0;
-    bool m_arrived = false;
+    SimulatedTime m_time;
 };
 } // namespace
 

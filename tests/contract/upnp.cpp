@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 // A real renderer: rygel, on a network of its own for each part of the suite.
+#include "ContractSuite.h"
 #include "KelvoRegistry.h"
 #include "KelvoRenderer.h"
 #include "RendererProbe.h"
-#include "RendererSubject.h"
 #include "SsdpAnnouncer.h"
+#include "Subject.h"
 
 #include <QDeadlineTimer>
 #include <QDir>
@@ -32,17 +33,16 @@ constexpr int skippedCode = 77;
 constexpr int testsPerDevice = 27;
 constexpr int attempts = 3;
 
-class UpnpSubject : public RendererSubject
+class UpnpSubject : public Subject
 {
 public:
     UpnpSubject()
         : m_media(QStringLiteral(KELVO_TEST_MEDIA))
     {
-        m_cannot.insert(Step::TellUnseekable, QStringLiteral("no generated file is unseekable"));
-        m_cannot.insert(Step::FastForward, QStringLiteral("rygel lists no speed but 1"));
-        m_cannot.insert(Step::Rewind, QStringLiteral("rygel lists no speed but 1"));
-        m_cannot.insert(
-            Step::VideoProperties, QStringLiteral("the device shows video on a screen of its own"));
+        cannotTry(Ability::TellUnseekable, QStringLiteral("no generated file is unseekable"));
+        refuses(Ability::FastForward, QStringLiteral("rygel lists no speed but 1"));
+        refuses(Ability::Rewind, QStringLiteral("rygel lists no speed but 1"));
+        refuses(Ability::VideoProperties, QStringLiteral("the device shows video on a screen of its own"));
     }
     ~UpnpSubject() override { end(); }
 
@@ -83,8 +83,6 @@ public:
     int longSeconds() const override { return 10; }
     QUrl failingItem() const override { return file("missing.ogg"); }
     int quietTime() const override { return 300; }
-    /// They mostly wait.
-    size_t partsAtOnce() const override { return 8; }
 
 private:
     QUrl file(const char *name) const { return QUrl::fromLocalFile(m_media.filePath(QLatin1String(name))); }
@@ -237,5 +235,6 @@ int main(int argc, char **argv)
         }
     }
     UpnpSubject subject;
-    return runRendererContract(subject, argc, argv);
+    // They mostly wait.
+    return runRendererContract(subject, argc, argv, 8);
 }

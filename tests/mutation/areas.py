@@ -5,6 +5,7 @@
 AREAS = (
     ("src/", ("console-tests",)),
     ("kelvo-test/", ("kelvo-test-tests",)),
+    ("conformance/", ("conformance-tests", "contract-simulator")),
     ("framework/core/playlist/", ("model-tests", "core-tests", "console-tests")),
     ("framework/core/KelvoGeneralSourcePlaylist", ("model-tests", "core-tests", "console-tests")),
     ("framework/core/KelvoPluginLoader", ("unit-plugin-loading", "unit-plugin-cycles")),

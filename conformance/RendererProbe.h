@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "Finding.h"
 #include "KelvoRenderer.h"
 
 #include <QHash>
 #include <QPointer>
 #include <QStringList>
 #include <QUrl>
+
+#include <functional>
 
 class KelvoPlaylist;
 
@@ -28,7 +31,8 @@ public:
         QString objectId;
     };
 
-    explicit RendererProbe(KelvoRenderer &renderer);
+    /// The clock, in milliseconds, is that of timedEvents(); without one they all have the time 0.
+    explicit RendererProbe(KelvoRenderer &renderer, std::function<qint64()> clock = {});
 
     /// True while a command is being called: nothing may be reported or answered then.
     void setInCommand(bool inside) { m_inCommand = inside; }
@@ -42,6 +46,8 @@ public:
     void expectSameState() { m_sameStateExpected = true; }
     /// Forgets what was heard, not the state.
     void clear();
+    /// All that was reported, also before clear().
+    QList<HeardEvent> timedEvents() const { return m_timedEvents; }
 
     QList<KelvoRenderer::State> states;
     QList<Media> media;
@@ -52,6 +58,8 @@ public:
     int completed = 0;
     QStringList events; ///< everything in words, in order
     QStringList violations;
+    /// Errors by which the renderer said that it cannot do what it was told, also before clear().
+    QStringList refusals;
 
     QList<Status> statusAnswers;
     QList<uint> positionAnswers;
@@ -80,4 +88,6 @@ private:
     QHash<QString, QString> m_factsTold; ///< of the item, since it was announced among others
     bool m_inCommand = false;
     bool m_sameStateExpected = false;
+    std::function<qint64()> m_clock;
+    QList<HeardEvent> m_timedEvents;
 };

@@ -1,21 +1,20 @@
 // SPDX-License-Identifier: MIT
 // What is told of the item in play: to whoever chooses the renderer, and each fact once.
-#include "ContractCase.h"
-#include "ContractSuite.h"
+#include "StatementGroups.h"
+#include "Trial.h"
+
+#include <QMap>
+#include <QRegularExpression>
 
 namespace {
-using States = QList<KelvoRenderer::State>;
 using Facts = QMap<QString, QString>;
 
-class TellingContract : public ContractCase
+class TellingStatements : public Trial
 {
-    Q_OBJECT
 public:
-    using ContractCase::ContractCase;
+    using Trial::Trial;
 
-private Q_SLOTS:
-    void tellsAgainWhoeverChoosesIt_data();
-    void tellsAgainWhoeverChoosesIt();
+    void tellsAgainWhoeverChoosesIt(KelvoRenderer::State state, bool ofPlaylist);
     void whatIsToldAgainComesInOrder();
     void goesOnWithItsAddressWhenChosen();
     void tellsEachFactOnceForAnItem();
@@ -31,7 +30,7 @@ private:
     KelvoPlaylist *m_playlist = nullptr;
 };
 
-bool TellingContract::bringInto(KelvoRenderer::State state, bool ofPlaylist)
+bool TellingStatements::bringInto(KelvoRenderer::State state, bool ofPlaylist)
 {
     m_playlist = makeLongPlaylist(2);
     if (ofPlaylist) {
@@ -49,7 +48,7 @@ bool TellingContract::bringInto(KelvoRenderer::State state, bool ofPlaylist)
     return plays && reaches([this, state] { return heard().state() == state; });
 }
 
-void TellingContract::choose()
+void TellingStatements::choose()
 {
     if (heard().state() != Paused)
         heard().expectSameState();
@@ -57,7 +56,7 @@ void TellingContract::choose()
     renderer()->setKelvoProperty(KelvoRenderer::PropertyAutopaint, false);
 }
 
-Facts TellingContract::facts() const
+Facts TellingStatements::facts() const
 {
     Facts told;
     for (const auto &[key, value] : std::as_const(m_probe->metadataHeard))
@@ -65,23 +64,9 @@ Facts TellingContract::facts() const
     return told;
 }
 
-void TellingContract::tellsAgainWhoeverChoosesIt_data()
+void TellingStatements::tellsAgainWhoeverChoosesIt(KelvoRenderer::State state, bool ofPlaylist)
 {
-    QTest::addColumn<int>("state");
-    QTest::addColumn<bool>("ofPlaylist");
-    QTest::addRow("an item, playing") << int(Playing) << true;
-    QTest::addRow("an item, paused") << int(Paused) << true;
-    QTest::addRow("an item, stopped") << int(Stopped) << true;
-    QTest::addRow("an address, playing") << int(Playing) << false;
-    QTest::addRow("an address, paused") << int(Paused) << false;
-    QTest::addRow("an address, stopped") << int(Stopped) << false;
-}
-
-void TellingContract::tellsAgainWhoeverChoosesIt()
-{
-    QFETCH(int, state);
-    QFETCH(bool, ofPlaylist);
-    HOLDS(bringInto(KelvoRenderer::State(state), ofPlaylist));
+    HOLDS(bringInto(state, ofPlaylist));
     settle();
     const Facts before = facts();
     const int at = position();
@@ -90,26 +75,25 @@ void TellingContract::tellsAgainWhoeverChoosesIt()
     REACHES(!heard().states.isEmpty() && heard().property("policy-override").isValid());
     settle();
     // Whoever asks for the position asks from Playing on.
-    QCOMPARE(
-        heard().states, state == Paused ? (States{Playing, Paused}) : States{KelvoRenderer::State(state)});
-    QCOMPARE(heard().property("policy-override"), QVariant(false));
+    SAME(heard().states, state == Paused ? (States{Playing, Paused}) : States{state});
+    SAME(heard().property("policy-override"), QVariant(false));
     HOLDS(!heard().playlists.isEmpty() && !heard().playlists.constFirst());
     HOLDS(position() >= at);
-    QCOMPARE(heard().errors.size(), 0);
+    SAME(heard().errors.size(), 0);
     if (state == Stopped) {
-        QCOMPARE(heard().media.size(), 0);
-        QCOMPARE(facts(), Facts());
+        SAME(heard().media.size(), 0);
+        SAME(facts(), Facts());
         return;
     }
-    QCOMPARE(heard().playlists.constLast(), ofPlaylist ? m_playlist : nullptr);
-    QCOMPARE(heard().media.size(), 1);
-    QCOMPARE(heard().media.constFirst().index, ofPlaylist ? 1 : -1);
-    QCOMPARE(heard().media.constFirst().content.url, m_subject.longItem());
-    QCOMPARE(facts(), before);
-    QCOMPARE(heard().metadataHeard.size(), before.size());
+    SAME(heard().playlists.constLast(), ofPlaylist ? m_playlist : nullptr);
+    SAME(heard().media.size(), 1);
+    SAME(heard().media.constFirst().index, ofPlaylist ? 1 : -1);
+    SAME(heard().media.constFirst().content.url, m_subject.longItem());
+    SAME(facts(), before);
+    SAME(heard().metadataHeard.size(), before.size());
 }
 
-void TellingContract::whatIsToldAgainComesInOrder()
+void TellingStatements::whatIsToldAgainComesInOrder()
 {
     HOLDS(bringInto(Playing, true));
     settle();
@@ -126,7 +110,7 @@ void TellingContract::whatIsToldAgainComesInOrder()
     HOLDS(told.indexOf("policy-override = false") > fact);
 }
 
-void TellingContract::goesOnWithItsAddressWhenChosen()
+void TellingStatements::goesOnWithItsAddressWhenChosen()
 {
     HOLDS(bringInto(Playing, false));
     const int at = position();
@@ -134,8 +118,8 @@ void TellingContract::goesOnWithItsAddressWhenChosen()
     choose();
     renderer()->assignPlaylist(m_playlist);
     settle();
-    QCOMPARE(heard().states, States{Playing});
-    QCOMPARE(heard().media.size(), 1);
+    SAME(heard().states, States{Playing});
+    SAME(heard().media.size(), 1);
     REACHES(position() > at);
     renderer()->stop();
     REACHES(heard().state() == Stopped);
@@ -143,9 +127,8 @@ void TellingContract::goesOnWithItsAddressWhenChosen()
     REACHES(isPlaying(0));
 }
 
-void TellingContract::tellsEachFactOnceForAnItem()
+void TellingStatements::tellsEachFactOnceForAnItem()
 {
-    NEEDS(Metadata);
     HOLDS(bringInto(Playing, true));
     REACHES(heard().metadataCount("duration") > 0 && heard().metadataCount("title") > 0);
     settle();
@@ -158,7 +141,7 @@ void TellingContract::tellsEachFactOnceForAnItem()
     renderer()->gotoIndex(1);
     REACHES(heard().media.size() == 2 && isPlaying(1) && position() >= 1);
     settle();
-    QCOMPARE(facts(), Facts());
+    SAME(facts(), Facts());
     // Whoever has chosen it in the meantime knows nothing.
     renderer()->stop();
     REACHES(heard().state() == Stopped);
@@ -166,12 +149,11 @@ void TellingContract::tellsEachFactOnceForAnItem()
     renderer()->play();
     REACHES(isPlaying(1) && position() >= 1);
     settle();
-    QCOMPARE(facts(), first);
+    SAME(facts(), first);
 }
 
-void TellingContract::tellsTheFactsOfAnItemAgainAfterAnother()
+void TellingStatements::tellsTheFactsOfAnItemAgainAfterAnother()
 {
-    NEEDS(Metadata);
     HOLDS(bringInto(Playing, true));
     REACHES(heard().metadataCount("title") == 1);
     renderer()->gotoIndex(0);
@@ -189,9 +171,8 @@ void TellingContract::tellsTheFactsOfAnItemAgainAfterAnother()
     REACHES(heard().metadataCount("title") == 4);
 }
 
-void TellingContract::tellsTheFactsOfAnAddressEachTime()
+void TellingStatements::tellsTheFactsOfAnAddressEachTime()
 {
-    NEEDS(Metadata);
     HOLDS(bringInto(Playing, false));
     REACHES(heard().metadataCount("title") == 1);
     renderer()->playUri(m_subject.longItem());
@@ -199,9 +180,40 @@ void TellingContract::tellsTheFactsOfAnAddressEachTime()
 }
 } // namespace
 
-std::unique_ptr<QObject> makeTellingContract(RendererSubject &subject)
+QList<Statement> tellingStatements()
 {
-    return std::make_unique<TellingContract>(subject);
+    using G = TellingStatements;
+    return QList<Statement>{
+        statement("telling.when-chosen.item-playing",
+            "Chosen while an item is Playing, a renderer tells what is in play, its state and the facts.", {},
+            &G::tellsAgainWhoeverChoosesIt, Playing, true),
+        statement("telling.when-chosen.item-paused",
+            "Chosen while an item is Paused, a renderer tells what is in play, its state and the facts.",
+            {Ability::Pause}, &G::tellsAgainWhoeverChoosesIt, Paused, true),
+        statement("telling.when-chosen.item-stopped",
+            "Chosen after an item was stopped, a renderer tells its state and nothing of the item.", {},
+            &G::tellsAgainWhoeverChoosesIt, Stopped, true),
+        statement("telling.when-chosen.address-playing",
+            "Chosen while an address is Playing, a renderer tells what is in play, its state and the facts.",
+            {}, &G::tellsAgainWhoeverChoosesIt, Playing, false),
+        statement("telling.when-chosen.address-paused",
+            "Chosen while an address is Paused, a renderer tells what is in play, its state and the facts.",
+            {Ability::Pause}, &G::tellsAgainWhoeverChoosesIt, Paused, false),
+        statement("telling.when-chosen.address-stopped",
+            "Chosen after an address was stopped, a renderer tells its state and nothing of the item.", {},
+            &G::tellsAgainWhoeverChoosesIt, Stopped, false),
+        statement("telling.order", "What is told again comes in order: playlist, item, state, facts, policy.",
+            {}, &G::whatIsToldAgainComesInOrder),
+        statement("telling.goes-on-with-its-address",
+            "A URI goes on playing when the renderer is chosen and given a playlist.", {},
+            &G::goesOnWithItsAddressWhenChosen),
+        statement("telling.each-fact-once",
+            "Each fact about an item is told once, also when it begins again.", {Ability::Metadata},
+            &G::tellsEachFactOnceForAnItem),
+        statement("telling.again-after-another-item",
+            "The facts about an item are told again after another item was announced.", {Ability::Metadata},
+            &G::tellsTheFactsOfAnItemAgainAfterAnother),
+        statement("telling.of-a-uri-each-time", "The facts about a URI are told each time it is played.",
+            {Ability::Metadata}, &G::tellsTheFactsOfAnAddressEachTime),
+    };
 }
-
-#include "TellingContract.moc"

@@ -3,19 +3,12 @@
 
 #include "KelvoPlaylist.h"
 
-#include <QMetaEnum>
 #include <QThread>
 
 #include <algorithm>
 #include <utility>
 
 namespace {
-QString nameOf(int state)
-{
-    const char *name = QMetaEnum::fromType<KelvoRenderer::State>().valueToKey(state);
-    return name ? QString::fromLatin1(name) : QStringLiteral("state %1").arg(state);
-}
-
 /// The tester's own remote control, not a report.
 bool isControl(const QString &property)
 {
@@ -28,9 +21,16 @@ QVariant lastOf(const QList<QPair<QString, QVariant>> &facts, const QString &nam
         = std::find_if(facts.crbegin(), facts.crend(), [&](const auto &fact) { return fact.first == name; });
     return found == facts.crend() ? QVariant() : found->second;
 }
+
+bool isRefusal(const KelvoError &error)
+{
+    return error.code() == KelvoError::NotSeekable || error.code() == KelvoError::NotSupported
+        || error.code() == KelvoError::CommandRefused;
+}
 } // namespace
 
-RendererProbe::RendererProbe(KelvoRenderer &renderer)
+RendererProbe::RendererProbe(KelvoRenderer &renderer, std::function<qint64()> clock)
+    : m_clock(std::move(clock))
 {
     connect(&renderer, &KelvoRenderer::stateChanged, this, &RendererProbe::hearState);
     connect(&renderer, &KelvoRenderer::mediaChanged, this, [this](int index, const KelvoContent &content) {
@@ -44,7 +44,7 @@ RendererProbe::RendererProbe(KelvoRenderer &renderer)
         note(QStringLiteral("completed"));
         ++completed;
         if (m_state != KelvoRenderer::Stopped)
-            violations.append(QStringLiteral("completed while ") + nameOf(m_state));
+            violations.append(QStringLiteral("completed while ") + valueText(m_state));
     });
     connect(&renderer, &KelvoRenderer::playlistChanged, this, [this](KelvoPlaylist *playlist) {
         note(playlist ? QStringLiteral("playlist") : QStringLiteral("no playlist"));
@@ -65,8 +65,12 @@ RendererProbe::RendererProbe(KelvoRenderer &renderer)
     connect(&renderer, &KelvoRenderer::scanningInfo, this,
         [this](float fraction) { hearFraction(QStringLiteral("scanning"), fraction, &m_lastScanning); });
     connect(&renderer, &KelvoRenderer::error, this, [this](const KelvoError &error) {
-        note(QStringLiteral("error %1 (%2)").arg(int(error.code())).arg(error.message()));
+        const QString text
+            = QStringLiteral("error %1 (%2)").arg(QString::number(error.code()), error.message());
+        note(text);
         errors.append(error);
+        if (isRefusal(error))
+            refusals.append(text);
     });
 }
 
@@ -131,6 +135,7 @@ void RendererProbe::propertyAnswer(const QString &name, const QVariant &value)
 void RendererProbe::note(const QString &event)
 {
     events.append(event);
+    m_timedEvents.append({m_clock ? m_clock() : 0, event});
     if (m_inCommand)
         violations.append(event + QLatin1String(" was reported inside a command"));
     if (QThread::currentThread() != thread())
@@ -139,12 +144,12 @@ void RendererProbe::note(const QString &event)
 
 void RendererProbe::hearState(KelvoRenderer::State state)
 {
-    note(nameOf(state));
+    note(valueText(state));
     const bool skipped
         = m_state == KelvoRenderer::Stopped && state != KelvoRenderer::Transitioning && state != m_state;
     const bool repeated = state == m_state && !std::exchange(m_sameStateExpected, false);
     if (repeated || skipped || state < KelvoRenderer::Stopped || state > KelvoRenderer::Transitioning)
-        violations.append(nameOf(m_state) + QLatin1String(" -> ") + nameOf(state));
+        violations.append(valueText(m_state) + QLatin1String(" -> ") + valueText(state));
     m_state = state;
     states.append(state);
 }
