@@ -19,7 +19,7 @@ class KelvoPlaylist;
 /// are called on the GUI thread and all signals are emitted there. A renderer is owned by its back end, which
 /// takes it out of the registry before it deletes it; it may vanish at any time, also in mid-play.
 ///
-/// What every renderer does, whatever it is made of (tests/contract holds them to it):
+/// What every renderer does, whatever it is made of (conformance holds them to it):
 /// - The state goes Stopped -> Transitioning -> Playing or Paused, and back to Stopped. Each change is reported
 ///   once. Between two items of a playlist the state passes through Transitioning.
 /// - When it is given a window ("xid") somebody has chosen it, who knows nothing yet: it tells playlistChanged(nullptr),
