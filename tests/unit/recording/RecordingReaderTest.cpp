@@ -93,6 +93,7 @@ private Q_SLOTS:
         QTest::newRow("empty object") << QByteArray("{}") << 1;
         QTest::newRow("no time") << QByteArray(R"({"kind":"report"})") << 1;
         QTest::newRow("time as text") << QByteArray(R"({"time":"1","kind":"report"})") << 1;
+        QTest::newRow("endless time") << QByteArray(R"({"time":1e999,"kind":"report"})") << 1;
         QTest::newRow("no kind") << QByteArray(R"({"time":1})") << 1;
         QTest::newRow("zeros") << QByteArray(100, '\0') << 1;
         QTest::newRow("no UTF-8") << QByteArray("{\"time\":1,\"kind\":\"\xff\xfe\"}") << 1;
