@@ -89,6 +89,13 @@ class Includes(unittest.TestCase):
         for folder in ("framework/plugins/gst-renderer", "framework/plugins/tracker-source", "framework/tracker"):
             self.assertTrue(self.faults(folder + "/a.cpp", "<totem-pl-parser.h>"))
 
+    def test_reports_are_made_of_recordings_alone(self):
+        owners = OWNERS | {"RecordingReader.h": {"framework/recording"}, "Timeline.h": {"kelvo-test/report"}}
+        self.assertEqual(include_faults("kelvo-test/report/a.cpp", '#include "RecordingReader.h"\n', owners), [])
+        self.assertTrue(include_faults("kelvo-test/report/a.cpp", '#include "KelvoRegistry.h"\n', owners))
+        self.assertTrue(include_faults("framework/recording/a.cpp", '#include "Timeline.h"\n', owners))
+        self.assertTrue(include_faults("src/main.cpp", '#include "Timeline.h"\n', owners))
+
     def test_one_family_of_locks(self):
         self.assertEqual(self.faults("framework/core/a.cpp", "<mutex>"), [])
         self.assertTrue(self.faults("framework/core/a.cpp", "<QMutex>"))
@@ -109,6 +116,7 @@ class Names(unittest.TestCase):
         self.assertEqual(name_faults("framework/core/KelvoPlaylist.cpp"), [])
         self.assertTrue(name_faults("framework/core/KelvoPlaylist_sorting.cpp"))
         self.assertTrue(name_faults("framework/core/KelvoPlaylist_p.h"))
+        self.assertTrue(name_faults("kelvo-test/report/Timeline_lanes.cpp"))
 
 
 class Plan(unittest.TestCase):
@@ -121,6 +129,8 @@ class Plan(unittest.TestCase):
 
     def test_no_row_outlives_its_folder(self):
         self.assertEqual(plan_faults(self.PLAN, ["src"]), ["ARCHITECTURE.md: framework/core, which is not built"])
+        self.assertEqual(plan_faults("| `kelvo-test/old` | x |\n", []),
+                         ["ARCHITECTURE.md: kelvo-test/old, which is not built"])
 
 
 class Links(unittest.TestCase):

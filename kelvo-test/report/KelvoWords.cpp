@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+#include "KelvoWords.h"
+
+#include <QJsonDocument>
+#include <QStringList>
+
+namespace {
+QString textOf(const QJsonValue &value)
+{
+    if (value.isString())
+        return value.toString();
+    const QByteArray json = QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact);
+    return QString::fromUtf8(json.mid(1, json.size() - 2));
+}
+} // namespace
+
+bool KelvoWords::isReport(const RecordedEvent &event, QLatin1String name)
+{
+    return event.kind == report && event.name == name;
+}
+
+std::optional<double> KelvoWords::answeredPosition(const RecordedEvent &event)
+{
+    if (event.kind != answer)
+        return {};
+    const bool isProperty
+        = event.name == QLatin1String("kelvoProperty") && event.arguments.at(0) == QLatin1String("position");
+    if (!isProperty && event.name != QLatin1String("getPosition"))
+        return {};
+    const QJsonValue value = event.arguments.at(isProperty ? 1 : 0);
+    return value.isDouble() ? std::optional(value.toDouble()) : std::nullopt;
+}
+
+QString KelvoWords::errorText(const QJsonValue &error)
+{
+    const QJsonObject object = error.toObject();
+    const QString message = object.value(QLatin1String("message")).toString();
+    const QString code = QStringLiteral("error %1").arg(object.value(QLatin1String("code")).toInt());
+    return message.isEmpty() ? code : QStringLiteral("%1: %2").arg(code, message);
+}
+
+QString KelvoWords::call(const RecordedEvent &event, qsizetype longest)
+{
+    QStringList arguments;
+    for (const QJsonValue &argument : event.arguments)
+        arguments.append(textOf(argument));
+    const QString text = QStringLiteral("%1(%2)").arg(event.name, arguments.join(QLatin1String(", ")));
+    return text.size() > longest ? text.left(longest - 1) + QChar(0x2026) : text;
+}
+
+QString KelvoWords::seconds(double seconds)
+{
+    return QStringLiteral("%1 s").arg(seconds, 0, 'f', 3);
+}
