@@ -1,0 +1,58 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "RecordedEvent.h"
+
+#include <QHash>
+
+class RecordedRun;
+
+/// A run made ready for a comparison: its commands and reports by object, without what differs from run to run although
+/// nothing else happened (random ids, ports, ids of windows, how often a buffer's level was told).
+class ComparedRun
+{
+public:
+    /// Events beyond this are left out.
+    static constexpr qsizetype mostEvents = 500000;
+
+    struct Event
+    {
+        double time = 0;
+        /// The number of the event within the run.
+        qint64 event = 0;
+        bool isCommand = false;
+        /// What it is: two events with the same key stand for each other: "metadataChanged(title)".
+        QString key;
+        /// What it tells beyond that: "[One]".
+        QString value;
+    };
+
+    struct Object
+    {
+        QString uuid;
+        QString name;
+        bool isCommanded = false;
+        QList<Event> events;
+    };
+
+    ComparedRun() = default;
+    explicit ComparedRun(const RecordedRun &run);
+
+    void add(qint64 index, const RecordedEvent &event);
+
+    /// In the order of their first commands, then of their first reports.
+    QList<Object> objects() const;
+    bool isCut() const { return m_isCut; }
+
+private:
+    Object &objectOf(const QString &uuid);
+    void addReport(Object *object, Event event, const RecordedEvent &recorded);
+    QString plain(const QJsonValue &value);
+    QString plainText(const QString &text);
+    QString plainRest(const QJsonArray &arguments, qsizetype from);
+
+    QList<Object> m_objects;
+    QHash<QString, QString> m_ids;
+    qsizetype m_events = 0;
+    bool m_isCut = false;
+};
