@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <limits>
+#include <utility>
 
 namespace {
 constexpr qsizetype mostIds = 100000;
@@ -65,6 +66,7 @@ void ComparedRun::add(qint64 index, const RecordedEvent &event)
         return;
     }
     object.isCommanded = true;
+    object.levels.clear();
     const QString first = event.arguments.at(0).toString();
     const bool isAboutWindow = event.name == QLatin1String("setKelvoProperty") && isOfWindow(first);
     compared.key
@@ -89,21 +91,18 @@ void ComparedRun::addReport(Object *object, Event event, const RecordedEvent &re
         event.value = plainRest(recorded.arguments, 0);
     }
     event.key = QStringLiteral("%1(%2)").arg(recorded.name, subject);
-    const auto before
-        = std::find_if(object->events.crbegin(), object->events.crend(), [&](const Event &other) {
-              return other.isCommand || other.key.startsWith(recorded.name + QLatin1Char('('));
-          });
-    if (isLevel(recorded) && before != object->events.crend() && before->key == event.key)
-        return; // one filling is one, however often its level is told
+    // One filling is one, however often its level is told.
+    if (isLevel(recorded) && std::exchange(object->levels[recorded.name], event.key) == event.key)
+        return;
     object->events.append(event);
 }
 
 ComparedRun::Object &ComparedRun::objectOf(const QString &uuid)
 {
-    const auto found = std::find_if(
-        m_objects.begin(), m_objects.end(), [&uuid](const Object &object) { return object.uuid == uuid; });
-    if (found != m_objects.end())
-        return *found;
+    const auto known = m_indexes.constFind(uuid);
+    if (known != m_indexes.constEnd())
+        return m_objects[*known];
+    m_indexes.insert(uuid, m_objects.size());
     Object object;
     object.uuid = uuid;
     m_objects.append(object);

@@ -33,6 +33,8 @@ public:
         QString name;
         bool isCommanded = false;
         QList<Event> events;
+        /// What was told of each level since the last command.
+        QHash<QString, QString> levels;
     };
 
     ComparedRun() = default;
@@ -52,6 +54,7 @@ private:
     QString plainRest(const QJsonArray &arguments, qsizetype from);
 
     QList<Object> m_objects;
+    QHash<QString, qsizetype> m_indexes;
     QHash<QString, QString> m_ids;
     qsizetype m_events = 0;
     bool m_isCut = false;

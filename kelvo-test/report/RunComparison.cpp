@@ -8,9 +8,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace {
 using Event = ComparedRun::Event;
+
+/// After one command more than this are not looked at for their order: each is compared with all others.
+constexpr qsizetype mostMoved = 1000;
 
 /// What is said of a report without a command before it counts from the beginning of the run.
 double since(const Event *event, const Event *command)
@@ -149,10 +153,13 @@ void RunComparison::compareSection(
         else
             pairs.append(Pair{event, found->takeFirst()});
     }
-    for (const Event *event : section.second) {
-        if (waiting.value(event->key).contains(event))
-            onlySecond->append(Single{event, &section});
-    }
+    QList<const Event *> left;
+    for (const QList<const Event *> &events : std::as_const(waiting))
+        left += events;
+    std::sort(left.begin(), left.end(),
+        [](const Event *one, const Event *other) { return one->event < other->event; });
+    for (const Event *event : std::as_const(left))
+        onlySecond->append(Single{event, &section});
     QList<bool> isMoved(pairs.size(), false);
     compareOrder(pairs, &isMoved);
     for (qsizetype i = 0; i < pairs.size(); ++i)
@@ -173,11 +180,14 @@ void RunComparison::compareOrder(const QList<Pair> &pairs, QList<bool> *isMoved)
             && (firstGap > 0) != (secondGap > 0);
     };
     qsizetype next = 0;
+    qsizetype tried = 0;
     for (qsizetype i = 0; i < pairs.size(); ++i) {
         if (next < kept.size() && kept.at(next) == i) {
             ++next;
             continue;
         }
+        if (++tried > mostMoved)
+            return;
         const auto other = std::find_if(kept.begin(), kept.end(),
             [&](qsizetype index) { return changedPlaces(pairs.at(i), pairs.at(index)); });
         if (other == kept.end())

@@ -7,6 +7,8 @@
 
 #include <QTest>
 
+#include <ctime>
+
 namespace {
 ComparedRun runOf(const QString &events)
 {
@@ -223,6 +225,26 @@ private Q_SLOTS:
         const RunComparison comparison(first, second);
         QCOMPARE(comparison.count(), 10000);
         QCOMPARE(comparison.differences().size(), RunComparison::mostDifferences);
+    }
+
+    /// The time goes by the number of reports, not by its square. Of the processor: the machine may be busy.
+    void floodsTakeNoTime()
+    {
+        ComparedRun first = runOf("0 r command play []");
+        ComparedRun second = first;
+        RecordedEvent event;
+        event.uuid = "r";
+        event.kind = "report";
+        constexpr int many = 200000;
+        for (int i = 1; i <= many; ++i) {
+            event.time = i * 1e-6;
+            event.name = i % 2 ? "nameChanged" : "playlistChanged";
+            second.add(i, event);
+        }
+        const std::clock_t begin = std::clock();
+        QCOMPARE(RunComparison(first, second).count(), many);
+        const double seconds = double(std::clock() - begin) / CLOCKS_PER_SEC;
+        QVERIFY2(seconds < 20, qPrintable(QString::number(seconds)));
     }
 
     void commonSequences_data()
