@@ -152,7 +152,8 @@ QByteArray LanePicture::curve(const QList<Mark> &marks) const
     for (qsizetype i = 0; i < marks.size(); ++i) {
         const Mark &mark = marks.at(i);
         const bool isNew = i == 0 || mark.from - marks.at(i - 1).to > curveGap;
-        path += (isNew ? 'M' : 'L') + point(mark.from, mark.low);
+        // A line without length is a dot: a single answer is seen, too.
+        path += isNew ? 'M' + point(mark.from, mark.low) + "h0" : 'L' + point(mark.from, mark.low);
         if (mark.count > 1)
             path += 'L' + point(mark.to, mark.high);
     }

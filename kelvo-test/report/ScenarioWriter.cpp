@@ -9,7 +9,7 @@
 
 namespace {
 /// A scenario names no more.
-constexpr qsizetype mostRenderers = 16;
+constexpr qsizetype mostRenderersOfScenario = 16;
 
 /// A command that comes sooner than this after what was before is meant to come at once.
 constexpr double shortestWait = 0.5;
@@ -87,7 +87,7 @@ qsizetype ScenarioWriter::rendererOf(const QString &uuid)
     const auto known = m_indexes.constFind(uuid);
     if (known != m_indexes.constEnd())
         return *known;
-    if (m_renderers.size() == mostRenderers)
+    if (m_renderers.size() == mostRenderersOfScenario)
         return -1;
     m_renderers.append(Renderer());
     return *m_indexes.insert(uuid, m_renderers.size() - 1);

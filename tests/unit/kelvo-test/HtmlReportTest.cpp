@@ -88,7 +88,7 @@ private Q_SLOTS:
                  "width=\"3.5\" "
                  "height=\"24\"/>",
                  "<title>1.500 s to 2.000 s: 40 %</title><rect class=\"filling\"",
-                 "<path class=\"curve\" d=\"M4 1\"/>",
+                 "<path class=\"curve\" d=\"M4 1h0\"/>",
                  "<title>5.000 s: error 202: no data</title>",
                  "<span style=\"left:50%\">3</span>",
                  // the tables
