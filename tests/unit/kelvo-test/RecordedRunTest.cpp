@@ -39,6 +39,7 @@ private Q_SLOTS:
         QVERIFY(run.open(m_path, &m_error));
         QCOMPARE(run.run(), 1);
         QCOMPARE(run.runs(), 2);
+        QCOMPARE(run.events(), 2);
         QCOMPARE(run.header().value("program").toString(), "two");
         QCOMPARE(visited(run), QStringList({"0 stop", "1 pause"}));
         QVERIFY(run.open(m_path, &m_error, 0));
