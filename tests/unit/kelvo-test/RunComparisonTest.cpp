@@ -292,7 +292,7 @@ private Q_SLOTS:
         QStringList first;
         QStringList second;
         for (int i = 0; i < 5000; ++i) {
-            first.append(QString::number(i * 2));
+            first.append({QString::number(i * 2), QString::number(i * 2)}); // of each pair one is left over
             second.append(QString::number(i * 3));
         }
         // What both have is every sixth number, and nothing is at the begin or the end alike but the first.

@@ -93,6 +93,10 @@ private Q_SLOTS:
         QTest::newRow("not yet") << "1 r command play []\n3.9  note ended []\n"
                                  << "Told to play at 1.000 s, r has not told a state yet, for 2.900 s."
                                  << QList<int>{0};
+        QTest::newRow("told again what it does")
+            << playing + "5 r command play []\n" + end
+            << "Nothing keeps Speaker silent as far as can be seen: it is Playing since 2.000 s."
+            << QList<int>{4, 5};
         QTest::newRow("no answer to questions")
             << playing + "3 r command getPosition []\n4 r command getPosition []\n" + end
             << "Speaker does not answer: getPosition() was asked at 3.000 s, and nothing came for 7.000 s."
