@@ -13,7 +13,7 @@ constexpr QLatin1String headerKey("kelvo-recording");
 /// so that the header of the next run follows on the same line.
 QJsonObject objectOf(const QByteArray &line)
 {
-    const QJsonObject object = QJsonDocument::fromJson(line).object();
+    QJsonObject object = QJsonDocument::fromJson(line).object();
     if (!object.isEmpty())
         return object;
     const qsizetype header = line.lastIndexOf("{\"kelvo-recording\"");
@@ -92,7 +92,7 @@ std::optional<QByteArray> RecordingReader::nextLine()
                 fail(QStringLiteral("cannot be read any further: %1").arg(m_file.errorString()));
             return {};
         }
-        if (line.size() == longestLine && !line.endsWith('\n')) {
+        if (line.size() == LongestLine && !line.endsWith('\n')) {
             ++m_skipped;
             while (!line.isEmpty() && !line.endsWith('\n'))
                 line = nextPart();
@@ -105,7 +105,7 @@ std::optional<QByteArray> RecordingReader::nextLine()
 /// A line with its end, or as much of it as is read at once; nothing at the end of the file.
 QByteArray RecordingReader::nextPart()
 {
-    m_part.resize(longestLine + 1);
+    m_part.resize(LongestLine + 1);
     const qint64 length = m_file.readLine(m_part.data(), m_part.size());
     return {m_part.constData(), std::max(length, qint64(0))};
 }
@@ -113,12 +113,12 @@ QByteArray RecordingReader::nextPart()
 bool RecordingReader::takeHeader(const QJsonObject &header)
 {
     const QJsonValue number = header.value(headerKey);
-    if (number.toDouble(-1) != version) {
+    if (number.toDouble(-1) != Version) {
         const QString told
             = QString::fromUtf8(QJsonDocument(QJsonArray{number}).toJson(QJsonDocument::Compact));
         fail(QStringLiteral("is of version %1, this program reads version %2")
                  .arg(told.mid(1, told.size() - 2))
-                 .arg(version));
+                 .arg(Version));
         return false;
     }
     m_header = header;

@@ -16,9 +16,9 @@ class RecordingReader
 {
 public:
     /// The number in the header of recordings that this class reads.
-    static constexpr int version = 1;
+    static constexpr int Version = 1;
     /// Bytes of the longest line that is read; a longer one is skipped and counted.
-    static constexpr qint64 longestLine = 1024 * 1024;
+    static constexpr qint64 LongestLine = 1024 * 1024;
 
     /// Opens a file and reads its header. False when the file cannot be read, is no recording or is of another version:
     /// `*error` says which, naming the file.

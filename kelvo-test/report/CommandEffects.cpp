@@ -155,7 +155,7 @@ void CommandEffects::end(const Waiting &waiting, std::optional<double> time)
     effect.effectTime = time;
     const auto renderer = std::find_if(m_renderers.cbegin(), m_renderers.cend(),
         [&effect](const Renderer &other) { return other.uuid == effect.uuid; });
-    const QPair key(qsizetype(renderer - m_renderers.cbegin()), effect.command);
+    const std::pair key(qsizetype(renderer - m_renderers.cbegin()), effect.command);
     if (m_found.size() == mostRows && !m_found.contains(key))
         return;
     Found &found = m_found[key];

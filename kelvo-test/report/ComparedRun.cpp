@@ -54,7 +54,7 @@ void ComparedRun::add(qint64 index, const RecordedEvent &event)
         objectOf(event.uuid).name = event.arguments.at(0).toString();
     if ((!isCommand && event.kind != KelvoWords::report) || (isCommand && isQuestion(event.name)))
         return;
-    if (m_events == mostEvents) {
+    if (m_events == MostEvents) {
         m_isCut = true;
         return;
     }

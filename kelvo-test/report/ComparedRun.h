@@ -13,7 +13,7 @@ class ComparedRun
 {
 public:
     /// Events beyond this are left out.
-    static constexpr qsizetype mostEvents = 500000;
+    static constexpr qsizetype MostEvents = 500000;
 
     struct Event
     {

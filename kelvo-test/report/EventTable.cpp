@@ -25,13 +25,13 @@ const char *lookOf(const RecordedEvent &event)
 
 EventTable::EventTable(QIODevice *device, qint64 events)
     : m_device(device)
-    , m_isOpen(events <= mostRowsOpen)
+    , m_isOpen(events <= MostRowsOpen)
 {
 }
 
 void EventTable::add(qint64 index, const RecordedEvent &event)
 {
-    if (m_rows % rowsOfTable == 0) {
+    if (m_rows % RowsOfTable == 0) {
         endTable();
         beginTable(event.time);
     }

@@ -12,9 +12,9 @@ class EventTable
 {
 public:
     /// Events in each of the tables.
-    static constexpr qint64 rowsOfTable = 500;
+    static constexpr qint64 RowsOfTable = 500;
     /// Tables of fewer events altogether are open from the start.
-    static constexpr qint64 mostRowsOpen = 1000;
+    static constexpr qint64 MostRowsOpen = 1000;
 
     /// Writes to a device that is not owned. `events` is how many will come.
     EventTable(QIODevice *device, qint64 events);

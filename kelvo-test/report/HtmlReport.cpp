@@ -148,7 +148,7 @@ QByteArray HtmlReport::notices() const
     if (!m_run.trouble().isEmpty())
         notices.append("The recording ends early: " + HtmlText::of(m_run.trouble()) + '.');
     if (firstRow() > 0) {
-        notices.append("The table has the last " + QByteArray::number(mostRows) + " of "
+        notices.append("The table has the last " + QByteArray::number(MostRows) + " of "
             + QByteArray::number(m_run.events()) + " events; the time line shows all.");
     }
     if (m_timeline.eventsLeftOut() > 0)
@@ -269,5 +269,5 @@ QByteArray HtmlReport::link(qint64 event, const QByteArray &text) const
 
 qint64 HtmlReport::firstRow() const
 {
-    return std::max(m_run.events() - mostRows, qint64(0));
+    return std::max(m_run.events() - MostRows, qint64(0));
 }

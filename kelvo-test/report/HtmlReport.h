@@ -15,7 +15,7 @@ class HtmlReport
 {
 public:
     /// The table has so many events at most, the last ones: a browser opens that in a moment. The time line shows all.
-    static constexpr qint64 mostRows = 100000;
+    static constexpr qint64 MostRows = 100000;
 
     explicit HtmlReport(const RecordedRun &run);
 

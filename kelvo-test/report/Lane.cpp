@@ -32,8 +32,8 @@ QList<Mark> joined(const QList<Mark> &marks, double width)
 void Lane::add(const Mark &mark)
 {
     m_marks.append(mark);
-    if (m_marks.size() > 2 * mostMarks)
-        m_marks = atMost(mostMarks);
+    if (m_marks.size() > 2 * MostMarks)
+        m_marks = atMost(MostMarks);
 }
 
 void Lane::endLast(double time)

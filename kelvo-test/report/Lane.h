@@ -25,7 +25,7 @@ struct Mark
 class Lane
 {
 public:
-    static constexpr qsizetype mostMarks = 2000;
+    static constexpr qsizetype MostMarks = 2000;
 
     /// Marks are added in the order of their time.
     void add(const Mark &mark);

@@ -73,7 +73,7 @@ LanePicture::LanePicture(double begin, double end, qint64 firstLinked)
 QByteArray LanePicture::of(const QList<Mark> &marks, Style style, const QByteArray &name) const
 {
     QByteArray svg = "<svg role=\"img\" aria-label=\"" + name + "\" viewBox=\"0 0 " + number(m_end - m_begin)
-        + ' ' + QByteArray::number(height) + "\" preserveAspectRatio=\"none\">";
+        + ' ' + QByteArray::number(Height) + "\" preserveAspectRatio=\"none\">";
     if (style == Style::Curve)
         svg += curve(marks);
     for (const Mark &mark : marks) {
@@ -114,15 +114,15 @@ QByteArray LanePicture::linked(const Mark &mark, const QByteArray &shape) const
 QByteArray LanePicture::tick(const Mark &mark) const
 {
     return linked(
-        mark, "<path d=\"M" + number(mark.from - m_begin) + " 2v" + QByteArray::number(height - 4) + "\"/>");
+        mark, "<path d=\"M" + number(mark.from - m_begin) + " 2v" + QByteArray::number(Height - 4) + "\"/>");
 }
 
 QByteArray LanePicture::bar(const Mark &mark, double share, const char *kind) const
 {
-    const double high = height * share;
+    const double high = Height * share;
     return linked(mark,
         "<rect class=\"" + QByteArray(kind) + "\" x=\"" + number(mark.from - m_begin) + "\" y=\""
-            + number(height - high) + "\" width=\"" + number(std::max(mark.to - mark.from, 0.0))
+            + number(Height - high) + "\" width=\"" + number(std::max(mark.to - mark.from, 0.0))
             + "\" height=\"" + number(high) + "\"/>");
 }
 
@@ -146,7 +146,7 @@ QByteArray LanePicture::curve(const QList<Mark> &marks) const
         greatest = std::max(greatest, mark.high);
     const auto point = [greatest, this](double time, double value) {
         return number(time - m_begin) + ' '
-            + number(height - 1 - (height - 2) * std::max(value, 0.0) / greatest);
+            + number(Height - 1 - (Height - 2) * std::max(value, 0.0) / greatest);
     };
     QByteArray path;
     for (qsizetype i = 0; i < marks.size(); ++i) {

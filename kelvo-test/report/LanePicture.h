@@ -18,7 +18,7 @@ public:
     };
 
     /// Height of a lane, in its own units.
-    static constexpr int height = 24;
+    static constexpr int Height = 24;
 
     /// Draws what lies between two times. Each mark leads to the element of the page with the id "e" and the number of
     /// its event, unless that lies before `firstLinked`.

@@ -12,9 +12,9 @@ bool RecordedRun::open(const QString &path, QString *error, int run)
         return false;
     m_header = reader.header();
     while (const std::optional<RecordedEvent> event = reader.next()) {
-        if (run == lastRun && event->run > m_run)
+        if (run == LastRun && event->run > m_run)
             m_events = 0;
-        m_run = run == lastRun ? event->run : run;
+        m_run = run == LastRun ? event->run : run;
         if (event->run != m_run)
             continue;
         m_header = reader.header();
@@ -24,7 +24,7 @@ bool RecordedRun::open(const QString &path, QString *error, int run)
     m_skipped = reader.skippedLines();
     m_trouble = reader.error();
     // A run of which nothing but its header was written is a run, too.
-    if (run == lastRun && m_run < m_runs - 1) {
+    if (run == LastRun && m_run < m_runs - 1) {
         m_run = m_runs - 1;
         m_header = reader.header();
         m_events = 0;

@@ -13,11 +13,11 @@ public:
     using Visit = std::function<void(qint64, const RecordedEvent &)>;
 
     /// Stands for the run that was recorded last.
-    static constexpr int lastRun = -1;
+    static constexpr int LastRun = -1;
 
     /// Reads through a recording and chooses one of its runs, counted from 0. False with the reason in `*error` when it
     /// cannot be read or has no such run.
-    bool open(const QString &path, QString *error, int run = lastRun);
+    bool open(const QString &path, QString *error, int run = LastRun);
 
     QString path() const { return m_path; }
     /// What was written at the run's beginning: "program", "version", "revision", "started", ...

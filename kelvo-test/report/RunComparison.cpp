@@ -269,7 +269,7 @@ void RunComparison::addCommand(const Event &command, bool isFirst)
 void RunComparison::add(Kind kind, const Event *first, const Event *second, const QString &what)
 {
     ++m_count;
-    if (m_differences.size() == mostDifferences)
+    if (m_differences.size() == MostDifferences)
         return;
     Difference difference;
     difference.kind = kind;

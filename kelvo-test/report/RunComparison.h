@@ -42,7 +42,7 @@ public:
     };
 
     /// More differences than this are counted, but not kept.
-    static constexpr qsizetype mostDifferences = 1000;
+    static constexpr qsizetype MostDifferences = 1000;
 
     RunComparison(const ComparedRun &first, const ComparedRun &second, const Tolerance &tolerance);
     RunComparison(const ComparedRun &first, const ComparedRun &second);

@@ -58,7 +58,7 @@ bool isQuestionToRenderer(const QString &command)
 
 void ScenarioWriter::add(qint64, const RecordedEvent &event)
 {
-    if (m_steps.size() >= mostSteps) {
+    if (m_steps.size() >= MostSteps) {
         m_isCut = true;
         return;
     }

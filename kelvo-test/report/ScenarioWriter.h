@@ -15,7 +15,7 @@ class ScenarioWriter
 {
 public:
     /// A scenario has no more steps than this; what comes later is left out.
-    static constexpr qsizetype mostSteps = 9000;
+    static constexpr qsizetype MostSteps = 9000;
 
     void add(qint64 index, const RecordedEvent &event);
 

@@ -128,14 +128,14 @@ private:
     std::optional<Verdict> noAnswer() const
     {
         const PlaybackFacts::Commands &commands = m_facts.commands;
-        if (commands.question && sinceThen(commands.question) >= SilenceReason::patience) {
+        if (commands.question && sinceThen(commands.question) >= SilenceReason::Patience) {
             return make(Cause::NoAnswer,
                 QStringLiteral("%1 does not answer: %2 was asked at %3, and nothing came %4.")
                     .arg(m_name, commands.question->text, at(commands.question), lasting(commands.question)),
                 {commands.play, m_facts.state.since, commands.question});
         }
         if (!commands.play || m_facts.heard || is(KelvoWords::playing) || commands.stop
-            || sinceThen(commands.play) < SilenceReason::patience)
+            || sinceThen(commands.play) < SilenceReason::Patience)
             return {};
         return make(Cause::NoAnswer,
             QStringLiteral("%1 does not answer: told to play at %2, it said nothing %3.")
@@ -228,7 +228,7 @@ private:
     {
         const PlaybackFacts::Clock &clock = m_facts.clock;
         if (!clock.since || clock.answers < 3
-            || clock.last->time - clock.since->time < SilenceReason::patience)
+            || clock.last->time - clock.since->time < SilenceReason::Patience)
             return {};
         return make(Cause::ClockStands,
             QStringLiteral("%1 says Playing, but its clock stands at %2 since %3.")

@@ -41,7 +41,7 @@ public:
     };
 
     /// A device that says nothing for so many seconds does not answer; a clock that stands for so long stands.
-    static constexpr double patience = 3;
+    static constexpr double Patience = 3;
 
     void add(qint64 index, const RecordedEvent &event);
     /// Time goes on, also when nothing is heard.

@@ -74,7 +74,7 @@ Timeline::Renderer *Timeline::rendererOf(const RecordedEvent &event)
     }
     if (!isOfRenderer(event))
         return nullptr;
-    if (m_renderers.size() == mostRenderers) {
+    if (m_renderers.size() == MostRenderers) {
         ++m_leftOut;
         return nullptr;
     }
@@ -137,7 +137,7 @@ void Timeline::takeError(Renderer *renderer, qint64 index, const RecordedEvent &
     const QJsonValue error = event.arguments.at(0);
     renderer->errors.add(moment(index, event, KelvoWords::errorText(error)));
     ++renderer->errorCount;
-    if (renderer->errorReports.size() < mostErrors) {
+    if (renderer->errorReports.size() < MostErrors) {
         renderer->errorReports.append({event.time, index, error[QLatin1String("code")].toInt(),
             error[QLatin1String("message")].toString()});
     }

@@ -12,9 +12,9 @@ class Timeline
 {
 public:
     /// More renderers than this have no lanes of their own.
-    static constexpr qsizetype mostRenderers = 32;
+    static constexpr qsizetype MostRenderers = 32;
     /// More errors than this are counted, but not kept.
-    static constexpr qsizetype mostErrors = 1000;
+    static constexpr qsizetype MostErrors = 1000;
 
     struct ErrorReport
     {

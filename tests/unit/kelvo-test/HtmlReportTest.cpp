@@ -205,7 +205,7 @@ private Q_SLOTS:
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write("{\"kelvo-recording\":1}\n");
         constexpr int more = 700;
-        for (int i = 0; i < HtmlReport::mostRows + more; ++i) {
+        for (int i = 0; i < HtmlReport::MostRows + more; ++i) {
             const QByteArray time = QByteArray::number(i * 0.01, 'f', 6);
             const char *const states[] = {"\"Playing\"", "\"Paused\""};
             file.write("{\"time\":" + time + ",\"uuid\":\"r" + QByteArray::number(i % 9)
@@ -216,7 +216,7 @@ private Q_SLOTS:
         file.close();
         const QByteArray html = page();
         QCOMPARE(firstUnbalanced(html), QByteArray());
-        QCOMPARE(html.count("<tr id=e"), HtmlReport::mostRows);
+        QCOMPARE(html.count("<tr id=e"), HtmlReport::MostRows);
         QVERIFY(!html.contains("<tr id=e699 "));
         QVERIFY(html.contains("<tr id=e700 "));
         static const QRegularExpression link("href=\"#e(\\d+)\"");
@@ -226,7 +226,7 @@ private Q_SLOTS:
             QVERIFY(links.next().captured(1).toInt() >= more); // leads to a row that is there
         QVERIFY(html.contains("The table has the last 100000 of 100700 events"));
         QVERIFY(!html.contains("<details open"));
-        QCOMPARE(html.count("<details>"), HtmlReport::mostRows / 500);
+        QCOMPARE(html.count("<details>"), HtmlReport::MostRows / 500);
         const qsizetype marks = html.count("<path d") + html.count("<rect");
         QVERIFY2(marks > 5000 && marks <= 20000, qPrintable(QString::number(marks)));
         QVERIFY2(html.size() < 16 * 1024 * 1024, qPrintable(QString::number(html.size())));

@@ -213,7 +213,7 @@ steps:
             writer.add(i, event);
         QVERIFY(writer.isCut());
         const QByteArray yaml = writer.yaml("t");
-        QCOMPARE(yaml.count("- play:"), ScenarioWriter::mostSteps);
+        QCOMPARE(yaml.count("- play:"), ScenarioWriter::MostSteps);
         QVERIFY(yaml.endsWith("this is as long as a scenario may be.\n"));
     }
 

@@ -117,8 +117,8 @@ private Q_SLOTS:
         constexpr int added = 100000;
         for (int i = 0; i < added; ++i)
             lane.add({i * 0.01, i * 0.01, i, i % 2 ? "odd" : "even", double(i), double(i), 1});
-        QVERIFY(lane.marks().size() <= 2 * Lane::mostMarks);
-        QVERIFY(lane.marks().size() > Lane::mostMarks / 4);
+        QVERIFY(lane.marks().size() <= 2 * Lane::MostMarks);
+        QVERIFY(lane.marks().size() > Lane::MostMarks / 4);
         qint64 count = 0;
         for (const Mark &mark : lane.marks()) {
             // Each tells how many it stands for, and the first of them.
@@ -134,9 +134,9 @@ private Q_SLOTS:
     void fewMarksStayAsTheyAre()
     {
         Lane lane;
-        for (int i = 0; i < 2 * Lane::mostMarks; ++i)
+        for (int i = 0; i < 2 * Lane::MostMarks; ++i)
             lane.add({0, 0, i, "x", 0, 0, 1}); // all at one moment
-        QCOMPARE(lane.marks().size(), 2 * Lane::mostMarks);
+        QCOMPARE(lane.marks().size(), 2 * Lane::MostMarks);
         lane.add({0, 0, 0, "last", 0, 0, 1});
         QCOMPARE(lane.marks().size(), 2);
         QCOMPARE(lane.marks().constLast().text, "last");
@@ -173,12 +173,12 @@ private Q_SLOTS:
             event.uuid = QString::number(i % 100);
             timeline.add(i, event);
         }
-        QCOMPARE(timeline.renderers().size(), Timeline::mostRenderers);
-        QCOMPARE(timeline.eventsLeftOut(), 3000 - 30 * Timeline::mostRenderers);
+        QCOMPARE(timeline.renderers().size(), Timeline::MostRenderers);
+        QCOMPARE(timeline.eventsLeftOut(), 3000 - 30 * Timeline::MostRenderers);
         event.uuid = "0";
         for (int i = 0; i < 3000; ++i)
             timeline.add(i, event);
-        QCOMPARE(timeline.renderers().at(0).errorReports.size(), Timeline::mostErrors);
+        QCOMPARE(timeline.renderers().at(0).errorReports.size(), Timeline::MostErrors);
         QCOMPARE(timeline.renderers().at(0).errorCount, 3030);
     }
 };

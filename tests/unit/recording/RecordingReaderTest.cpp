@@ -119,7 +119,7 @@ private Q_SLOTS:
         QTest::addColumn<bool>("isRead");
         QTest::newRow("just as long") << qint64(0) << true;
         QTest::newRow("one more") << qint64(1) << false;
-        QTest::newRow("many times") << 5 * RecordingReader::longestLine << false;
+        QTest::newRow("many times") << 5 * RecordingReader::LongestLine << false;
     }
 
     void aLineThatIsTooLongIsSkipped()
@@ -127,9 +127,9 @@ private Q_SLOTS:
         QFETCH(qint64, more);
         QFETCH(bool, isRead);
         QByteArray line = R"({"time":1,"kind":"long","name":"")";
-        line.insert(line.size() - 1, QByteArray(RecordingReader::longestLine - line.size() - 2 + more, 'x'));
+        line.insert(line.size() - 1, QByteArray(RecordingReader::LongestLine - line.size() - 2 + more, 'x'));
         line += "}\n";
-        QCOMPARE(line.size(), RecordingReader::longestLine + more);
+        QCOMPARE(line.size(), RecordingReader::LongestLine + more);
         QVERIFY(open(header + '\n' + line + playing + '\n'));
         if (isRead)
             QCOMPARE(m_reader->next()->kind, "long");
