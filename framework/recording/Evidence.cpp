@@ -109,7 +109,7 @@ QString Evidence::home()
     if (!named.isEmpty())
         return QDir(named).absolutePath();
     const QString state = qEnvironmentVariable("XDG_STATE_HOME");
-    // The specification has relative paths ignored.
+    // Relative paths in such variables count for nothing (XDG Base Directory).
     const QString folder
         = QDir::isAbsolutePath(state) ? state : QDir::homePath() + QStringLiteral("/.local/state");
     return folder + QStringLiteral("/kelvo/evidence");
