@@ -16,10 +16,10 @@ struct HeardEvent
 };
 
 /// What shows that a statement does not hold.
-struct Evidence
+struct Counterexample
 {
     /// How many events a reader is shown.
-    static constexpr qsizetype shown = 10;
+    static constexpr qsizetype Shown = 10;
 
     QString expected; ///< the check that failed, as it is written
     QString came; ///< what was found instead
@@ -27,7 +27,7 @@ struct Evidence
     QStringList violations; ///< what no renderer may ever do, and was done
     QList<HeardEvent> events; ///< all that was reported, in order
 
-    QList<HeardEvent> lastEvents() const { return events.mid(std::max<qsizetype>(0, events.size() - shown)); }
+    QList<HeardEvent> lastEvents() const { return events.mid(std::max<qsizetype>(0, events.size() - Shown)); }
 };
 
 /// What came of one trial of a statement.
@@ -39,13 +39,13 @@ struct Finding
         NotTried, ///< the renderer did not appear
     };
     Kind kind = Held;
-    Evidence evidence; ///< of what failed
+    Counterexample evidence; ///< of what failed
     QString reason; ///< of what was not tried
     QStringList refusals; ///< errors by which the renderer said that it cannot do what it was told
 };
 
 /// The evidence in one line after another, for logs.
-QString textOf(const Evidence &evidence);
+QString textOf(const Counterexample &evidence);
 
 // Values in the words of evidence.
 QString valueText(KelvoRenderer::State state);

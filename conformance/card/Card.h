@@ -24,7 +24,7 @@ struct Result
     QString sentence;
     QList<Ability> needs;
     Verdict verdict = Verdict::NotTried;
-    Evidence evidence; ///< of what does not hold
+    Counterexample evidence; ///< of what does not hold
     QString reason; ///< of what was refused or not tried
     qint64 milliseconds = 0; ///< that the trial took, by the wall clock
 

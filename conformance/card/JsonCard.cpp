@@ -29,7 +29,7 @@ QJsonObject jsonCounts(const Card &card)
     return counts;
 }
 
-QJsonObject jsonEvidence(const Evidence &evidence)
+QJsonObject jsonEvidence(const Counterexample &evidence)
 {
     QJsonArray events;
     for (const HeardEvent &event : evidence.lastEvents())

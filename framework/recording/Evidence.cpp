@@ -182,10 +182,10 @@ QString Evidence::save() const
     const auto path = [this](const char *name) {
         return folder + u'/' + QString::fromLatin1(name);
     };
-    QStringList problems{saveFile(path(recordingName), recording.data(), qsizetype(recording.size())),
-        saveFile(path(logName), log.data(), qsizetype(log.size())),
-        saveFile(path(aboutName), about.constData(), about.size()),
-        saveFile(path(environmentName), environment.data(), qsizetype(environment.size()))};
+    QStringList problems{saveFile(path(RecordingName), recording.data(), qsizetype(recording.size())),
+        saveFile(path(LogName), log.data(), qsizetype(log.size())),
+        saveFile(path(AboutName), about.constData(), about.size()),
+        saveFile(path(EnvironmentName), environment.data(), qsizetype(environment.size()))};
     for (qsizetype i = 0; i < windows.size(); ++i) {
         const QString picture = path(qPrintable(QStringLiteral("window-%1.png").arg(i + 1)));
         if (!windows.at(i).save(picture, "PNG"))

@@ -24,10 +24,10 @@ struct Evidence
     QList<QImage> windows;
 
     /// What the files of a bundle are called.
-    static constexpr char recordingName[] = "recording.jsonl";
-    static constexpr char logName[] = "log.txt";
-    static constexpr char aboutName[] = "about.json";
-    static constexpr char environmentName[] = "environment.txt";
+    static constexpr char RecordingName[] = "recording.jsonl";
+    static constexpr char LogName[] = "log.txt";
+    static constexpr char AboutName[] = "about.json";
+    static constexpr char EnvironmentName[] = "environment.txt";
 
     /// The folder that bundles are made in: KELVO_EVIDENCE_DIR, else kelvo/evidence in the folder of the user's state
     /// (XDG Base Directory Specification).

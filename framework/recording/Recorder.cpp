@@ -63,11 +63,11 @@ struct Recorder::Private
         for (qsizetype end = folder.indexOf(u'/', 1); end > 0; end = folder.indexOf(u'/', end + 1))
             plan.folders.push_back(QFile::encodeName(folder.first(end)).toStdString());
         plan.folders.push_back(QFile::encodeName(folder).toStdString());
-        plan.texts = {{path(Evidence::aboutName), Evidence::describe(header, nullptr).toStdString()},
-            {path(Evidence::environmentName), Evidence::describeEnvironment()}};
-        plan.recordingPath = path(Evidence::recordingName);
+        plan.texts = {{path(Evidence::AboutName), Evidence::describe(header, nullptr).toStdString()},
+            {path(Evidence::EnvironmentName), Evidence::describeEnvironment()}};
+        plan.recordingPath = path(Evidence::RecordingName);
         plan.recordingHeader = header.line();
-        plan.logPath = path(Evidence::logName);
+        plan.logPath = path(Evidence::LogName);
         plan.farewell = QStringLiteral(": %1 has crashed, what is known of it is in %2\n")
                             .arg(header.program, folder)
                             .toStdString();

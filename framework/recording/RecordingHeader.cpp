@@ -6,7 +6,7 @@
 std::string RecordingHeader::line() const
 {
     std::string json = R"({"kelvo-recording":)";
-    JsonText::appendNumber(json, formatVersion);
+    JsonText::appendNumber(json, FormatVersion);
     const auto append = [&json](std::string_view name, const QString &text) {
         json += ',';
         JsonText::appendName(json, name);

@@ -10,7 +10,7 @@
 /// What a recording says of itself in its first line.
 struct RecordingHeader
 {
-    static constexpr int formatVersion = 1;
+    static constexpr int FormatVersion = 1;
 
     QString program;
     QString version;
