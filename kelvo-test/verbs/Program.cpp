@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "Program.h"
 
+#include "CompareVerb.h"
 #include "ListVerb.h"
 #include "Output.h"
 #include "PlayVerb.h"
+#include "ReportVerb.h"
+#include "ScenarioVerb.h"
 #include "ScenarioVerbs.h"
 #include "Spelling.h"
+#include "WhyVerb.h"
 
 #include <QCoreApplication>
 
@@ -34,6 +38,10 @@ Program Program::complete()
     Verbs verbs;
     verbs.push_back(std::make_unique<ListVerb>());
     verbs.push_back(std::make_unique<PlayVerb>());
+    verbs.push_back(std::make_unique<CompareVerb>());
+    verbs.push_back(std::make_unique<ReportVerb>());
+    verbs.push_back(std::make_unique<WhyVerb>());
+    verbs.push_back(std::make_unique<ScenarioVerb>());
     ScenarioVerbs::addTo(verbs);
     return Program(std::move(verbs));
 }
