@@ -65,7 +65,7 @@ int CompareVerb::run(const QStringList &arguments)
         output.line(QStringLiteral("and %1 more").arg(comparison.count() - comparison.differences().size()));
     if (firstRun.isCut() || secondRun.isCut())
         output.line(
-            QStringLiteral("What comes after %1 events was not compared.").arg(ComparedRun::mostEvents));
+            QStringLiteral("What comes after %1 events was not compared.").arg(ComparedRun::MostEvents));
     if (comparison.count() == 0)
         output.line(QStringLiteral("No difference."), Output::Tone::Good);
     return comparison.count() == 0 ? Held : Failed;

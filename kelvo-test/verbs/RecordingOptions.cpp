@@ -21,7 +21,7 @@ void RecordingOptions::add(VerbOptions *options)
 
 std::optional<RecordedRun> RecordingOptions::open(VerbOptions *options, const QString &path)
 {
-    int wanted = RecordedRun::lastRun;
+    int wanted = RecordedRun::LastRun;
     if (options->isSet(runOption)) {
         const std::optional<int> number = options->number(runOption, 1, std::numeric_limits<int>::max());
         if (!number) {
@@ -37,7 +37,7 @@ std::optional<RecordedRun> RecordingOptions::open(VerbOptions *options, const QS
         return {};
     }
     const QString name = QFileInfo(path).fileName();
-    if (run.runs() > 1 && wanted == RecordedRun::lastRun)
+    if (run.runs() > 1 && wanted == RecordedRun::LastRun)
         Output::complain(
             QStringLiteral("%1 has %2 runs; this is about the last one").arg(name).arg(run.runs()));
     if (run.skippedLines() > 0)
