@@ -2,6 +2,7 @@
 #include "Program.h"
 
 #include "CompareVerb.h"
+#include "ConformVerb.h"
 #include "ListVerb.h"
 #include "Output.h"
 #include "PlayVerb.h"
@@ -38,11 +39,12 @@ Program Program::complete()
     Verbs verbs;
     verbs.push_back(std::make_unique<ListVerb>());
     verbs.push_back(std::make_unique<PlayVerb>());
+    ScenarioVerbs::addTo(verbs);
+    verbs.push_back(std::make_unique<ConformVerb>());
     verbs.push_back(std::make_unique<CompareVerb>());
     verbs.push_back(std::make_unique<ReportVerb>());
     verbs.push_back(std::make_unique<WhyVerb>());
     verbs.push_back(std::make_unique<ScenarioVerb>());
-    ScenarioVerbs::addTo(verbs);
     return Program(std::move(verbs));
 }
 

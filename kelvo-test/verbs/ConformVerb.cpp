@@ -1,0 +1,240 @@
+// SPDX-License-Identifier: MIT
+#include "ConformVerb.h"
+
+#include "ConformanceRun.h"
+#include "DiscoveredSubject.h"
+#include "Output.h"
+#include "Session.h"
+#include "VerbOptions.h"
+#include "card/Card.h"
+#include "card/HtmlCard.h"
+#include "card/JsonCard.h"
+#include "card/JunitCard.h"
+#include "card/MarkdownCard.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QRegularExpression>
+#include <QSaveFile>
+#include <QTemporaryDir>
+
+#include <algorithm>
+
+namespace {
+struct Format
+{
+    const char *option;
+    const char *description;
+    QByteArray (*write)(const Card &);
+};
+
+constexpr Format formats[] = {
+    {"html", "Writes the card as a page for people.", toHtml},
+    {"json", "Writes the card for programs.", toJson},
+    {"markdown", "Writes the card for a repository.", toMarkdown},
+    {"junit", "Writes the results for a CI system.", toJunit},
+};
+
+VerbOptions conformOptions()
+{
+    VerbOptions options(QStringLiteral("conform"), QString(),
+        QStringLiteral(
+            "Holds a renderer to the contract, one statement after the other, and says of each whether "
+            "it holds.\n"
+            "What the renderer refuses to do is no fault; what it neither refuses nor does is one. "
+            "Ends with 0 when\n"
+            "nothing was found, with 1 otherwise, with 77 when there was nothing to try."));
+    options.add(QStringLiteral("on"), QStringLiteral("renderer"),
+        QStringLiteral("Its name, its uuid, or a glob that fits it alone."));
+    options.add(QStringLiteral("wait"), QStringLiteral("time"),
+        QStringLiteral("How long to wait for the renderer; 5s when not given."), QStringLiteral("5s"));
+    options.add(QStringLiteral("only"), QStringLiteral("glob"),
+        QStringLiteral("Tries the statements whose ids fit, such as \"seek.*\"."));
+    options.add(QStringLiteral("media"), QStringLiteral("folder"),
+        QStringLiteral(
+            "Folder, or its URL, with first.wav, second.wav, third.wav and long.wav; made when not given."));
+    options.add(
+        QStringLiteral("statements"), QString(), QStringLiteral("Lists the statements, as Markdown."));
+    for (const Format &format : formats)
+        options.add(QString::fromLatin1(format.option), QStringLiteral("file"),
+            QString::fromLatin1(format.description));
+    options.addExample(QStringLiteral("kelvo-test conform --on KelvoGstRenderer --html card.html"),
+        QStringLiteral("everything, with a page to show"));
+    options.addExample(
+        QStringLiteral("kelvo-test conform --on \"mpris:*\" --only \"pause-at.*\" --junit results.xml"),
+        QStringLiteral("one group, for CI"));
+    return options;
+}
+
+int cannotConform(const QString &problem)
+{
+    Output::complain(problem);
+    return Verb::CouldNotRun;
+}
+
+QList<Statement> statementsThatFit(const QString &glob)
+{
+    const QList<Statement> all = contractStatements();
+    if (glob.isEmpty())
+        return all;
+    const auto form = QRegularExpression::fromWildcard(glob);
+    QList<Statement> fitting;
+    std::copy_if(all.cbegin(), all.cend(), std::back_inserter(fitting),
+        [&form](const Statement &statement) { return form.match(statement.id).hasMatch(); });
+    return fitting;
+}
+
+/// The media that a renderer may like: made for the purpose, or those of a folder.
+class MediaOffer
+{
+public:
+    /// False, with the reason, when there are none.
+    bool prepare(const QString &folder, QString *error);
+    QList<Media> media;
+
+private:
+    QTemporaryDir m_folder;
+};
+
+bool MediaOffer::prepare(const QString &folder, QString *error)
+{
+    if (!folder.isEmpty()) {
+        const QUrl url = QUrl::fromUserInput(folder, QDir::currentPath(), QUrl::AssumeLocalFile);
+        media = {Media::inFolder(
+            url, url.isLocalFile() ? QStringLiteral("files") : QStringLiteral("media of a server"))};
+        return true;
+    }
+    if (!m_folder.isValid()) {
+        *error = m_folder.errorString();
+        return false;
+    }
+    if (!Media::writeTo(m_folder.path(), error))
+        return false;
+    media = {Media::inFolder(QUrl::fromLocalFile(m_folder.path()), QStringLiteral("files"))};
+    return true;
+}
+
+void showResult(Output &output, const Result &result)
+{
+    if (result.verdict == Verdict::DoesNotHold) {
+        output.line(QStringLiteral("%1: %2").arg(result.id, result.sentence), Output::Tone::Bad);
+        for (const QString &line : textOf(result.evidence).split(QLatin1Char('\n')))
+            output.line(QLatin1String("    ") + line, Output::Tone::Faint);
+    } else if (result.verdict != Verdict::Holds) {
+        output.line(QStringLiteral("%1: %2: %3").arg(result.id, textOf(result.verdict), result.reason),
+            Output::Tone::Faint);
+    }
+}
+
+void showCounts(Output &output, const Card &card)
+{
+    QStringList counts;
+    for (Verdict verdict : allVerdicts()) {
+        if (card.count(verdict) > 0)
+            counts.append(QStringLiteral("%1 %2").arg(card.count(verdict)).arg(textOf(verdict)));
+    }
+    output.line(QStringLiteral("%1: %2").arg(card.head().renderer, counts.join(QLatin1String(", "))),
+        card.isClean() ? Output::Tone::Good : Output::Tone::Bad);
+}
+
+/// Empty when all could be written.
+QString writeCard(const Card &card, const VerbOptions &options)
+{
+    for (const Format &format : formats) {
+        const QString option = QString::fromLatin1(format.option);
+        if (!options.isSet(option))
+            continue;
+        QSaveFile file(options.value(option));
+        const QByteArray text = format.write(card);
+        if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size() || !file.commit())
+            return QStringLiteral("%1: %2").arg(file.fileName(), file.errorString());
+    }
+    return {};
+}
+
+CardHead headOf(const DiscoveredSubject &subject)
+{
+    return {subject.name(), subject.uuid(), subject.pluginFile(),
+        QCoreApplication::applicationName() + QLatin1Char(' ') + QCoreApplication::applicationVersion(),
+        subject.media().kind, QDateTime::currentDateTimeUtc(), subject.roundTrip()};
+}
+
+int conform(Session &session, DiscoveredSubject &subject, const QList<Statement> &statements,
+    const VerbOptions &options)
+{
+    Output output;
+    ConformanceRun run(subject, statements);
+    QObject::connect(
+        &session, &Session::interrupted, &run, [&run] { run.stop(QStringLiteral("interrupted")); });
+    QObject::connect(&run, &ConformanceRun::began, &run, [&](qsizetype number, const Statement &statement) {
+        output.progress(QStringLiteral("%1/%2 %3").arg(number + 1).arg(statements.size()).arg(statement.id));
+    });
+    QObject::connect(
+        &run, &ConformanceRun::ended, &run, [&](const Result &result) { showResult(output, result); });
+    if (session.isInterrupted())
+        run.stop(QStringLiteral("interrupted"));
+    const QList<Result> results = run.run();
+    const Card card(headOf(subject), results);
+    showCounts(output, card);
+    const QString problem = writeCard(card, options);
+    if (!problem.isEmpty())
+        return cannotConform(problem);
+    if (!card.isClean())
+        return Verb::Failed;
+    return session.isInterrupted() ? Verb::CouldNotRun : Verb::Held;
+}
+} // namespace
+
+QString ConformVerb::name() const
+{
+    return QStringLiteral("conform");
+}
+
+QString ConformVerb::summary() const
+{
+    return QStringLiteral("holds a renderer to the contract");
+}
+
+QString ConformVerb::help() const
+{
+    return conformOptions().help();
+}
+
+int ConformVerb::run(const QStringList &arguments)
+{
+    VerbOptions options = conformOptions();
+    if (!options.parse(arguments))
+        return cannotConform(options.problem());
+    if (options.isSet(QStringLiteral("statements"))) {
+        std::fputs(contractAsMarkdown().constData(), stdout);
+        return Held;
+    }
+    const auto wait = options.time(QStringLiteral("wait"));
+    if (!wait)
+        return cannotConform(options.problem());
+    if (!options.isSet(QStringLiteral("on")))
+        return cannotConform(
+            QStringLiteral("conform needs a renderer: --on NAME (\"kelvo-test list\" shows them)"));
+    const QList<Statement> statements = statementsThatFit(options.value(QStringLiteral("only")));
+    if (statements.isEmpty()) {
+        Output::complain(QStringLiteral("No statement fits; \"kelvo-test conform --statements\" lists them"));
+        return NothingToRun;
+    }
+    Session session;
+    const RendererChoice choice = session.chooseOne(options.value(QStringLiteral("on")), *wait);
+    if (!choice.problem.isEmpty())
+        return cannotConform(choice.problem);
+    MediaOffer offer;
+    QString problem;
+    if (!offer.prepare(options.value(QStringLiteral("media")), &problem))
+        return cannotConform(problem);
+    // Each trial loads the renderer anew.
+    const QString uuid = choice.renderers.constFirst()->uuid();
+    const QString backEnd = DiscoveredSubject::originsOf(*session.registry()).value(uuid);
+    DiscoveredSubject subject(backEnd, uuid, offer.media);
+    QObject::connect(&session, &Session::interrupted, &session, [&subject] { subject.interrupt(); });
+    if (!subject.meet())
+        return cannotConform(
+            QStringLiteral("%1 cannot be held to the contract: %2").arg(uuid, subject.problem()));
+    return conform(session, subject, statements, options);
+}
