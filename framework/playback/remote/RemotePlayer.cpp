@@ -177,9 +177,13 @@ void RemotePlayer::pause()
 void RemotePlayer::resume()
 {
     m_pauseWanted = false;
-    m_pauseSent = false;
-    if (m_loaded)
-        m_transport->resume();
+    const bool wasPausing = std::exchange(m_pauseSent, false);
+    if (!m_loaded)
+        return;
+    m_transport->resume();
+    // It has said that it plays, and may go on without ever having been seen paused.
+    if (wasPausing && m_state == Transitioning)
+        reachedPlaying();
 }
 
 /// At the second to pause at, while it plays.

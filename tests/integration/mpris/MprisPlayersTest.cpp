@@ -18,6 +18,7 @@ private Q_SLOTS:
     void passesOverTheProxy();
     void takesAProcessOnce();
     void drives();
+    void goesOnAfterAPauseThatNobodySaw();
     void setsTheVolume();
     void volumeThatThePlayerLimitsIsAskedFor();
     void volumeDoesNotDrift();
@@ -128,6 +129,29 @@ void MprisPlayersTest::drives()
     QTRY_COMPARE(m_heard->state(), Stopped);
     QCOMPARE(m_heard->completed, 0);
     QCOMPARE(m_heard->errors.size(), 0);
+}
+
+void MprisPlayersTest::goesOnAfterAPauseThatNobodySaw()
+{
+    FakeMprisPlayer player;
+    int pauses = 0;
+    player.onCall = [&](const QDBusMessage &call) {
+        if (call.member() != u"Pause")
+            return false;
+        // It is told to go on before anybody looks.
+        ++pauses;
+        player.reply(call);
+        return true;
+    };
+    player.appear();
+    QVERIFY(listen());
+    m_renderer->playUri(QUrl("http://media/song"));
+    m_renderer->pause();
+    QTRY_COMPARE(pauses, 1);
+    QCOMPARE(m_heard->state(), Transitioning);
+    m_renderer->resume();
+    QTRY_COMPARE(m_heard->state(), Playing);
+    QCOMPARE(m_heard->states, (States{Transitioning, Playing}));
 }
 
 void MprisPlayersTest::setsTheVolume()

@@ -12,6 +12,7 @@ private Q_SLOTS:
     void pauseWaitsForTheItem();
     void itemThatWouldNotPausePlays();
     void resumeCallsOffAPauseOnItsWay();
+    void goesOnAfterAPauseThatNobodySaw();
     void seekWaitsForTheItem();
     void dropsReportsOfAnEarlierItem();
     void dropsReportsAfterStop();
@@ -80,6 +81,22 @@ void RemotePlayerTest::resumeCallsOffAPauseOnItsWay()
     say(Playing);
     flush();
     QCOMPARE(m_heard->states, (States{Transitioning, Playing, Paused, Transitioning, Playing}));
+}
+
+void RemotePlayerTest::goesOnAfterAPauseThatNobodySaw()
+{
+    m_renderer->playUri(QUrl("http://media/song"));
+    m_renderer->pause();
+    say(Playing);
+    m_renderer->resume();
+    flush();
+    QCOMPARE(m_transport->calls.mid(1), (QStringList{"pause", "resume"}));
+    QCOMPARE(m_heard->states, (States{Transitioning, Playing}));
+    // One that it did get to is shown.
+    say(Paused);
+    say(Playing);
+    flush();
+    QCOMPARE(m_heard->states, (States{Transitioning, Playing, Paused, Playing}));
 }
 
 void RemotePlayerTest::seekWaitsForTheItem()
