@@ -269,7 +269,21 @@ void SimulatedEngine::setSpeed(double speed)
 void SimulatedEngine::end()
 {
     m_clock->cancel(m_wake);
-    Q_EMIT ended(m_epoch, true);
+    // What others play ends as they like it.
+    if (m_epoch == 0)
+        stopElsewhere();
+    else
+        Q_EMIT ended(m_epoch, true);
+}
+
+/// Not by us.
+void SimulatedEngine::stopElsewhere()
+{
+    if (m_state == Stopped)
+        return;
+    const quint64 epoch = m_epoch;
+    unload();
+    Q_EMIT stateReached(epoch, Stopped);
 }
 
 void SimulatedEngine::fail(KelvoError::Code code, const QString &message)
@@ -350,6 +364,8 @@ SimulatedEngine::Report SimulatedEngine::takeEffect(const QString &name, const Q
         Q_EMIT nameReported(this->name());
     } else if (name == Sim::metadata) {
         tellFacts(value);
+    } else if (name == Sim::foreign) {
+        takeForeign(value.toString());
     } else if (name == Sim::clock) {
         m_clock->setManual(value == QString(Sim::clockManual));
     } else if (name == Sim::vanish) {
@@ -379,6 +395,29 @@ void SimulatedEngine::tellFacts(const QVariant &value)
     for (auto told = facts.cbegin(); told != facts.cend(); ++told) {
         const bool isList = told->typeId() == QMetaType::QVariantList;
         Q_EMIT fact(m_epoch, told.key(), isList ? told->toList() : QList<QVariant>{*told});
+    }
+}
+
+void SimulatedEngine::takeForeign(const QString &deed)
+{
+    if (deed == Sim::foreignStop) {
+        stopElsewhere();
+    } else if (deed == Sim::foreignPause || deed == Sim::foreignResume) {
+        if (m_state == Stopped)
+            return;
+        const bool isPause = deed == Sim::foreignPause;
+        Q_EMIT intentChanged(m_epoch, isPause);
+        if (isPause)
+            pause();
+        else
+            resume();
+    } else {
+        Item item;
+        item.uri = QUrl(deed);
+        item.info = KelvoMediaInfo(QString(), item.uri);
+        load(item);
+        Q_EMIT replaced(m_medium.info);
+        Q_EMIT stateReached(m_epoch, m_state);
     }
 }
 

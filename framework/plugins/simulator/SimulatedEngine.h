@@ -64,6 +64,7 @@ private:
     void backAtStart();
     void setSpeed(double speed);
     void end();
+    void stopElsewhere();
     void fail(KelvoError::Code code, const QString &message);
     double position() const;
     double duration() const;
@@ -73,6 +74,7 @@ private:
     Report takeEffect(const QString &name, const QVariant &value);
     void takeError(const QVariant &value);
     void tellFacts(const QVariant &value);
+    void takeForeign(const QString &deed);
     void advance();
 
     SimulatedClock *const m_clock;

@@ -19,6 +19,7 @@
 /// | sim-duration    | int, s >= 0        | 30       | of items from now on that tell none; 0: not known, they never end and cannot seek |
 /// | sim-seekable    | bool               | true     | false: items from now on cannot seek |
 /// | sim-metadata    | "key=value" or map | ""       | reports these facts about the item in play, each where it is news |
+/// | sim-foreign     | text               | ""       | another controller does this at the device: "pause", "resume", "stop", or plays this URL |
 /// | sim-clock       | "real", "manual"   | "real"   | whether time passes by itself; one clock for all that the plug-in brings |
 /// | sim-advance     | int, ms >= 0       | 0        | moves the manual clock, step by step from the event loop; reported when it has arrived |
 /// | policy-override | bool               | false    | reports a policy override (KelvoRenderer) |
@@ -42,8 +43,13 @@ inline constexpr QLatin1String name{"sim-name"};
 inline constexpr QLatin1String duration{"sim-duration"};
 inline constexpr QLatin1String seekable{"sim-seekable"};
 inline constexpr QLatin1String metadata{"sim-metadata"};
+inline constexpr QLatin1String foreign{"sim-foreign"};
 inline constexpr QLatin1String clock{"sim-clock"};
 inline constexpr QLatin1String advance{"sim-advance"};
+
+inline constexpr QLatin1String foreignPause{"pause"};
+inline constexpr QLatin1String foreignResume{"resume"};
+inline constexpr QLatin1String foreignStop{"stop"};
 
 inline constexpr QLatin1String clockReal{"real"};
 inline constexpr QLatin1String clockManual{"manual"};

@@ -4,6 +4,8 @@
 #include "KelvoError.h"
 #include "SimulatorProperties.h"
 
+#include <QUrl>
+
 #include <optional>
 
 namespace Sim = SimulatorProperties;
@@ -67,6 +69,13 @@ std::optional<QVariant> metadata(const QVariant &value)
     return SimulatorSettings::facts(value).isEmpty() ? std::nullopt : std::optional<QVariant>(value);
 }
 
+std::optional<QVariant> foreignDeed(const QVariant &value)
+{
+    const QString deed = value.toString();
+    const bool isKnown = deed == Sim::foreignPause || deed == Sim::foreignResume || deed == Sim::foreignStop;
+    return isKnown || !QUrl(deed).isRelative() ? text(value) : std::nullopt;
+}
+
 std::optional<QVariant> clockMode(const QVariant &value)
 {
     const bool isKnown
@@ -87,6 +96,7 @@ const QHash<QString, Reading> &readings()
         {Sim::duration, milliseconds},
         {Sim::seekable, flag},
         {Sim::metadata, metadata},
+        {Sim::foreign, foreignDeed},
         {Sim::clock, clockMode},
         {Sim::advance, milliseconds},
     };
@@ -106,6 +116,7 @@ SimulatorSettings::SimulatorSettings(const QString &name)
         {Sim::duration, 30},
         {Sim::seekable, true},
         {Sim::metadata, QString()},
+        {Sim::foreign, QString()},
         {Sim::advance, 0},
     }
 {

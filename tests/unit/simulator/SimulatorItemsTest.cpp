@@ -193,6 +193,8 @@ void SimulatorItemsTest::refusesValues_data()
         {"sim-seekable", "maybe"},
         {"sim-metadata", "nothing"},
         {"sim-metadata", 5},
+        {"sim-foreign", "dance"},
+        {"sim-foreign", 5},
         {"sim-clock", "slow"},
         {"sim-clock", QVariant()},
         {"sim-advance", -1},
@@ -237,6 +239,7 @@ void SimulatorItemsTest::tellsWhatWasSet_data()
         {"sim-duration", 5, 5},
         {"sim-seekable", "false", false},
         {"sim-metadata", "a=b", "a=b"},
+        {"sim-foreign", "pause", "pause"},
         {"sim-clock", "manual", "manual"},
         {"sim-advance", 5, 5},
     };

@@ -19,6 +19,9 @@ private Q_SLOTS:
     void pauseWhileTheBufferFills();
     void stopEndsTheBuffering();
     void stallsAndGoesOn();
+    void anotherControllerPauses();
+    void anotherControllerStops();
+    void anotherControllerPlays();
     void reportsAPolicyOverride();
     void reportsAColorKey();
     void vanishesAndComesBack();
@@ -184,6 +187,64 @@ void SimulatorTroubleTest::stallsAndGoesOn()
     QCOMPARE(position(), 3.0);
     advance(7000);
     QCOMPARE(heard().completed, 1);
+}
+
+void SimulatorTroubleTest::anotherControllerPauses()
+{
+    QVERIFY(start(QUrl("sim:x")));
+    set("sim-foreign", "pause");
+    advance(1000);
+    QCOMPARE(heard().state(), Paused);
+    QCOMPARE(position(), 0.0);
+    // Ours resumes what the other one has paused.
+    renderer()->resume();
+    advance(1000);
+    QCOMPARE(heard().state(), Playing);
+    QCOMPARE(position(), 1.0);
+    renderer()->pause();
+    advance(0);
+    set("sim-foreign", "resume");
+    advance(1000);
+    QCOMPARE(heard().states, (States{Transitioning, Playing, Paused, Playing, Paused, Playing}));
+    QCOMPARE(position(), 2.0);
+}
+
+void SimulatorTroubleTest::anotherControllerStops()
+{
+    set("sim-foreign", "stop");
+    set("sim-foreign", "pause");
+    advance(0);
+    QCOMPARE(heard().states, States());
+    QVERIFY(start(QUrl("sim:x")));
+    set("sim-foreign", "stop");
+    advance(60'000);
+    QCOMPARE(heard().states, (States{Transitioning, Playing, Stopped}));
+    QCOMPARE(heard().completed, 0);
+    renderer()->play();
+    advance(20);
+    QCOMPARE(heard().state(), Playing);
+}
+
+void SimulatorTroubleTest::anotherControllerPlays()
+{
+    QVERIFY(start(QUrl("sim:ours")));
+    set("sim-foreign", "sim:theirs?title=Theirs&duration=3");
+    advance(1020);
+    QCOMPARE(heard().media.size(), 2);
+    QCOMPARE(heard().media.constLast().index, -1);
+    QCOMPARE(heard().media.constLast().content.url, QUrl("sim:theirs?title=Theirs&duration=3"));
+    QCOMPARE(heard().states, (States{Transitioning, Playing, Transitioning, Playing}));
+    QCOMPARE(position(), 1.0);
+    // Its end is none of ours.
+    advance(3000);
+    QCOMPARE(heard().state(), Stopped);
+    QCOMPARE(heard().completed, 0);
+    // Where nothing plays, too; and ours takes over again.
+    set("sim-foreign", "sim:theirs");
+    advance(20);
+    QCOMPARE(heard().state(), Playing);
+    QVERIFY(start(QUrl("sim:ours")));
+    QCOMPARE(heard().media.constLast().content.url, QUrl("sim:ours"));
 }
 
 void SimulatorTroubleTest::reportsAPolicyOverride()
