@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoGeneralSourcePlaylist.h"
 
+#include "KelvoCommandListener.h"
 #include "KelvoMessageHandler.h"
 #include "playlist/PlaylistContents.h"
 #include "playlist/PlaylistModelFollower.h"
@@ -79,11 +80,13 @@ bool KelvoGeneralSourcePlaylist::isShuffled() const
 
 void KelvoGeneralSourcePlaylist::shuffle()
 {
+    KelvoCommandListener::noteCommand(*this, "shuffle");
     d->contents.shuffle();
 }
 
 void KelvoGeneralSourcePlaylist::unshuffle()
 {
+    KelvoCommandListener::noteCommand(*this, "unshuffle");
     d->contents.unshuffle();
 }
 
@@ -94,6 +97,7 @@ int KelvoGeneralSourcePlaylist::repeatMode() const
 
 void KelvoGeneralSourcePlaylist::setRepeatMode(int mode)
 {
+    KelvoCommandListener::noteCommand(*this, "setRepeatMode", mode);
     if (mode != RepeatAll && mode != RepeatOff && mode != RepeatOne) {
         qCWarning(lcKelvo) << "Playlist" << d->name << "knows no repeat mode" << mode;
         return;
@@ -104,6 +108,7 @@ void KelvoGeneralSourcePlaylist::setRepeatMode(int mode)
 
 void KelvoGeneralSourcePlaylist::sort(const QString &key, int order)
 {
+    KelvoCommandListener::noteCommand(*this, "sort", key, order);
     if (key == SortKeyTitle && (order == TitleAscending || order == TitleDescending))
         d->contents.sortByTitle(order == TitleDescending);
     else if (key == SortKeyDuration && (order == DurationAscending || order == DurationDescending))
@@ -114,6 +119,7 @@ void KelvoGeneralSourcePlaylist::sort(const QString &key, int order)
 
 void KelvoGeneralSourcePlaylist::removeItem(uint index)
 {
+    KelvoCommandListener::noteCommand(*this, "removeItem", index);
     if (index >= uint(count())) {
         qCWarning(lcKelvo) << "Playlist" << d->name << "has no item" << meant(index) << "to remove, only"
                            << count() << "items";
@@ -124,6 +130,7 @@ void KelvoGeneralSourcePlaylist::removeItem(uint index)
 
 void KelvoGeneralSourcePlaylist::removeItems(uint from, uint to)
 {
+    KelvoCommandListener::noteCommand(*this, "removeItems", from, to);
     if (from >= uint(count()) || to < from) {
         qCWarning(lcKelvo) << "Playlist" << d->name << "has no items" << meant(from) << "to" << meant(to)
                            << "to remove, only" << count() << "items";
@@ -134,6 +141,7 @@ void KelvoGeneralSourcePlaylist::removeItems(uint from, uint to)
 
 void KelvoGeneralSourcePlaylist::clear()
 {
+    KelvoCommandListener::noteCommand(*this, "clear");
     if (count() > 0)
         d->contents.remove(0, count());
 }

@@ -19,6 +19,28 @@ bool KelvoWords::isReport(const RecordedEvent &event, QLatin1String name)
     return event.kind == report && event.name == name;
 }
 
+bool KelvoWords::isOfRenderer(const RecordedEvent &event)
+{
+    static const QStringList signalsOfRenderers{QStringLiteral("stateChanged"),
+        QStringLiteral("mediaChanged"), QStringLiteral("playbackCompleted"),
+        QStringLiteral("playlistChanged"), QStringLiteral("metadataChanged"),
+        QStringLiteral("kelvoPropertyChanged"), QStringLiteral("bufferingInfo"),
+        QStringLiteral("scanningInfo"), QStringLiteral("error")};
+    static const QStringList operationsOfRenderers{QStringLiteral("play"), QStringLiteral("playUri"),
+        QStringLiteral("playUriWithType"), QStringLiteral("stop"), QStringLiteral("pause"),
+        QStringLiteral("resume"), QStringLiteral("next"), QStringLiteral("previous"),
+        QStringLiteral("pauseAt"), QStringLiteral("gotoIndex"), QStringLiteral("setPosition"),
+        QStringLiteral("getStatus"), QStringLiteral("getPosition"), QStringLiteral("assignPlaylist")};
+    if (event.uuid.isEmpty())
+        return false;
+    if (event.kind == appears)
+        return event.name == QLatin1String("renderer");
+    if (event.kind == report)
+        return signalsOfRenderers.contains(event.name);
+    return event.kind == command ? operationsOfRenderers.contains(event.name)
+                                 : answeredPosition(event).has_value();
+}
+
 std::optional<double> KelvoWords::answeredPosition(const RecordedEvent &event)
 {
     if (event.kind != answer)

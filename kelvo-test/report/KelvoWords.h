@@ -24,6 +24,10 @@ inline constexpr QLatin1String transitioning{"Transitioning"};
 /// Whether the event is a report of that name.
 bool isReport(const RecordedEvent &event, QLatin1String name);
 
+/// Whether the event can only be one of a renderer: its coming, its signals, and the operations that sources and playlists
+/// do not have.
+bool isOfRenderer(const RecordedEvent &event);
+
 /// The position in seconds that an event answers with; nothing for any other event.
 std::optional<double> answeredPosition(const RecordedEvent &event);
 

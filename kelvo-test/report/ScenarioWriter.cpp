@@ -10,6 +10,8 @@
 namespace {
 /// A scenario names no more.
 constexpr qsizetype mostRenderersOfScenario = 16;
+/// A recording of any content is read in bounded memory.
+constexpr qsizetype mostOthers = 10'000;
 
 /// A command that comes sooner than this after what was before is meant to come at once.
 constexpr double shortestWait = 0.5;
@@ -63,11 +65,14 @@ void ScenarioWriter::add(qint64, const RecordedEvent &event)
         return;
     }
     if (event.kind == KelvoWords::command && !isQuestionToRenderer(event.name)) {
-        const qsizetype renderer = rendererOf(event.uuid);
+        const qsizetype renderer = isForRenderer(event) ? rendererOf(event.uuid) : -1;
         if (renderer >= 0)
             takeCommand(renderer, event);
         return;
     }
+    if (event.kind == KelvoWords::appears && event.name != QLatin1String("renderer")
+        && m_others.size() < mostOthers)
+        m_others.insert(event.uuid);
     if (KelvoWords::isReport(event, QLatin1String("repeatModeChanged"))) {
         takeRepeatMode(event);
         return;
@@ -80,6 +85,13 @@ void ScenarioWriter::add(qint64, const RecordedEvent &event)
         takePosition(renderer, event, *position);
     else
         takeReport(renderer, event);
+}
+
+/// What a playlist is told is seen by what comes of it, and what a source is told is no business of a renderer.
+bool ScenarioWriter::isForRenderer(const RecordedEvent &command) const
+{
+    return KelvoWords::isOfRenderer(command)
+        || (command.name == QLatin1String("setKelvoProperty") && !m_others.contains(command.uuid));
 }
 
 qsizetype ScenarioWriter::rendererOf(const QString &uuid)

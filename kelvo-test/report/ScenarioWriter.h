@@ -5,6 +5,7 @@
 #include "RecordedMedia.h"
 
 #include <QHash>
+#include <QSet>
 
 /// Makes a scenario of a run: the commands as steps, with the waits between them, and what the renderers reported as
 /// expectations, with tolerances that follow from what was measured.
@@ -41,6 +42,7 @@ private:
         qsizetype pausedStep = -1;
     };
 
+    bool isForRenderer(const RecordedEvent &command) const;
     qsizetype rendererOf(const QString &uuid);
     void takeCommand(qsizetype renderer, const RecordedEvent &event);
     QByteArray commandStep(qsizetype renderer, const RecordedEvent &event);
@@ -57,6 +59,7 @@ private:
     QByteArray head(const QString &title) const;
 
     QHash<QString, qsizetype> m_indexes;
+    QSet<QString> m_others; ///< sources and playlists
     QList<Renderer> m_renderers;
     QList<Step> m_steps;
     RecordedMedia m_media;

@@ -54,6 +54,11 @@ public:
 
 private:
     bool is(QLatin1String state) const { return m_facts.state.name == state; }
+    bool isQuestionOpen() const
+    {
+        const Found &question = m_facts.commands.question;
+        return question && sinceThen(question) >= SilenceReason::Patience;
+    }
     double sinceThen(const Found &moment) const { return std::max(m_now - moment->time, 0.0); }
     QString lasting(const Found &moment) const
     {
@@ -88,7 +93,7 @@ private:
     std::optional<Verdict> noCommand() const
     {
         const bool playsByItself = !m_facts.state.name.isEmpty() && !is(KelvoWords::stopped);
-        if (m_facts.commands.play || playsByItself)
+        if (m_facts.commands.play || playsByItself || isQuestionOpen())
             return {};
         const QString sentence = m_facts.state.error && m_facts.state.errorCode == NothingToPlay
             ? QStringLiteral("%1 has nothing to play, and no command to play arrived.")
@@ -128,7 +133,7 @@ private:
     std::optional<Verdict> noAnswer() const
     {
         const PlaybackFacts::Commands &commands = m_facts.commands;
-        if (commands.question && sinceThen(commands.question) >= SilenceReason::Patience) {
+        if (isQuestionOpen()) {
             return make(Cause::NoAnswer,
                 QStringLiteral("%1 does not answer: %2 was asked at %3, and nothing came %4.")
                     .arg(m_name, commands.question->text, at(commands.question), lasting(commands.question)),
@@ -265,6 +270,9 @@ void SilenceReason::add(qint64 index, const RecordedEvent &event)
         if (m_indexes.size() == mostObjects)
             return;
         const bool isOther = event.kind == KelvoWords::appears && event.name != QLatin1String("renderer");
+        // Sources and playlists are told things, too, some before they appear.
+        if (!isOther && !KelvoWords::isOfRenderer(event))
+            return;
         known = m_indexes.insert(event.uuid, isOther ? noRenderer : m_renderers.size());
         if (!isOther)
             m_renderers.append({event.uuid, {}});

@@ -9,22 +9,6 @@ namespace {
 constexpr qsizetype mostNotes = 1000;
 constexpr qsizetype mostStates = 16;
 
-bool isOfRenderer(const RecordedEvent &event)
-{
-    static const QStringList signalsOfRenderers{QStringLiteral("stateChanged"),
-        QStringLiteral("mediaChanged"), QStringLiteral("playbackCompleted"),
-        QStringLiteral("playlistChanged"), QStringLiteral("metadataChanged"),
-        QStringLiteral("kelvoPropertyChanged"), QStringLiteral("bufferingInfo"),
-        QStringLiteral("scanningInfo"), QStringLiteral("error")};
-    if (event.uuid.isEmpty())
-        return false;
-    if (event.kind == KelvoWords::appears)
-        return event.name == QLatin1String("renderer");
-    if (event.kind == KelvoWords::report)
-        return signalsOfRenderers.contains(event.name);
-    return event.kind == KelvoWords::command || KelvoWords::answeredPosition(event).has_value();
-}
-
 bool isKnown(const QString &kind)
 {
     return kind == KelvoWords::command || kind == KelvoWords::report || kind == KelvoWords::answer
@@ -72,7 +56,7 @@ Timeline::Renderer *Timeline::rendererOf(const RecordedEvent &event)
             found->name = event.arguments.at(0).toString();
         return &*found;
     }
-    if (!isOfRenderer(event))
+    if (!KelvoWords::isOfRenderer(event))
         return nullptr;
     if (m_renderers.size() == MostRenderers) {
         ++m_leftOut;

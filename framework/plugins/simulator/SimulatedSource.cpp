@@ -2,6 +2,7 @@
 #include "SimulatedSource.h"
 
 #include "KelvoAnswer.h"
+#include "KelvoCommandListener.h"
 #include "KelvoMessageHandler.h"
 
 namespace {
@@ -42,6 +43,7 @@ SimulatedSource::SimulatedSource(
 
 void SimulatedSource::setKelvoProperty(const QString &key, const QVariant &value)
 {
+    KelvoCommandListener::noteCommand(*this, "setKelvoProperty", key, value);
     if (key != signIn || value.typeId() != QMetaType::Bool) {
         qCWarning(lcKelvo) << "source" << m_name << "cannot set" << key << "to" << value;
         return;
@@ -51,9 +53,11 @@ void SimulatedSource::setKelvoProperty(const QString &key, const QVariant &value
 
 bool SimulatedSource::kelvoProperty(const QString &key, QObject *receiver, const char *slot)
 {
+    KelvoCommandListener::noteCommand(*this, "kelvoProperty", key);
     const auto property = m_properties.constFind(key);
     if (property == m_properties.cend())
         return false;
+    KelvoCommandListener::noteAnswer(*this, "kelvoProperty", key, *property);
     KelvoAnswer(receiver, slot).deliver({key, *property});
     return true;
 }

@@ -2,6 +2,7 @@
 #include "TrackerSource.h"
 
 #include "KelvoAnswer.h"
+#include "KelvoCommandListener.h"
 #include "KelvoMessageHandler.h"
 #include "KelvoTrackerStore.h"
 
@@ -30,16 +31,19 @@ QString TrackerSource::name() const
     return QStringLiteral("KelvoTrackerSource");
 }
 
-void TrackerSource::setKelvoProperty(const QString &key, const QVariant & /*value*/)
+void TrackerSource::setKelvoProperty(const QString &key, const QVariant &value)
 {
+    KelvoCommandListener::noteCommand(*this, "setKelvoProperty", key, value);
     qCWarning(lcKelvo) << "The tracker source has no property" << key << "that can be set";
 }
 
 bool TrackerSource::kelvoProperty(const QString &key, QObject *receiver, const char *slot)
 {
+    KelvoCommandListener::noteCommand(*this, "kelvoProperty", key);
     const auto property = m_properties.constFind(key);
     if (property == m_properties.constEnd())
         return false;
+    KelvoCommandListener::noteAnswer(*this, "kelvoProperty", key, *property);
     KelvoAnswer(receiver, slot).deliver({key, QVariant::fromValue(*property)});
     return true;
 }

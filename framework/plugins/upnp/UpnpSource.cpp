@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "UpnpSource.h"
 
+#include "KelvoCommandListener.h"
 #include "KelvoMessageHandler.h"
 
 #include <utility>
@@ -27,13 +28,15 @@ UpnpSource::UpnpSource(const Upnp::Description &description, QObject *parent)
 
 UpnpSource::~UpnpSource() = default;
 
-void UpnpSource::setKelvoProperty(const QString &key, const QVariant & /*value*/)
+void UpnpSource::setKelvoProperty(const QString &key, const QVariant &value)
 {
+    KelvoCommandListener::noteCommand(*this, "setKelvoProperty", key, value);
     qCWarning(lcKelvo) << "A media server has no property" << key << "that can be set";
 }
 
 bool UpnpSource::kelvoProperty(const QString &key, QObject *receiver, const char *slot)
 {
+    KelvoCommandListener::noteCommand(*this, "kelvoProperty", key);
     if (key == searchKey) {
         const KelvoAnswer answer(receiver, slot);
         if (m_canSearch)
@@ -46,6 +49,7 @@ bool UpnpSource::kelvoProperty(const QString &key, QObject *receiver, const char
     const QVariant value = constant.isValid() ? constant : m_description.properties.value(key);
     if (!value.isValid())
         return false;
+    KelvoCommandListener::noteAnswer(*this, "kelvoProperty", key, value);
     KelvoAnswer(receiver, slot).deliver({key, QVariant::fromValue(value)});
     return true;
 }
@@ -59,5 +63,6 @@ void UpnpSource::setSearchable(bool canSearch)
 
 void UpnpSource::answerSearchable(const KelvoAnswer &answer) const
 {
+    KelvoCommandListener::noteAnswer(*this, "kelvoProperty", QString(searchKey), *m_canSearch);
     answer.deliver({QString(searchKey), QVariant::fromValue(QVariant(*m_canSearch))});
 }

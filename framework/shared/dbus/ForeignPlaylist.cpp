@@ -70,24 +70,24 @@ int ForeignPlaylist::indexOf(const QString &mediaUuid) const
     return found == items.end() ? -1 : int(found - items.begin());
 }
 
-void ForeignPlaylist::setRepeatMode(int)
+void ForeignPlaylist::setRepeatMode(int mode)
 {
-    refuse("setRepeatMode");
+    refuse("setRepeatMode", mode);
 }
 
-void ForeignPlaylist::sort(const QString &, int)
+void ForeignPlaylist::sort(const QString &key, int order)
 {
-    refuse("sort");
+    refuse("sort", key, order);
 }
 
-void ForeignPlaylist::removeItem(uint)
+void ForeignPlaylist::removeItem(uint index)
 {
-    refuse("removeItem");
+    refuse("removeItem", index);
 }
 
-void ForeignPlaylist::removeItems(uint, uint)
+void ForeignPlaylist::removeItems(uint from, uint to)
 {
-    refuse("removeItems");
+    refuse("removeItems", from, to);
 }
 
 void ForeignPlaylist::rename(const QString &name)
@@ -96,7 +96,7 @@ void ForeignPlaylist::rename(const QString &name)
     m_name = shownName(name, m_origin);
 }
 
-void ForeignPlaylist::refuse(const char *operation) const
+void ForeignPlaylist::warnOf(const char *operation) const
 {
     qCWarning(lcKelvo) << operation << "changes nothing: the playlist" << m_name
                        << "is owned by another process and can only be read";

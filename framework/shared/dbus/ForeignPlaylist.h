@@ -3,6 +3,7 @@
 
 #include "ForeignItemModel.h"
 #include "ItemLoader.h"
+#include "KelvoCommandListener.h"
 #include "KelvoPlaylist.h"
 
 /// What another process says of one of its playlists.
@@ -54,7 +55,12 @@ Q_SIGNALS:
     void broken(const QString &reason);
 
 private:
-    void refuse(const char *operation) const;
+    template <typename... Arguments> void refuse(const char *operation, const Arguments &...arguments) const
+    {
+        KelvoCommandListener::noteCommand(*this, operation, arguments...);
+        warnOf(operation);
+    }
+    void warnOf(const char *operation) const;
     void announce(const ForeignItemModel::Change &change);
     void checkCount(uint revision, qsizetype items);
 

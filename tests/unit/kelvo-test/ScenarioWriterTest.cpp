@@ -70,6 +70,19 @@ steps:
 )"));
     }
 
+    void whatSourcesAndPlaylistsAreToldIsNoStep()
+    {
+        QCOMPARE(stepsOf(R"(
+            0 s appears source ["Store"]
+            0 p command shuffle []
+            0 s command setKelvoProperty ["signIn",true]
+            0.1 r command setKelvoProperty ["volume",40]
+            0.2 p command removeItem [0]
+            0.2 r command play []
+            )"),
+            QList<QByteArray>({R"(setKelvoProperty: {"volume": 40})", "play:", "never: {error: any}"}));
+    }
+
     void everyCommandIsAStep_data()
     {
         QTest::addColumn<QString>("command");

@@ -239,8 +239,10 @@ private Q_SLOTS:
     void renderersAreNamed()
     {
         SilenceReason reason;
-        HandWritten::give(
-            HandWritten::events(appears + "1 q command play []\n1 s appears source [\"Store\"]\n"), &reason);
+        HandWritten::give(HandWritten::events("0 p command clear []\n" + appears
+                              + "1 q command play []\n1 s appears source [\"Store\"]\n2 s command "
+                                "setKelvoProperty [\"a\",1]\n"),
+            &reason);
         QStringList names;
         for (const SilenceReason::Name &name : reason.renderers())
             names.append(name.uuid + '=' + name.name);

@@ -70,6 +70,20 @@ private Q_SLOTS:
         QCOMPARE(timeline.notes().at(0).name, "ended");
     }
 
+    void whatSourcesAndPlaylistsAreToldHasNoLane()
+    {
+        const Timeline timeline = timelineOf(R"(
+            0 p command shuffle []
+            0 p command removeItem [3]
+            1 s appears source ["Store"]
+            2 s command setKelvoProperty ["signIn",true]
+            3 s command kelvoProperty ["modelName"]
+            4 r command play []
+            )");
+        QCOMPARE(timeline.renderers().size(), 1);
+        QCOMPARE(timeline.renderers().at(0).uuid, "r");
+    }
+
     void whatGoesOnEndsWithTheRendererOrTheRun()
     {
         const Timeline timeline = timelineOf(R"(

@@ -3,8 +3,10 @@
 #include "FakePlaylist.h"
 #include "ItemRenderer.h"
 #include "KelvoCommandListener.h"
+#include "KelvoGeneralSourcePlaylist.h"
 #include "KelvoTestCase.h"
 #include "MinimalObjects.h"
+#include "NotingListener.h"
 #include "RendererProbe.h"
 #include "ScriptedEngine.h"
 #include "TestGroup.h"
@@ -12,43 +14,6 @@
 #include <QTest>
 
 namespace {
-/// Notes "uuid name(arguments)", and answers with "=" in front.
-class NotingListener : public KelvoCommandListener
-{
-public:
-    void commandGiven(const QString &uuid, const char *name, const QVariantList &arguments) override
-    {
-        take({}, uuid, name, arguments);
-    }
-    void answerGiven(const QString &uuid, const char *name, const QVariantList &arguments) override
-    {
-        take(QStringLiteral("="), uuid, name, arguments);
-    }
-    QStringList takeHeard() { return std::exchange(m_heard, {}); }
-
-private:
-    static QString words(const QVariant &value)
-    {
-        if (value.metaType() == QMetaType::fromType<KelvoPlaylist *>()) {
-            const auto *playlist = value.value<KelvoPlaylist *>();
-            return playlist ? playlist->uuid() : QStringLiteral("none");
-        }
-        if (value.metaType() == QMetaType::fromType<KelvoRenderer::State>())
-            return QStringLiteral("state %1").arg(value.toInt());
-        return value.toString();
-    }
-    void take(const QString &sign, const QString &uuid, const char *name, const QVariantList &arguments)
-    {
-        QStringList texts;
-        for (const QVariant &argument : arguments)
-            texts.append(words(argument));
-        m_heard.append(QStringLiteral("%1%2 %3(%4)")
-                           .arg(sign, uuid, QString::fromLatin1(name), texts.join(QLatin1Char(','))));
-    }
-
-    QStringList m_heard;
-};
-
 /// Whether it was asked for its uuid.
 class AskedRenderer : public MinimalRenderer
 {
@@ -73,6 +38,7 @@ private Q_SLOTS:
     void init();
     void cleanup();
     void eachCommandByItsName();
+    void commandsOfAPlaylist();
     void answersWhenTheyAreGiven();
     void answerOfARendererThatIsGone();
     void nobodyListens();
@@ -122,6 +88,22 @@ void CommandNotesTest::eachCommandByItsName()
             "uuid stop()", "uuid next()", "uuid previous()", "uuid pauseAt(3)", "uuid gotoIndex(2)",
             "uuid setPosition(-10,1)", "uuid assignPlaylist(list)", "uuid assignPlaylist(none)",
             "uuid setKelvoProperty(volume,40)", "uuid setKelvoProperty(unknown,text)"}));
+}
+
+void CommandNotesTest::commandsOfAPlaylist()
+{
+    KelvoGeneralSourcePlaylist playlist(QStringLiteral("list"), QStringLiteral("name"), {});
+    playlist.shuffle();
+    playlist.unshuffle();
+    playlist.setRepeatMode(KelvoPlaylist::RepeatOne);
+    playlist.sort(KelvoPlaylist::SortKeyTitle, KelvoPlaylist::TitleDescending);
+    playlist.clear();
+    // Also what it cannot do.
+    playlist.removeItem(7);
+    playlist.removeItems(3, 5);
+    QCOMPARE(m_listener->takeHeard(),
+        QStringList({"list shuffle()", "list unshuffle()", "list setRepeatMode(2)", "list sort(title,1)",
+            "list clear()", "list removeItem(7)", "list removeItems(3,5)"}));
 }
 
 void CommandNotesTest::answersWhenTheyAreGiven()

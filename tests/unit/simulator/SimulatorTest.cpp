@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What the simulator brings, and how it is set up. That it is a renderer like any other is the contract's business.
 #include "KelvoSource.h"
+#include "NotingListener.h"
 #include "SimulatorCase.h"
 #include "TestGroup.h"
 
@@ -36,6 +37,7 @@ private Q_SLOTS:
     void environmentWithMistakes();
     void sourcesAnswerAndRefuse();
     void sourcesSignInAndOut();
+    void sourcesNoteWhatTheyAreTold();
     void sourcesWarn();
 };
 
@@ -221,6 +223,20 @@ void SimulatorTest::sourcesSignInAndOut()
     source->setKelvoProperty("signIn", false);
     ask(source);
     QTRY_COMPARE(listener.values, (QVariantList{false, true, false, false}));
+}
+
+void SimulatorTest::sourcesNoteWhatTheyAreTold()
+{
+    NotingListener listener;
+    KelvoCommandListener::install(&listener);
+    KelvoSource *source = m_registry->findSourceByUuid(QStringLiteral("KelvoSimulatorSourceA"));
+    source->setKelvoProperty(QStringLiteral("signIn"), true);
+    source->kelvoProperty(QStringLiteral("modelNumber"), nullptr, nullptr);
+    source->kelvoProperty(QStringLiteral("nothing"), nullptr, nullptr);
+    const auto name = QStringLiteral("KelvoSimulatorSourceA");
+    QCOMPARE(listener.takeHeard(),
+        QStringList({name + " setKelvoProperty(signIn,true)", name + " kelvoProperty(modelNumber)",
+            '=' + name + " kelvoProperty(modelNumber,1)", name + " kelvoProperty(nothing)"}));
 }
 
 void SimulatorTest::sourcesWarn()
