@@ -19,8 +19,8 @@ project(small LANGUAGES CXX)
 set(KELVO_REVISION "" CACHE STRING "")
 include(cmake/KelvoRevision.cmake)
 add_executable(small main.cpp)
-target_include_directories(small PRIVATE .)
-kelvo_add_build_source(small KelvoBuild.cpp.in DEPENDS main.cpp)
+kelvo_add_build_library(small-build DEPENDS main.cpp)
+target_link_libraries(small PRIVATE small-build)
 """
 MAIN = """#include "KelvoBuild.h"
 #include <cstdio>
@@ -35,8 +35,6 @@ class Revision(unittest.TestCase):
         self.folder = Path(self.enterContext(tempfile.TemporaryDirectory()))
         self.source, self.build_folder = self.folder / "source", self.folder / "build"
         shutil.copytree(ROOT / "cmake", self.source / "cmake")
-        for name in ("KelvoBuild.cpp.in", "KelvoBuild.h"):
-            shutil.copy(ROOT / "src" / name, self.source)
         (self.source / "CMakeLists.txt").write_text(PROJECT)
         (self.source / "main.cpp").write_text(MAIN)
 
