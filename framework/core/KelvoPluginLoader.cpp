@@ -156,6 +156,23 @@ void stopGuarded(KelvoPlugin *plugin, const QString &fileName)
 }
 } // namespace
 
+QString KelvoPluginStatus::stateText() const
+{
+    switch (state) {
+    case Unknown:
+        break;
+    case Available:
+        return QStringLiteral("available");
+    case Loading:
+        return QStringLiteral("loading");
+    case Running:
+        return QStringLiteral("running");
+    case Failed:
+        return QStringLiteral("failed");
+    }
+    return QStringLiteral("unknown");
+}
+
 struct KelvoPluginLoader::Private
 {
     struct Entry

@@ -12,7 +12,7 @@ class KelvoRegistry;
 class QJsonObject;
 
 /// What is known of one plug-in file.
-struct KelvoPluginStatus
+struct KELVO_CORE_EXPORT KelvoPluginStatus
 {
     enum State {
         Unknown, ///< no such file
@@ -21,6 +21,9 @@ struct KelvoPluginStatus
         Running,
         Failed, ///< the last attempt to load it failed; `error` says why
     };
+    /// "unknown", "available", "loading", "running", "failed": for readers and programs.
+    QString stateText() const;
+
     State state = Unknown;
     QString fileName; ///< as listed, for instance "gst-renderer.so"
     QString path;

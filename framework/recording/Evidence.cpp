@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Evidence.h"
 
+#include "KelvoEvidenceSource.h"
 #include "KelvoPlaylist.h"
 #include "KelvoRegistry.h"
 #include "KelvoRenderer.h"
@@ -63,30 +64,13 @@ template <typename Object> QJsonArray listOf(const QList<Object *> &objects)
     return list;
 }
 
-QString wordOf(KelvoPluginStatus::State state)
-{
-    switch (state) {
-    case KelvoPluginStatus::Unknown:
-        return QStringLiteral("unknown");
-    case KelvoPluginStatus::Available:
-        return QStringLiteral("available");
-    case KelvoPluginStatus::Loading:
-        return QStringLiteral("loading");
-    case KelvoPluginStatus::Running:
-        return QStringLiteral("running");
-    case KelvoPluginStatus::Failed:
-        return QStringLiteral("failed");
-    }
-    return {};
-}
-
 QJsonArray pluginsOf(const KelvoRegistry &registry)
 {
     QJsonArray list;
     for (const QString &fileName : registry.availablePlugins()) {
         const KelvoPluginStatus status = registry.pluginLoader()->status(fileName);
         list.append(QJsonObject{{QStringLiteral("file"), fileName}, {QStringLiteral("name"), status.name},
-            {QStringLiteral("version"), status.version}, {QStringLiteral("state"), wordOf(status.state)},
+            {QStringLiteral("version"), status.version}, {QStringLiteral("state"), status.stateText()},
             {QStringLiteral("error"), status.error}});
     }
     return list;
@@ -186,6 +170,10 @@ QString Evidence::save() const
         saveFile(path(LogName), log.data(), qsizetype(log.size())),
         saveFile(path(AboutName), about.constData(), about.size()),
         saveFile(path(EnvironmentName), environment.data(), qsizetype(environment.size()))};
+    for (const KelvoEvidenceSource::File &file : KelvoEvidenceSource::readAll()) {
+        const QByteArray contents = withoutUser(QString::fromUtf8(file.contents)).toUtf8();
+        problems.append(saveFile(path(qPrintable(file.name)), contents.constData(), contents.size()));
+    }
     for (qsizetype i = 0; i < windows.size(); ++i) {
         const QString picture = path(qPrintable(QStringLiteral("window-%1.png").arg(i + 1)));
         if (!windows.at(i).save(picture, "PNG"))

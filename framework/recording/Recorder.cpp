@@ -3,6 +3,7 @@
 
 #include "CommandTap.h"
 #include "CrashHandler.h"
+#include "EventLine.h"
 #include "EventRing.h"
 #include "EventWriter.h"
 #include "Evidence.h"
@@ -25,12 +26,12 @@ constexpr auto longestFlush = 500ms;
 
 struct Recorder::Private
 {
-    Private(KelvoRegistry *theRegistry, const Program &program)
+    Private(KelvoRegistry *theRegistry, const Program &program, const QString &path)
         : registry(theRegistry)
         , begin(EventWriter::Clock::now())
         , header{program.name, program.version, program.revision, QDateTime::currentDateTimeUtc(), {},
               QCoreApplication::applicationPid()}
-        , file(openFile())
+        , file(openFile(path))
         , crashes(planOfCrash(), file ? &file->progress() : nullptr)
         , writer(*ring, begin, [this] { wakeFile(); })
         , commands(writer)
@@ -45,9 +46,8 @@ struct Recorder::Private
         return now;
     }
 
-    std::unique_ptr<RecordingFile> openFile() const
+    std::unique_ptr<RecordingFile> openFile(const QString &path) const
     {
-        const QString path = qEnvironmentVariable("KELVO_RECORD");
         if (path.isEmpty())
             return nullptr;
         return std::make_unique<RecordingFile>(path, headerOfNow().line(), ring, begin);
@@ -77,11 +77,20 @@ struct Recorder::Private
         return plan;
     }
 
+    /// All that is in memory, and until when that is all that happened.
+    std::string linesOfNow() const
+    {
+        std::string lines = ring->lines();
+        EventLine last(EventWriter::Clock::now() - begin, {}, "note", "saved");
+        lines += last.finish();
+        return lines;
+    }
+
     Evidence collectEvidence() const
     {
         const QDateTime now = QDateTime::currentDateTimeUtc();
         const RecordingHeader described = headerOfNow();
-        return {Evidence::folderOf(header, now), described.line() + ring->lines(), LogTail::lines().lines(),
+        return {Evidence::folderOf(header, now), described.line() + linesOfNow(), LogTail::lines().lines(),
             Evidence::describe(described, registry), Evidence::describeEnvironment(),
             Evidence::pictureWindows()};
     }
@@ -106,14 +115,20 @@ struct Recorder::Private
 
 std::atomic<Recorder *> Recorder::s_recorder = nullptr;
 
-std::unique_ptr<Recorder> Recorder::start(KelvoRegistry *registry, const Program &program)
+std::unique_ptr<Recorder> Recorder::start(
+    KelvoRegistry *registry, const Program &program, const QString &file)
 {
     LogTail::install(EventWriter::Clock::now());
-    return std::unique_ptr<Recorder>(new Recorder(registry, program));
+    return std::unique_ptr<Recorder>(new Recorder(registry, program, file));
 }
 
-Recorder::Recorder(KelvoRegistry *registry, const Program &program)
-    : d(std::make_unique<Private>(registry, program))
+QString Recorder::fileOfEnvironment()
+{
+    return qEnvironmentVariable("KELVO_RECORD");
+}
+
+Recorder::Recorder(KelvoRegistry *registry, const Program &program, const QString &file)
+    : d(std::make_unique<Private>(registry, program, file))
 {
     s_recorder = this;
     d->service = std::make_unique<EvidenceService>([this] { return d->collectEvidence(); });
@@ -135,7 +150,7 @@ Recorder::~Recorder()
 
 std::string Recorder::recording() const
 {
-    return d->headerOfNow().line() + d->ring->lines();
+    return d->headerOfNow().line() + d->linesOfNow();
 }
 
 void Recorder::flush()

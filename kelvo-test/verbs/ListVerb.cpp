@@ -33,23 +33,6 @@ VerbOptions listOptions()
     return options;
 }
 
-QString stateText(KelvoPluginStatus::State state)
-{
-    switch (state) {
-    case KelvoPluginStatus::Available:
-        return QStringLiteral("available");
-    case KelvoPluginStatus::Loading:
-        return QStringLiteral("loading");
-    case KelvoPluginStatus::Running:
-        return QStringLiteral("running");
-    case KelvoPluginStatus::Failed:
-        return QStringLiteral("failed");
-    case KelvoPluginStatus::Unknown:
-        break;
-    }
-    return QStringLiteral("unknown");
-}
-
 QJsonObject named(const QString &uuid, const QString &name)
 {
     return {{QStringLiteral("uuid"), uuid}, {QStringLiteral("name"), name}};
@@ -60,7 +43,7 @@ QJsonObject pluginObject(const KelvoPluginStatus &status)
     return {{QStringLiteral("file"), status.fileName}, {QStringLiteral("path"), status.path},
         {QStringLiteral("name"), status.name}, {QStringLiteral("version"), status.version},
         {QStringLiteral("brings"), QJsonArray::fromStringList(status.brings)},
-        {QStringLiteral("state"), stateText(status.state)}, {QStringLiteral("error"), status.error}};
+        {QStringLiteral("state"), status.stateText()}, {QStringLiteral("error"), status.error}};
 }
 
 /// The back ends that could run, and those that were asked for and are not there.

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "GstTestCase.h"
+#include "KelvoEvidenceSource.h"
 #include "TestGroup.h"
 
 #include <QElapsedTimer>
@@ -48,6 +49,20 @@ private Q_SLOTS:
         QCOMPARE(heard().events(),
             (QStringList{"Transitioning", "no playlist", "media -1", "Playing", "Stopped", "completed"}));
         QCOMPARE(heard().mediaUrls(), QList<QUrl>{media(file)});
+    }
+
+    void showsItsPipelineAsEvidence()
+    {
+        startLong();
+        const QList<KelvoEvidenceSource::File> files = KelvoEvidenceSource::readAll();
+        QCOMPARE(files.size(), 1);
+        QCOMPARE(files.constFirst().name, QStringLiteral("pipeline.dot"));
+        const QByteArray &graph = files.constFirst().contents;
+        QVERIFY2(graph.startsWith("digraph pipeline"), graph.left(40).constData());
+        QVERIFY(graph.contains("long.mp3"));
+        registry().unloadPlugin(QStringLiteral("gst-renderer.so"));
+        QTRY_VERIFY(!engineRuns());
+        QVERIFY(KelvoEvidenceSource::readAll().isEmpty());
     }
 
     void advancesInRealTime()

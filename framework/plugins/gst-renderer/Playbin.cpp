@@ -101,6 +101,12 @@ bool isWithin(const GstObject *object, const GstHandles::Element &ancestor)
     auto *outer = GST_OBJECT(ancestor.get());
     return object && (inner == outer || gst_object_has_as_ancestor(inner, outer));
 }
+
+/// Of what the pipeline is made just now, for Graphviz. Any thread; empty where GStreamer was built without it.
+QByteArray graphOf(GstElement *pipeline)
+{
+    return GlibHandles::Text(gst_debug_bin_to_dot_data(GST_BIN(pipeline), GST_DEBUG_GRAPH_SHOW_ALL)).get();
+}
 } // namespace
 
 std::unique_ptr<Playbin> Playbin::create(
@@ -118,6 +124,8 @@ std::unique_ptr<Playbin> Playbin::create(
     g_object_get(playbin->element(), "flags", &flags, nullptr);
     g_object_set(playbin->element(), "flags", flags | nativeVideo, nullptr);
     playbin->listen(std::move(listener), networkTimeout);
+    playbin->m_graph = std::make_unique<KelvoEvidenceSource>(
+        QStringLiteral("pipeline.dot"), [pipeline = playbin->element()] { return graphOf(pipeline); });
     return playbin;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "GstHandles.h"
+#include "KelvoEvidenceSource.h"
 #include "VideoOutput.h"
 
 #include <QByteArray>
@@ -65,4 +66,5 @@ private:
     GstHandles::Element m_playbin;
     GstHandles::Element m_audioOutput;
     GstHandles::Element m_videoOutput;
+    std::unique_ptr<KelvoEvidenceSource> m_graph; ///< goes before what it shows
 };

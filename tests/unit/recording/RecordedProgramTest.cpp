@@ -69,7 +69,7 @@ void RecordedProgramTest::start()
     QVERIFY(m_program.waitForStarted());
     if (m_environment.contains("KELVO_RECORD"))
         QTRY_VERIFY_WITH_TIMEOUT(
-            recording().contains("\"kind\":\"answer\",\"name\":\"kelvoProperty\""), 20'000);
+            recording().contains("\"answer\",\"name\":\"kelvoProperty\",\"arguments\":[\"volume\""), 20'000);
 }
 
 void RecordedProgramTest::fromStartToEnd()
