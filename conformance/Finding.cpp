@@ -15,7 +15,8 @@ QString textOf(const Counterexample &evidence)
     for (const QString &violation : evidence.violations)
         lines.append(QLatin1String("never allowed: ") + violation);
     if (evidence.events.size() > Counterexample::Shown)
-        lines.append(QStringLiteral("%1 events before these").arg(evidence.events.size() - Counterexample::Shown));
+        lines.append(
+            QStringLiteral("%1 events before these").arg(evidence.events.size() - Counterexample::Shown));
     for (const HeardEvent &event : evidence.lastEvents())
         lines.append(QStringLiteral("%1 s  %2").arg(double(event.time) / 1000, 8, 'f', 3).arg(event.text));
     return lines.join(QLatin1Char('\n'));

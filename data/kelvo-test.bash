@@ -18,13 +18,13 @@ _kelvo_test()
             mapfile -t COMPREPLY < <(compgen -W "all $uuids" -- "$word")
             return
             ;;
-        --wait | --for | --repeat | --seed | --shard | --serve-at)
+        --wait | --for | --repeat | --seed | --shard | --serve-at | --only | --tolerance | --run | --title)
             return
             ;;
     esac
     if [[ $word == -* ]]; then
         local options
-        options=$("$program" "${COMP_WORDS[1]}" --help 2>/dev/null | sed -n 's/^  \(--[a-z-]*\).*/\1/p')
+        options=$("$program" "${COMP_WORDS[1]}" --help 2>/dev/null | sed -n 's/^  \(-[a-z-]*\).*/\1/p')
         mapfile -t COMPREPLY < <(compgen -W "$options" -- "$word")
         return
     fi

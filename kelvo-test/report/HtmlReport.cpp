@@ -44,6 +44,17 @@ QByteArray section(
         + columns + "<tbody>\n" + rows + "</table></div></section>\n";
 }
 
+/// A line that opens to show further ones.
+QByteArray withDetails(const QString &line, const QString &details)
+{
+    if (details.isEmpty())
+        return HtmlText::of(line);
+    QByteArray html = "<details><summary>" + HtmlText::of(line) + "</summary><pre>";
+    for (const QString &detail : details.split(u'\n'))
+        html += HtmlText::of(detail) + '\n';
+    return html + "</pre></details>";
+}
+
 struct LaneOfReport
 {
     const char *title;
@@ -72,8 +83,9 @@ qsizetype lanesInUse(const QList<Timeline::Renderer> &renderers)
 }
 } // namespace
 
-HtmlReport::HtmlReport(const RecordedRun &run)
+HtmlReport::HtmlReport(const RecordedRun &run, QList<TestResult> results)
     : m_run(run)
+    , m_results(std::move(results))
 {
     initReportResources();
     m_run.forEach([this](qint64 index, const RecordedEvent &event) {
@@ -86,8 +98,8 @@ HtmlReport::HtmlReport(const RecordedRun &run)
 
 bool HtmlReport::write(QIODevice *device) const
 {
-    const QByteArray top = head() + facts() + notices() + lanes() + effects() + states() + errors()
-        + "<section id=events><h2>Events</h2>\n" + resource(QStringLiteral("event-kinds.html"));
+    const QByteArray top = head() + facts() + notices() + results() + lanes() + effects() + states()
+        + errors() + "<section id=events><h2>Events</h2>\n" + resource(QStringLiteral("event-kinds.html"));
     bool isWritten = device->write(top) == top.size();
     EventTable table(device, m_run.events() - firstRow());
     m_run.forEach([this, &table](qint64 index, const RecordedEvent &event) {
@@ -155,13 +167,29 @@ QByteArray HtmlReport::notices() const
         notices.append(
             QByteArray::number(m_timeline.eventsLeftOut()) + " events of further renderers have no lane.");
     for (const RecordedEvent &note : m_timeline.notes()) {
-        if (note.name != QLatin1String("ended"))
+        if (note.name != QLatin1String("ended") && note.name != QLatin1String("saved"))
             notices.append("At " + secondsOf(note.time) + ": " + HtmlText::of(KelvoWords::call(note)));
     }
     QByteArray html;
     for (const QByteArray &notice : notices)
         html += "<li>" + notice + '\n';
     return html.isEmpty() ? html : "<ul class=notices>" + html + "</ul>\n";
+}
+
+QByteArray HtmlReport::results() const
+{
+    // Never a text of others.
+    static constexpr const char *looks[] = {"held", "error", "other", "error"};
+    QByteArray rows;
+    for (const TestResult &result : m_results) {
+        rows += "<tr class=" + QByteArray(looks[result.outcome]) + "><td>"
+            + HtmlText::of(result.outcomeText()) + "<td>" + HtmlText::of(result.name) + "<td>"
+            + HtmlText::of(result.group) + "<td>" + secondsOf(result.seconds) + "<td>"
+            + withDetails(result.message, result.details) + '\n';
+    }
+    return section("results", "Results",
+        "<th scope=col>Result<th scope=col>Of<th scope=col>Renderer<th scope=col>Time<th scope=col>What came",
+        rows);
 }
 
 QByteArray HtmlReport::lanes() const

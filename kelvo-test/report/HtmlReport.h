@@ -3,6 +3,7 @@
 
 #include "CommandEffects.h"
 #include "RecordedRun.h"
+#include "TestResult.h"
 #include "Timeline.h"
 
 class QIODevice;
@@ -17,7 +18,8 @@ public:
     /// The table has so many events at most, the last ones: a browser opens that in a moment. The time line shows all.
     static constexpr qint64 MostRows = 100000;
 
-    explicit HtmlReport(const RecordedRun &run);
+    /// @param results  what came of what was tried in that run, if anything was
+    explicit HtmlReport(const RecordedRun &run, QList<TestResult> results = {});
 
     /// Writes the page. False when the device takes it no more.
     bool write(QIODevice *device) const;
@@ -26,6 +28,7 @@ private:
     QByteArray head() const;
     QByteArray facts() const;
     QByteArray notices() const;
+    QByteArray results() const;
     QByteArray lanes() const;
     QByteArray lanesOf(const Timeline::Renderer &renderer, qsizetype share) const;
     QByteArray effects() const;
@@ -36,6 +39,7 @@ private:
     qint64 firstRow() const;
 
     const RecordedRun &m_run;
+    const QList<TestResult> m_results;
     Timeline m_timeline;
     CommandEffects m_effects;
 };

@@ -13,6 +13,13 @@ struct TestResult
         CouldNotRun, ///< something else was in the way
     };
 
+    /// "held", "failed", "skipped", "could not run".
+    QString outcomeText() const
+    {
+        static constexpr const char *texts[] = {"held", "failed", "skipped", "could not run"};
+        return QString::fromLatin1(texts[outcome]);
+    }
+
     Outcome outcome = Held;
     QString group; ///< of what: the renderer
     QString name;

@@ -3,19 +3,21 @@
 
 #include "ConformanceRun.h"
 #include "DiscoveredSubject.h"
+#include "JUnitReport.h"
+#include "KelvoBuild.h"
 #include "Output.h"
+#include "ResultFile.h"
 #include "Session.h"
 #include "VerbOptions.h"
 #include "card/Card.h"
 #include "card/HtmlCard.h"
 #include "card/JsonCard.h"
-#include "card/JunitCard.h"
 #include "card/MarkdownCard.h"
 
+#include <QBuffer>
 #include <QCoreApplication>
 #include <QDir>
 #include <QRegularExpression>
-#include <QSaveFile>
 #include <QTemporaryDir>
 
 #include <algorithm>
@@ -28,11 +30,47 @@ struct Format
     QByteArray (*write)(const Card &);
 };
 
+TestResult testResultOf(const CardHead &head, const Result &result)
+{
+    TestResult test;
+    test.group = head.renderer + u'.' + result.group();
+    test.name = result.id;
+    test.seconds = double(result.milliseconds) / 1000;
+    switch (result.verdict) {
+    case Verdict::Holds:
+        break;
+    case Verdict::DoesNotHold:
+    case Verdict::Overclaimed:
+        test.outcome = TestResult::Failed;
+        test.message = result.sentence;
+        test.details = textOf(result.verdict) + u'\n' + textOf(result.evidence);
+        break;
+    case Verdict::Refused:
+    case Verdict::NotTried:
+        test.outcome = TestResult::Skipped;
+        test.message = textOf(result.verdict) + QLatin1String(": ") + result.reason;
+        break;
+    }
+    return test;
+}
+
+QByteArray toJUnit(const Card &card)
+{
+    QList<TestResult> results;
+    for (const Result &result : card.results())
+        results.append(testResultOf(card.head(), result));
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    JUnitReport::write(
+        buffer, QLatin1String("conformance of ") + card.head().renderer, card.head().when, results);
+    return buffer.data();
+}
+
 constexpr Format formats[] = {
     {"html", "Writes the card as a page for people.", toHtml},
     {"json", "Writes the card for programs.", toJson},
     {"markdown", "Writes the card for a repository.", toMarkdown},
-    {"junit", "Writes the results for a CI system.", toJunit},
+    {"junit", "Writes the results as JUnit XML, which CI systems read.", toJUnit},
 };
 
 VerbOptions conformOptions()
@@ -43,7 +81,7 @@ VerbOptions conformOptions()
             "it holds.\n"
             "What the renderer refuses to do is no fault; what it neither refuses nor does is one. "
             "Ends with 0 when\n"
-            "nothing was found, with 1 otherwise, with 77 when there was nothing to try."));
+            "no fault was found, with 1 otherwise, with 77 when there was nothing to try."));
     options.add(QStringLiteral("on"), QStringLiteral("renderer"),
         QStringLiteral("Its name, its uuid, or a glob that fits it alone."));
     options.add(QStringLiteral("wait"), QStringLiteral("time"),
@@ -137,25 +175,23 @@ void showCounts(Output &output, const Card &card)
         card.isClean() ? Output::Tone::Good : Output::Tone::Bad);
 }
 
-/// Empty when all could be written.
-QString writeCard(const Card &card, const VerbOptions &options)
+bool writeCard(const Card &card, const VerbOptions &options)
 {
-    for (const Format &format : formats) {
+    return std::all_of(std::begin(formats), std::end(formats), [&](const Format &format) {
         const QString option = QString::fromLatin1(format.option);
-        if (!options.isSet(option))
-            continue;
-        QSaveFile file(options.value(option));
-        const QByteArray text = format.write(card);
-        if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size() || !file.commit())
-            return QStringLiteral("%1: %2").arg(file.fileName(), file.errorString());
-    }
-    return {};
+        const auto write = [text = format.write(card)](QIODevice *device) {
+            return device->write(text) == text.size();
+        };
+        return !options.isSet(option) || ResultFile::save(options.value(option), write);
+    });
 }
 
 CardHead headOf(const DiscoveredSubject &subject)
 {
     return {subject.name(), subject.uuid(), subject.pluginFile(),
-        QCoreApplication::applicationName() + QLatin1Char(' ') + QCoreApplication::applicationVersion(),
+        QStringLiteral("%1 %2 (%3)")
+            .arg(QCoreApplication::applicationName(), QCoreApplication::applicationVersion(),
+                QLatin1String(KelvoBuild::revision())),
         subject.media().kind, QDateTime::currentDateTimeUtc(), subject.roundTrip()};
 }
 
@@ -176,9 +212,8 @@ int conform(Session &session, DiscoveredSubject &subject, const QList<Statement>
     const QList<Result> results = run.run();
     const Card card(headOf(subject), results);
     showCounts(output, card);
-    const QString problem = writeCard(card, options);
-    if (!problem.isEmpty())
-        return cannotConform(problem);
+    if (!writeCard(card, options))
+        return Verb::CouldNotRun;
     if (!card.isClean())
         return Verb::Failed;
     return session.isInterrupted() ? Verb::CouldNotRun : Verb::Held;

@@ -5,7 +5,6 @@
 #include "VerbOptions.h"
 
 #include <QFileInfo>
-#include <QSaveFile>
 
 #include <limits>
 
@@ -46,15 +45,4 @@ std::optional<RecordedRun> RecordingOptions::open(VerbOptions *options, const QS
     if (!run.trouble().isEmpty())
         Output::complain(run.trouble());
     return run;
-}
-
-bool RecordingOptions::save(const QString &path, const std::function<bool(QIODevice *)> &write)
-{
-    QSaveFile file(path);
-    // A device such as a pipe cannot be replaced.
-    file.setDirectWriteFallback(true);
-    if (file.open(QIODevice::WriteOnly) && write(&file) && file.commit())
-        return true;
-    Output::complain(QStringLiteral("%1 cannot be written: %2").arg(path, file.errorString()));
-    return false;
 }

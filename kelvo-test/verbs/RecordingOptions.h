@@ -5,10 +5,8 @@
 
 #include <QString>
 
-#include <functional>
 #include <optional>
 
-class QIODevice;
 class VerbOptions;
 
 /// What the verbs that read recordings have in common.
@@ -19,7 +17,4 @@ void add(VerbOptions *options);
 /// Opens a recording as the options say. Nothing, after a complaint, where that fails. What is wrong with a recording
 /// that can be read is complained of, too.
 std::optional<RecordedRun> open(VerbOptions *options, const QString &path);
-
-/// Writes a file as a whole or not at all. False after a complaint.
-bool save(const QString &path, const std::function<bool(QIODevice *)> &write);
 } // namespace RecordingOptions

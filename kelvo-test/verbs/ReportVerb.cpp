@@ -4,6 +4,7 @@
 #include "HtmlReport.h"
 #include "Output.h"
 #include "RecordingOptions.h"
+#include "ResultFile.h"
 #include "TraceWriter.h"
 #include "VerbOptions.h"
 
@@ -72,9 +73,9 @@ int ReportVerb::run(const QStringList &arguments)
     const auto writeTrace = [&opened](QIODevice *device) {
         return TraceWriter(device).write(*opened);
     };
-    if (!page.isEmpty() && !RecordingOptions::save(page, writePage))
+    if (!page.isEmpty() && !ResultFile::save(page, writePage))
         return CouldNotRun;
-    if (!trace.isEmpty() && !RecordingOptions::save(trace, writeTrace))
+    if (!trace.isEmpty() && !ResultFile::save(trace, writeTrace))
         return CouldNotRun;
     return Held;
 }

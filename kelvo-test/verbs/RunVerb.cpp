@@ -1,30 +1,26 @@
 // SPDX-License-Identifier: MIT
 #include "RunVerb.h"
 
+#include "HtmlReport.h"
 #include "JUnitReport.h"
-#include "KelvoRenderer.h"
 #include "MediaServer.h"
-#include "MediaShelf.h"
 #include "Output.h"
+#include "Recorder.h"
+#include "ResultFile.h"
 #include "RunPlan.h"
 #include "ScenarioFile.h"
-#include "ScenarioRun.h"
+#include "ScenarioRuns.h"
 #include "Session.h"
 #include "VerbOptions.h"
 
 #include <QDateTime>
-#include <QEventLoop>
 #include <QFile>
 #include <QRandomGenerator>
-#include <QTimer>
+#include <QTemporaryDir>
 
-#include <algorithm>
 #include <limits>
 
 namespace {
-constexpr int progressInterval = 200; // milliseconds
-/// For a renderer that a run has made go.
-constexpr std::chrono::milliseconds comingBackTime = std::chrono::seconds(5);
 constexpr int mostRepetitions = 100'000;
 
 VerbOptions runOptions()
@@ -39,6 +35,10 @@ VerbOptions runOptions()
         QStringLiteral("How long to wait for the renderers; 5s when not given."), QStringLiteral("5s"));
     options.add(QStringLiteral("junit"), QStringLiteral("file"),
         QStringLiteral("Writes the results as JUnit XML, which CI systems read."));
+    options.add(QStringLiteral("html"), QStringLiteral("file"),
+        QStringLiteral("Writes a page: the results, a time line, and all that was told and reported."));
+    options.add(QStringLiteral("record"), QStringLiteral("file"),
+        QStringLiteral("Records it all; the file of KELVO_RECORD when not given."));
     options.add(QStringLiteral("repeat"), QStringLiteral("times"),
         QStringLiteral("Runs everything so many times."), QStringLiteral("1"));
     options.add(QStringLiteral("seed"), QStringLiteral("number"),
@@ -116,132 +116,6 @@ std::optional<Wishes> wishesOf(VerbOptions &options, QStringList *problems)
     return wishes;
 }
 
-/// Carries out a plan, one run after the other, and says what comes of it.
-class Runs
-{
-public:
-    Runs(Session &session, MediaServer &server, quint32 seed)
-        : m_session(session)
-        , m_server(server)
-        , m_seed(seed)
-    {
-    }
-
-    void run(const QList<PlannedRun> &plan)
-    {
-        for (qsizetype i = 0; i < plan.size() && !m_session.isInterrupted(); ++i) {
-            m_place = QStringLiteral("[%1/%2] ").arg(i + 1).arg(plan.size());
-            add(runOne(plan.at(i)), plan.at(i).repetition);
-        }
-    }
-    const QList<TestResult> &results() const { return m_results; }
-
-    void summarise()
-    {
-        const auto count = [this](TestResult::Outcome outcome) {
-            return std::count_if(m_results.cbegin(), m_results.cend(),
-                [outcome](const TestResult &result) { return result.outcome == outcome; });
-        };
-        m_output.line(QStringLiteral("%1 held, %2 failed, %3 skipped, %4 could not run; seed %5")
-                          .arg(count(TestResult::Held))
-                          .arg(count(TestResult::Failed))
-                          .arg(count(TestResult::Skipped))
-                          .arg(count(TestResult::CouldNotRun))
-                          .arg(m_seed));
-    }
-
-private:
-    static TestResult hindrance(
-        const PlannedRun &planned, TestResult::Outcome outcome, const QString &message)
-    {
-        TestResult result;
-        result.outcome = outcome;
-        result.group = planned.renderers.join(QStringLiteral(", "));
-        result.name = planned.scenario->title;
-        result.file = planned.scenario->file;
-        result.message = message;
-        return result;
-    }
-
-    TestResult runOne(const PlannedRun &planned)
-    {
-        const Scenario &scenario = *planned.scenario;
-        if (planned.renderers.size() < scenario.renderers.size())
-            return hindrance(planned, TestResult::Skipped,
-                QStringLiteral("needs %1 renderers, given are %2")
-                    .arg(scenario.renderers.size())
-                    .arg(planned.renderers.size()));
-        const QList<KelvoRenderer *> renderers = waitForRenderers(planned.renderers);
-        if (renderers.contains(nullptr))
-            return hindrance(planned, TestResult::CouldNotRun, QStringLiteral("the renderer is gone"));
-        MediaShelf shelf(&m_server);
-        QString error;
-        if (!shelf.put(scenario.media, &error))
-            return hindrance(planned, TestResult::CouldNotRun, error);
-        return waitFor(scenario, renderers, shelf, planned.repetition);
-    }
-
-    /// Null for those that have gone and do not come back.
-    QList<KelvoRenderer *> waitForRenderers(const QStringList &uuids)
-    {
-        QList<KelvoRenderer *> renderers;
-        m_session.waitUntil(
-            [&] {
-                renderers.clear();
-                for (const QString &uuid : uuids)
-                    renderers.append(m_session.registry()->findRendererByUuid(uuid));
-                return !renderers.contains(nullptr);
-            },
-            comingBackTime);
-        return renderers;
-    }
-
-    TestResult waitFor(
-        const Scenario &scenario, const QList<KelvoRenderer *> &renderers, MediaShelf &shelf, int repetition)
-    {
-        ScenarioRun run(&scenario, m_session.registry(), renderers, &shelf, m_seed + quint32(repetition) - 1);
-        QEventLoop loop;
-        QTimer shown;
-        QObject::connect(&run, &ScenarioRun::finished, &loop, &QEventLoop::quit);
-        QObject::connect(&m_session, &Session::interrupted, &run, &ScenarioRun::interrupt);
-        QObject::connect(&m_server, &MediaServer::requested, &run, &ScenarioRun::noteRequest);
-        QObject::connect(&shown, &QTimer::timeout, &loop, [this, &run, &scenario] {
-            m_output.progress(m_place + scenario.title + QStringLiteral(": ") + run.progress());
-        });
-        if (m_output.isTerminal())
-            shown.start(progressInterval);
-        run.start();
-        loop.exec();
-        return run.result();
-    }
-
-    void add(TestResult result, int repetition)
-    {
-        if (repetition > 1)
-            result.name += QStringLiteral(" (%1)").arg(repetition);
-        static constexpr const char *words[] = {"held", "FAILED", "skipped", "could not run"};
-        static constexpr Output::Tone tones[]
-            = {Output::Tone::Good, Output::Tone::Bad, Output::Tone::Faint, Output::Tone::Bad};
-        m_output.line(QStringLiteral("%1%2: %3 on %4 (%5 s)")
-                          .arg(m_place, QLatin1String(words[result.outcome]), result.name, result.group)
-                          .arg(result.seconds, 0, 'f', 1),
-            tones[result.outcome]);
-        if (!result.message.isEmpty())
-            m_output.line(QStringLiteral("  ") + result.message);
-        if (!result.details.isEmpty())
-            m_output.line(
-                QStringLiteral("  ") + QString(result.details).replace(u'\n', QStringLiteral("\n  ")));
-        m_results.append(result);
-    }
-
-    Session &m_session;
-    MediaServer &m_server;
-    const quint32 m_seed;
-    Output m_output;
-    QString m_place;
-    QList<TestResult> m_results;
-};
-
 int complainOf(const QStringList &problems)
 {
     for (const QString &problem : problems)
@@ -249,14 +123,56 @@ int complainOf(const QStringList &problems)
     return Verb::CouldNotRun;
 }
 
-bool writeJUnit(const QString &path, const QDateTime &began, const QList<TestResult> &results)
+/// What came of one call.
+struct Outcome
+{
+    QList<TestResult> results;
+    bool isInterrupted = false;
+    QString problem; ///< why nothing could be run; empty: it could
+};
+
+/// The session, and with it the recording, has ended when this returns.
+Outcome runAll(const Wishes &wishes, const QStringList &patterns, const QString &recording)
+{
+    QString problem;
+    MediaServer server;
+    if (!server.listen(wishes.address, &problem))
+        return {{}, false, problem};
+    Session session(recording);
+    const RendererChoice choice = session.choose(patterns, wishes.wait);
+    if (!choice.problem.isEmpty())
+        return {{}, false, choice.problem};
+    ScenarioRuns runs(session, server, wishes.seed);
+    runs.run(RunPlan::make(wishes.scenarios, choice.renderers, wishes.repetitions, wishes.shard));
+    runs.summarise();
+    return {runs.results(), session.isInterrupted(), {}};
+}
+
+bool canBeWritten(const QString &path)
 {
     QFile file(path);
-    const bool written = file.open(QIODevice::WriteOnly)
-        && JUnitReport::write(file, QStringLiteral("kelvo-test run"), began, results) && file.flush();
-    if (!written)
+    const bool isOpen = file.open(QIODevice::Append);
+    if (!isOpen)
         Output::complain(QStringLiteral("%1 cannot be written: %2").arg(path, file.errorString()));
-    return written;
+    return isOpen;
+}
+
+bool writeJUnit(const QString &path, const QDateTime &began, const QList<TestResult> &results)
+{
+    return ResultFile::save(path, [&](QIODevice *device) {
+        return JUnitReport::write(*device, QStringLiteral("kelvo-test run"), began, results);
+    });
+}
+
+bool writePage(const QString &path, const QString &recording, const QList<TestResult> &results)
+{
+    RecordedRun run;
+    QString error;
+    if (!run.open(recording, &error)) {
+        Output::complain(error);
+        return false;
+    }
+    return ResultFile::save(path, [&](QIODevice *device) { return HtmlReport(run, results).write(device); });
 }
 } // namespace
 
@@ -284,21 +200,25 @@ int RunVerb::run(const QStringList &arguments)
     const std::optional<Wishes> wishes = wishesOf(options, &problems);
     if (!wishes)
         return complainOf(problems);
-    QString error;
-    MediaServer server;
-    if (!server.listen(wishes->address, &error))
-        return complainOf({error});
-    Session session;
-    const RendererChoice choice = session.choose(options.values(QStringLiteral("on")), wishes->wait);
-    if (!choice.problem.isEmpty())
-        return complainOf({choice.problem});
-    const QDateTime began = QDateTime::currentDateTimeUtc();
-    Runs runs(session, server, wishes->seed);
-    runs.run(RunPlan::make(wishes->scenarios, choice.renderers, wishes->repetitions, wishes->shard));
-    runs.summarise();
     const QString junit = options.value(QStringLiteral("junit"));
-    if (!junit.isEmpty() && !writeJUnit(junit, began, runs.results()))
+    const QString page = options.value(QStringLiteral("html"));
+    QString recording = options.value(QStringLiteral("record"));
+    if (!recording.isEmpty() && !canBeWritten(recording))
         return CouldNotRun;
-    const int code = RunPlan::exitCodeOf(runs.results());
-    return session.isInterrupted() && code == Held ? int(CouldNotRun) : code;
+    // A page needs a recording, wanted or not.
+    const QTemporaryDir passing;
+    if (recording.isEmpty())
+        recording = Recorder::fileOfEnvironment();
+    if (recording.isEmpty() && !page.isEmpty())
+        recording = passing.filePath(QStringLiteral("run.jsonl"));
+    const QDateTime began = QDateTime::currentDateTimeUtc();
+    const Outcome outcome = runAll(*wishes, options.values(QStringLiteral("on")), recording);
+    if (!outcome.problem.isEmpty())
+        return complainOf({outcome.problem});
+    const bool isWritten = (junit.isEmpty() || writeJUnit(junit, began, outcome.results))
+        && (page.isEmpty() || writePage(page, recording, outcome.results));
+    const int code = RunPlan::exitCodeOf(outcome.results);
+    if (!isWritten)
+        return CouldNotRun;
+    return outcome.isInterrupted && code == Held ? int(CouldNotRun) : code;
 }

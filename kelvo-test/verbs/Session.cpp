@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "Session.h"
 
+#include "KelvoBuild.h"
 #include "KelvoPluginLoader.h"
 #include "KelvoRenderer.h"
 #include "KelvoShared.h"
 #include "Quantities.h"
+#include "Recorder.h"
 #include "RendererPattern.h"
 
+#include <QCoreApplication>
 #include <QEventLoop>
 #include <QPointer>
 #include <QTimer>
@@ -35,8 +38,12 @@ QString listOf(const QList<KelvoRenderer *> &renderers)
 }
 } // namespace
 
-Session::Session(QObject *parent)
+Session::Session(const QString &recording, QObject *parent)
     : QObject(parent)
+    , m_recorder(Recorder::start(registry(),
+          {QCoreApplication::applicationName(), QCoreApplication::applicationVersion(),
+              KelvoBuild::revision()},
+          recording.isEmpty() ? Recorder::fileOfEnvironment() : recording))
 {
     const auto news = [this] {
         m_sinceNews.start();
@@ -48,6 +55,8 @@ Session::Session(QObject *parent)
     connect(registry()->pluginLoader(), &KelvoPluginLoader::pluginFailed, this, news);
     KelvoShared::instance()->initTracking(registry());
 }
+
+Session::~Session() = default;
 
 bool Session::waitUntil(const std::function<bool()> &condition, std::chrono::milliseconds atMost)
 {
@@ -151,4 +160,9 @@ void Session::silence(KelvoRenderer *renderer)
     });
     look.start(lookInterval);
     loop.exec();
+}
+
+QByteArray Session::recording() const
+{
+    return QByteArray::fromStdString(m_recorder->recording());
 }

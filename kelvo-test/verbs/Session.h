@@ -10,8 +10,10 @@
 
 #include <chrono>
 #include <functional>
+#include <memory>
 
 class KelvoRenderer;
+class Recorder;
 class RendererPattern;
 
 /// The renderers that a tester wants, or why there are none.
@@ -21,14 +23,16 @@ struct RendererChoice
     QString problem; ///< empty: all is well
 };
 
-/// The framework as the console starts it: the same back ends, named by the same environment variables. It also turns
-/// the keys and signals that end programs into interrupted(). One in a process; GUI thread.
+/// The framework as the console starts it: the same back ends, named by the same environment variables, and recorded in
+/// the same way. It also turns the keys and signals that end programs into interrupted(). One in a process; GUI thread.
 class Session : public QObject
 {
     Q_OBJECT
 public:
     /// Starts the back ends; they and their renderers come from the event loop.
-    explicit Session(QObject *parent = nullptr);
+    /// @param recording  file that all that happens at the boundary is written to; empty: the one that KELVO_RECORD names
+    explicit Session(const QString &recording = {}, QObject *parent = nullptr);
+    ~Session() override;
 
     KelvoRegistry *registry() const { return KelvoRegistry::instance(); }
     bool isInterrupted() const { return m_interruption.isRequested(); }
@@ -49,6 +53,9 @@ public:
     /// without us.
     void silence(KelvoRenderer *renderer);
 
+    /// What happened last at the boundary, as a recording of its own (docs/recording.md).
+    QByteArray recording() const;
+
 Q_SIGNALS:
     /// Once, from the event loop.
     void interrupted();
@@ -57,6 +64,7 @@ private:
     bool isSettled() const;
     QString whyNone(const RendererPattern &pattern, std::chrono::milliseconds waited) const;
 
+    const std::unique_ptr<Recorder> m_recorder; ///< hears of everything before anybody else
     Interruption m_interruption;
     QElapsedTimer m_sinceNews; ///< invalid until the first back end has started or failed
 };

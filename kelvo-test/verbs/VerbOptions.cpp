@@ -34,7 +34,9 @@ QString VerbOptions::help() const
     QStringList names;
     for (const QCommandLineOption &option : m_options) {
         const QString value = option.valueName().isEmpty() ? QString() : u' ' + option.valueName();
-        names.append(QStringLiteral("--") + option.names().constFirst() + value);
+        const QString &name = option.names().constFirst();
+        const auto dashes = name.size() == 1 ? QStringLiteral("-") : QStringLiteral("--");
+        names.append(dashes + name + value);
     }
     const auto longest = std::max_element(names.cbegin(), names.cend(),
         [](const QString &one, const QString &other) { return one.size() < other.size(); });

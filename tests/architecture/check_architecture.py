@@ -3,7 +3,7 @@
 """Holds the arrows of the architecture: who may include what, and what each binary links.
 
     console -> {shared, tracker} -> core -> Qt Core and Gui
-    kelvo-test -> verbs -> {scenario, shared} -> core, scenario -> report
+    kelvo-test -> verbs -> {scenario, conformance, recording, shared} -> core, scenario -> report
     conformance (a static library, for whoever holds a renderer to the contract) -> core
     plug-ins -> core (tracker-source also tracker) + their one foreign library
     gst-renderer, simulator, upnp, mpris -> playback (a static library) -> core
@@ -33,7 +33,9 @@ MAY_INCLUDE = {
     "kelvo-test": {"kelvo-test/verbs"},
     "kelvo-test/report": {"framework/recording"},
     "kelvo-test/scenario": {"framework/core", "kelvo-test/report"},
-    "kelvo-test/verbs": {"framework/core", "framework/shared", "kelvo-test/report", "kelvo-test/scenario"},
+    "kelvo-test/verbs": {
+        "conformance", "framework/core", "framework/recording", "framework/shared", "kelvo-test/report",
+        "kelvo-test/scenario"},
     # The contract is one for all renderers: it knows the boundary and none of them.
     "conformance": {"framework/core"},
     "framework/core": set(),

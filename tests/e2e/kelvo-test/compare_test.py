@@ -22,6 +22,14 @@ class Compare(RecordingCase):
         done = self.run_program("compare", first, second, "--tolerance", "1s")
         self.assertEqual(len(done.out.splitlines()), 1)
 
+    def test_two_runs(self):
+        first = self.record_run("first.jsonl")
+        done = self.run_program("compare", first, self.record_run("second.jsonl"))
+        self.assertEqual((done.code, done.out), (0, "No difference.\n"), done.out)
+        done = self.run_program("compare", first, self.record_run("third.jsonl", KELVO_SIMULATOR="sim-latency=700"))
+        self.assertEqual(done.code, 1)
+        self.assertRegex(done.out, r"(?m)^Simulator A: stateChanged\(Transitioning\) came 0\.[67]\d+ s later: ")
+
     def test_wrong_calls(self):
         good = self.record(PLAYED)
         self.check_bad_recordings("compare", good)

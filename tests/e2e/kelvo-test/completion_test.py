@@ -26,7 +26,7 @@ class Known(ProgramCase):
         return re.findall(r"(?m)^  ([a-z]+) ", self.run_program("--help").out)
 
     def options(self, verb):
-        return re.findall(r"(?m)^  (--[a-z-]+)", self.run_program(verb, "--help").out)
+        return re.findall(r"(?m)^  (-[a-z-]+)", self.run_program(verb, "--help").out)
 
     def test_verbs(self):
         self.assertEqual(self.complete("l"), ["list"])
@@ -35,7 +35,7 @@ class Known(ProgramCase):
     def test_options(self):
         self.assertEqual(self.complete("run", "--s"), ["--seed", "--shard", "--serve-at"])
         for verb in self.verbs():
-            self.assertEqual(self.complete(verb, "--"), self.options(verb))
+            self.assertEqual(self.complete(verb, "-"), self.options(verb))
 
     def test_renderers(self):
         self.assertEqual(self.complete("play", "--on", "Kelvo"),

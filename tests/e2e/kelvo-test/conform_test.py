@@ -2,12 +2,14 @@
 # SPDX-License-Identifier: MIT
 """kelvo-test conform"""
 import json
+import os
 import pathlib
+import subprocess
 import tempfile
 import unittest
 import xml.etree.ElementTree
 
-from program import ProgramCase
+from program import PATIENCE, ProgramCase
 
 
 class Conform(ProgramCase):
@@ -36,14 +38,27 @@ class Conform(ProgramCase):
             self.assertEqual(card["renderer"]["back-end"], "simulator.so")
             self.assertEqual(card["counts"]["holds"], len(card["results"]))
             suite = xml.etree.ElementTree.parse(files["junit"]).getroot().find("testsuite")
-            self.assertEqual(suite.get("tests"), str(len(card["results"])))
+            self.assertEqual((suite.get("name"), suite.get("tests")), ("Simulator A.state", str(len(card["results"]))))
             self.assertIn("Simulator A", files["html"].read_text())
             self.assertTrue(files["markdown"].read_text().startswith("# Simulator A\n"))
+
+    def test_faults_for_a_ci_system(self):
+        with tempfile.TemporaryDirectory() as folder:
+            file = os.path.join(folder, "card.xml")
+            done = self.conform("--only", "seek.*", "--junit", file, KELVO_SIMULATOR="sim-stall=true")
+            self.assertEqual(done.code, 1)
+            subprocess.run(["xmllint", "--noout", "--schema", os.environ["KELVO_TEST_JUNIT_SCHEMA"], file], check=True,
+                           capture_output=True, timeout=PATIENCE)
+            cases = {case.get("name"): case for case in xml.etree.ElementTree.parse(file).getroot().iter("testcase")}
+        failure = cases["seek.position-follows"].find("failure")
+        self.assertIn("The position follows", failure.get("message"))
+        self.assertIn("expected: position() == 2\n", failure.text)
+        self.assertTrue(any(len(case) == 0 for case in cases.values()), "nothing held")
 
     def test_card_that_cannot_be_written(self):
         done = self.conform("--only", "state.stopped-at-first", "--json", "/nowhere/card.json")
         self.assertEqual(done.code, 2)
-        self.assertIn("/nowhere/card.json", done.err)
+        self.assertRegex(done.err, r"(?m)^kelvo-test: /nowhere/card.json cannot be written: .+$")
 
     def test_list_of_statements(self):
         done = self.run_program("conform", "--statements")

@@ -26,6 +26,31 @@ def lines(events, header=None):
     return "".join(json.dumps(row) + "\n" for row in rows)
 
 
+# What a tester does in a minute, and what comes of it.
+TRIED = """
+media: {song: {sound: tone, seconds: 30}}
+playlists: {list: [$song, $song]}
+steps:
+  - setKelvoProperty: {volume: 40}
+  - playUri: $song
+  - expect: {state: Playing}
+  - pauseAt: 1
+  - expect: {state: Paused, position: 1 s ± 250 ms}
+  - resume
+  - expect: {state: Playing}
+  - setPosition: 20
+  - expect: {position: 20 s ± 1 s}
+  - assignPlaylist: $list
+  - play
+  - expect: {state: Playing, index: 0}
+  - shuffle: $list
+  - next
+  - expect: {state: Playing, within: 5 s}
+  - stop
+  - expect: {state: Stopped}
+"""
+
+
 class RecordingCase(ProgramCase):
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
@@ -39,6 +64,13 @@ class RecordingCase(ProgramCase):
 
     def record(self, events, name="run.jsonl"):
         return self.write(lines(events), name)
+
+    def record_run(self, name, **changes):
+        """The recording of a run, which holds."""
+        path = str(self.folder / name)
+        done = self.run_program("run", self.write(TRIED, "tried.yaml"), "--on", "KelvoSimulatorA", "--record", path, **changes)
+        self.assertEqual(done.code, 0, done.out)
+        return path
 
     def check_refusals(self, verb, calls):
         """Wrong calls end with code 2, one line that says what is wrong, and no result."""

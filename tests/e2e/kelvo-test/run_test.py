@@ -3,6 +3,7 @@
 """kelvo-test run.
 
 Environment besides: KELVO_TEST_JUNIT_SCHEMA."""
+import json
 import os
 import re
 import subprocess
@@ -12,7 +13,7 @@ import unittest
 import xml.etree.ElementTree as xml
 from pathlib import Path
 
-from program import PATIENCE, ProgramCase
+from program import PATIENCE, PROGRAM, ProgramCase
 
 HOLDS = """
 title: starts
@@ -149,6 +150,68 @@ class Junit(RunCase):
         done = self.run_text(HOLDS, "--junit", str(self.folder / "none" / "result.xml"))
         self.assertEqual(done.code, 2)
         self.assertIn("result.xml cannot be written: No such file or directory", done.err)
+
+
+class Readme(RunCase):
+    def test_the_first_page_shows_what_works(self):
+        text = (Path(os.environ["KELVO_TEST_DATA"]).parent / "README.md").read_text(encoding="utf-8")
+        (block,) = re.findall(r"(?ms)^```sh\n(.*?)^```$", text)
+        self.assertEqual(len(block.splitlines()), 5)
+        script = block.replace("build/bin/kelvo-test", PROGRAM).replace("KelvoGstRenderer", "KelvoSimulatorA")
+        done = subprocess.run(["bash", "-eu", "-c", script], cwd=self.folder, env=self.environment(), text=True,
+                              capture_output=True, timeout=PATIENCE, check=False)
+        self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
+        self.assertRegex(done.stdout, r"^\[1/1\] held: pause-at on Simulator A \(3\.\d s\)\n")
+        self.assertIn("<h3>Simulator A</h3>", (self.folder / "report.html").read_text(encoding="utf-8"))
+
+
+class Records(RunCase):
+    def test_a_recording(self):
+        path = self.folder / "run.jsonl"
+        self.assertEqual(self.run_text(HOLDS, "--record", str(path)).code, 0)
+        events = [json.loads(line) for line in path.read_text(encoding="utf-8").splitlines()]
+        self.assertEqual(events[0]["program"], "kelvo-test")
+        self.assertTrue(events[0]["revision"])
+        names = [event["name"] for event in events[1:] if event["uuid"] == "KelvoSimulatorA"]
+        self.assertLess(names.index("renderer"), names.index("playUri"))
+        self.assertIn("stateChanged", names[names.index("playUri"):])
+        # In the order in which they were written: to the very end of the program's work.
+        self.assertEqual(events[-1]["name"], "ended")
+        # What is there already stays there.
+        self.assertEqual(self.run_text(HOLDS, "--record", str(path)).code, 0)
+        self.assertEqual(path.read_text(encoding="utf-8").count('"kelvo-recording"'), 2)
+
+    def test_the_file_of_the_environment(self):
+        path = self.folder / "run.jsonl"
+        self.assertEqual(self.run_text(HOLDS, KELVO_RECORD=str(path)).code, 0)
+        self.assertIn('"playUri"', path.read_text(encoding="utf-8"))
+
+    def test_one_that_cannot_be_written(self):
+        path = self.folder / "none" / "run.jsonl"
+        done = self.run_text(HOLDS, "--record", str(path))
+        self.assertEqual((done.code, done.out), (2, ""))
+        self.assertEqual(done.err, f"kelvo-test: {path} cannot be written: No such file or directory\n")
+
+    def test_a_page(self):
+        for name, text in (("a", HOLDS), ("b", FAILS), ("c", SKIPPED)):
+            self.write(text, f"{name}.yaml")
+        page = self.folder / "page.html"
+        self.assertEqual(self.run_program("run", str(self.folder), *SIMULATOR, "--html", str(page)).code, 1)
+        html = page.read_text(encoding="utf-8")
+        results = html[html.index("<section id=results>"):html.index("<section id=lanes")]
+        self.assertEqual(re.findall(r"<tr class=(\w+)><td>([^<]+)<td>([^<]+)<td>Simulator A<", results),
+                         [("held", "held", "starts"), ("error", "failed", "pauses by itself"),
+                          ("other", "skipped", "c")])
+        self.assertIn("expected state Paused within 300 ms", results)
+        self.assertIn("command playUri song\n", results)
+        self.assertIn("<h3>Simulator A</h3>", html)
+        self.assertEqual(list(self.folder.glob("*.jsonl")), [])
+
+    def test_a_page_of_a_recording_that_is_kept(self):
+        path, page = self.folder / "run.jsonl", self.folder / "page.html"
+        for _ in range(2):
+            self.assertEqual(self.run_text(HOLDS, "--html", str(page), "--record", str(path)).code, 0)
+        self.assertIn("The recording has 2 runs; this is number 2.", page.read_text(encoding="utf-8"))
 
 
 class Trouble(RunCase):

@@ -18,6 +18,17 @@ class Scenario(RecordingCase):
                                    "  - expect: {state: Playing, within: 3 s}\n"
                                    "  - never: {error: any}\n")
 
+    def test_what_is_made_of_a_run_holds_again(self):
+        made = self.run_program("scenario", self.record_run("run.jsonl"))
+        self.assertEqual((made.code, made.err), (0, ""))
+        again = self.write(made.out, "again.yaml")
+        done = self.run_program("run", again, "--on", "KelvoSimulatorB")
+        self.assertEqual(done.code, 0, made.out + done.out)
+        # On a renderer that does otherwise it shows the difference.
+        done = self.run_program("run", again, "--on", "KelvoSimulatorB", KELVO_SIMULATOR="sim-stall=true")
+        self.assertEqual(done.code, 1)
+        self.assertRegex(done.out, r"again\.yaml:\d+: expected state Paused")
+
     def test_a_title(self):
         done = self.run_program("scenario", self.record(PLAYED), "--title", 'Plays "it"')
         self.assertTrue(done.out.startswith('title: "Plays \\"it\\""\n'))

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
-// A card as JSON, Markdown, HTML and JUnit, with texts that would be more than texts.
+// A card as JSON, Markdown and HTML, with texts that would be more than texts.
 #include "KelvoTestCase.h"
 #include "TestGroup.h"
 #include "card/Card.h"
 #include "card/HtmlCard.h"
 #include "card/JsonCard.h"
-#include "card/JunitCard.h"
 #include "card/MarkdownCard.h"
 #include "card/PlainText.h"
 
@@ -13,7 +12,6 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTest>
-#include <QXmlStreamReader>
 
 namespace {
 // Markup, an entity, an end of everything, a place for QString::arg(), a colour of a terminal, a direction, half a
@@ -70,7 +68,6 @@ private Q_SLOTS:
     void jsonHasEverything();
     void htmlKeepsTextsAsTexts();
     void markdownKeepsTextsAsTexts();
-    void junitIsReadByAnyParser();
     void emptyCards();
 };
 
@@ -171,51 +168,12 @@ void CardTextsTest::markdownKeepsTextsAsTexts()
         QVERIFY2(!page.contains(QChar(code)), qPrintable(QString::number(code, 16)));
 }
 
-void CardTextsTest::junitIsReadByAnyParser()
-{
-    QXmlStreamReader xml(toJunit(hostileCard()));
-    int cases = 0;
-    int failures = 0;
-    int skipped = 0;
-    QString failure;
-    while (!xml.atEnd()) {
-        xml.readNext();
-        if (!xml.isStartElement())
-            continue;
-        if (xml.name() == QLatin1String("testsuite")) {
-            QCOMPARE(xml.attributes().value("tests").toString(), QStringLiteral("5"));
-            QCOMPARE(xml.attributes().value("failures").toString(), QStringLiteral("2"));
-            QCOMPARE(xml.attributes().value("skipped").toString(), QStringLiteral("2"));
-            QCOMPARE(xml.attributes().value("time").toString(), QStringLiteral("1.500"));
-            QCOMPARE(xml.attributes().value("timestamp").toString(), QStringLiteral("2026-11-22T08:00:00"));
-            QVERIFY(xml.attributes().value("name").toString().contains(QLatin1String("<script>")));
-        }
-        cases += xml.name() == QLatin1String("testcase");
-        skipped += xml.name() == QLatin1String("skipped");
-        if (xml.name() == QLatin1String("failure")) {
-            ++failures;
-            if (failure.isEmpty())
-                failure = xml.readElementText();
-        }
-    }
-    QVERIFY2(!xml.hasError(), qPrintable(xml.errorString()));
-    QCOMPARE(cases, 5);
-    QCOMPARE(failures, 2);
-    QCOMPARE(skipped, 2);
-    QVERIFY(failure.contains(QLatin1String("expected: <script>")));
-    QVERIFY(failure.contains(QLatin1String("never allowed: ")));
-}
-
 void CardTextsTest::emptyCards()
 {
     const Card card({}, {});
     QVERIFY(!toHtml(card).isEmpty());
     QVERIFY(!toMarkdown(card).isEmpty());
     QVERIFY(!QJsonDocument::fromJson(toJson(card)).isNull());
-    QXmlStreamReader xml(toJunit(card));
-    while (!xml.atEnd())
-        xml.readNext();
-    QVERIFY(!xml.hasError());
 }
 
 KELVO_TEST(CardTextsTest)

@@ -147,6 +147,34 @@ private Q_SLOTS:
         QVERIFY(!html.contains("<section id=errors>"));
     }
 
+    void whatCameOfTheRun()
+    {
+        TestResult held;
+        held.name = "starts";
+        held.group = "Speaker";
+        held.seconds = 1.5;
+        TestResult failed;
+        failed.outcome = TestResult::Failed;
+        failed.name = held.group = QString::fromUtf8(hostile);
+        failed.message = "expected Playing, came " + QString::fromUtf8(hostile);
+        failed.details = "first " + QString::fromUtf8(hostile) + "\nsecond";
+        TestResult skipped;
+        skipped.outcome = TestResult::Skipped;
+        skipped.message = "needs a window";
+        QVERIFY(HandWritten::append(m_path, HandWritten::events("0 r command stop []")));
+        const QByteArray html = page({held, failed, skipped});
+        QCOMPARE(firstUnbalanced(html), QByteArray());
+        QVERIFY(html.contains("<tr class=error><td>failed<td>"));
+        QVERIFY(html.contains("<summary>expected Playing, came "));
+        QVERIFY(html.contains("\nsecond\n</pre>"));
+        QVERIFY(html.contains("<tr class=other><td>skipped<td><td><td>0.000 s<td>needs a window\n"));
+        QCOMPARE(html.count("<script"), 1);
+        QVERIFY(!html.contains("<img"));
+        held.group = "Speaker";
+        QVERIFY(page({held}).contains("<tr class=held><td>held<td>starts<td>Speaker<td>1.500 s<td>\n"));
+        QVERIFY(!page().contains("<section id=results>"));
+    }
+
     void textsOfOthersStayTexts()
     {
         const QString any = QString::fromUtf8(hostile);
@@ -292,13 +320,13 @@ private:
         return HandWritten::append(m_path, all, header) ? page() : QByteArray();
     }
 
-    QByteArray page()
+    QByteArray page(const QList<TestResult> &results = {})
     {
         RecordedRun run;
         QString error;
         QBuffer buffer;
         buffer.open(QIODevice::WriteOnly);
-        if (!run.open(m_path, &error) || !HtmlReport(run).write(&buffer))
+        if (!run.open(m_path, &error) || !HtmlReport(run, results).write(&buffer))
             return {};
         // For looking at it.
         if (const QByteArray folder = qgetenv("KELVO_TEST_PAGES"); !folder.isEmpty()) {
