@@ -52,6 +52,8 @@ KELVO_AUDIO_SINK="fakesink sync=true" KELVO_VIDEO_SINK="fakesink sync=true" $bui
     "$media/song.mp3" "$media/film.mp4" "$media/long.mp3" "$media/video-1920x1080.mp4"
 python3 benchmarks/process_benchmark.py --console $build/bin/kelvo-test-gui --media "$media/song.mp3" "$media/film.mp4" \
     --video "$media/video-640x360.mp4" "$media/video-1920x1080.mp4"
+python3 benchmarks/scenario_benchmark.py --program $build/bin/kelvo-test --media "$media/song.mp3"
+python3 benchmarks/reading_benchmark.py --program $build/bin/kelvo-test
 if [ -x $build/benchmarks/playlist-benchmark ]; then
     $build/benchmarks/playlist-benchmark
 fi
