@@ -15,13 +15,6 @@
 namespace {
 constexpr qsizetype mostIds = 100000;
 
-/// Questions change nothing, and how often they are asked depends on who watches.
-bool isQuestion(const QString &name)
-{
-    return name == QLatin1String("getStatus") || name == QLatin1String("getPosition")
-        || name == QLatin1String("kelvoProperty");
-}
-
 /// Properties that say where on the screen a window is.
 bool isOfWindow(const QString &property)
 {
@@ -52,7 +45,7 @@ void ComparedRun::add(qint64 index, const RecordedEvent &event)
     const bool isCommand = event.kind == KelvoWords::command;
     if (event.kind == KelvoWords::appears && event.name == QLatin1String("renderer"))
         objectOf(event.uuid).name = event.arguments.at(0).toString();
-    if ((!isCommand && event.kind != KelvoWords::report) || (isCommand && isQuestion(event.name)))
+    if ((!isCommand && event.kind != KelvoWords::report) || (isCommand && KelvoWords::isQuestion(event.name)))
         return;
     if (m_events == MostEvents) {
         m_isCut = true;

@@ -19,6 +19,12 @@ bool KelvoWords::isReport(const RecordedEvent &event, QLatin1String name)
     return event.kind == report && event.name == name;
 }
 
+bool KelvoWords::isQuestion(const QString &name)
+{
+    return name == QLatin1String("getStatus") || name == QLatin1String("getPosition")
+        || name == QLatin1String("kelvoProperty");
+}
+
 bool KelvoWords::isOfRenderer(const RecordedEvent &event)
 {
     static const QStringList signalsOfRenderers{QStringLiteral("stateChanged"),
@@ -64,7 +70,7 @@ QString KelvoWords::errorText(const QJsonValue &error)
 QString KelvoWords::call(const RecordedEvent &event, qsizetype longest)
 {
     QStringList arguments;
-    for (const QJsonValue &argument : event.arguments)
+    for (const QJsonValueConstRef argument : event.arguments)
         arguments.append(textOf(argument));
     const QString text = QStringLiteral("%1(%2)").arg(event.name, arguments.join(QLatin1String(", ")));
     return text.size() > longest ? text.left(longest - 1) + QChar(0x2026) : text;

@@ -24,6 +24,9 @@ inline constexpr QLatin1String transitioning{"Transitioning"};
 /// Whether the event is a report of that name.
 bool isReport(const RecordedEvent &event, QLatin1String name);
 
+/// Whether a command of that name only asks: it changes nothing, and how often it comes depends on who watches.
+bool isQuestion(const QString &name);
+
 /// Whether the event can only be one of a renderer: its coming, its signals, and the operations that sources and playlists
 /// do not have.
 bool isOfRenderer(const RecordedEvent &event);

@@ -39,8 +39,7 @@ void PlaybackFacts::add(qint64 index, const RecordedEvent &event)
 void PlaybackFacts::takeCommand(const Moment &moment, const RecordedEvent &event)
 {
     const QString &command = event.name;
-    if (isOneOf(command,
-            {QLatin1String("getStatus"), QLatin1String("getPosition"), QLatin1String("kelvoProperty")})) {
+    if (KelvoWords::isQuestion(command)) {
         if (!commands.question)
             commands.question = moment;
         return;

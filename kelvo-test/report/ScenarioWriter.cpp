@@ -50,12 +50,6 @@ bool takesNothing(const QString &command)
         QStringLiteral("resume"), QStringLiteral("next"), QStringLiteral("previous")};
     return commands.contains(command);
 }
-
-bool isQuestionToRenderer(const QString &command)
-{
-    return command == QLatin1String("getStatus") || command == QLatin1String("getPosition")
-        || command == QLatin1String("kelvoProperty");
-}
 } // namespace
 
 void ScenarioWriter::add(qint64, const RecordedEvent &event)
@@ -64,7 +58,7 @@ void ScenarioWriter::add(qint64, const RecordedEvent &event)
         m_isCut = true;
         return;
     }
-    if (event.kind == KelvoWords::command && !isQuestionToRenderer(event.name)) {
+    if (event.kind == KelvoWords::command && !KelvoWords::isQuestion(event.name)) {
         const qsizetype renderer = isForRenderer(event) ? rendererOf(event.uuid) : -1;
         if (renderer >= 0)
             takeCommand(renderer, event);

@@ -32,7 +32,9 @@ void Timeline::add(qint64 index, const RecordedEvent &event)
     if (!renderer)
         return;
     if (event.kind == KelvoWords::command) {
-        renderer->commands.add(moment(index, event, KelvoWords::call(event)));
+        // Questions would leave no room: what they tell is in the lane of the position.
+        if (!KelvoWords::isQuestion(event.name))
+            renderer->commands.add(moment(index, event, KelvoWords::call(event)));
     } else if (event.kind == KelvoWords::report) {
         takeReport(renderer, index, event);
     } else if (const std::optional<double> position = KelvoWords::answeredPosition(event)) {

@@ -112,7 +112,7 @@ int cannotConform(const QString &problem)
 
 QList<Statement> statementsThatFit(const QString &glob)
 {
-    const QList<Statement> all = contractStatements();
+    QList<Statement> all = contractStatements();
     if (glob.isEmpty())
         return all;
     const auto form = QRegularExpression::fromWildcard(glob);

@@ -91,7 +91,7 @@ QJsonObject inventory(const KelvoRegistry &registry)
 void showNamed(Output &output, const QString &title, const QJsonArray &objects)
 {
     output.line(title + (objects.isEmpty() ? QStringLiteral(": none") : QStringLiteral(":")));
-    for (const QJsonValue &value : objects) {
+    for (const QJsonValueConstRef value : objects) {
         const QString uuid = value[QLatin1String("uuid")].toString();
         const QString name = value[QLatin1String("name")].toString();
         output.line(QStringLiteral("  %1  %2")
@@ -103,7 +103,7 @@ void showNamed(Output &output, const QString &title, const QJsonArray &objects)
 void showPlugins(Output &output, const QJsonArray &objects)
 {
     output.line(objects.isEmpty() ? QStringLiteral("Back ends: none") : QStringLiteral("Back ends:"));
-    for (const QJsonValue &value : objects) {
+    for (const QJsonValueConstRef value : objects) {
         const QString state = value[QLatin1String("state")].toString();
         const QString error = value[QLatin1String("error")].toString();
         const QString text

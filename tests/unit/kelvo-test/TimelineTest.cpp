@@ -79,9 +79,12 @@ private Q_SLOTS:
             2 s command setKelvoProperty ["signIn",true]
             3 s command kelvoProperty ["modelName"]
             4 r command play []
+            5 r command getPosition []
             )");
         QCOMPARE(timeline.renderers().size(), 1);
         QCOMPARE(timeline.renderers().at(0).uuid, "r");
+        // Who asks tells it nothing.
+        QCOMPARE(texts(timeline.renderers().at(0).commands), QStringList("4-4 play()"));
     }
 
     void whatGoesOnEndsWithTheRendererOrTheRun()

@@ -104,7 +104,9 @@ private:
         m_isJson
             = document["traceEvents"].isArray() && document["otherData"]["program"] == QLatin1String("test");
         QStringList result;
-        for (const QJsonValue &event : document["traceEvents"].toArray()) {
+        const QJsonArray all = document["traceEvents"].toArray();
+        for (const QJsonValueConstRef each : all) {
+            const QJsonObject event = each.toObject();
             const QJsonValue args = event["args"];
             const QByteArray json = args.isObject()
                 ? QJsonDocument(args.toObject()).toJson(QJsonDocument::Compact)

@@ -98,8 +98,8 @@ void EvidenceTest::bySignal()
         about.value("renderers").toArray(), QJsonArray({QJsonObject{{"uuid", "r"}, {"name", "Renderer"}}}));
     const QJsonArray plugins = about.value("plug-ins").toArray();
     QCOMPARE(plugins.size(), m_registry.availablePlugins().size());
-    for (const QJsonValue &plugin : plugins)
-        QCOMPARE(plugin["state"].toString(), "available");
+    for (const QJsonValueConstRef plugin : plugins)
+        QCOMPARE(plugin.toObject().value("state").toString(), "available");
     QVERIFY(contentsOf("environment.txt").contains("KELVO_EVIDENCE_DIR="));
     // Nobody else looks at what was played.
     QVERIFY(!(QFile::permissions(m_home + u'/' + bundles().first()) & (QFile::ReadGroup | QFile::ReadOther)));
