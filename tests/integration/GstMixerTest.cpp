@@ -119,6 +119,24 @@ private Q_SLOTS:
             SoundServer::streams().contains(QStringLiteral(" 33% ")), qPrintable(SoundServer::streams()));
     }
 
+    void volumeStaysFromItemToItem()
+    {
+        renderer()->setKelvoProperty(R::PropertyVolume, 33);
+        QTRY_VERIFY2(
+            SoundServer::streams().contains(QStringLiteral(" 33% ")), qPrintable(SoundServer::streams()));
+        // The server gives each stream its own volume, until it is told another one.
+        const auto playlist = makePlaylist(QList<QUrl>(4, media(QStringLiteral("long.mp3"))));
+        renderer()->assignPlaylist(playlist.get());
+        for (uint item = 0; item < 4; ++item) {
+            heard().clear();
+            renderer()->gotoIndex(item);
+            TRY_STATE(Playing);
+            QTRY_VERIFY2(
+                SoundServer::streams().contains(QStringLiteral(" 33% ")), qPrintable(SoundServer::streams()));
+            QCOMPARE(heard().askProperty(R::PropertyVolume), QVariant(33U));
+        }
+    }
+
     void telephoneCallOverrides()
     {
         QProcess call;

@@ -26,7 +26,11 @@ bool LastingPipeline::prepare(VideoOutput &video)
         m_playbin.reset();
     m_mailbox->beginGeneration();
     m_isReused = true;
-    return m_playbin || renew(video);
+    if (!m_playbin)
+        return renew(video);
+    // A sound server gives each stream the loudest volume unless it is told another one, and each item is a stream.
+    m_playbin->setVolume(RendererValues::linearVolume(m_volume));
+    return true;
 }
 
 bool LastingPipeline::renew(VideoOutput &video)
