@@ -6,12 +6,12 @@
 
 #include <QObject>
 
+#include <gst/gst.h>
 #include <memory>
 
 class Mailbox;
 class Playbin;
 class VideoOutput;
-typedef struct _GstMessage GstMessage;
 
 /// The pipeline that serves one item after the other, so that the outputs stay open in between, with its volume. It is
 /// made anew when it is beyond repair, and when an output has failed that something else has to stand in for.
