@@ -2,15 +2,16 @@
 # SPDX-License-Identifier: MIT
 # run.sh [URL]
 # Installs what is missing, builds the console and starts it: with the playlist that the URL (or the name of a
-# file) names, otherwise with the demo library's. Without a display it starts a virtual one, waits until it has seen
-# the console play, and leaves a screenshot.
+# file) names, otherwise with the demo library's. Without a display, X11 or Wayland, it starts a virtual one, waits
+# until it has seen the console play, and leaves a screenshot.
 # Environment: KELVO_SKIP_INSTALL=1 installs nothing; KELVO_DEMO_DIR is where the demo library is kept.
 set -euo pipefail
 
 root=$(dirname -- "$(readlink -f -- "${BASH_SOURCE[0]}")")
 build=$root/build
 program=$build/bin/kelvo-test-gui
-demo=${KELVO_DEMO_DIR:-${XDG_DATA_HOME:-$HOME/.local/share}/kelvo-test-gui/demo}
+data=${XDG_DATA_HOME:-$HOME/.local/share}
+demo=${KELVO_DEMO_DIR:-$data/kelvo/demo}
 
 # file_url PATH: the path as a file:// URL, all but plain characters as %XX.
 file_url() {
@@ -54,7 +55,13 @@ media_folders() {
     echo "$music:$videos:$demo"
 }
 
-has_display() { [ -n "${DISPLAY:-}" ] && xdpyinfo >/dev/null 2>&1; }
+has_x11() { [ -n "${DISPLAY:-}" ] && xdpyinfo >/dev/null 2>&1; }
+# There the console says itself what it needs to show a window.
+has_wayland() {
+    local name=${WAYLAND_DISPLAY:-}
+    [ -n "$name" ] || return 1
+    [ -S "$name" ] || [ -S "${XDG_RUNTIME_DIR:-}/$name" ]
+}
 
 # A console without a session bus works, but publishes no playlists.
 on_a_bus() {
@@ -65,6 +72,16 @@ on_a_bus() {
     fi
 }
 
+# What earlier versions made under another name moves, unless there is something already.
+take_over_demo() {
+    local old=$data/kelvo-test-gui/demo
+    if [ -n "${KELVO_DEMO_DIR:-}" ] || [ ! -d "$old" ] || [ -e "$demo" ]; then return; fi
+    echo "==> demo library: moving it from $old"
+    mkdir -p "$(dirname -- "$demo")" && mv -nT -- "$old" "$demo" || return 0
+    rmdir -- "$data/kelvo-test-gui" 2>/dev/null || true
+}
+
+take_over_demo
 "$root/scripts/install-dependencies.sh" run
 build_release
 url=${1-}
@@ -78,9 +95,9 @@ if [ -d "$demo" ]; then
     export KELVO_MEDIA_DIRS=${KELVO_MEDIA_DIRS:-$(media_folders)}
 fi
 echo "==> start: $program $url"
-if has_display; then
+if has_x11 || has_wayland; then
     on_a_bus "$program" "$url"
 else
-    echo "==> no X display here: starting a virtual one"
+    echo "==> no display here: starting a virtual one"
     on_a_bus "$root/scripts/show-headless.sh" "$build/kelvo-test-gui.png" "$program" "$url"
 fi

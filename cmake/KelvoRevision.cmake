@@ -13,7 +13,7 @@ function(kelvo_add_build_library target)
     set(source ${CMAKE_CURRENT_BINARY_DIR}/${target}.cpp)
     add_library(${target} STATIC ${KELVO_REVISION_SCRIPTS}/KelvoBuild.h)
     # Nothing else may be generated for what the revision is asked for.
-    set_target_properties(${target} PROPERTIES AUTOMOC OFF AUTOUIC OFF AUTORCC OFF)
+    set_target_properties(${target} PROPERTIES AUTOMOC OFF AUTORCC OFF)
     target_include_directories(${target} PUBLIC ${KELVO_REVISION_SCRIPTS})
     set(revision ${CMAKE_CURRENT_BINARY_DIR}/${target}-revision.txt)
     # Asked by each build; the file is written when the answer has changed.

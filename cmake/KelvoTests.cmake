@@ -11,21 +11,69 @@ if(KELVO_TRACE_ALL_LEAKS)
 else()
     set(KELVO_MEDIA_LEAKS "ASAN_OPTIONS=detect_leaks=0")
 endif()
+# What the thread sanitizer reports goes into files of this folder, one for each process: not all that tests start is
+# heard.
+set(KELVO_THREAD_REPORTS ${CMAKE_BINARY_DIR}/thread-reports)
+if(KELVO_SANITIZE MATCHES thread)
+    file(MAKE_DIRECTORY ${KELVO_THREAD_REPORTS})
+endif()
+string(JOIN ":" KELVO_THREAD_WATCH
+    # See there what is overlooked, and why.
+    ignore_noninstrumented_modules=1 suppressions=${CMAKE_SOURCE_DIR}/tests/support/tsan.supp print_suppressions=0
+    # It knows pthread's locks alone, and most here are others.
+    detect_deadlocks=0
+    # A crash is a matter of our own handler, and ends the test without this, too.
+    handle_segv=0 handle_sigbus=0 handle_sigfpe=0
+    log_path=${KELVO_THREAD_REPORTS}/report log_exe_name=1)
 # What the sanitizers are told in each test.
 set(KELVO_SANITIZER_ENVIRONMENT
     "LSAN_OPTIONS=suppressions=${CMAKE_SOURCE_DIR}/tests/support/lsan.supp:print_suppressions=0"
     "UBSAN_OPTIONS=print_stacktrace=1"
-    "TSAN_OPTIONS=ignore_noninstrumented_modules=1:detect_deadlocks=0")
+    "TSAN_OPTIONS=${KELVO_THREAD_WATCH}")
+
+# The tests that preset "tsan" builds, as target thread-tests, and runs, by label "threads": those of our own threads.
+# Elsewhere the threads are those of the media library, which is built without the sanitizer. unit-plugin-cycles measures
+# memory, most of which would be the sanitizer's.
+add_custom_target(thread-tests)
+function(kelvo_is_thread_test result name)
+    set(${result} FALSE PARENT_SCOPE)
+    if(name MATCHES "^(unit-|model-|contract-simulator|integration-(tracker|shared)-)"
+        AND NOT name STREQUAL unit-plugin-cycles AND KELVO_SANITIZE MATCHES thread)
+        set(${result} TRUE PARENT_SCOPE)
+    endif()
+endfunction()
 
 # kelvo_add_command_test(<name> COMMAND program and arguments [ENVIRONMENT VAR=value ...] [LABELS further ones ...]
 #     [PROPERTIES CTest's properties and values ...])
-# A test that is a command, as it is.
+# A test that is a command, as it is. What is known to take long begins early (tests/seconds.cmake).
 function(kelvo_add_command_test name)
     cmake_parse_arguments(ARG "" "" "COMMAND;ENVIRONMENT;LABELS;PROPERTIES" ${ARGN})
     set(labels ${KELVO_TEST_LAYER} ${ARG_LABELS})
+    kelvo_is_thread_test(watches_threads ${name})
+    if(watches_threads)
+        list(APPEND labels threads)
+    endif()
     list(REMOVE_DUPLICATES labels)
     add_test(NAME ${name} COMMAND ${ARG_COMMAND})
+    list(FIND KELVO_TEST_SECONDS ${name} at)
+    if(NOT at EQUAL -1)
+        math(EXPR at "${at} + 1")
+        list(GET KELVO_TEST_SECONDS ${at} seconds)
+        set_tests_properties(${name} PROPERTIES COST ${seconds})
+    endif()
     set_tests_properties(${name} PROPERTIES LABELS "${labels}" ENVIRONMENT "${ARG_ENVIRONMENT}" ${ARG_PROPERTIES})
+endfunction()
+
+# kelvo_begin_first(<test>)
+# It begins before all that are not told so, the longest of them first: those of which few run at a time decide how long
+# all tests take, and the others fit beside them.
+function(kelvo_begin_first test)
+    get_test_property(${test} COST seconds)
+    if(NOT seconds)
+        set(seconds 0)
+    endif()
+    math(EXPR seconds "${seconds} + 100")
+    set_tests_properties(${test} PROPERTIES COST ${seconds})
 endfunction()
 
 # kelvo_add_python_test(<name> <script> [ARGUMENTS ...] [ENVIRONMENT VAR=value ...] [PROPERTIES ...])
@@ -98,6 +146,10 @@ function(kelvo_add_test_run name)
             "KELVO_PLUGIN_PATH=${KELVO_PLUGIN_OUTPUT_DIR}" ${ARG_ENVIRONMENT})
     if(ARG_TIMEOUT)
         set_tests_properties(${name} PROPERTIES TIMEOUT ${ARG_TIMEOUT})
+    endif()
+    kelvo_is_thread_test(watches_threads ${name})
+    if(watches_threads)
+        add_dependencies(thread-tests ${ARG_PROGRAM})
     endif()
 endfunction()
 

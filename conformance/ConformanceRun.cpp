@@ -16,7 +16,7 @@ constexpr int missingAtMost = 3;
 Claim claimFor(const Statement &statement, const Subject &subject)
 {
     for (Ability ability : statement.needs) {
-        const Claim claim = subject.claim(ability);
+        Claim claim = subject.claim(ability);
         if (claim.kind != Claim::Made)
             return claim;
     }

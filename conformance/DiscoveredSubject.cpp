@@ -64,16 +64,17 @@ bool DiscoveredSubject::meet()
 QHash<QString, QString> DiscoveredSubject::originsOf(KelvoRegistry &registry)
 {
     QHash<QString, QString> origins;
-    const QStringList plugins = registry.pluginLoader()->loaded();
+    QStringList plugins = registry.pluginLoader()->loaded();
     // The last one started first, as at the end of a program.
-    for (auto plugin = plugins.crbegin(); plugin != plugins.crend(); ++plugin) {
+    std::reverse(plugins.begin(), plugins.end());
+    for (const QString &plugin : std::as_const(plugins)) {
         QStringList before;
         for (const KelvoRenderer *renderer : registry.renderers())
             before.append(renderer->uuid());
-        registry.unloadPlugin(*plugin);
+        registry.unloadPlugin(plugin);
         for (const QString &uuid : std::as_const(before)) {
             if (!registry.findRendererByUuid(uuid))
-                origins.insert(uuid, *plugin);
+                origins.insert(uuid, plugin);
         }
     }
     return origins;

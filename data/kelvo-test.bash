@@ -18,7 +18,13 @@ _kelvo_test()
             mapfile -t COMPREPLY < <(compgen -W "all $uuids" -- "$word")
             return
             ;;
-        --wait | --for | --repeat | --seed | --shard | --serve-at | --only | --tolerance | --run | --title)
+        --format)
+            local formats
+            formats=$("$program" media --help 2>/dev/null | sed -n 's/.*with commas: \(.*\); all .*/\1/p')
+            mapfile -t COMPREPLY < <(compgen -W "${formats//,/}" -- "$word")
+            return
+            ;;
+        --ear | --eye | --wait | --for | --repeat | --seed | --shard | --serve-at | --only | --tolerance | --run | --title | --seconds | --songs | --videos)
             return
             ;;
     esac

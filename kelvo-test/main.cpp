@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "Program.h"
+#include "UserFolders.h"
 
 #include <QCoreApplication>
 
@@ -8,5 +9,6 @@ int main(int argc, char *argv[])
     const QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("kelvo-test"));
     QCoreApplication::setApplicationVersion(QStringLiteral(KELVO_TEST_VERSION));
+    UserFolders::takeOverOld();
     return Program::complete().run(QCoreApplication::arguments().mid(1));
 }

@@ -1,8 +1,9 @@
 #!/bin/sh
 # SPDX-License-Identifier: MIT
-# install-dependencies.sh [run|test|lint]
+# install-dependencies.sh [run|test|lint|fuzz|package]
 # Installs what is missing of scripts/packages.txt on Debian 12: with "run" (the default) what the console needs
-# to build and run, with "test" also what the tests need, with "lint" what looks at the sources. With everything there
+# to build and run, with "test" also what the tests need, with "lint" what looks at the sources, with "fuzz" what
+# builds and runs the fuzz targets besides, with "package" also what makes and tries the packages. With everything there
 # it does nothing and is done at once.
 # Servers among what the tests need are neither started now nor at the next boot: tests start their own.
 # KELVO_SKIP_INSTALL=1 leaves the system alone, for systems that have these libraries under other names.
@@ -13,8 +14,10 @@ case $group in
     run) wanted_groups="run" ;;
     test) wanted_groups="run test" ;;
     lint) wanted_groups="lint" ;;
+    fuzz) wanted_groups="fuzz" ;;
+    package) wanted_groups="run package" ;;
     *)
-        echo "usage: $0 [run|test|lint]" >&2
+        echo "usage: $0 [run|test|lint|fuzz|package]" >&2
         exit 2
         ;;
 esac

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Captions.h"
 
+#include "Contrast.h"
+
 #include <QEvent>
 #include <QToolButton>
 
@@ -48,4 +50,18 @@ private:
 void Captions::makeRoom(QToolButton *button, const QStringList &captions)
 {
     new Room(button, captions);
+}
+
+void Captions::paint(QToolButton *button, const QColor &color)
+{
+    QPalette palette; // what is not set in it stays the window's
+    palette.setColor(QPalette::ButtonText, color);
+    const QColor own = button->parentWidget()->palette().color(QPalette::Button);
+    const QColor ground = Contrast::groundFor(color, own);
+    if (ground != own) {
+        palette.setColor(QPalette::Button, ground);
+        // The theme's frame of the focus may not show there.
+        palette.setColor(QPalette::Highlight, color);
+    }
+    button->setPalette(palette);
 }

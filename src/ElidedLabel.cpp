@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "ElidedLabel.h"
 
+#include "Announcer.h"
+
 #include <QPainter>
 #include <QStyle>
 #include <QTextDocument>
@@ -14,6 +16,7 @@ void ElidedLabel::showMessage(const QString &message)
 {
     setText(message);
     setAccessibleDescription(message);
+    Announcer::say(this, message);
     // As rich text it is wrapped where a plain one would leave the screen.
     setToolTip(message.isEmpty() ? QString() : Qt::convertFromPlainText(message, Qt::WhiteSpaceNormal));
 }

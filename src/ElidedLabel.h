@@ -10,7 +10,7 @@ class ElidedLabel : public QLabel
 public:
     explicit ElidedLabel(QWidget *parent = nullptr);
 
-    /// The text, and the same as tool tip and for assistive technology.
+    /// The text, and the same as tool tip and for assistive technology, which is told of it.
     void showMessage(const QString &message);
 
     QSize sizeHint() const override;

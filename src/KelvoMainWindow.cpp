@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoMainWindow.h"
 
+#include "ComboLabels.h"
+#include "FocusKeys.h"
 #include "KelvoBuild.h"
 #include "KelvoFullScreenVideoWidget.h"
 #include "KelvoHelpDialog.h"
@@ -16,6 +18,7 @@
 
 #include <QCoreApplication>
 #include <QDebug>
+#include <QGuiApplication>
 
 KelvoMainWindow::KelvoMainWindow(KelvoGUIMain *guiMain, QWidget *parent)
     : QMainWindow(parent)
@@ -23,6 +26,7 @@ KelvoMainWindow::KelvoMainWindow(KelvoGUIMain *guiMain, QWidget *parent)
 {
     logBuild();
     setupUi(this);
+    ComboLabels::add(this);
     setAttribute(Qt::WA_DeleteOnClose);
     makeVideoPageNative();
     createDialogs(createInputContext());
@@ -60,6 +64,9 @@ void KelvoMainWindow::makeVideoPageNative()
     tab_video->setAttribute(Qt::WA_DontCreateNativeAncestors);
     tab_video->setAttribute(Qt::WA_NativeWindow);
     tab_video->winId();
+    // Renderers draw by X11, so this box stays empty; what plays is told to have no output, too.
+    if (QGuiApplication::platformName().startsWith(QLatin1String("wayland")))
+        m_video_videoLabel->setText(QStringLiteral("no video output"));
 }
 
 QInputContext *KelvoMainWindow::createInputContext()
@@ -95,6 +102,7 @@ void KelvoMainWindow::createFullScreenVideo()
 
 void KelvoMainWindow::connectWindowActions()
 {
+    FocusKeys::openMenuByF10(menubar);
     connect(m_actionHelp, SIGNAL(triggered(bool)), this, SLOT(showHelpDialog()));
     connect(m_actionExit, SIGNAL(triggered(bool)), this, SLOT(close()));
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoMainWindow.h"
 
+#include "Announcer.h"
 #include "KelvoGUIMain.h"
 #include "KelvoHelpDialog.h"
 #include "KelvoPlayUriDialog.h"
@@ -88,6 +89,7 @@ void KelvoMainWindow::showPlaybackCompletedDialog()
     QMessageBox box;
     box.setIcon(QMessageBox::Information);
     box.setText(QStringLiteral("Playback completed!"));
+    Announcer::say(this, box.text());
     box.exec();
 }
 

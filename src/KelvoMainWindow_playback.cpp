@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoMainWindow.h"
 
+#include "Announcer.h"
 #include "Captions.h"
+#include "ListKeys.h"
 #include "ListViews.h"
 #include "TimeText.h"
 
@@ -11,6 +13,9 @@ namespace {
 const auto playCaption = QStringLiteral("Play");
 const auto pauseCaption = QStringLiteral("Pause");
 const auto resumeCaption = QStringLiteral("Resume");
+// What the red captions say to those who see them.
+const auto overriddenNote = QStringLiteral("Playback functions are overridden by a policy");
+const auto liftedNote = QStringLiteral("Playback functions are no longer overridden");
 
 enum ProgressPage { SliderPage = 0, ProgressBarPage = 1 };
 constexpr int rangeOfUnknownDuration = 10; // keeps the sliders usable
@@ -31,11 +36,16 @@ void removeQuietly(QComboBox *combo, int index)
         combo->setCurrentIndex(-1);
 }
 
-void setPositionUnlessHeld(QSlider *slider, uint seconds)
+/// The caption says what a press would do, and thereby what goes on.
+void showPlayCaption(
+    std::initializer_list<QToolButton *> buttons, const QString &caption, const QString &state)
 {
-    if (!slider->isSliderDown())
-        slider->setValue(int(qMin(seconds, uint(slider->maximum()))));
+    if ((*buttons.begin())->text() != caption)
+        Announcer::say(*buttons.begin(), state);
+    for (QToolButton *button : buttons)
+        button->setText(caption);
 }
+
 } // namespace
 
 void KelvoMainWindow::setUpPlaybackDisplay()
@@ -44,6 +54,7 @@ void KelvoMainWindow::setUpPlaybackDisplay()
         Captions::makeRoom(button, {playCaption, pauseCaption, resumeCaption});
     ListViews::keepCurrentHighlighted(m_music_playlistView);
     ListViews::showElidedAsToolTip(m_music_playlistView);
+    ListKeys::doubleClickByReturn(m_music_playlistView);
 }
 
 void KelvoMainWindow::showPlaylist(QAbstractItemModel *model)
@@ -170,12 +181,14 @@ void KelvoMainWindow::showPosition(uint seconds)
     const QString text = TimeText::withPosition(m_music_durationLabel->text(), seconds);
     m_music_durationLabel->setText(text);
     m_video_durationLabel->setText(text);
-    setPositionUnlessHeld(m_music_durationSlider, seconds);
-    setPositionUnlessHeld(m_video_durationSlider, seconds);
+    m_music_durationSlider->follow(seconds);
+    m_video_durationSlider->follow(seconds);
 }
 
 void KelvoMainWindow::showBufferingInfo(const QString &text, float fraction)
 {
+    if (m_music_progressStack->currentIndex() != ProgressBarPage)
+        Announcer::say(this, text.isEmpty() ? QStringLiteral("Buffering") : text);
     m_music_progressStack->setCurrentIndex(ProgressBarPage);
     m_video_progressStack->setCurrentIndex(ProgressBarPage);
     const int percent = int(fraction * 100);
@@ -189,34 +202,33 @@ void KelvoMainWindow::showBufferingInfo(const QString &text, float fraction)
 
 void KelvoMainWindow::showPlayButton()
 {
-    m_music_playButton->setText(playCaption);
-    m_video_playButton->setText(playCaption);
+    showPlayCaption({m_music_playButton, m_video_playButton}, playCaption, QStringLiteral("Stopped"));
     m_menuPause_At->setEnabled(true);
 }
 
 void KelvoMainWindow::showPauseButton()
 {
-    m_music_playButton->setText(pauseCaption);
-    m_video_playButton->setText(pauseCaption);
+    showPlayCaption({m_music_playButton, m_video_playButton}, pauseCaption, QStringLiteral("Playing"));
     m_menuPause_At->setEnabled(false);
 }
 
 void KelvoMainWindow::showResumeButton()
 {
-    m_music_playButton->setText(resumeCaption);
-    m_video_playButton->setText(resumeCaption);
+    showPlayCaption({m_music_playButton, m_video_playButton}, resumeCaption, QStringLiteral("Paused"));
 }
 
 void KelvoMainWindow::showPolicyOverride(bool overridden)
 {
     const QColor color = overridden ? Qt::red : Qt::black;
+    const QString note = overridden ? overriddenNote : QString();
+    if (m_music_playButton->accessibleDescription() != note)
+        Announcer::say(this, overridden ? overriddenNote : liftedNote);
     for (QToolButton *button :
         {m_music_playButton, m_music_stopButton, m_music_prevButton, m_music_nextButton,
             m_music_seekBackButton, m_music_seekForwButton, m_video_playButton, m_video_stopButton,
             m_video_prevButton, m_video_nextButton, m_video_seekBackButton, m_video_seekForwButton}) {
-        QPalette palette = button->palette();
-        palette.setColor(QPalette::ButtonText, color);
-        button->setPalette(palette);
+        Captions::paint(button, color);
+        button->setAccessibleDescription(note);
     }
 }
 

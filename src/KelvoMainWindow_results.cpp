@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoMainWindow.h"
 
+#include "Announcer.h"
 #include "Captions.h"
 #include "KelvoGUIMain.h"
+#include "ListKeys.h"
 #include "ListViews.h"
 
 #include <QBuffer>
@@ -56,6 +58,7 @@ void KelvoMainWindow::setUpResultDisplay()
         ListViews::keepCurrentHighlighted(view);
         ListViews::showElidedAsToolTip(view);
     }
+    ListKeys::moveFromPage(tab_browse, m_browse_resultsView);
 }
 
 void KelvoMainWindow::showQueryResults(QAbstractItemModel *model)
@@ -205,6 +208,8 @@ void KelvoMainWindow::setQueryButtonsEnabled(bool enabled)
 void KelvoMainWindow::showExecuteQueryButton()
 {
     qDebug() << "KelvoMainWindow::showExecuteQueryButton";
+    if (m_query_executeButton->text() == cancelCaption)
+        Announcer::say(this, m_query_resultsLabel->text());
     m_query_executeButton->setText(executeCaption);
     m_query_extendButton->setEnabled(true);
     m_query_resultsView->setModelColumn(ListViews::shownColumn);
@@ -220,6 +225,7 @@ void KelvoMainWindow::showQueryCancelButton()
 void KelvoMainWindow::showFetchRestButton()
 {
     qDebug() << "KelvoMainWindow::showFetchRestButton";
+    Announcer::say(this, m_query_resultsLabel->text());
     m_query_executeButton->setText(fetchRestCaption);
     m_query_extendButton->setEnabled(false);
 }

@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoPlayUriDialog.h"
 
+#include "CheckFrames.h"
+#include "ComboLabels.h"
+#include "FocusKeys.h"
+#include "ListKeys.h"
 #include "ListViews.h"
+#include "UriListFile.h"
 
 #include <QDebug>
 #include <QDir>
-#include <QFile>
-#include <QFileInfo>
-#include <QStringConverter>
 #include <QStringListModel>
-#include <QTextStream>
 
 namespace {
 const QString &uriListPath()
@@ -17,23 +18,21 @@ const QString &uriListPath()
     static const QString path = QDir::homePath() + QStringLiteral("/qkelvo-gui-uris.txt");
     return path;
 }
-
-QString readText(QFile &file)
-{
-    const QByteArray bytes = file.readAll();
-    return QStringDecoder(QStringConverter::encodingForData(bytes).value_or(QStringConverter::Utf8))(bytes);
-}
 } // namespace
 
 KelvoPlayUriDialog::KelvoPlayUriDialog(QWidget *parent)
     : QDialog(parent)
 {
     setupUi(this);
+    ComboLabels::add(this);
     qDebug() << "KelvoPlayUriDialog::KelvoPlayUriDialog";
     // The combo box's own kind of model takes ten times the time and memory for a file of a million lines.
     m_selectUriComboBox->setModel(new QStringListModel(m_selectUriComboBox));
+    CheckFrames::makeVisible(m_isPlaylistCheckBox);
     ListViews::keepCurrentHighlighted(m_playlistView);
     ListViews::showElidedAsToolTip(m_playlistView);
+    ListKeys::clickByMoving(m_playlistView);
+    FocusKeys::startAt(m_selectUriComboBox);
     m_selectUriComboBox->clear();
     loadFile(uriListPath());
     connect(m_playButton, SIGNAL(clicked()), this, SLOT(checkIfItemSelected()));
@@ -47,19 +46,10 @@ bool KelvoPlayUriDialog::loadFile(const QString &fileName)
 {
     qDebug() << "bool KelvoPlayUriDialog::loadFile(const QString&)";
     m_selectUriComboBox->setMaximumSize(700, 30);
-    // A pipe or a device may never come to an end.
-    if (!QFileInfo(fileName).isFile())
+    const std::optional<QStringList> uris = UriListFile::read(fileName);
+    if (!uris)
         return false;
-    QFile file(fileName);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
-        return false;
-    // Read as a whole: from the file itself, the stream would look through a long line again with every block.
-    QString text = readText(file);
-    QTextStream stream(&text);
-    QStringList uris;
-    for (QString line = stream.readLine(); !line.isNull(); line = stream.readLine())
-        uris.append(line);
-    m_selectUriComboBox->addItems(uris);
+    m_selectUriComboBox->addItems(*uris);
     return true;
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoRendererErrorLogDialog.h"
 
+#include "Announcer.h"
 #include "ListViews.h"
 
 #include <QDebug>
@@ -18,7 +19,9 @@ KelvoRendererErrorLogDialog::KelvoRendererErrorLogDialog(QWidget *parent)
 void KelvoRendererErrorLogDialog::appendError(uint code, const QString &text)
 {
     qDebug() << "KelvoRendererErrorLogDialog::appendError";
-    ListViews::appendLine(m_errorLogField, QStringLiteral("Code %1, %2").arg(QString::number(code), text));
+    const QString line = QStringLiteral("Code %1, %2").arg(QString::number(code), text);
+    ListViews::appendLine(m_errorLogField, line);
+    Announcer::say(this, line);
     QScrollBar *bar = m_errorLogField->verticalScrollBar();
     bar->setValue(bar->maximum());
 }

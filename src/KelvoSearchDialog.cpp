@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoSearchDialog.h"
 
+#include "ComboLabels.h"
 #include "platform/QInputContext.h"
 
 #include <QDebug>
@@ -15,6 +16,7 @@ KelvoSearchDialog::KelvoSearchDialog(QInputContext *inputContext, QWidget *paren
 {
     qDebug() << "KelvoSearchDialog::KelvoSearchDialog";
     setupUi(this);
+    ComboLabels::add(this);
     if (inputContext)
         inputContext->attach(m_searchTermEdit);
     connect(m_executeButton, SIGNAL(clicked()), this, SLOT(accept()));

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoSourceDialog.h"
 
+#include "CheckFrames.h"
 #include "KelvoSource.h"
 
 #include <QCheckBox>
@@ -39,10 +40,15 @@ void KelvoSourceDialog::setSources(const QList<KelvoSource *> &sources, const QL
     m_checkBoxes.clear();
     for (qsizetype i = 0; i < sources.size(); ++i) {
         auto *box = new QCheckBox(sources.at(i)->name(), this);
+        CheckFrames::makeVisible(box);
         m_checkBoxes.append(box);
         m_checkBoxLayout->addWidget(box, int(i) / boxesInARow, int(i) % boxesInARow);
         box->setChecked(selected.at(i));
+        // Made later than the buttons, they would be the last that Tab comes to.
+        setTabOrder(i == 0 ? static_cast<QWidget *>(m_groupBox) : m_checkBoxes.at(i - 1), box);
     }
+    if (!m_checkBoxes.isEmpty())
+        m_checkBoxes.constFirst()->setFocus(Qt::TabFocusReason);
 }
 
 QList<bool> KelvoSourceDialog::selectedSources() const

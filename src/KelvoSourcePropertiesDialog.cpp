@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoSourcePropertiesDialog.h"
 
+#include "ComboLabels.h"
 #include "KelvoSource.h"
 #include "ListViews.h"
 
@@ -11,6 +12,7 @@ KelvoSourcePropertiesDialog::KelvoSourcePropertiesDialog(QWidget *parent)
 {
     qDebug() << "KelvoSourcePropertiesDialog::KelvoSourcePropertiesDialog";
     setupUi(this);
+    ComboLabels::add(this);
     connect(m_doneButton, SIGNAL(clicked()), this, SLOT(accept()));
     connect(m_signInButton, SIGNAL(clicked()), this, SIGNAL(signIn()));
     connect(m_signOutButton, SIGNAL(clicked()), this, SIGNAL(signOut()));

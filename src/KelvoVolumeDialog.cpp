@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoVolumeDialog.h"
 
+#include "FocusKeys.h"
 #include "KelvoRenderer.h"
 
 #include <QDebug>
@@ -9,6 +10,7 @@ KelvoVolumeDialog::KelvoVolumeDialog(QWidget *parent)
     : QDialog(parent)
 {
     setupUi(this);
+    FocusKeys::startAt(m_volumeSlider);
     connect(m_doneButton, SIGNAL(clicked()), this, SLOT(accept()));
     connect(m_upButton, SIGNAL(clicked()), this, SLOT(increase()));
     connect(m_downButton, SIGNAL(clicked()), this, SLOT(decrease()));

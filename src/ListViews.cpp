@@ -67,14 +67,17 @@ void keepOneThing(QListView *view, const QItemSelection &unhighlighted)
         selection->select(current, QItemSelectionModel::Select);
 }
 
-/// Assistive technology selects a row without making it current.
+/// Assistive technology selects a row without making it current. It means a click.
 void makeSelectedCurrent(QListView *view)
 {
     QItemSelectionModel *selection = view->selectionModel();
     const QItemSelection selected = selection ? selection->selection() : QItemSelection();
     if (selected.size() != 1 || selected.first().topLeft() != selected.first().bottomRight())
         return;
+    if (selection->currentIndex() == selected.first().topLeft())
+        return;
     selection->setCurrentIndex(selected.first().topLeft(), QItemSelectionModel::NoUpdate);
+    Q_EMIT view->clicked(selection->currentIndex());
 }
 
 void followSelection(QListView *view)

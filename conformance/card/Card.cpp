@@ -45,7 +45,9 @@ int Card::count(Verdict verdict, const QString &group) const
 
 bool Card::isClean() const
 {
-    return count(Verdict::DoesNotHold) == 0 && count(Verdict::Overclaimed) == 0;
+    const bool isOff
+        = std::any_of(m_sounds.cbegin(), m_sounds.cend(), [](const SoundRow &row) { return row.isOff(); });
+    return !isOff && count(Verdict::DoesNotHold) == 0 && count(Verdict::Overclaimed) == 0;
 }
 
 /// A renderer claims what it could refuse and does not. Where nothing that needs an ability holds, the claim is empty.

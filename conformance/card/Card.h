@@ -3,6 +3,7 @@
 
 #include "Claim.h"
 #include "Finding.h"
+#include "SoundRow.h"
 
 #include <QDateTime>
 #include <QList>
@@ -52,13 +53,16 @@ public:
     const CardHead &head() const { return m_head; }
     /// In the order in which they were tried.
     const QList<Result> &results() const { return m_results; }
+    /// What was heard of it beside what it says; none where nobody listened.
+    void setSounds(const QList<SoundRow> &sounds) { m_sounds = sounds; }
+    const QList<SoundRow> &sounds() const { return m_sounds; }
     /// Names of the groups, in the order of their first statements.
     QStringList groups() const;
     QList<Result> resultsOf(const QString &group) const;
     int count(Verdict verdict) const;
     /// Of one group.
     int count(Verdict verdict, const QString &group) const;
-    /// Nothing was found that it should not be: what was refused or not tried is no fault.
+    /// Nothing was found that it should not be: what was refused or not tried is no fault, nor what was not heard.
     bool isClean() const;
 
 private:
@@ -66,6 +70,7 @@ private:
 
     CardHead m_head;
     QList<Result> m_results;
+    QList<SoundRow> m_sounds;
 };
 
 /// "holds", "does not hold" and so on.

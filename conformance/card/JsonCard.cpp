@@ -61,6 +61,26 @@ QJsonObject jsonResult(const Result &result)
         object.insert("evidence", jsonEvidence(result.evidence));
     return object;
 }
+
+QJsonObject jsonSound(const SoundRow &row)
+{
+    const auto number = [](const std::optional<double> &value) {
+        return value ? QJsonValue(*value) : QJsonValue();
+    };
+    QJsonObject object{
+        {"id", row.id},
+        {"what", row.what},
+        {"unit", row.unit},
+        {"said", number(row.said)},
+        {"came-out", number(row.cameOut)},
+        {"error", row.error},
+        {"limit", row.limit},
+        {"off", row.isOff()},
+    };
+    if (!row.doubt.isEmpty())
+        object.insert("doubt", row.doubt);
+    return object;
+}
 } // namespace
 
 QByteArray toJson(const Card &card)
@@ -68,7 +88,10 @@ QByteArray toJson(const Card &card)
     QJsonArray results;
     for (const Result &result : card.results())
         results.append(jsonResult(result));
-    const QJsonObject object{
+    QJsonArray sounds;
+    for (const SoundRow &row : card.sounds())
+        sounds.append(jsonSound(row));
+    QJsonObject object{
         {"kelvo-conformance", version},
         {"program", card.head().program},
         {"when", card.head().when.toUTC().toString(Qt::ISODate)},
@@ -77,5 +100,7 @@ QByteArray toJson(const Card &card)
         {"counts", jsonCounts(card)},
         {"results", results},
     };
+    if (!sounds.isEmpty())
+        object.insert("sounds", sounds);
     return QJsonDocument(object).toJson();
 }

@@ -3,6 +3,7 @@
 
 #include "Card.h"
 #include "PlainText.h"
+#include "SoundText.h"
 
 namespace {
 /// As text of a paragraph, heading or table, whatever it holds.
@@ -61,6 +62,22 @@ QString markdownTable(const Card &card)
     return header + QLatin1Char('\n') + line + QLatin1Char('\n') + rows + sums + QLatin1Char('\n');
 }
 
+QString soundsOf(const Card &card)
+{
+    if (card.sounds().isEmpty())
+        return {};
+    QString text = QStringLiteral("\n## What it says and what came out\n\n"
+                                  "| what | said | came out | difference | |\n|---|---|---|---|---|\n");
+    for (const SoundRow &row : card.sounds()) {
+        const QStringList cells{row.what, SoundText::said(row), SoundText::cameOut(row),
+            SoundText::difference(row), SoundText::verdict(row)};
+        for (const QString &cell : cells)
+            text += QStringLiteral("| %1 ").arg(escaped(cell));
+        text += QLatin1String("|\n");
+    }
+    return text;
+}
+
 QString faultsOf(const Card &card, Verdict verdict)
 {
     if (card.count(verdict) == 0)
@@ -93,8 +110,8 @@ QString excusesOf(const Card &card, Verdict verdict)
 
 QByteArray toMarkdown(const Card &card)
 {
-    const QString text = markdownHead(card) + markdownTable(card) + faultsOf(card, Verdict::DoesNotHold)
-        + faultsOf(card, Verdict::Overclaimed) + excusesOf(card, Verdict::Refused)
-        + excusesOf(card, Verdict::NotTried);
+    const QString text = markdownHead(card) + markdownTable(card) + soundsOf(card)
+        + faultsOf(card, Verdict::DoesNotHold) + faultsOf(card, Verdict::Overclaimed)
+        + excusesOf(card, Verdict::Refused) + excusesOf(card, Verdict::NotTried);
     return text.toUtf8();
 }

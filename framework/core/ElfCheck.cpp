@@ -31,7 +31,7 @@ QString elfDefect(const QString &path)
     Header header;
     if (!readRecord(file, 0, header) || std::memcmp(header.e_ident, ELFMAG, SELFMAG) != 0)
         return QStringLiteral("not a library");
-    const auto truncated = QStringLiteral("the library is truncated");
+    auto truncated = QStringLiteral("the library is truncated");
     if (!fits(header.e_phoff, quint64(header.e_phnum) * sizeof(Segment), size)
         || !fits(header.e_shoff, quint64(header.e_shnum) * header.e_shentsize, size))
         return truncated;

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoAnswer.h"
 
+#include "HandOver.h"
+
 #include <QCoreApplication>
 #include <QLoggingCategory>
 #include <QMetaMethod>
@@ -88,7 +90,6 @@ void KelvoAnswer::deliver(const QVariantList &arguments) const
         return;
     }
     // The application object lives on the GUI thread; the receiver itself may be gone by the time it runs.
-    QMetaObject::invokeMethod(
-        QCoreApplication::instance(), [state = m_state, arguments] { state->call(arguments); },
-        Qt::QueuedConnection);
+    QMetaObject::invokeMethod(QCoreApplication::instance(),
+        HandedCall([state = m_state, arguments] { state->call(arguments); }), Qt::QueuedConnection);
 }

@@ -43,6 +43,7 @@ public:
         if (KelvoCommandListener *listener = s_installed.load(std::memory_order_acquire))
             listener->commandGiven(object.uuid(), name, listOf(std::forward<Arguments>(arguments)...));
     }
+    /// Something of the boundary gave an answer, told in the same way.
     template <typename Object, typename... Arguments>
     static void noteAnswer(const Object &object, const char *name, Arguments &&...arguments)
     {

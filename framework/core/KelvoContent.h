@@ -10,7 +10,7 @@ struct KelvoContent
 {
     /// Item uuid within its playlist (KelvoMediaInfo::uuid()); empty for media without a playlist
     QString uuid;
-    QUrl url;
+    QUrl url; ///< of what plays: within a list that is one item, of its entry
     QString mimeType; ///< IANA media type, empty when not known
 };
 

@@ -19,6 +19,7 @@ constexpr std::array descriptions{
     Entry{KelvoError::PrematureEnd, "The media ended before its announced duration."},
     Entry{KelvoError::IsFolder, "The URI names a folder, not a media file."},
     Entry{KelvoError::PartlyPlayable, "A part of the media cannot be decoded and is left out."},
+    Entry{KelvoError::OnAnotherMachine, "The media is a file on another machine, which alone can read it."},
     Entry{KelvoError::NetworkFailed, "The server could not be reached."},
     Entry{KelvoError::ServerError, "The server answered with an error."},
     Entry{KelvoError::Stalled, "The media stream has stalled."},

@@ -28,6 +28,7 @@ public:
         PrematureEnd = 107, ///< the media ended more than a second before its announced duration
         IsFolder = 108,
         PartlyPlayable = 109, ///< plays, but without the streams that nothing decodes
+        OnAnotherMachine = 110, ///< a file address that names another machine (file://HOST/...)
 
         NetworkFailed = 200, ///< host unknown, connection refused or lost
         ServerError = 201, ///< the server answered with an error (HTTP 5xx and the like)
@@ -53,8 +54,10 @@ public:
     };
 
     KelvoError() = default;
+    /// @param message  the detail; the description of the code is not repeated in it
     KelvoError(Code code, QString message);
 
+    /// What went wrong; NoError in a default-constructed object.
     Code code() const { return m_code; }
     /// The detail, in the words of the library or device that failed. May be empty.
     QString message() const { return m_message; }

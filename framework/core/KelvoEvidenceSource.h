@@ -17,10 +17,11 @@
 class KELVO_CORE_EXPORT KelvoEvidenceSource
 {
 public:
+    /// A file as it goes into the bundle.
     struct File
     {
-        QString name;
-        QByteArray contents;
+        QString name; ///< without a folder
+        QByteArray contents; ///< a text in UTF-8
     };
 
     /// @param fileName  "pipeline.dot"

@@ -18,6 +18,7 @@ public:
 
     QString uuid() const override;
     QString name() const override;
+    /// As it was given to the constructor.
     QString sourceUuid() const;
     QAbstractItemModel *itemModel() override;
     int count() const override;

@@ -17,9 +17,10 @@
 class KELVO_CORE_EXPORT KelvoItemFacts
 {
 public:
+    /// What one metadataChanged() tells.
     struct Fact
     {
-        QString key;
+        QString key; ///< "title", "duration" and so on, see KelvoRenderer::metadataChanged()
         QList<QVariant> values; ///< never empty
     };
 

@@ -13,6 +13,8 @@ class KelvoMediaInfo
 {
 public:
     KelvoMediaInfo() = default;
+    /// @param uuid  unique within the playlist; an item with an empty one is "no item"
+    /// @param duration  seconds; -1: not known
     KelvoMediaInfo(QString uuid, QUrl url, QString title = {}, int duration = -1)
         : m_uuid(std::move(uuid))
         , m_url(std::move(url))
@@ -21,20 +23,29 @@ public:
     {
     }
 
+    /// "No item".
     bool isNull() const { return m_uuid.isEmpty(); }
 
+    /// Names the item within its playlist.
     QString uuid() const { return m_uuid; }
+    /// What is to be played.
     QUrl url() const { return m_url; }
+    /// As the playlist or the store has it; empty when not known.
     QString title() const { return m_title; }
+    /// Empty when not known.
     QString artist() const { return m_artist; }
+    /// Empty when not known.
     QString album() const { return m_album; }
     /// Seconds; -1 when not known.
     int duration() const { return m_duration; }
     /// IANA media type; empty when not known.
     QString mimeType() const { return m_mimeType; }
 
+    /// See artist().
     void setArtist(const QString &artist) { m_artist = artist; }
+    /// See album().
     void setAlbum(const QString &album) { m_album = album; }
+    /// See mimeType().
     void setMimeType(const QString &mimeType) { m_mimeType = mimeType; }
 
 private:

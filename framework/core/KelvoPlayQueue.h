@@ -17,13 +17,16 @@ class KELVO_CORE_EXPORT KelvoPlayQueue : public QObject
 {
     Q_OBJECT
 public:
+    /// Without a playlist.
     explicit KelvoPlayQueue(QObject *parent = nullptr);
     ~KelvoPlayQueue() override;
 
     /// Not owned. The first item becomes current, if there is one. The same playlist again changes nothing.
     void setPlaylist(KelvoPlaylist *playlist);
+    /// Null when there is none, or it was deleted.
     KelvoPlaylist *playlist() const;
 
+    /// Number of items; 0 without a playlist.
     int count() const;
     /// Index of the current item; -1 when there is none (no or an empty playlist).
     int index() const { return m_index; }

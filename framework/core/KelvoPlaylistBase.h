@@ -12,6 +12,7 @@ class KELVO_CORE_EXPORT KelvoPlaylistBase : public KelvoPlaylist
 {
     Q_OBJECT
 public:
+    /// Without a model: an empty list.
     explicit KelvoPlaylistBase(QObject *parent = nullptr);
     ~KelvoPlaylistBase() override;
 
@@ -19,5 +20,6 @@ public:
     /// model whose QObject parent is the playlist goes with it. When the model is destroyed before the playlist,
     /// the playlist keeps the items it has. Null: an empty list.
     virtual void setUnderlyingModel(QAbstractItemModel *model) = 0;
+    /// Null when there is none, or it was destroyed.
     virtual QAbstractItemModel *underlyingModel() const = 0;
 };

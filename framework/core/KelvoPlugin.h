@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "KelvoApiVersion.h"
+
 #include <QtPlugin>
 
 class KelvoRegistry;
@@ -29,5 +31,17 @@ public:
     virtual void stop() = 0;
 };
 
-#define KelvoPlugin_iid "org.kelvo.Plugin/1.0"
-Q_DECLARE_INTERFACE(KelvoPlugin, KelvoPlugin_iid)
+/// What a library may export under the name "kelvoPrepareAhead" beside its root object, when its metadata also says
+///     "preparesAhead": true
+/// For a back end whose engine takes long to get ready, and which a program starts with: while the program makes its
+/// window, the library is mapped and this is called, on a worker thread, maybe before there is an application object. It
+/// comes back soon, having set a thread of its own to work. That thread should map few libraries: the window needs some,
+/// too, and the dynamic linker serves one at a time. Nobody relies on it: start() may come without it, or before what it
+/// has begun is done.
+extern "C" using KelvoPrepareAhead = void();
+
+/// What Q_PLUGIN_METADATA writes into the library: that it is a back end, and for which version of the API.
+#define KelvoPlugin_iid "org.kelvo.Plugin/" KELVO_API_VERSION
+
+// The interface's own name, by which the root object is asked for it: the same for all versions of one major number.
+Q_DECLARE_INTERFACE(KelvoPlugin, "org.kelvo.Plugin/1.0")

@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: MIT
 #include "KelvoPluginLoader.h"
 
+#include "ApiVersion.h"
 #include "ElfCheck.h"
 #include "KelvoMessageHandler.h"
 #include "KelvoPlugin.h"
 #include "KelvoRegistry.h"
 #include "LibraryOpening.h"
 #include "Mailbox.h"
+#include "PlaceCheck.h"
 #include "WorkerPool.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QHash>
@@ -18,12 +19,31 @@
 #include <QPluginLoader>
 #include <QPointer>
 
+#include <dlfcn.h>
+
 #include <exception>
 
 namespace {
 const QLatin1String librarySuffix(".so");
 // Libraries that registered types with GLib must never be unmapped.
 constexpr auto loadHints = QLibrary::PreventUnloadHint | QLibrary::ResolveAllSymbolsHint;
+
+QString findLibraryFolder()
+{
+    static const char inThisLibrary = 0;
+    Dl_info library = {};
+    if (!dladdr(&inThisLibrary, &library))
+        return {};
+    return QFileInfo(QFile::decodeName(library.dli_fname)).canonicalPath();
+}
+
+/// The folder that this very library lies in, whichever program has loaded it. Asked for once, before the first back end
+/// is loaded: while one that hangs is being loaded, the dynamic linker answers nobody.
+const QString &libraryFolder()
+{
+    static const QString folder = findLibraryFolder();
+    return folder;
+}
 
 /// What a library's metadata says, and why it cannot be used (empty: it can).
 struct Inspection
@@ -36,17 +56,14 @@ struct Inspection
 Inspection inspect(const QString &path)
 {
     Inspection result;
-    result.defect = elfDefect(path);
+    result.defect = placeDefect(path);
+    if (result.defect.isEmpty())
+        result.defect = elfDefect(path);
     if (!result.defect.isEmpty())
         return result;
     const QJsonObject qt = QPluginLoader(path).metaData();
     result.metaData = qt.value(QLatin1String("MetaData")).toObject();
-    const QString interface = qt.value(QLatin1String("IID")).toString();
-    if (interface.isEmpty())
-        result.defect = QStringLiteral("not a plug-in");
-    else if (interface != QLatin1String(KelvoPlugin_iid))
-        result.defect = QStringLiteral("made for the interface %1, not for %2")
-                            .arg(interface, QLatin1String(KelvoPlugin_iid));
+    result.defect = ApiVersion::defectOf(qt.value(QLatin1String("IID")).toString());
     return result;
 }
 
@@ -62,6 +79,79 @@ Inspection inspectAndLink(const QString &path)
     if (!loader.load())
         result.defect = loader.errorString();
     return result;
+}
+
+/// Worker thread: maps the library, and lets it begin.
+void prepareLibrary(const QString &path)
+{
+    openLibrary(path);
+    QLibrary library(path);
+    library.setLoadHints(loadHints);
+    const auto prepare = reinterpret_cast<KelvoPrepareAhead *>(library.resolve("kelvoPrepareAhead"));
+    if (prepare)
+        prepare();
+}
+
+/// What KELVO_PLUGINS names, as file names.
+QStringList namedByEnvironment()
+{
+    QStringList files;
+    const QStringList names
+        = qEnvironmentVariable("KELVO_PLUGINS").split(QLatin1Char(','), Qt::SkipEmptyParts);
+    for (const QString &name : names) {
+        const QString file = name.trimmed();
+        if (!file.isEmpty())
+            files.append(file.endsWith(librarySuffix) ? file : file + librarySuffix);
+    }
+    return files;
+}
+
+/// The first file of that name in the folders; empty when there is none.
+QString findFile(const QString &fileName, const QStringList &folders)
+{
+    // A name with a folder in it would be a second name of a file that is listed under its own.
+    if (fileName.contains(QLatin1Char('/')))
+        return {};
+    for (const QString &folder : folders) {
+        const QFileInfo file(QDir(folder), fileName);
+        if (file.isFile() && QLibrary::isLibrary(file.fileName()))
+            return file.absoluteFilePath();
+    }
+    return {};
+}
+
+QStringList librariesIn(const QStringList &folders)
+{
+    QStringList names;
+    for (const QString &folder : folders) {
+        const QStringList files = QDir(folder).entryList(QDir::Files);
+        for (const QString &file : files) {
+            if (QLibrary::isLibrary(file))
+                names.append(file);
+        }
+    }
+    names.removeDuplicates();
+    names.sort();
+    return names;
+}
+
+/// Worker thread.
+QStringList startingByDefault(const QStringList &folders)
+{
+    QStringList defaults;
+    const QStringList names = librariesIn(folders);
+    for (const QString &name : names) {
+        const Inspection result = inspect(findFile(name, folders));
+        // One that cannot be used is tried too, so that the log says why it is missing.
+        if (!result.defect.isEmpty() || result.metaData.value(QLatin1String("startsByDefault")).toBool())
+            defaults.append(name);
+    }
+    return defaults;
+}
+
+bool isNamedByEnvironment()
+{
+    return qEnvironmentVariableIsSet("KELVO_PLUGINS");
 }
 
 void describe(KelvoPluginStatus &status, const QJsonObject &metaData)
@@ -200,15 +290,7 @@ QString KelvoPluginLoader::Private::pathOf(const QString &fileName) const
     const auto known = entries.constFind(fileName);
     if (known != entries.constEnd() && known->plugin)
         return known->status.path;
-    // A name with a folder in it would be a second name of a file that is listed under its own.
-    if (fileName.contains(QLatin1Char('/')))
-        return {};
-    for (const QString &folder : folders()) {
-        const QFileInfo file(QDir(folder), fileName);
-        if (file.isFile() && QLibrary::isLibrary(file.fileName()))
-            return file.absoluteFilePath();
-    }
-    return {};
+    return findFile(fileName, folders());
 }
 
 KelvoPluginLoader::KelvoPluginLoader(KelvoRegistry *registry)
@@ -230,29 +312,18 @@ QStringList KelvoPluginLoader::folders()
 {
     QStringList folders
         = qEnvironmentVariable("KELVO_PLUGIN_PATH").split(QLatin1Char(':'), Qt::SkipEmptyParts);
-    const QString program = QCoreApplication::applicationDirPath();
-    const QDir build(QStringLiteral(KELVO_BUILD_PLUGIN_DIR));
-    // A program that runs from its build folder uses that build's plug-ins, an installed one those installed.
-    const bool inBuild = program.startsWith(QDir::cleanPath(build.filePath(QStringLiteral("../../.."))));
-    folders.append(
-        inBuild ? build.path() : QDir::cleanPath(program + QLatin1String("/../" KELVO_INSTALLED_PLUGIN_DIR)));
+    // Those that were built or installed with this library: by its place, not by a folder that a build had written down,
+    // no copy of it can take another one's.
+    const QString &library = libraryFolder();
+    if (!library.isEmpty())
+        folders.append(library + QLatin1String("/" KELVO_PLUGIN_FOLDER));
     folders.removeDuplicates();
     return folders;
 }
 
 QStringList KelvoPluginLoader::available() const
 {
-    QStringList names;
-    for (const QString &folder : folders()) {
-        const QStringList files = QDir(folder).entryList(QDir::Files);
-        for (const QString &file : files) {
-            if (QLibrary::isLibrary(file))
-                names.append(file);
-        }
-    }
-    names.removeDuplicates();
-    names.sort();
-    return names;
+    return librariesIn(folders());
 }
 
 QStringList KelvoPluginLoader::loaded() const
@@ -317,7 +388,7 @@ void KelvoPluginLoader::finishLoad(
     auto *plugin = qobject_cast<KelvoPlugin *>(root.data());
     if (plugin)
         reason = startGuarded(plugin, d->registry);
-    if (!reason.isEmpty()) {
+    if (!plugin || !reason.isEmpty()) {
         delete root.data();
         fail(fileName, reason);
         return;
@@ -373,36 +444,31 @@ void KelvoPluginLoader::unload(const QString &fileName)
 
 void KelvoPluginLoader::loadDefaults()
 {
-    if (qEnvironmentVariableIsSet("KELVO_PLUGINS")) {
-        const QStringList names
-            = qEnvironmentVariable("KELVO_PLUGINS").split(QLatin1Char(','), Qt::SkipEmptyParts);
-        for (const QString &name : names) {
-            const QString file = name.trimmed();
-            if (file.isEmpty())
-                continue;
-            load(file.endsWith(librarySuffix) ? file : file + librarySuffix);
-        }
+    if (isNamedByEnvironment()) {
+        const QStringList files = namedByEnvironment();
+        for (const QString &file : files)
+            load(file);
         return;
     }
-    d->worker.start([this, mailbox = d->mailbox, names = available(), folders = folders()] {
-        QStringList defaults;
-        for (const QString &name : names) {
-            for (const QString &folder : folders) {
-                const QFileInfo file(QDir(folder), name);
-                if (!file.isFile())
-                    continue;
-                const Inspection result = inspect(file.absoluteFilePath());
-                // One that cannot be used is tried too, so that the log says why it is missing.
-                if (!result.defect.isEmpty()
-                    || result.metaData.value(QLatin1String("startsByDefault")).toBool())
-                    defaults.append(name);
-                break;
-            }
-        }
+    d->worker.start([this, mailbox = d->mailbox, folders = folders()] {
+        const QStringList defaults = startingByDefault(folders);
         mailbox->post([this, defaults] {
             for (const QString &name : defaults)
                 load(name);
         });
+    });
+}
+
+void KelvoPluginLoader::prepareAhead()
+{
+    d->worker.start([folders = folders()] {
+        const QStringList files = isNamedByEnvironment() ? namedByEnvironment() : startingByDefault(folders);
+        for (const QString &file : files) {
+            const QString path = findFile(file, folders);
+            const Inspection result = path.isEmpty() ? Inspection() : inspect(path);
+            if (result.defect.isEmpty() && result.metaData.value(QLatin1String("preparesAhead")).toBool())
+                prepareLibrary(path);
+        }
     });
 }
 

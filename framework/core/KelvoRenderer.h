@@ -54,6 +54,7 @@ class KELVO_CORE_EXPORT KelvoRenderer : public QObject
 {
     Q_OBJECT
 public:
+    /// What it does. The numbers go over the boundary and never change.
     enum State : int { Stopped = 0, Playing = 1, Paused = 2, Transitioning = 3 };
     Q_ENUM(State)
 
@@ -84,6 +85,7 @@ public:
     /// their fraction.
     static constexpr QLatin1String PropertyPosition{"position"};
 
+    /// The parent, if there is one, owns it.
     explicit KelvoRenderer(QObject *parent = nullptr);
     ~KelvoRenderer() override;
 
@@ -92,18 +94,26 @@ public:
     /// Display name; may be empty and may change (nameChanged()).
     virtual QString name() const = 0;
 
+    /// Plays the assigned playlist from its current item; without one, the URI given last.
     virtual void play() = 0;
+    /// Plays this in the place of what plays.
     virtual void playUri(const QUrl &uri) = 0;
     /// The content type (IANA media type, for instance "audio/x-scpls") is a hint: what turns out to be no
     /// playlist plays as media.
     virtual void playUriWithType(const QUrl &uri, const QString &contentType) = 0;
+    /// Goes to Stopped; the current item stays current.
     virtual void stop() = 0;
+    /// Goes to Paused from Playing or Transitioning.
     virtual void pause() = 0;
+    /// Goes on from Paused.
     virtual void resume() = 0;
+    /// Plays the following item; while Stopped makes it the current one.
     virtual void next() = 0;
+    /// Plays the item before; while Stopped makes it the current one.
     virtual void previous() = 0;
     /// Pauses when the position reaches the given second.
     virtual void pauseAt(uint seconds) = 0;
+    /// Plays the item at that index of the assigned playlist, from 0.
     virtual void gotoIndex(uint index) = 0;
     /// Seeks; mode is a SeekMode, seconds may be negative with SeekRelative.
     virtual void setPosition(int seconds, int mode) = 0;
@@ -138,10 +148,12 @@ public:
     virtual void kelvoProperty(const QString &name, QObject *receiver, const char *slot) = 0;
 
 Q_SIGNALS:
+    /// name() has changed.
     void nameChanged(const QString &name);
+    /// Reported once for each change, and again to whoever has chosen the renderer.
     void stateChanged(KelvoRenderer::State state);
-    /// Another item is in play, or is to be told again: its index in the assigned playlist, or -1 when it belongs to none (a single URI,
-    /// an entry of a list given by URI).
+    /// Another item is in play, or is to be told again: its index in the assigned playlist, or -1 when it belongs to none
+    /// (a single URI, an entry of a list given by URI).
     void mediaChanged(int index, const KelvoContent &content);
     /// Playback ended because there was nothing more to play; not after stop() or an error.
     void playbackCompleted();
@@ -151,10 +163,12 @@ Q_SIGNALS:
     /// One fact about the item in play; never an empty list. Keys: "title", "artist", "album", "genre",
     /// "duration" (int, seconds), "codec", "bitrate" (bits per second), "cover" and others.
     void metadataChanged(const QString &key, const QList<QVariant> &values);
+    /// The value that the property has from now on.
     void kelvoPropertyChanged(const QString &name, const QVariant &value);
     /// How full the buffer is, 0..1; 1 ends the buffering. Reported on change only.
     void bufferingInfo(float fraction);
     /// How far the search for playable entries of a playlist file has come, 0..1; 1 ends it.
     void scanningInfo(float fraction);
+    /// Something went wrong or was refused; what plays goes on, or goes on with the next item.
     void error(const KelvoError &error);
 };

@@ -12,10 +12,13 @@ class KELVO_CORE_EXPORT KelvoSource : public QObject
 {
     Q_OBJECT
 public:
+    /// The parent, if there is one, owns it.
     explicit KelvoSource(QObject *parent = nullptr);
     ~KelvoSource() override;
 
+    /// Identity, unique in the registry and unchanging; not empty.
     virtual QString uuid() const = 0;
+    /// What users read; may be empty.
     virtual QString name() const = 0;
 
     /// Sets a property, for instance "signIn" to true or false. A key that the source does not have is ignored

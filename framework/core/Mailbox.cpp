@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Mailbox.h"
 
+#include "HandOver.h"
+
 #include <QObject>
 
 #include <utility>
@@ -19,11 +21,11 @@ bool Mailbox::post(std::function<void()> call)
     const std::scoped_lock lock(m_mutex);
     if (!m_receiver)
         return false;
-    const auto guarded = [current = m_generation, generation = m_generation->load(), call = std::move(call)] {
+    HandedCall guarded([current = m_generation, generation = m_generation->load(), call = std::move(call)] {
         if (generation == *current)
             call();
-    };
-    QMetaObject::invokeMethod(m_receiver, guarded, Qt::QueuedConnection);
+    });
+    QMetaObject::invokeMethod(m_receiver, std::move(guarded), Qt::QueuedConnection);
     return true;
 }
 

@@ -1,16 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "WorkerPool.h"
 
+#include "HandOver.h"
 #include "ThreadEnd.h"
 
 #include <QThreadPool>
 
-namespace {
-constexpr int workerWait = 5000; // milliseconds
-} // namespace
-
-WorkerPool::WorkerPool(const QString &name, int maxThreads)
+WorkerPool::WorkerPool(const QString &name, int maxThreads, std::chrono::milliseconds longestEnd)
     : m_pool(std::make_unique<QThreadPool>())
+    , m_longestEnd(longestEnd)
 {
     m_pool->setObjectName(name);
     m_pool->setMaxThreadCount(maxThreads);
@@ -27,7 +25,11 @@ WorkerPool::~WorkerPool()
 
 void WorkerPool::start(std::function<void()> work)
 {
-    m_pool->start(std::move(work));
+    // The pool is but a name here: it may be gone when work that was left alone ends.
+    m_pool->start(HandedCall([work = std::move(work), pool = m_pool.get()] {
+        work();
+        HandOver::given(pool);
+    }));
 }
 
 void WorkerPool::clear()
@@ -37,8 +39,12 @@ void WorkerPool::clear()
 
 bool WorkerPool::waitForDone()
 {
-    if (m_leftAlone || m_pool->waitForDone(workerWait))
-        return !m_leftAlone;
+    if (m_leftAlone)
+        return false;
+    if (m_pool->waitForDone(int(m_longestEnd.count()))) {
+        HandOver::taken(m_pool.get());
+        return true;
+    }
     m_leftAlone = true;
     leaveRunning(m_pool->objectName());
     return false;

@@ -6,6 +6,7 @@
 #include <QString>
 #include <QtGlobal>
 
+#include <chrono>
 #include <functional>
 #include <memory>
 
@@ -19,7 +20,9 @@ class KELVO_CORE_EXPORT WorkerPool
 {
 public:
     /// @param name  what the log calls it
-    WorkerPool(const QString &name, int maxThreads);
+    /// @param longestEnd  how long waitForDone() waits
+    WorkerPool(
+        const QString &name, int maxThreads, std::chrono::milliseconds longestEnd = std::chrono::seconds(5));
     /// Waits as waitForDone() does.
     ~WorkerPool();
     Q_DISABLE_COPY_MOVE(WorkerPool)
@@ -27,10 +30,11 @@ public:
     void start(std::function<void()> work);
     /// Drops what has not begun.
     void clear();
-    /// Waits for 5 s at most. False when work still runs then, which is left alone: see leaveRunning().
+    /// False when work still runs after the longest wait, which is left alone then: see leaveRunning().
     bool waitForDone();
 
 private:
     std::unique_ptr<QThreadPool> m_pool;
+    const std::chrono::milliseconds m_longestEnd;
     bool m_leftAlone = false;
 };

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "HandOver.h"
 #include "KelvoCoreGlobal.h"
 
 #include <QMetaObject>
@@ -8,6 +9,7 @@
 
 #include <chrono>
 #include <memory>
+#include <type_traits>
 #include <utility>
 
 /// A thread with an event loop and the one object that lives in it. GUI thread.
@@ -31,7 +33,8 @@ public:
     /// Runs the call on the worker's thread, after those asked for before.
     template <typename Call> void post(Call &&call)
     {
-        QMetaObject::invokeMethod(m_worker, std::forward<Call>(call), Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            m_worker, HandedCall<std::decay_t<Call>>(std::forward<Call>(call)), Qt::QueuedConnection);
     }
 
 private:

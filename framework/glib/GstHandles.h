@@ -12,6 +12,7 @@ using GlibHandles::Releaser;
 
 using Element = std::unique_ptr<GstElement, Releaser<gst_object_unref>>;
 using ElementFactory = std::unique_ptr<GstElementFactory, Releaser<gst_object_unref>>;
+using PluginFeature = std::unique_ptr<GstPluginFeature, Releaser<gst_object_unref>>;
 using Bus = std::unique_ptr<GstBus, Releaser<gst_object_unref>>;
 using Clock = std::unique_ptr<GstClock, Releaser<gst_object_unref>>;
 using Pad = std::unique_ptr<GstPad, Releaser<gst_object_unref>>;

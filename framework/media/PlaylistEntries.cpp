@@ -153,6 +153,14 @@ QUrl PlaylistEntries::resolved(const QByteArray &entry, const QUrl &list)
     return withoutEscapes(urlOf(absolutePath(decoded(entry).toUtf8(), list)));
 }
 
+bool PlaylistEntries::mayName(const QUrl &list, const QUrl &entry)
+{
+    // By the servers that these names stand for; whatever else an engine has a name for may be of this computer.
+    static const QStringList network{"http", "https", "ftp", "ftps", "rtsp", "rtsps", "rtspt", "rtspu",
+        "rtsph", "rtmp", "rtmps", "rtmpt", "rtmpe", "mms", "mmsh", "mmst", "mmsu"};
+    return list.isLocalFile() || network.contains(entry.scheme());
+}
+
 QByteArray PlaylistEntries::withAbsoluteEntries(const QByteArray &text, Syntax syntax, const QUrl &list)
 {
     return syntax == Syntax::Keys ? withAbsoluteKeys(text, list) : withAbsoluteLines(text, list);

@@ -24,6 +24,10 @@ QByteArray pathOf(const QUrl &file);
 /// names the file of exactly that name too; where there is none, that of the name without the escapes, if there is one.
 QUrl resolved(const QByteArray &entry, const QUrl &list);
 
+/// A list may name what its own place is one of: one that came from the network names nothing of this computer, neither
+/// files nor what else has an address here, as a camera or a socket. Who wrote it knows nothing of them that is good.
+bool mayName(const QUrl &list, const QUrl &entry);
+
 /// The same list with all its entries made absolute: plain ASCII, wherever the list is read from. Of a list of keys,
 /// entries and their titles are kept, in the order of their numbers.
 QByteArray withAbsoluteEntries(const QByteArray &text, Syntax syntax, const QUrl &list);

@@ -25,15 +25,17 @@ class Engine : public QObject
 {
     Q_OBJECT
 public:
+    /// What load() is to play.
     struct Item
     {
-        quint64 epoch = 0;
-        KelvoMediaInfo info;
+        quint64 epoch = 0; ///< what all reports about it carry
+        KelvoMediaInfo info; ///< as the playlist has it; without one the address alone
         QUrl uri; ///< of the entry, where the item is a list; otherwise of the item
         int entry = 0; ///< its place among the entries
         bool paused = false; ///< go to Paused instead of Playing, where that can be done
         double rate = 1.0; ///< greater than 0
     };
+    /// Takes the position, in seconds with their fraction.
     using PositionAnswer = std::function<void(double seconds)>;
 
     using QObject::QObject;
@@ -53,7 +55,9 @@ public:
     virtual void load(const Item &item) = 0;
     /// Stops; nothing when nothing plays. Nothing is reported about the item any more.
     virtual void unload() = 0;
+    /// Ends with a state report of Paused. An item on its way pauses once it is there.
     virtual void pause() = 0;
+    /// Ends with a state report of Playing, or of Transitioning when it has to wait first.
     virtual void resume() = 0;
     /// Clamps to the item. To its end: the item ends. An item on its way is sought once it is there.
     virtual void seek(int seconds, KelvoRenderer::SeekMode mode) = 0;
@@ -70,6 +74,7 @@ public:
     virtual bool mayBeList(KelvoError::Code) const { return false; }
     /// Ends with listRead(), unless it is cancelled.
     virtual void readList(quint64 epoch, const KelvoMediaInfo &item);
+    /// Whatever readList() was asked for is no longer wanted; nothing when nothing is read.
     virtual void cancelReading() { }
 
     /// Gives a property its value, which is one that the table accepts. True: propertyReported() follows when it took

@@ -3,9 +3,6 @@
 
 #include "Engine.h"
 #include "KelvoRenderer.h"
-#include "Playback.h"
-#include "RendererProperties.h"
-#include "Reporter.h"
 
 #include <memory>
 
@@ -13,16 +10,18 @@
 ///
 /// What plays next, the properties, the answers and the reports are here, the same for all; how one item plays is the
 /// business of the engine. Everything that is reported goes through the event loop, so that whoever hears it may call
-/// anything, and may delete the renderer.
+/// anything, and may delete the renderer. GUI thread.
 class ItemRenderer : public KelvoRenderer
 {
     Q_OBJECT
 public:
+    /// @param uuid  identity of the renderer, see KelvoRenderer::uuid()
     ItemRenderer(std::unique_ptr<Engine> engine, const QString &uuid, QObject *parent = nullptr);
     ~ItemRenderer() override;
 
-    QString uuid() const override { return m_uuid; }
-    QString name() const override { return m_engine->name(); }
+    QString uuid() const override;
+    /// That of the engine.
+    QString name() const override;
     void play() override;
     void playUri(const QUrl &uri) override;
     void playUriWithType(const QUrl &uri, const QString &contentType) override;
@@ -41,16 +40,6 @@ public:
     void kelvoProperty(const QString &name, QObject *receiver, const char *slot) override;
 
 private:
-    void command(std::function<void()> call) { m_engine->command(std::move(call)); }
-    void playAddress(const QUrl &uri, const QString &contentType);
-    void setProperty(const QString &name, const QVariant &value);
-    void takeProperty(const QString &name, const QVariant &value);
-    void noteProperty(const QString &name, const QVariant &value);
-    QVariant valueOf(const QString &name) const;
-
-    const QString m_uuid;
-    const std::unique_ptr<Engine> m_engine;
-    RendererProperties m_properties;
-    Reporter m_reporter;
-    Playback m_playback;
+    struct Private;
+    const std::unique_ptr<Private> d;
 };

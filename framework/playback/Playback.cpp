@@ -6,6 +6,15 @@
 
 #include <utility>
 
+namespace {
+// What a file address without a machine, or with this one, does not say (RFC 8089). A file with the same path here would be
+// another one.
+bool isOnAnotherMachine(const QUrl &uri)
+{
+    return uri.isLocalFile() && !uri.host().isEmpty() && uri.host() != QLatin1String("localhost");
+}
+} // namespace
+
 Playback::Playback(Engine &engine, Reporter &reporter, RendererProperties &properties)
     : m_engine(engine)
     , m_reporter(reporter)
@@ -220,10 +229,11 @@ void Playback::startEntry(int entry)
 
 void Playback::open()
 {
-    if (!m_engine.canOpen(m_entries.uri())) {
-        m_engine.post([this, epoch = m_epoch, text = m_entries.uri().toDisplayString()] {
-            followFailure(epoch, {KelvoError::InvalidUrl, text}, false);
-        });
+    const QString address = m_entries.uri().toDisplayString();
+    if (isOnAnotherMachine(m_entries.uri())) {
+        failLater({KelvoError::OnAnotherMachine, address});
+    } else if (!m_engine.canOpen(m_entries.uri())) {
+        failLater({KelvoError::InvalidUrl, address});
     } else if (m_entries.mayBeList() && m_engine.mayBeList(m_entries.item())) {
         // What played before must not be heard while the list is on its way.
         m_engine.unload();
@@ -232,6 +242,11 @@ void Playback::open()
     } else {
         load();
     }
+}
+
+void Playback::failLater(const KelvoError &error)
+{
+    m_engine.post([this, epoch = m_epoch, error] { followFailure(epoch, error, false); });
 }
 
 void Playback::load()

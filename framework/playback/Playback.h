@@ -52,6 +52,7 @@ private:
     void startItem();
     void startEntry(int entry);
     void open();
+    void failLater(const KelvoError &error);
     void load();
     double rateForLoading();
     void leaveEntry();

@@ -12,7 +12,7 @@
 class RendererProperties
 {
 public:
-    static constexpr int MaximumVolume = 99;
+    static constexpr int MaximumVolume = 99; ///< on the scale of KelvoRenderer::PropertyVolume
     static constexpr double MaximumSpeed = 64; ///< in either direction
 
     RendererProperties();
@@ -33,9 +33,11 @@ public:
 
     /// Invalid for names that there are none of.
     QVariant value(const QString &name) const { return m_values.value(name); }
+    /// The value from now on; it is awaited no longer.
     void set(const QString &name, const QVariant &value);
     /// The engine was told and has not reported yet.
     void await(const QString &name, const QVariant &value) { m_awaited.insert(name, value); }
+    /// What was awaited will not come.
     void awaitNothing() { m_awaited.clear(); }
     /// The value as it will be.
     QVariant wanted(const QString &name) const { return m_awaited.value(name, value(name)); }

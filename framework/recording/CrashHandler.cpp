@@ -21,8 +21,9 @@ struct Crash
     int signal;
     std::string_view name;
 };
-constexpr std::array<Crash, 5> crashes{
-    {{SIGSEGV, "SIGSEGV"}, {SIGBUS, "SIGBUS"}, {SIGFPE, "SIGFPE"}, {SIGILL, "SIGILL"}, {SIGABRT, "SIGABRT"}}};
+// By SIGTRAP ends GLib, where it gets no memory or no file descriptor.
+constexpr std::array<Crash, 6> crashes{{{SIGSEGV, "SIGSEGV"}, {SIGBUS, "SIGBUS"}, {SIGFPE, "SIGFPE"},
+    {SIGILL, "SIGILL"}, {SIGABRT, "SIGABRT"}, {SIGTRAP, "SIGTRAP"}}};
 
 std::string_view nameOf(int signal) noexcept
 {

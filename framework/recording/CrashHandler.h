@@ -10,7 +10,7 @@
 
 class EventRing;
 
-/// Saves what is known when the process crashes (SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT), and then lets whoever
+/// Saves what is known when the process crashes (SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP), and then lets whoever
 /// handled that before do so: the system writes its core file, a sanitizer its report.
 ///
 /// In the handler nothing is done but what a handler may do (signal-safety(7)): all texts and names are made before,

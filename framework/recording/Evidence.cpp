@@ -6,6 +6,7 @@
 #include "KelvoRegistry.h"
 #include "KelvoRenderer.h"
 #include "KelvoSource.h"
+#include "UserFolders.h"
 
 #include <QDir>
 #include <QFile>
@@ -20,34 +21,51 @@
 #include <QSysInfo>
 #include <QWindow>
 
+#include <algorithm>
+#include <array>
+
 namespace {
-const QRegularExpression &variablesOfInterest()
+// Plain text: this is done at each start, and an expression takes longer to compile than all of it.
+constexpr std::array beginningsOfInterest = {"KELVO_", "QKELVO_", "QT_", "QML", "QSG_", "GST_", "G_", "GDK_",
+    "GIO_", "LC_", "LANG", "XDG_", "DBUS_SESSION_BUS_ADDRESS", "PULSE_", "PIPEWIRE_", "ALSA_", "LIBVA_",
+    "VDPAU_", "MESA_", "LD_", "ASAN_", "UBSAN_", "LSAN_", "TSAN_"};
+constexpr std::array namesOfInterest = {"DISPLAY", "WAYLAND_DISPLAY", "PATH", "TZ", "TERM"};
+constexpr std::array partsOfSecrets
+    = {"PASS", "SECRET", "TOKEN", "KEY", "CREDENTIAL", "COOKIE", "AUTH", "SESSION_ID"};
+
+bool isOfInterest(const QString &name)
 {
-    static const QRegularExpression names(QStringLiteral(
-        "^(Q?KELVO_|QT_|QML|QSG_|GST_|G_|GDK_|GIO_|LC_|LANG|XDG_|DISPLAY$|WAYLAND_DISPLAY$|DBUS_SESSION_BUS_"
-        "ADDRESS$|"
-        "PULSE_|PIPEWIRE_|ALSA_|LIBVA_|VDPAU_|MESA_|PATH$|LD_|TZ$|TERM$|ASAN_|UBSAN_|LSAN_|TSAN_)"));
-    return names;
+    const auto isBeginning = [&name](const char *text) {
+        return name.startsWith(QLatin1String(text));
+    };
+    const auto isName = [&name](const char *text) {
+        return name == QLatin1String(text);
+    };
+    return std::any_of(beginningsOfInterest.begin(), beginningsOfInterest.end(), isBeginning)
+        || std::any_of(namesOfInterest.begin(), namesOfInterest.end(), isName);
 }
 
-const QRegularExpression &namesOfSecrets()
+bool isSecretName(const QString &name)
 {
-    static const QRegularExpression names(
-        QStringLiteral("PASS|SECRET|TOKEN|KEY|CREDENTIAL|COOKIE|AUTH|SESSION_ID"));
-    return names;
+    const auto isPart = [&name](const char *text) {
+        return name.contains(QLatin1String(text));
+    };
+    return std::any_of(partsOfSecrets.begin(), partsOfSecrets.end(), isPart);
 }
 
 /// Passwords in addresses, and who and where the user is.
 QString withoutUser(QString value)
 {
-    static const QRegularExpression password(QStringLiteral("(://[^:/@\\s]*):[^@/\\s]*@"));
-    value.replace(password, QStringLiteral("\\1@"));
+    if (value.contains(QLatin1String("://"))) {
+        static const QRegularExpression password(QStringLiteral("(://[^:/@\\s]*):[^@/\\s]*@"));
+        value.replace(password, QStringLiteral("\\1@"));
+    }
     const QString home = QDir::homePath();
     if (home.size() > 1)
         value.replace(home, QStringLiteral("~"));
     for (const char *variable : {"USER", "LOGNAME"}) {
         const QString name = qEnvironmentVariable(variable);
-        if (!name.isEmpty()) {
+        if (!name.isEmpty() && value.contains(name)) {
             const QRegularExpression word(QStringLiteral("\\b%1\\b").arg(QRegularExpression::escape(name)));
             value.replace(word, QStringLiteral("USER"));
         }
@@ -92,11 +110,7 @@ QString Evidence::home()
     const QString named = qEnvironmentVariable("KELVO_EVIDENCE_DIR");
     if (!named.isEmpty())
         return QDir(named).absolutePath();
-    const QString state = qEnvironmentVariable("XDG_STATE_HOME");
-    // Relative paths in such variables count for nothing (XDG Base Directory).
-    const QString folder
-        = QDir::isAbsolutePath(state) ? state : QDir::homePath() + QStringLiteral("/.local/state");
-    return folder + QStringLiteral("/kelvo/evidence");
+    return UserFolders::state(QStringLiteral("evidence"));
 }
 
 QString Evidence::folderOf(const RecordingHeader &header, const QDateTime &time)
@@ -131,9 +145,9 @@ std::string Evidence::describeEnvironment()
     const QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     QStringList lines;
     for (const QString &name : environment.keys()) {
-        if (!name.contains(variablesOfInterest()))
+        if (!isOfInterest(name))
             continue;
-        const bool isSecret = name.contains(namesOfSecrets());
+        const bool isSecret = isSecretName(name);
         lines.append(
             name + u'=' + (isSecret ? QStringLiteral("(left out)") : withoutUser(environment.value(name))));
     }
@@ -159,10 +173,8 @@ QList<QImage> Evidence::pictureWindows()
 
 QString Evidence::save() const
 {
-    if (!QDir().mkpath(folder))
+    if (!UserFolders::makePrivate(folder))
         return QStringLiteral("%1: the folder cannot be made").arg(folder);
-    // What was played and from where is nobody else's business.
-    QFile::setPermissions(folder, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     const auto path = [this](const char *name) {
         return folder + u'/' + QString::fromLatin1(name);
     };

@@ -25,10 +25,14 @@ public Q_SLOTS:
     QString SaveEvidence(const QDBusMessage &request)
     {
         request.setDelayedReply(true);
-        m_service->save([connection = m_connection, request](const QString &folder, const QString &problem) {
-            connection.send(problem.isEmpty() ? request.createReply(folder)
-                                              : request.createErrorReply(QDBusError::Failed, problem));
-        });
+        const bool isBegun = m_service->save(
+            [connection = m_connection, request](const QString &folder, const QString &problem) {
+                connection.send(problem.isEmpty() ? request.createReply(folder)
+                                                  : request.createErrorReply(QDBusError::Failed, problem));
+            });
+        if (!isBegun)
+            m_connection.send(request.createErrorReply(
+                QDBusError::LimitsExceeded, QStringLiteral("Evidence is being saved already")));
         return {};
     }
 

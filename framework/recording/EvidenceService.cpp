@@ -17,6 +17,7 @@
 
 namespace {
 constexpr int busTimeout = 5000; // milliseconds
+constexpr int mostSaving = 4; // bundles at a time
 const auto busName = QStringLiteral("kelvo-evidence");
 const auto objectPath = QStringLiteral("/org/kelvo/Evidence");
 
@@ -62,12 +63,19 @@ EvidenceService::~EvidenceService()
     QDBusConnection::disconnectFromBus(busName);
 }
 
-void EvidenceService::save(Saved saved)
+bool EvidenceService::save(Saved saved)
 {
+    if (m_saving >= mostSaving)
+        return false;
+    ++m_saving;
     m_disk.start([this, evidence = m_collect(), saved = std::move(saved)] {
         const QString problem = evidence.save();
-        m_mailbox.post([saved, folder = evidence.folder, problem] { saved(folder, problem); });
+        m_mailbox.post([this, saved, folder = evidence.folder, problem] {
+            --m_saving;
+            saved(folder, problem);
+        });
     });
+    return true;
 }
 
 void EvidenceService::saveForSignal()

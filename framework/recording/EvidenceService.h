@@ -30,8 +30,9 @@ public:
     explicit EvidenceService(Collect collect);
     ~EvidenceService() override;
 
-    /// Saves what is known at this moment; `saved` is called later, from the event loop.
-    void save(Saved saved);
+    /// Saves what is known at this moment; `saved` is called later, from the event loop. While some bundles are being saved
+    /// there is none for who asks for more: each takes memory until it is written. False then, and `saved` is not called.
+    bool save(Saved saved);
 
 private:
     void saveForSignal();
@@ -43,5 +44,6 @@ private:
     QSocketNotifier m_signals;
     std::unique_ptr<BusConnector> m_connector;
     bool m_isOffered = false;
+    int m_saving = 0;
     WorkerPool m_disk{QStringLiteral("kelvo-evidence"), 1};
 };

@@ -17,6 +17,8 @@
 #include <QCoreApplication>
 #include <QFile>
 
+#include <algorithm>
+
 using namespace std::chrono_literals;
 
 namespace {
@@ -86,13 +88,20 @@ struct Recorder::Private
         return lines;
     }
 
-    Evidence collectEvidence() const
+    /// No two bundles have the same, which is in their names.
+    QDateTime timeOfEvidence()
     {
         const QDateTime now = QDateTime::currentDateTimeUtc();
+        lastEvidence = lastEvidence.isValid() ? std::max(now, lastEvidence.addMSecs(1)) : now;
+        return lastEvidence;
+    }
+
+    Evidence collectEvidence()
+    {
         const RecordingHeader described = headerOfNow();
-        return {Evidence::folderOf(header, now), described.line() + linesOfNow(), LogTail::lines().lines(),
-            Evidence::describe(described, registry), Evidence::describeEnvironment(),
-            Evidence::pictureWindows()};
+        return {Evidence::folderOf(header, timeOfEvidence()), described.line() + linesOfNow(),
+            LogTail::lines().lines(), Evidence::describe(described, registry),
+            Evidence::describeEnvironment(), Evidence::pictureWindows()};
     }
 
     void wakeFile() const
@@ -108,6 +117,7 @@ struct Recorder::Private
     const std::unique_ptr<RecordingFile> file;
     const CrashHandler crashes;
     const EventWriter writer;
+    QDateTime lastEvidence;
     CommandTap commands;
     RegistryTap reports;
     std::unique_ptr<EvidenceService> service; ///< while there is an application object
@@ -146,6 +156,16 @@ Recorder::~Recorder()
     Recorder *self = this;
     s_recorder.compare_exchange_strong(self, nullptr);
     d->writer.note({}, "note", "ended");
+}
+
+void Recorder::noteHeard(const QString &uuid, const QString &what, const QVariantList &arguments)
+{
+    d->writer.note(uuid, "heard", what.toStdString(), arguments);
+}
+
+void Recorder::noteSeen(const QString &uuid, const QString &what, const QVariantList &arguments)
+{
+    d->writer.note(uuid, "seen", what.toStdString(), arguments);
 }
 
 std::string Recorder::recording() const

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QString>
+#include <QVariantList>
 
 #include <atomic>
 #include <memory>
@@ -36,6 +37,11 @@ public:
     ~Recorder();
     Q_DISABLE_COPY_MOVE(Recorder)
 
+    /// Writes down what somebody else has heard of a renderer, whatever that says itself.
+    /// @param what  "begins", "goes", ...
+    void noteHeard(const QString &uuid, const QString &what, const QVariantList &arguments);
+    /// The same of what was seen.
+    void noteSeen(const QString &uuid, const QString &what, const QVariantList &arguments);
     /// A recording of what is in memory: its header, its events and a note of the time, a line each.
     std::string recording() const;
     /// For a process that is about to end without its destructors: waits half a second at most until what the recorder

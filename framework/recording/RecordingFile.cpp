@@ -17,6 +17,7 @@
 #include <mutex>
 #include <sys/file.h>
 #include <sys/stat.h>
+#include <system_error>
 #include <thread>
 #include <unistd.h>
 #include <utility>
@@ -36,10 +37,10 @@ QString words(int error)
     return QString::fromLocal8Bit(std::strerror(error));
 }
 
-/// There may be space again.
-bool isFull(int error)
+/// There may be space again, or the disk may work again.
+bool mayPass(int error)
 {
-    return error == ENOSPC || error == EDQUOT || error == EFBIG;
+    return error == ENOSPC || error == EDQUOT || error == EFBIG || error == EIO || error == EROFS;
 }
 
 /// Signals are for threads that know what to do with them; who reads a pipe no more is told by the write itself.
@@ -47,7 +48,7 @@ void blockSignals()
 {
     sigset_t all;
     ::sigfillset(&all);
-    for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT})
+    for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP})
         ::sigdelset(&all, fault);
     ::pthread_sigmask(SIG_BLOCK, &all, nullptr);
 }
@@ -85,10 +86,14 @@ public:
         blockSignals();
         if (open() && writeFirst(m_header))
             follow();
-        close();
-        const std::scoped_lock lock(m_mutex);
-        m_isDone = true;
-        m_changed.notify_all();
+        finish();
+    }
+
+    /// In place of the thread, which the system could not give.
+    void giveUp(int error)
+    {
+        warn(words(error));
+        finish();
     }
 
     void wake()
@@ -136,7 +141,8 @@ private:
     bool open()
     {
         const QByteArray path = QFile::encodeName(m_path);
-        m_descriptor = ::open(path.constData(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOCTTY, 0666);
+        // What was played is nobody else's business. A file that is there already keeps the mode that it was given.
+        m_descriptor = ::open(path.constData(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NOCTTY, 0600);
         if (m_descriptor < 0) {
             warn(words(errno));
             return false;
@@ -151,6 +157,14 @@ private:
         }
         m_header.insert(0, endOfCutLine(path, m_descriptor));
         return true;
+    }
+
+    void finish()
+    {
+        close();
+        const std::scoped_lock lock(m_mutex);
+        m_isDone = true;
+        m_changed.notify_all();
     }
 
     void close()
@@ -222,10 +236,10 @@ private:
         return isWritten;
     }
 
-    /// After a failure: when there may be space again, after a while. At the end of the process once more, at once.
+    /// After a failure: when it may pass, after a while. At the end of the process once more, at once.
     bool mayTryAgain()
     {
-        if (!isFull(m_error) || m_isLastTry)
+        if (!mayPass(m_error) || m_isLastTry)
             return false;
         std::unique_lock lock(m_mutex);
         m_isLastTry = m_changed.wait_for(lock, untilNextTry, [this] { return m_isEnding; });
@@ -270,7 +284,11 @@ RecordingFile::RecordingFile(const QString &path, std::string header, std::share
     std::chrono::steady_clock::time_point begin)
     : m_writer(std::make_shared<Writer>(path, std::move(header), std::move(ring), begin))
 {
-    std::thread([writer = m_writer] { writer->run(); }).detach();
+    try {
+        std::thread([writer = m_writer] { writer->run(); }).detach();
+    } catch (const std::system_error &error) {
+        m_writer->giveUp(error.code().value());
+    }
 }
 
 RecordingFile::~RecordingFile()

@@ -2,6 +2,7 @@
 #include "BusConnector.h"
 
 #include "BusAddress.h"
+#include "HandOver.h"
 #include "ThreadEnd.h"
 
 #include <QDBusConnection>
@@ -31,6 +32,13 @@ public:
 protected:
     void run() override
     {
+        connectToBus();
+        HandOver::given(this);
+    }
+
+private:
+    void connectToBus()
+    {
         // Asked first: while the bus library waits for a silent bus, it blocks every other user of it as
         // well.
         if (!BusAddress::answers(m_address, m_timeout, m_wakeUp)) {
@@ -42,7 +50,6 @@ protected:
             m_failure = connection.lastError().message();
     }
 
-private:
     const QString m_address;
     const QString m_connectionName;
     const int m_timeout;
@@ -76,6 +83,7 @@ void BusConnector::start()
 
 void BusConnector::report()
 {
+    HandOver::taken(m_thread.get());
     if (m_thread->failure().isEmpty())
         Q_EMIT connected(QDBusConnection(m_thread->connectionName()));
     else

@@ -8,13 +8,18 @@
 
 struct KelvoTrackerModel::Private
 {
+    explicit Private(const std::vector<CatalogQuery::Column> &sharedColumns)
+        : columns(sharedColumns)
+    {
+    }
+
     QString placeholderFor(CatalogQuery::Placeholder placeholder) const
     {
         return placeholder == CatalogQuery::AlbumName ? unknownAlbum : unknownArtist;
     }
 
     QueryPlan plan;
-    std::vector<CatalogQuery::Column> columns;
+    const std::vector<CatalogQuery::Column> &columns;
     QString unknownAlbum;
     QString unknownArtist;
     RowTable rows;
@@ -23,10 +28,9 @@ struct KelvoTrackerModel::Private
 
 KelvoTrackerModel::KelvoTrackerModel(QueryType type, int firstBlock, int streamBlock, int id,
     const QString &unknownAlbum, const QString &unknownArtist, std::chrono::milliseconds idleTime)
-    : d(std::make_unique<Private>())
+    : d(std::make_unique<Private>(CatalogQuery::find(type).columns))
 {
-    const CatalogQuery entry = CatalogQuery::find(type);
-    d->columns = entry.columns;
+    const CatalogQuery &entry = CatalogQuery::find(type);
     d->unknownAlbum = unknownAlbum;
     d->unknownArtist = unknownArtist;
     std::shared_ptr<StoreSession> session = KelvoTrackerStore::instance()->session();
@@ -36,7 +40,10 @@ KelvoTrackerModel::KelvoTrackerModel(QueryType type, int firstBlock, int streamB
         session->failed(
             {StoreError::Query, QStringLiteral("There is no tracker query of type %1").arg(int(type))});
     }
-    d->plan = {entry.text, entry.types(), entry.hasSubject, id, firstBlock, streamBlock, idleTime, {}};
+    d->plan = {entry.text, entry.types(), entry.hasSubject, id, firstBlock, streamBlock, idleTime, {},
+        {entry.shortcut, entry.sources()}};
+    if (!entry.columns.empty())
+        d->plan.libraries = RemoteLibraries::fromEnvironment();
     startQuery(std::move(session));
 }
 

@@ -13,9 +13,10 @@ class KelvoTrackerModelFactory;
 /// The result of a built-in query of the tracker store, as KelvoTrackerModelFactory::getModel() returns it.
 ///
 /// The rows are those of the moment at which the query began, whatever changes meanwhile. They come from the event
-/// loop: the first block by itself, the rest after fetchRest(). Only when the store itself was replaced before, the
+/// loop: the first block by itself, the rest after fetchRest(). Behind those of the store come those of each library on
+/// another machine that the user named (KELVO_TRACKER), library by library. Only when the store itself was replaced before, the
 /// rows that are there are removed, all rows of the new store inserted, and error() says so. Column 0 is the integer id of the row's song, album, artist or playlist (valid
-/// until the store is rebuilt; 0 for an entry of a playlist that is not in the store), column 1 the text that lists
+/// until the store is rebuilt; of another machine: for as long as the program runs; 0 for an entry of a playlist that is not in the store), column 1 the text that lists
 /// show. Song and playlist results go on with the URI in column 2 and the duration in seconds in column 3. The
 /// header texts (Qt::DisplayRole) name the columns:
 ///
@@ -65,7 +66,7 @@ Q_SIGNALS:
     /// All rows are there.
     void completed();
     /// The query failed; a text for the user. Rows that are there stay. After completed(): what became of a store that
-    /// was damaged. Nothing comes after it but by fetchRest().
+    /// was damaged, and which libraries on other machines failed, and why. Nothing comes after it but by fetchRest().
     void error(QString message);
 
 private:

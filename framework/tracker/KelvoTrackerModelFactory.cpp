@@ -2,6 +2,7 @@
 #include "KelvoTrackerModelFactory.h"
 
 #include "KelvoTrackerStore.h"
+#include "store/OpeningGate.h"
 
 KelvoTrackerModelFactory::KelvoTrackerModelFactory(const QString &unknownAlbum, const QString &unknownArtist,
     int streamingBlockSize, QObject *parent, std::chrono::milliseconds idleTime)
@@ -20,6 +21,14 @@ KelvoTrackerModelFactory::KelvoTrackerModelFactory(const QString &unknownAlbum, 
 KelvoTrackerModelFactory::~KelvoTrackerModelFactory()
 {
     KelvoTrackerStore::instance()->release(this);
+}
+
+void KelvoTrackerModelFactory::holdBack(bool isHeldBack)
+{
+    if (isHeldBack)
+        OpeningGate::instance().close();
+    else
+        OpeningGate::instance().open();
 }
 
 void KelvoTrackerModelFactory::init()

@@ -23,6 +23,10 @@ public:
         std::chrono::milliseconds idleTime = std::chrono::seconds(30));
     ~KelvoTrackerModelFactory() override;
 
+    /// While true, no store is opened: for the start of a program that has something else to do first. After two seconds one
+    /// is opened all the same. What needs the store waits for it.
+    static void holdBack(bool isHeldBack);
+
     /// Opens the store where it is not open yet. Answers, from the event loop, with initCompleted().
     void init();
 

@@ -4,18 +4,25 @@
 #include "KelvoMessageHandler.h"
 #include "Mailbox.h"
 #include "WorkerPool.h"
+#include "remote/RemoteAnswers.h"
 #include "store/FileUri.h"
+#include "store/KeptRows.h"
+#include "store/OpeningGate.h"
 #include "store/Sparql.h"
 #include "store/StoreIndexing.h"
 #include "store/StoreOpening.h"
 #include "store/StoreSession.h"
 #include "store/TrackerThreads.h"
+#include "store/UpdateQueue.h"
 
 #include <QCoreApplication>
 #include <QSet>
 #include <QTimer>
 
 #include <atomic>
+#include <chrono>
+
+using namespace std::chrono_literals;
 
 struct KelvoTrackerStore::Private
 {
@@ -27,6 +34,9 @@ struct KelvoTrackerStore::Private
     std::shared_ptr<Mailbox> mailbox;
     /// One thread: openings, closings and small updates, in the order asked for.
     WorkerPool operations{QStringLiteral("kelvo-tracker-store"), 1};
+    UpdateQueue updates; ///< of that thread
+    bool willTryAgain = false;
+    bool wasDoubted = false; ///< opened again because it seemed damaged
     QSet<QObject *> users;
     State state = Closed;
     QString error;
@@ -40,12 +50,15 @@ struct KelvoTrackerStore::Private
 };
 
 namespace {
+constexpr auto untilNextTry = 5s;
+
 // Operations thread: opens the store for the session and says how that ended.
 struct OpeningEnd
 {
     int state = KelvoTrackerStore::Failed;
     QString text; // the notice of a rebuilt store, or the error
     bool readOnly = false;
+    bool mayPass = false; // what it failed by
 };
 
 OpeningEnd openFor(StoreSession &session, const QString &folder, const QString &notice)
@@ -54,13 +67,13 @@ OpeningEnd openFor(StoreSession &session, const QString &folder, const QString &
     OpenedStore store = openStore(folder, &error);
     if (!store.connection) {
         session.failed(error);
-        return {KelvoTrackerStore::Failed, error.message, false};
+        return {KelvoTrackerStore::Failed, error.message, false, error.mayPass()};
     }
     const QString text = notice.isEmpty() ? store.notice : notice;
     const bool readOnly = !store.lock;
     session.setNotice(text);
     session.opened(folder, std::move(store.connection), std::move(store.lock));
-    return {KelvoTrackerStore::Open, text, readOnly};
+    return {KelvoTrackerStore::Open, text, readOnly, false};
 }
 
 // The song with the URL; empty when there is none.
@@ -72,7 +85,7 @@ QByteArray songAt(const StoreConnection &connection, const QByteArray &url, Stor
 }
 
 // Counts one more; the new count, 0 when there is no such song.
-int addPlay(StoreConnection &connection, const QByteArray &url, StoreError *error)
+int addPlay(StoreConnection &connection, const QByteArray &url, const QByteArray &time, StoreError *error)
 {
     const QByteArray song = songAt(connection, url, error);
     if (song.isEmpty())
@@ -81,8 +94,8 @@ int addPlay(StoreConnection &connection, const QByteArray &url, StoreError *erro
     const int count
         = connection.selectOne("SELECT ?n " + graph + " nie:usageCounter ?n } }", error).toInt() + 1;
     const QByteArray text = "INSERT OR REPLACE " + graph + " nie:usageCounter " + QByteArray::number(count)
-        + " ; nie:contentAccessed " + Sparql::now() + " } }";
-    return connection.update({text}, error) ? count : 0;
+        + " ; nie:contentAccessed " + time + " } }";
+    return connection.update({text, KeptRows::noteAsPlayed(Sparql::iri(song))}, error) ? count : 0;
 }
 
 // False when nothing with the URL has another length, or a surer one.
@@ -103,10 +116,15 @@ bool setLength(StoreConnection &connection, const StoreIndexing *indexing, const
     if (indexing && indexing->isLengthCounted(url))
         return false;
     const QByteArray length = " nfo:duration " + QByteArray::number(seconds);
-    return connection.update({"INSERT OR REPLACE "
-                                 + (video.isEmpty() ? inMusic + Sparql::iri(song) + length + " } }"
-                                                    : "{ " + Sparql::iri(video) + length + " }")},
-        error);
+    if (song.isEmpty())
+        return connection.update({"INSERT OR REPLACE { " + Sparql::iri(video) + length + " }"}, error);
+    const QByteArray name = Sparql::iri(song);
+    const QByteArray album
+        = connection.selectOne("SELECT ?x " + inMusic + name + " nmm:musicAlbum ?x } }", error);
+    return !*error
+        && connection.update({"INSERT OR REPLACE " + inMusic + name + length + " } }",
+                                 KeptRows::renewSong(name), KeptRows::renewAlbum(Sparql::iri(album))},
+            error);
 }
 
 bool setMark(StoreConnection &connection, const QByteArray &url, const char *tag, bool on, StoreError *error)
@@ -120,19 +138,6 @@ bool setMark(StoreConnection &connection, const QByteArray &url, const char *tag
         error);
 }
 
-// Runs an operation inside the session; failures other than its end go to the log.
-template <class Function> void within(const std::shared_ptr<StoreSession> &session, Function operation)
-{
-    StoreError error;
-    StoreSession::Entry entry = session->enter([] {}, &error);
-    if (entry)
-        operation(*entry.operator->(), &error);
-    entry.leave();
-    if (!error || error.kind == StoreError::Closed)
-        return;
-    qCWarning(lcKelvo).noquote() << "The tracker store was not updated:" << error.message;
-    session->report(error);
-}
 } // namespace
 
 KelvoTrackerStore *KelvoTrackerStore::instance()
@@ -145,7 +150,9 @@ KelvoTrackerStore::KelvoTrackerStore()
     : d(std::make_unique<Private>(this))
 {
     qRegisterMetaType<KelvoIndexReport>();
-    TrackerThreads::waitForAll(); // makes the pool, so that it is destroyed after this object
+    // Makes them, so that they are destroyed after this object.
+    TrackerThreads::waitForAll();
+    OpeningGate::instance();
     // The threads end while the application object still stands.
     qAddPostRoutine([] { instance()->shutDown(); });
 }
@@ -158,11 +165,14 @@ KelvoTrackerStore::~KelvoTrackerStore()
 
 void KelvoTrackerStore::shutDown()
 {
+    OpeningGate::instance().open();
     d->users.clear();
     d->indexing.reset();
     updateIndexer();
     close();
-    d->operations.waitForDone();
+    RemoteAnswers::cancelAll();
+    if (d->operations.waitForDone())
+        d->updates.discard();
     TrackerThreads::waitForAll();
     d->indexer.reset();
     d->indexed.reset();
@@ -224,7 +234,6 @@ std::shared_ptr<StoreSession> KelvoTrackerStore::session() const
 void KelvoTrackerStore::open()
 {
     d->state = Opening;
-    d->error.clear();
     d->session = std::make_shared<StoreSession>();
     const quint64 attempt = ++d->attempt;
     d->session->setDamageHandler([this, attempt, mailbox = d->mailbox](const StoreError &why) {
@@ -232,13 +241,18 @@ void KelvoTrackerStore::open()
     });
     d->operations.start(
         [this, attempt, session = d->session, mailbox = d->mailbox, path = StoreFolder::defaultPath()] {
+            OpeningGate::instance().wait();
             // Closed again before its turn came: those asked for later, and the end of the program, wait for it.
             if (attempt != d->attempt) {
                 session->failed({StoreError::Closed, QStringLiteral("The tracker store is closed")});
                 return;
             }
             const OpeningEnd end = openFor(*session, path, {});
-            mailbox->post([=, this] { finishOpening(attempt, end.state, end.text, end.readOnly); });
+            mailbox->post([=, this] {
+                finishOpening(attempt, end.state, end.text, end.readOnly);
+                if (end.mayPass)
+                    planNextTry();
+            });
         });
 }
 
@@ -249,9 +263,11 @@ void KelvoTrackerStore::finishOpening(quint64 attempt, int state, const QString 
     d->state = State(state);
     d->readOnly = readOnly;
     if (state == Failed) {
+        if (text != d->error) // not each time that it is tried again
+            qCWarning(lcKelvo).noquote() << "The tracker store cannot be used:" << text;
         d->error = text;
-        qCWarning(lcKelvo).noquote() << "The tracker store cannot be used:" << text;
     } else {
+        d->error.clear();
         qCDebug(lcKelvo).noquote() << "The tracker store is open:" << StoreFolder::defaultPath();
         updateIndexer();
     }
@@ -269,6 +285,8 @@ void KelvoTrackerStore::rebuild(quint64 attempt, const StoreError &why)
     if (d->indexer)
         d->indexer->stop();
     const bool own = !isReadOnly();
+    // One reading that went wrong, of a disk that works again by now, is no damage yet.
+    const bool isSure = why.kind != StoreError::Damaged || std::exchange(d->wasDoubted, true);
     d->state = Opening;
     d->session = std::make_shared<StoreSession>();
     const quint64 next = ++d->attempt;
@@ -278,9 +296,13 @@ void KelvoTrackerStore::rebuild(quint64 attempt, const StoreError &why)
     d->operations.start(
         [=, this, session = d->session, mailbox = d->mailbox, path = StoreFolder::defaultPath()] {
             old->close();
-            const QString notice = own ? discardStore(path, why) : why.message;
+            const QString notice = !own ? why.message : isSure ? discardStore(path, why) : QString();
             const OpeningEnd end = openFor(*session, path, notice);
-            mailbox->post([=, this] { finishOpening(next, end.state, end.text, end.readOnly); });
+            mailbox->post([=, this] {
+                finishOpening(next, end.state, end.text, end.readOnly);
+                if (end.mayPass)
+                    planNextTry();
+            });
         });
 }
 
@@ -291,6 +313,7 @@ void KelvoTrackerStore::close()
     if (d->indexer)
         d->indexer->stop();
     d->operations.start([this, session = std::exchange(d->session, nullptr), mailbox = d->mailbox] {
+        d->updates.runWaiting(session);
         session->close();
         mailbox->post([this] {
             if (d->state == Closed)
@@ -329,23 +352,20 @@ void KelvoTrackerStore::updateIndexer()
 
 void KelvoTrackerStore::countPlay(const QUrl &url)
 {
-    d->operations.start([this, url, session = session(), mailbox = d->mailbox] {
-        within(session, [&](StoreConnection &connection, StoreError *error) {
-            if (const int count = addPlay(connection, FileUri::canonical(url.toEncoded()), error))
-                mailbox->post([this, url, count] { Q_EMIT playCounted(url, count); });
-        });
+    update([this, url, time = Sparql::now(), mailbox = d->mailbox](
+               StoreConnection &connection, StoreError *error) {
+        if (const int count = addPlay(connection, FileUri::canonical(url.toEncoded()), time, error))
+            mailbox->post([this, url, count] { Q_EMIT playCounted(url, count); });
     });
 }
 
 void KelvoTrackerStore::correctLength(const QUrl &url, int seconds)
 {
-    d->operations.start(
-        [this, url, seconds, session = session(), indexing = d->indexing, mailbox = d->mailbox] {
-            within(session, [&](StoreConnection &connection, StoreError *error) {
-                if (setLength(connection, indexing.get(), url, seconds, error))
-                    mailbox->post([this, url, seconds] { Q_EMIT lengthCorrected(url, seconds); });
-            });
-        });
+    update([this, url, seconds, indexing = d->indexing, mailbox = d->mailbox](
+               StoreConnection &connection, StoreError *error) {
+        if (setLength(connection, indexing.get(), url, seconds, error))
+            mailbox->post([this, url, seconds] { Q_EMIT lengthCorrected(url, seconds); });
+    });
 }
 
 void KelvoTrackerStore::setFavorite(const QUrl &url, bool favorite)
@@ -360,10 +380,35 @@ void KelvoTrackerStore::setDownloaded(const QUrl &url, bool downloaded)
 
 void KelvoTrackerStore::mark(const QUrl &url, const char *tag, bool on)
 {
-    d->operations.start([this, url, tag, on, session = session(), mailbox = d->mailbox] {
-        within(session, [&](StoreConnection &connection, StoreError *error) {
-            if (setMark(connection, FileUri::canonical(url.toEncoded()), tag, on, error))
-                mailbox->post([this, url] { Q_EMIT marked(url); });
+    update([this, url, tag, on, mailbox = d->mailbox](StoreConnection &connection, StoreError *error) {
+        if (setMark(connection, FileUri::canonical(url.toEncoded()), tag, on, error))
+            mailbox->post([this, url] { Q_EMIT marked(url); });
+    });
+}
+
+void KelvoTrackerStore::update(std::function<void(StoreConnection &, StoreError *)> change)
+{
+    d->operations.start(
+        [this, session = session(), mailbox = d->mailbox, change = std::move(change)]() mutable {
+            d->updates.run(session, std::move(change));
+            if (!d->updates.isEmpty())
+                mailbox->post([this] { planNextTry(); });
+        });
+}
+
+// What waits is tried again even when nothing else is to be written.
+void KelvoTrackerStore::planNextTry()
+{
+    if (std::exchange(d->willTryAgain, true))
+        return;
+    QTimer::singleShot(untilNextTry, this, [this] {
+        d->willTryAgain = false;
+        if (d->state == Failed && !d->users.isEmpty())
+            open();
+        d->operations.start([this, session = session(), mailbox = d->mailbox] {
+            d->updates.runWaiting(session);
+            if (!d->updates.isEmpty())
+                mailbox->post([this] { planNextTry(); });
         });
     });
 }

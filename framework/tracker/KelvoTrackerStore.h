@@ -6,6 +6,7 @@
 #include <QObject>
 #include <QUrl>
 
+#include <functional>
 #include <memory>
 
 class StoreIndexing;
@@ -97,6 +98,8 @@ private:
     void rebuild(quint64 attempt, const struct StoreError &why);
     void updateIndexer();
     void mark(const QUrl &url, const char *tag, bool on);
+    void update(std::function<void(class StoreConnection &, struct StoreError *)> change);
+    void planNextTry();
     void shutDown();
 
     struct Private;

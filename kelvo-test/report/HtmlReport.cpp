@@ -68,6 +68,8 @@ constexpr LaneOfReport lanesOfReport[] = {
     {"State", &Timeline::Renderer::states, LanePicture::Style::States, "states"},
     {"Buffering", &Timeline::Renderer::buffering, LanePicture::Style::Fill, "buffering"},
     {"Position", &Timeline::Renderer::position, LanePicture::Style::Curve, "position"},
+    {"Heard", &Timeline::Renderer::heard, LanePicture::Style::Fill, "heard"},
+    {"Seen", &Timeline::Renderer::seen, LanePicture::Style::Fill, "seen"},
     {"Errors", &Timeline::Renderer::errors, LanePicture::Style::Ticks, "errors"},
     {"Others", &Timeline::Renderer::others, LanePicture::Style::Ticks, "others"},
 };
@@ -221,7 +223,10 @@ QByteArray HtmlReport::lanesOf(const Timeline::Renderer &renderer, qsizetype sha
             + picture.of(marks.atMost(share), lane.style, QByteArray(lane.title) + " of " + name)
             + "</div>\n";
     }
-    return html + "<div class=\"lane axis\"><span>Seconds</span>" + picture.axis() + "</div></div>\n";
+    return html + "<div class=\"lane axis\"><span>Seconds</span>"
+        + picture.axis()
+        // Tells what the keys have chosen.
+        + "</div><output class=hint></output></div>\n";
 }
 
 QByteArray HtmlReport::effects() const

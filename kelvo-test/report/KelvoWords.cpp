@@ -4,6 +4,8 @@
 #include <QJsonDocument>
 #include <QStringList>
 
+#include <algorithm>
+
 namespace {
 QString textOf(const QJsonValue &value)
 {
@@ -57,6 +59,22 @@ std::optional<double> KelvoWords::answeredPosition(const RecordedEvent &event)
         return {};
     const QJsonValue value = event.arguments.at(isProperty ? 1 : 0);
     return value.isDouble() ? std::optional(value.toDouble()) : std::nullopt;
+}
+
+std::optional<KelvoWords::Sensed> KelvoWords::sensedBy(const RecordedEvent &event)
+{
+    if (event.kind != heard && event.kind != seen)
+        return {};
+    Sensed what;
+    what.ago = std::max(event.arguments.at(0).toDouble(), 0.0);
+    what.item = event.arguments.at(1).toInt();
+    const QJsonValue position = event.arguments.at(2);
+    if (position.isDouble())
+        what.position = position.toDouble();
+    if (event.kind == seen)
+        what.leftOut = event.arguments.at(4).toInt();
+    what.doubt = event.arguments.at(5).toString();
+    return what;
 }
 
 QString KelvoWords::errorText(const QJsonValue &error)

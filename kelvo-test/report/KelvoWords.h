@@ -15,6 +15,8 @@ inline constexpr QLatin1String answer{"answer"};
 inline constexpr QLatin1String appears{"appears"};
 inline constexpr QLatin1String vanishes{"vanishes"};
 inline constexpr QLatin1String note{"note"};
+inline constexpr QLatin1String heard{"heard"};
+inline constexpr QLatin1String seen{"seen"};
 
 inline constexpr QLatin1String stopped{"Stopped"};
 inline constexpr QLatin1String playing{"Playing"};
@@ -33,6 +35,18 @@ bool isOfRenderer(const RecordedEvent &event);
 
 /// The position in seconds that an event answers with; nothing for any other event.
 std::optional<double> answeredPosition(const RecordedEvent &event);
+
+/// What an ear heard, or an eye saw, of a renderer (docs/recording.md).
+struct Sensed
+{
+    double ago = 0; ///< seconds before it was written down
+    int item = 0; ///< 0: not known
+    std::optional<double> position; ///< seconds
+    int leftOut = 0; ///< pictures
+    QString doubt; ///< why something could not be measured
+};
+/// Nothing for any other event.
+std::optional<Sensed> sensedBy(const RecordedEvent &event);
 
 /// "error 104: the text of the renderer", of the argument of error().
 QString errorText(const QJsonValue &error);

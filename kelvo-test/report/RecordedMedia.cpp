@@ -3,10 +3,18 @@
 
 #include "YamlText.h"
 
+#include <QUrl>
+
 namespace {
 /// Of a longer list the rest is left out.
 constexpr int mostItems = 1000;
 } // namespace
+
+bool RecordedMedia::isAddress(const QString &url)
+{
+    const QUrl address(url, QUrl::StrictMode);
+    return address.isValid() && !address.scheme().isEmpty();
+}
 
 QString RecordedMedia::medium(const QString &url)
 {
@@ -28,7 +36,7 @@ QString RecordedMedia::playlist(const QString &uuid)
 
 void RecordedMedia::noteItem(const QString &uuid, int index, const QString &url)
 {
-    if (index < 0 || index >= mostItems || url.isEmpty())
+    if (index < 0 || index >= mostItems || !isAddress(url))
         return;
     playlist(uuid);
     m_playlists[m_indexes.value(uuid)].items.insert(index, medium(url));
@@ -39,10 +47,8 @@ QByteArray RecordedMedia::yaml() const
     QByteArray yaml;
     if (!m_urls.isEmpty())
         yaml += "media:\n";
-    for (qsizetype i = 0; i < m_urls.size(); ++i) {
-        yaml += "  " + m_names.value(m_urls.at(i)).toUtf8() + ": {url: " + YamlText::quoted(m_urls.at(i))
-            + "}\n";
-    }
+    for (const QString &url : m_urls)
+        yaml += "  " + m_names.value(url).toUtf8() + ": {url: " + YamlText::quoted(url) + "}\n";
     if (!m_playlists.isEmpty())
         yaml += "playlists:\n";
     for (const Playlist &playlist : m_playlists)

@@ -9,6 +9,9 @@
 class RecordedMedia
 {
 public:
+    /// Whether a scenario can have a medium of this address; a renderer may have been told anything.
+    static bool isAddress(const QString &url);
+
     /// The name for an address, "medium1" and so on in the order in which they were asked for.
     QString medium(const QString &url);
 

@@ -59,9 +59,8 @@ void ScenarioWriter::add(qint64, const RecordedEvent &event)
         return;
     }
     if (event.kind == KelvoWords::command && !KelvoWords::isQuestion(event.name)) {
-        const qsizetype renderer = isForRenderer(event) ? rendererOf(event.uuid) : -1;
-        if (renderer >= 0)
-            takeCommand(renderer, event);
+        if (isForRenderer(event) && hasRoomFor(event.uuid))
+            takeCommand(event);
         return;
     }
     if (event.kind == KelvoWords::appears && event.name != QLatin1String("renderer")
@@ -88,23 +87,27 @@ bool ScenarioWriter::isForRenderer(const RecordedEvent &command) const
         || (command.name == QLatin1String("setKelvoProperty") && !m_others.contains(command.uuid));
 }
 
+bool ScenarioWriter::hasRoomFor(const QString &uuid) const
+{
+    return m_renderers.size() < mostRenderersOfScenario || m_indexes.contains(uuid);
+}
+
 qsizetype ScenarioWriter::rendererOf(const QString &uuid)
 {
     const auto known = m_indexes.constFind(uuid);
     if (known != m_indexes.constEnd())
         return *known;
-    if (m_renderers.size() == mostRenderersOfScenario)
-        return -1;
     m_renderers.append(Renderer());
     return *m_indexes.insert(uuid, m_renderers.size() - 1);
 }
 
-void ScenarioWriter::takeCommand(qsizetype renderer, const RecordedEvent &event)
+void ScenarioWriter::takeCommand(const RecordedEvent &event)
 {
-    const QByteArray step = commandStep(renderer, event);
+    const QByteArray step = commandStep(event);
     if (step.isEmpty())
         return;
-    m_renderers[renderer].pausedStep = -1;
+    const qsizetype renderer = rendererOf(event.uuid);
+    noteCommand(&m_renderers[renderer], event);
     // The first command begins the scenario, whenever it came.
     const double waited = m_steps.isEmpty() ? 0 : event.time - m_time;
     if (waited >= shortestWait)
@@ -112,8 +115,19 @@ void ScenarioWriter::takeCommand(qsizetype renderer, const RecordedEvent &event)
     append(renderer, step, event.time);
 }
 
+/// What reports that come later are seen against.
+void ScenarioWriter::noteCommand(Renderer *renderer, const RecordedEvent &event)
+{
+    renderer->pausedStep = -1;
+    const QString first = event.arguments.at(0).toString();
+    if (event.name == QLatin1String("assignPlaylist"))
+        renderer->playlist = first;
+    else if (event.name == QLatin1String("setKelvoProperty"))
+        renderer->properties.append(first);
+}
+
 /// The step for a command; empty for one that a scenario has no use for.
-QByteArray ScenarioWriter::commandStep(qsizetype renderer, const RecordedEvent &event)
+QByteArray ScenarioWriter::commandStep(const RecordedEvent &event)
 {
     const QJsonValue first = event.arguments.at(0);
     const QByteArray name = event.name.toUtf8();
@@ -122,6 +136,8 @@ QByteArray ScenarioWriter::commandStep(qsizetype renderer, const RecordedEvent &
             need(event.name);
         return name + ':';
     }
+    if (event.name.startsWith(QLatin1String("playUri")) && !RecordedMedia::isAddress(first.toString()))
+        return {};
     if (event.name == QLatin1String("playUri"))
         return name + ": $" + m_media.medium(first.toString()).toUtf8();
     if (event.name == QLatin1String("playUriWithType")) {
@@ -139,23 +155,20 @@ QByteArray ScenarioWriter::commandStep(qsizetype renderer, const RecordedEvent &
         return event.arguments.at(1).toInt() == 0 ? name + ": " + seconds
                                                   : name + ": {seconds: " + seconds + ", mode: relative}";
     }
-    if (event.name == QLatin1String("assignPlaylist")) {
-        m_renderers[renderer].playlist = first.toString();
+    if (event.name == QLatin1String("assignPlaylist"))
         return name + ": "
             + (first.isString() ? '$' + m_media.playlist(first.toString()).toUtf8() : QByteArray("none"));
-    }
     if (event.name == QLatin1String("setKelvoProperty"))
-        return propertyStep(renderer, event);
+        return propertyStep(event);
     return {};
 }
 
-QByteArray ScenarioWriter::propertyStep(qsizetype renderer, const RecordedEvent &event)
+QByteArray ScenarioWriter::propertyStep(const RecordedEvent &event)
 {
     const QString property = event.arguments.at(0).toString();
     const QByteArray value = plainValue(event.arguments.at(1));
     if (isOfScreen(property) || value.isEmpty())
         return {};
-    m_renderers[renderer].properties.append(property);
     return "setKelvoProperty: {" + YamlText::quoted(property) + ": " + value + '}';
 }
 
@@ -215,7 +228,7 @@ QByteArray ScenarioWriter::itemExpectation(Renderer *renderer, const RecordedEve
             m_media.noteItem(renderer->playlist, index, url);
         return "index: " + QByteArray::number(index);
     }
-    return url.isEmpty() ? QByteArray() : "item: $" + m_media.medium(url).toUtf8();
+    return RecordedMedia::isAddress(url) ? "item: $" + m_media.medium(url).toUtf8() : QByteArray();
 }
 
 /// What nobody set comes from outside, and a scenario cannot bring it about.

@@ -23,7 +23,7 @@ public:
     /// The scenario as YAML. The title is one line of plain text.
     QByteArray yaml(const QString &title) const;
     bool isCut() const { return m_isCut; }
-    /// Whether a renderer was told anything: without that there is no scenario.
+    /// Whether no renderer was told anything that a scenario has a step for: then there is no scenario.
     bool isEmpty() const { return m_renderers.isEmpty(); }
 
 private:
@@ -43,10 +43,12 @@ private:
     };
 
     bool isForRenderer(const RecordedEvent &command) const;
+    bool hasRoomFor(const QString &uuid) const;
     qsizetype rendererOf(const QString &uuid);
-    void takeCommand(qsizetype renderer, const RecordedEvent &event);
-    QByteArray commandStep(qsizetype renderer, const RecordedEvent &event);
-    QByteArray propertyStep(qsizetype renderer, const RecordedEvent &event);
+    void takeCommand(const RecordedEvent &event);
+    static void noteCommand(Renderer *renderer, const RecordedEvent &event);
+    QByteArray commandStep(const RecordedEvent &event);
+    static QByteArray propertyStep(const RecordedEvent &event);
     void takeReport(qsizetype renderer, const RecordedEvent &event);
     QByteArray expectation(qsizetype renderer, const RecordedEvent &event);
     QByteArray stateExpectation(Renderer *renderer, const QString &state);

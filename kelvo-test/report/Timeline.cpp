@@ -8,11 +8,17 @@
 namespace {
 constexpr qsizetype mostNotes = 1000;
 constexpr qsizetype mostStates = 16;
+/// An answer is worth something for so long. Seconds.
+constexpr double freshAnswer = 0.25;
+constexpr double millisecondsOfASecond = 1000;
+/// Height of a sound that is heard and not measured.
+constexpr double doubtful = 0.4;
 
 bool isKnown(const QString &kind)
 {
     return kind == KelvoWords::command || kind == KelvoWords::report || kind == KelvoWords::answer
-        || kind == KelvoWords::appears || kind == KelvoWords::vanishes || kind == KelvoWords::note;
+        || kind == KelvoWords::appears || kind == KelvoWords::vanishes || kind == KelvoWords::note
+        || kind == KelvoWords::heard || kind == KelvoWords::seen;
 }
 
 Mark moment(qint64 index, const RecordedEvent &event, const QString &text)
@@ -38,14 +44,62 @@ void Timeline::add(qint64 index, const RecordedEvent &event)
     } else if (event.kind == KelvoWords::report) {
         takeReport(renderer, index, event);
     } else if (const std::optional<double> position = KelvoWords::answeredPosition(event)) {
-        Mark mark = moment(index, event, KelvoWords::seconds(*position));
-        mark.low = mark.high = *position;
-        renderer->position.add(mark);
+        takePosition(renderer, index, event, *position);
+    } else if (event.kind == KelvoWords::heard || event.kind == KelvoWords::seen) {
+        takeSensed(renderer, index, event);
     } else if (event.kind == KelvoWords::vanishes) {
         endState(renderer, event.time);
     } else if (!isKnown(event.kind)) {
         renderer->others.add(moment(index, event, event.kind + QLatin1Char(' ') + KelvoWords::call(event)));
     }
+}
+
+void Timeline::takePosition(Renderer *renderer, qint64 index, const RecordedEvent &event, double position)
+{
+    Mark mark = moment(index, event, KelvoWords::seconds(position));
+    mark.low = mark.high = position;
+    renderer->position.add(mark);
+    renderer->answered = {event.time, position};
+}
+
+/// What is heard or seen is written down a little later than it was.
+void Timeline::takeSensed(Renderer *renderer, qint64 index, const RecordedEvent &event)
+{
+    const bool isSound = event.kind == KelvoWords::heard;
+    Lane &lane = isSound ? renderer->heard : renderer->seen;
+    bool &isThere = isSound ? renderer->isHeard : renderer->isSeen;
+    const std::optional<KelvoWords::Sensed> what = KelvoWords::sensedBy(event);
+    const double at = event.time - what->ago;
+    const bool goesOn = event.name == QLatin1String("goes") && isThere;
+    if (isThere)
+        lane.endLast(at);
+    isThere = event.name != QLatin1String("ends") && event.name != QLatin1String("fails");
+    // While nothing changes, what goes on needs no mark but where what is answered can be set beside it.
+    const bool isAnswered = renderer->answered && at - renderer->answered->first < freshAnswer
+        && at >= renderer->answered->first && what->position;
+    const bool isNews = !goesOn || isAnswered || !what->doubt.isEmpty() || what->leftOut > 0;
+    if (!isThere || !isNews)
+        return;
+    QString text = isSound ? QStringLiteral("a sound") : QStringLiteral("a picture");
+    if (what->item > 0)
+        text = QStringLiteral("item %1").arg(what->item);
+    if (what->position)
+        text += QStringLiteral(" at ") + KelvoWords::seconds(*what->position);
+    if (event.name == QLatin1String("rests"))
+        text += QStringLiteral(", which rests");
+    if (isAnswered) {
+        const double told = renderer->answered->second + at - renderer->answered->first;
+        text += QStringLiteral(", %1 ms from what it says")
+                    .arg((*what->position - told) * millisecondsOfASecond, 0, 'f', 0);
+    }
+    if (what->leftOut > 0)
+        text += QStringLiteral(", %1 pictures left out").arg(what->leftOut);
+    if (!what->doubt.isEmpty())
+        text += QStringLiteral(" (%1)").arg(what->doubt);
+    Mark mark = moment(index, event, text);
+    mark.from = mark.to = std::max(at, 0.0);
+    mark.low = mark.high = what->doubt.isEmpty() ? 1 : doubtful;
+    lane.add(mark);
 }
 
 Timeline::Renderer *Timeline::rendererOf(const RecordedEvent &event)
@@ -135,5 +189,9 @@ void Timeline::finish()
         endState(&renderer, m_end);
         if (renderer.isBuffering)
             renderer.buffering.endLast(m_end);
+        if (renderer.isHeard)
+            renderer.heard.endLast(m_end);
+        if (renderer.isSeen)
+            renderer.seen.endLast(m_end);
     }
 }

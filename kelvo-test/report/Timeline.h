@@ -35,10 +35,19 @@ public:
         Lane buffering;
         /// Seconds, as answered.
         Lane position;
+        /// From each beginning of sound to its end, by what is heard: which item, and how far the position that was
+        /// answered last is from the one that is heard.
+        Lane heard;
+        /// The same of pictures that are seen.
+        Lane seen;
         Lane errors;
         /// What later programs record: events of a kind that is not known here.
         Lane others;
         bool isBuffering = false;
+        bool isHeard = false; ///< there is a sound
+        bool isSeen = false; ///< there is a picture
+        /// The position that was answered last, and when.
+        std::optional<QPair<double, double>> answered;
         /// The state that goes on, and since when; empty before the first.
         QString state;
         double stateSince = 0;
@@ -69,6 +78,8 @@ private:
     void takeState(Renderer *renderer, qint64 index, const RecordedEvent &event);
     void takeBuffering(Renderer *renderer, qint64 index, const RecordedEvent &event);
     void takeError(Renderer *renderer, qint64 index, const RecordedEvent &event);
+    static void takePosition(Renderer *renderer, qint64 index, const RecordedEvent &event, double position);
+    static void takeSensed(Renderer *renderer, qint64 index, const RecordedEvent &event);
     static void endState(Renderer *renderer, double time);
 
     QList<Renderer> m_renderers;

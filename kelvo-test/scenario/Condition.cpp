@@ -43,10 +43,35 @@ bool Condition::isReport() const
     const int parts = int(state.has_value()) + int(item.has_value()) + int(index.has_value())
         + int(properties.size()) + int(metadata.size()) + int(error.has_value()) + int(completed)
         + int(there.has_value());
-    return parts == 1 && !position;
+    return parts == 1 && !position && heard.isEmpty() && seen.isEmpty();
 }
 
 bool Condition::holds(const Observation &observed) const
+{
+    const bool isStill = state && (*state == KelvoRenderer::Paused || *state == KelvoRenderer::Stopped);
+    return isTold(observed) && (heard.isEmpty() || heard.holds(observed.heard, isStill))
+        && (seen.isEmpty() || seen.holds(observed.seen, observed.heard, isStill));
+}
+
+QString Condition::unmeasured(const Observation &observed) const
+{
+    if (!isTold(observed))
+        return {};
+    const QString unheard = heard.unmeasured(observed.heard);
+    return unheard.isEmpty() ? seen.unmeasured(observed.seen, observed.heard) : unheard;
+}
+
+QString Condition::measured(const Observation &observed) const
+{
+    QStringList words;
+    if (const QString sound = heard.measured(observed.heard); !sound.isEmpty())
+        words.append(QStringLiteral("heard ") + sound);
+    if (const QString picture = seen.measured(observed.seen, observed.heard); !picture.isEmpty())
+        words.append(QStringLiteral("seen ") + picture);
+    return words.join(QStringLiteral("; "));
+}
+
+bool Condition::isTold(const Observation &observed) const
 {
     if (there && *there != observed.there)
         return false;
@@ -117,5 +142,9 @@ QString Condition::text() const
             *error == AnyError ? QStringLiteral("any error") : QStringLiteral("error %1").arg(*error));
     if (completed)
         words.append(QStringLiteral("playback completed"));
+    if (!heard.isEmpty())
+        words.append(heard.text());
+    if (!seen.isEmpty())
+        words.append(seen.text());
     return words.join(QStringLiteral(", "));
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "EarCondition.h"
+#include "EyeCondition.h"
 #include "KelvoError.h"
 #include "KelvoRenderer.h"
 #include "Quantities.h"
@@ -25,15 +27,27 @@ struct Condition
     std::optional<int> error; ///< code that came since the last command; AnyError: whatever it is
     bool completed = false; ///< playback has completed since the last command
     std::optional<bool> there; ///< whether the renderer is in the registry
+    EarCondition heard; ///< what comes out, whatever it says
+    EyeCondition seen; ///< the same of the picture
     int renderer = 0; ///< which of the scenario's
 
     static constexpr int AnyError = -1;
 
-    /// Whether a report can tell it by itself: exactly one thing, and not the position.
+    /// Whether a report can tell it by itself: exactly one thing, and neither the position nor what is heard or seen.
     bool isReport() const;
     bool holds(const Observation &observed) const;
+    bool needsEar() const { return !heard.isEmpty() || seen.sync; }
+    bool needsEye() const { return !seen.isEmpty(); }
+    /// What was measured of what is heard and seen, for people; empty: nothing was to be.
+    QString measured(const Observation &observed) const;
+    /// Why what should be heard or seen could not be measured, and nothing else is in the way; empty: it could be, or something is.
+    QString unmeasured(const Observation &observed) const;
     /// Whether the event tells just that.
     bool isToldBy(const Event &event) const;
     /// For people: "state Playing, position 3 s ± 250 ms".
     QString text() const;
+
+private:
+    /// The same of what the renderer says.
+    bool isTold(const Observation &observed) const;
 };

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "ConditionReader.h"
 
+#include "EarConditionReader.h"
+#include "EyeConditionReader.h"
 #include "MediaReader.h"
 #include "Spelling.h"
 #include "YamlNode.h"
@@ -16,11 +18,18 @@ constexpr std::chrono::milliseconds usualTime = 5s;
 constexpr int mostReports = 1'000'000;
 constexpr int highestItem = 1'000'000;
 
-const QStringList &conditionKeys()
+/// What the renderer says.
+const QStringList &toldKeys()
 {
     static const QStringList keys{QStringLiteral("state"), QStringLiteral("item"), QStringLiteral("index"),
         QStringLiteral("position"), QStringLiteral("property"), QStringLiteral("metadata"),
         QStringLiteral("error"), QStringLiteral("completed"), QStringLiteral("there")};
+    return keys;
+}
+
+const QStringList &conditionKeys()
+{
+    static const QStringList keys = toldKeys() + EarConditionReader::keys() + EyeConditionReader::keys();
     return keys;
 }
 
@@ -93,6 +102,8 @@ void ConditionReader::take(Condition &condition, const YamlNode &entry) const
         condition.completed = entry.word({QStringLiteral("true")}) == QLatin1String("true");
     else if (key == QLatin1String("there"))
         condition.there = entry.boolean();
+    EarConditionReader::take(condition.heard, entry, m_media);
+    EyeConditionReader::take(condition.seen, entry, m_media);
 }
 
 Condition ConditionReader::condition(const YamlNode &node, const QStringList &more) const
@@ -112,10 +123,10 @@ Condition ConditionReader::condition(const YamlNode &node, const QStringList &mo
 
 Condition ConditionReader::report(const YamlNode &node, const QStringList &more) const
 {
-    const Condition report = condition(node, more);
+    Condition report = condition(node, more);
     if (!report.isReport())
         node.fail(QStringLiteral("%1 takes one report: one of %2 (not the position, which is asked for)")
-                      .arg(node.name(), conditionKeys().join(QStringLiteral(", "))));
+                      .arg(node.name(), toldKeys().join(QStringLiteral(", "))));
     return report;
 }
 

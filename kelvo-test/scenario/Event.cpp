@@ -39,7 +39,8 @@ QString argumentText(const QVariant &argument)
 
 QString Event::text() const
 {
-    static constexpr const char *kinds[] = {"command", "report", "request", "appears", "vanishes"};
+    static constexpr const char *kinds[]
+        = {"command", "report", "request", "appears", "vanishes", "heard", "seen"};
     QStringList words;
     for (const QVariant &argument : arguments)
         words.append(argumentText(argument));
@@ -62,7 +63,11 @@ void Observation::take(const Event &event)
 {
     const QVariantList &arguments = event.arguments;
     if (event.kind == Event::Appears || event.kind == Event::Vanishes) {
+        const HeardSound stillHeard = heard;
+        const SeenPicture stillSeen = seen;
         *this = Observation();
+        heard = stillHeard;
+        seen = stillSeen;
         there = event.kind == Event::Appears;
     } else if (event.name == QLatin1String("stateChanged")) {
         state = arguments.value(0).value<KelvoRenderer::State>();
@@ -96,6 +101,10 @@ QString Observation::text() const
         words.append(QStringLiteral("error %1").arg(code));
     if (completed > 0)
         words.append(QStringLiteral("completed"));
+    if (heard.isListening())
+        words.append(heard.text());
+    if (seen.isLooking())
+        words.append(seen.text());
     return words.join(QStringLiteral(", "));
 }
 

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "HeardSound.h"
 #include "KelvoError.h"
 #include "KelvoRenderer.h"
+#include "SeenPicture.h"
 
 #include <QHash>
 #include <QString>
@@ -14,7 +16,7 @@
 /// Something that happened during a run.
 struct Event
 {
-    enum Kind { Command, Report, Request, Appears, Vanishes };
+    enum Kind { Command, Report, Request, Appears, Vanishes, Heard, Seen };
 
     double seconds = 0; ///< since the run began
     Kind kind = Report;
@@ -38,6 +40,8 @@ struct Observation
     QHash<QString, QVariantList> metadata; ///< of the item
     QList<int> errors; ///< codes that came since the last command, at most so many
     int completed = 0; ///< since the last command
+    HeardSound heard; ///< not told by the renderer
+    SeenPicture seen; ///< the same
 
     static constexpr int MostErrors = 100;
 

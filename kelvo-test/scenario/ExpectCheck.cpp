@@ -80,6 +80,22 @@ bool ExpectCheck::needsPosition() const
     return m_step->conditions.constFirst().position.has_value();
 }
 
+bool ExpectCheck::isMeasured() const
+{
+    const Condition &condition = m_step->conditions.constFirst();
+    return condition.needsEar() || condition.needsEye();
+}
+
+QString ExpectCheck::unmeasured(const Observation &observed) const
+{
+    return m_step->conditions.constFirst().unmeasured(observed);
+}
+
+QString ExpectCheck::measured(const Observation &observed) const
+{
+    return m_step->conditions.constFirst().measured(observed);
+}
+
 QStringList ExpectCheck::properties() const
 {
     return m_step->kind == ExpectStep::Once ? m_step->conditions.constFirst().properties.keys()

@@ -27,6 +27,12 @@ public:
     /// When it will be over, whatever comes.
     double deadline() const;
     bool needsPosition() const;
+    /// By ear or eye.
+    bool isMeasured() const;
+    /// Why it could not be measured, and so has not failed; empty: it could.
+    QString unmeasured(const Observation &observed) const;
+    /// What was measured of what is heard and seen, for people; empty: nothing was to be.
+    QString measured(const Observation &observed) const;
     QStringList properties() const;
     /// For people.
     QString wanted() const;

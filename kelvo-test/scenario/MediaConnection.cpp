@@ -81,7 +81,7 @@ void MediaConnection::takeRequest(const QByteArray &head)
 {
     m_patience.stop();
     const QList<QByteArray> line = head.left(head.indexOf('\r')).split(' ');
-    const QByteArray method = line.at(0);
+    const QByteArray &method = line.at(0);
     const QUrl target = QUrl::fromEncoded(line.value(1));
     m_path = target.path().mid(1);
     if (line.size() != 3 || !line.at(2).startsWith("HTTP/1."))

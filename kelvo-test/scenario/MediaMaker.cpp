@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "MediaMaker.h"
 
+#include "ClockedMedium.h"
+#include "UserFolders.h"
+
 #include <QCryptographicHash>
+#include <QDateTime>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QProcess>
-#include <QStandardPaths>
 #include <QTemporaryDir>
 
 namespace {
@@ -32,16 +35,42 @@ QStringList argumentsFor(const Medium &medium)
     return arguments + QStringList{QStringLiteral("-metadata"), QStringLiteral("title=") + medium.title};
 }
 
-bool run(const QStringList &arguments, QString *error)
+/// What makes a medium: a program and its arguments, to which the path of the file is added.
+struct Making
+{
+    QString program;
+    QStringList arguments;
+};
+
+Making makingOf(const Medium &medium)
+{
+    if (medium.clock == 0)
+        return {QStringLiteral("ffmpeg"), argumentsFor(medium)};
+    return {ClockedMedium::program(),
+        ClockedMedium{medium.clock, medium.format, medium.seconds, medium.title}.arguments()};
+}
+
+/// The same for the same medium, made by the same program.
+QString markOf(const Making &making)
+{
+    const QFileInfo program(making.program);
+    const QStringList words = making.arguments
+        + QStringList{program.isFile() ? program.lastModified().toString(Qt::ISODateWithMs) : QString()};
+    return QString::fromLatin1(
+        QCryptographicHash::hash(words.join(u'\n').toUtf8(), QCryptographicHash::Sha256).toHex().left(16));
+}
+
+bool run(const Making &making, const QString &path, QString *error)
 {
     QProcess process;
     process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(QStringLiteral("ffmpeg"), arguments);
+    process.start(making.program, making.arguments + QStringList{path});
     const bool ended = process.waitForFinished(mostTime);
     if (ended && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0)
         return true;
     const QString words = QString::fromLocal8Bit(process.readAll()).trimmed();
-    *error = QStringLiteral("ffmpeg, which makes media of this format, failed: ")
+    *error = QStringLiteral("%1, which makes media of this format, failed: ")
+                 .arg(QFileInfo(making.program).fileName())
         + (words.isEmpty() ? process.errorString() : words);
     return false;
 }
@@ -49,14 +78,9 @@ bool run(const QStringList &arguments, QString *error)
 
 QString MediaMaker::make(const Medium &medium, QString *error)
 {
-    const QStringList arguments = argumentsFor(medium);
-    const QByteArray mark
-        = QCryptographicHash::hash(arguments.join(u'\n').toUtf8(), QCryptographicHash::Sha256)
-              .toHex()
-              .left(16);
-    const QDir folder(QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation)
-        + QStringLiteral("/kelvo-test/media"));
-    const QString path = folder.filePath(QString::fromLatin1(mark) + u'.' + medium.format);
+    const Making making = makingOf(medium);
+    const QDir folder(UserFolders::cache(QStringLiteral("media")));
+    QString path = folder.filePath(markOf(making) + u'.' + medium.format);
     if (QFileInfo(path).isFile())
         return path;
     folder.mkpath(QStringLiteral("."));
@@ -68,7 +92,7 @@ QString MediaMaker::make(const Medium &medium, QString *error)
             = QStringLiteral("no media can be kept in %1: %2").arg(folder.path(), unfinished.errorString());
         return {};
     }
-    if (!run(arguments + QStringList{made}, error))
+    if (!run(making, made, error))
         return {};
     if (!QFile::rename(made, path) && !QFileInfo(path).isFile()) {
         *error = QStringLiteral("no media can be kept in %1").arg(folder.path());

@@ -3,7 +3,7 @@
 
 #include "Medium.h"
 
-/// Makes media with ffmpeg and keeps them in the user's cache.
+/// Makes media with other programs and keeps them in the user's cache.
 namespace MediaMaker {
 /// The path of the file; empty, with the reason, where it cannot be made. Blocks for a minute at most.
 QString make(const Medium &medium, QString *error);

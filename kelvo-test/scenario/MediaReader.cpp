@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "MediaReader.h"
 
+#include "ClockedMedium.h"
+#include "MediaClock.h"
 #include "Spelling.h"
 #include "YamlNode.h"
 
@@ -15,14 +17,21 @@ constexpr double longestMedium = 3600; // seconds
 constexpr int lowest = 20;
 constexpr int highest = 20'000; // Hz
 
-QStringList soundFormats()
+QStringList formatsOf(const Medium &medium)
 {
-    return {QStringLiteral("wav"), QStringLiteral("flac"), QStringLiteral("ogg"), QStringLiteral("opus"),
-        QStringLiteral("mp3"), QStringLiteral("m4a")};
+    const bool isVideo = medium.kind == Medium::Video;
+    if (medium.clock > 0)
+        return isVideo ? ClockedMedium::videoFormats() : ClockedMedium::soundFormats();
+    return isVideo ? QStringList{QStringLiteral("mp4"), QStringLiteral("webm"), QStringLiteral("mkv")}
+                   : QStringList{QStringLiteral("wav"), QStringLiteral("flac"), QStringLiteral("ogg"),
+                       QStringLiteral("opus"), QStringLiteral("mp3"), QStringLiteral("m4a")};
 }
-QStringList videoFormats()
+
+/// Whether it is to carry a clock, instead of what it plainly holds.
+bool wantsClock(const YamlNode &entry, const QString &plain)
 {
-    return {QStringLiteral("mp4"), QStringLiteral("webm"), QStringLiteral("mkv")};
+    const QString clock = QStringLiteral("timecode");
+    return entry.word({plain, clock}) == clock;
 }
 
 void checkName(const YamlNode &node)
@@ -43,7 +52,7 @@ QString pathOf(const YamlNode &node)
 
 QUrl addressOf(const YamlNode &node)
 {
-    const QUrl url(node.text(), QUrl::StrictMode);
+    QUrl url(node.text(), QUrl::StrictMode);
     if (!url.isValid() || url.scheme().isEmpty())
         node.fail(QStringLiteral("\"%1\" is no address such as http://host/song.mp3").arg(node.text()));
     return url;
@@ -52,11 +61,11 @@ QUrl addressOf(const YamlNode &node)
 void takeKind(Medium &medium, const YamlNode &entry)
 {
     if (entry.name() == QLatin1String("sound")) {
-        entry.word({QStringLiteral("tone")});
         medium.kind = Medium::Sound;
+        medium.clock = wantsClock(entry, QStringLiteral("tone")) ? 1 : 0;
     } else if (entry.name() == QLatin1String("video")) {
-        entry.word({QStringLiteral("test")});
         medium.kind = Medium::Video;
+        medium.clock = wantsClock(entry, QStringLiteral("test")) ? 1 : 0;
     } else if (entry.name() == QLatin1String("file")) {
         medium.kind = Medium::File;
         medium.path = pathOf(entry);
@@ -97,10 +106,9 @@ Medium readMedium(const YamlNode &node)
     }
     if (given.size() != 1)
         node.fail(QStringLiteral("\"%1\" must be one of: sound, video, file, url").arg(node.name()));
-    const bool isVideo = medium.kind == Medium::Video;
-    medium.format = isVideo ? QStringLiteral("mp4") : QStringLiteral("wav");
+    medium.format = medium.kind == Medium::Video ? QStringLiteral("mp4") : QStringLiteral("wav");
     if (const auto format = node.find(QStringLiteral("format")))
-        medium.format = format->word(isVideo ? videoFormats() : soundFormats());
+        medium.format = format->word(formatsOf(medium));
     return medium;
 }
 } // namespace
@@ -108,8 +116,16 @@ Medium readMedium(const YamlNode &node)
 QList<Medium> MediaReader::media(const YamlNode &node)
 {
     QList<Medium> media;
-    for (const YamlNode &entry : node.entries())
-        media.append(readMedium(entry));
+    int clocks = 0;
+    for (const YamlNode &entry : node.entries()) {
+        Medium medium = readMedium(entry);
+        // Each has an hour of its own, in the order of the file.
+        if (medium.clock > 0)
+            medium.clock = ++clocks;
+        if (clocks > MediaClock::mostItems)
+            entry.fail(QStringLiteral("at most %1 media carry a time code").arg(MediaClock::mostItems));
+        media.append(medium);
+    }
     return media;
 }
 

@@ -25,6 +25,11 @@ int errorOfStatus(int status)
     return status < 500 ? KelvoError::NotFound : KelvoError::ServerError;
 }
 
+bool isMadeOnTheSpot(const Medium &medium)
+{
+    return medium.kind == Medium::Sound && medium.clock == 0 && medium.format == QLatin1String("wav");
+}
+
 /// For simulated renderers, which fetch nothing: what they would find. Others do not look at it, nor does the server.
 QUrlQuery tellingOf(const Medium &medium)
 {
@@ -52,7 +57,7 @@ bool MediaShelf::put(const QList<Medium> &media, QString *error)
     for (const Medium &medium : media) {
         if (medium.kind == Medium::Address) {
             m_urls.insert(medium.name, medium.address);
-        } else if (medium.kind == Medium::Sound && medium.format == QLatin1String("wav")) {
+        } else if (isMadeOnTheSpot(medium)) {
             const auto wave = std::make_shared<ToneWave>(medium.frequency, medium.seconds, medium.title);
             serve(medium, medium.format,
                 {wave->size(), [wave](qint64 from, qint64 most) { return wave->read(from, most); },

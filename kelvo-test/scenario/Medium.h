@@ -28,6 +28,7 @@ struct Medium
 
     QString name;
     Kind kind = Sound;
+    int clock = 0; ///< the item whose clock it carries (MediaClock); 0: none
     QString format; ///< of what is made: the end of the file's name, such as "wav"
     int frequency = 440; ///< Hz
     double seconds = 10;

@@ -12,7 +12,11 @@ struct Tolerance
     double value = 0;
     double deviation = 0;
 
-    bool takes(double other) const { return other >= value - deviation && other <= value + deviation; }
+    /// @param error  how far off the other may be: it counts as all that it may stand for
+    bool takes(double other, double error = 0) const
+    {
+        return other >= value - deviation - error && other <= value + deviation + error;
+    }
 };
 
 /// Times and values as people write them: "5 s", "250ms", "2 min", "3" (seconds), "3 s ± 250 ms".

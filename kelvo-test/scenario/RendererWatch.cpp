@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "RendererWatch.h"
 
+#include "Ear.h"
+#include "Eye.h"
 #include "KelvoContent.h"
 #include "KelvoPlaylist.h"
 #include "KelvoRegistry.h"
@@ -96,8 +98,53 @@ void RendererWatch::hear(Event::Kind kind, const QString &name, const QVariantLi
     Q_EMIT happened(event);
 }
 
+void RendererWatch::listen(const Ear *ear)
+{
+    m_observed.heard.beginListening();
+    connect(ear, &Ear::heard, this, &RendererWatch::hearSound);
+}
+
+void RendererWatch::hearSound(const Hearing &hearing)
+{
+    const QVariant volume = m_observed.properties.value(KelvoRenderer::PropertyVolume);
+    if (volume.isValid())
+        m_observed.heard.takeVolume(volume.toInt(), Ear::now());
+    m_observed.heard.take(hearing);
+    if (hearing.kind == Hearing::Goes)
+        settleMeasured();
+    else
+        hear(Event::Heard, hearing.kindText(), {m_observed.heard.text()});
+}
+
+void RendererWatch::settleMeasured()
+{
+    m_observed.heard.settle(Ear::now());
+    m_observed.seen.settle(Eye::now());
+    Q_EMIT answered();
+}
+
+void RendererWatch::lookBy(const Eye *eye)
+{
+    m_observed.seen.beginLooking();
+    // That nothing is there may have been told already.
+    if (eye->last())
+        m_observed.seen.take(*eye->last());
+    connect(eye, &Eye::seen, this, &RendererWatch::seePicture);
+}
+
+void RendererWatch::seePicture(const Sighting &sighting)
+{
+    m_observed.seen.take(sighting);
+    if (sighting.kind == Sighting::Goes)
+        settleMeasured();
+    else
+        hear(Event::Seen, sighting.kindText(), {m_observed.seen.text()});
+}
+
 void RendererWatch::beginCommand()
 {
+    m_observed.heard.beginCommand(Ear::now());
+    m_observed.seen.beginCommand(Eye::now());
     m_observed.beginCommand();
     m_observed.position.reset();
     m_askedBeforeCommand = m_asked;

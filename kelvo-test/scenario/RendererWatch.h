@@ -6,9 +6,13 @@
 #include <QObject>
 #include <QPointer>
 
+class Ear;
+class Eye;
 class KelvoRegistry;
 class KelvoRenderer;
 class MediaShelf;
+struct Hearing;
+struct Sighting;
 struct KelvoContent;
 
 /// Hears all that one renderer reports during a run, follows it when it goes and comes back, and asks what it does not
@@ -25,6 +29,15 @@ public:
     /// Null while it is gone.
     KelvoRenderer *renderer() const { return m_renderer; }
     const Observation &observed() const { return m_observed; }
+
+    /// What that hears counts as what the renderer plays. Not owned; outlives this.
+    void listen(const Ear *ear);
+    bool isHeard() const { return m_observed.heard.isListening(); }
+    /// What that sees counts as what the renderer shows. Not owned; outlives this.
+    void lookBy(const Eye *eye);
+    bool isSeen() const { return m_observed.seen.isLooking(); }
+    /// Ends with answered(): what is heard and seen is known as of now.
+    void settleMeasured();
 
     /// A command is given now: what comes from now on counts as its effect, and no answer of before does.
     void beginCommand();
@@ -48,6 +61,8 @@ private Q_SLOTS:
 private:
     void attach(KelvoRenderer *renderer);
     void hear(Event::Kind kind, const QString &name, const QVariantList &arguments);
+    void hearSound(const Hearing &hearing);
+    void seePicture(const Sighting &sighting);
     void hearMedia(int index, const KelvoContent &content);
     bool isStale();
     void follow();

@@ -16,7 +16,7 @@ QStringList texts(const YamlNode &node)
 
 QStringList rendererNames(const YamlNode &node)
 {
-    const QStringList names = texts(node);
+    QStringList names = texts(node);
     constexpr int most = 16;
     if (names.isEmpty() || names.size() > most)
         node.fail(QStringLiteral("renderers takes 1 to %1 names").arg(most));

@@ -13,6 +13,7 @@
 
 namespace {
 constexpr int askingInterval = 50; // milliseconds
+constexpr int measuringInterval = 10; // milliseconds
 constexpr int restingTime = 2000; // milliseconds
 constexpr int eventsShown = 10;
 const auto realMedia = QStringLiteral("media");
@@ -36,6 +37,18 @@ QSet<QString> propertiesOf(const Scenario &scenario, int renderer)
         }
     }
     return names;
+}
+
+/// Whether what a step expects is so.
+bool expects(const Step &step, bool (Condition::*is)() const)
+{
+    const auto *expect = std::get_if<ExpectStep>(&step.what);
+    const auto *never = std::get_if<NeverStep>(&step.what);
+    const auto isSo = [is](const Condition &condition) {
+        return (condition.*is)();
+    };
+    return (expect && std::any_of(expect->conditions.cbegin(), expect->conditions.cend(), isSo))
+        || (never && never->until && isSo(*never->until));
 }
 } // namespace
 
@@ -66,11 +79,22 @@ ScenarioRun::ScenarioRun(const Scenario *scenario, KelvoRegistry *registry,
     m_deadline.setSingleShot(true);
     m_deadline.setTimerType(Qt::PreciseTimer);
     connect(&m_deadline, &QTimer::timeout, this, &ScenarioRun::handleTime);
-    connect(
-        &m_asking, &QTimer::timeout, this, [this] { m_watches.at(size_t(step().renderer))->askPosition(); });
+    connect(&m_asking, &QTimer::timeout, this, &ScenarioRun::ask);
 }
 
 ScenarioRun::~ScenarioRun() = default;
+
+void ScenarioRun::listen(const Ear *ear)
+{
+    for (const auto &watch : m_watches)
+        watch->listen(ear);
+}
+
+void ScenarioRun::lookBy(const Eye *eye)
+{
+    for (const auto &watch : m_watches)
+        watch->lookBy(eye);
+}
 
 void ScenarioRun::start()
 {
@@ -96,12 +120,19 @@ void ScenarioRun::begin()
 /// Why the renderers are not for this scenario; empty: they are.
 QString ScenarioRun::whyNot() const
 {
-    for (size_t i = 0; i < m_keepers.size(); ++i) {
-        const PropertyKeeper &keeper = *m_keepers.at(i);
+    const auto anyExpects = [this](bool (Condition::*is)() const) {
+        return std::any_of(m_scenario->steps.cbegin(), m_scenario->steps.cend(),
+            [is](const Step &step) { return expects(step, is); });
+    };
+    if (!m_watches.front()->isHeard() && anyExpects(&Condition::needsEar))
+        return QStringLiteral("needs an ear: --ear tells where to listen");
+    if (!m_watches.front()->isSeen() && anyExpects(&Condition::needsEye))
+        return QStringLiteral("needs an eye: --eye tells where to look");
+    for (const auto &keeper : m_keepers) {
         for (const QString &need : m_scenario->needs) {
-            if (need == realMedia && keeper.has(markOfSimulators))
+            if (need == realMedia && keeper->has(markOfSimulators))
                 return QStringLiteral("needs a renderer that plays media, this one only pretends to");
-            if (need != realMedia && !Command::find(need) && !keeper.has(need))
+            if (need != realMedia && !Command::find(need) && !keeper->has(need))
                 return QStringLiteral("needs the property \"%1\", which the renderer does not have")
                     .arg(need);
         }
@@ -129,7 +160,7 @@ void ScenarioRun::finish(TestResult::Outcome outcome, const QString &message, co
     m_deadline.stop();
     m_result.outcome = outcome;
     m_result.message = message;
-    m_result.details = details;
+    m_result.details += details;
     m_result.seconds = now();
     // Not now: this may be a report of a renderer.
     QMetaObject::invokeMethod(this, &ScenarioRun::clean, Qt::QueuedConnection);
@@ -229,13 +260,14 @@ bool ScenarioRun::beginExpectation(const Step &step, const ExpectStep &expected)
     m_check->takeEarlier(m_log);
     for (const QString &name : m_check->properties())
         watch.askProperty(name);
-    if (m_check->needsPosition()) {
-        m_asking.start(askingInterval);
+    if (m_check->needsPosition() || m_check->isMeasured())
+        m_asking.start(m_check->isMeasured() ? measuringInterval : askingInterval);
+    if (m_check->needsPosition())
         watch.askPosition();
-    }
     // What was so already: otherwise look() goes on when something comes.
     const ExpectCheck::Outcome outcome = m_check->look(watch.observed(), now());
     if (outcome == ExpectCheck::Held) {
+        noteMeasured(watch.observed());
         m_check.reset();
         m_asking.stop();
         return true;
@@ -284,16 +316,55 @@ void ScenarioRun::look()
         waitForCheck();
         break;
     case ExpectCheck::Held:
+        noteMeasured(observed);
         endStep();
         goOn(false);
         break;
-    case ExpectCheck::Failed: {
-        const QString came = m_check->came();
-        fail(step(), m_check->wanted(),
-            came.isEmpty() ? observed.text() : came + QStringLiteral("; ") + observed.text());
+    case ExpectCheck::Failed:
+        failCheck(observed);
         break;
     }
-    }
+}
+
+/// For what is told only to who asks.
+void ScenarioRun::ask()
+{
+    RendererWatch &watch = *m_watches.at(size_t(step().renderer));
+    if (m_check && m_check->needsPosition())
+        watch.askPosition();
+    if (m_check && m_check->isMeasured())
+        watch.settleMeasured();
+}
+
+void ScenarioRun::noteMeasured(const Observation &observed)
+{
+    const QString measured = m_check->measured(observed);
+    if (measured.isEmpty())
+        return;
+    m_result.details += QStringLiteral("line %1: %2\n").arg(step().place.line).arg(measured);
+}
+
+void ScenarioRun::failCheck(const Observation &observed)
+{
+    const QString unmeasured = m_check->unmeasured(observed);
+    const QString came = m_check->came();
+    if (unmeasured.isEmpty())
+        fail(step(), m_check->wanted(),
+            came.isEmpty() ? observed.text() : came + QStringLiteral("; ") + observed.text());
+    else
+        giveUpMeasuring(unmeasured);
+}
+
+/// What cannot be measured has not failed, and has not held.
+void ScenarioRun::giveUpMeasuring(const QString &reason)
+{
+    m_result.line = step().place.line;
+    finish(TestResult::CouldNotRun,
+        QStringLiteral("%1:%2: %3 could not be measured: %4")
+            .arg(step().place.file)
+            .arg(step().place.line)
+            .arg(m_check->wanted(), reason),
+        QStringLiteral("The last events:\n") + m_log.last(eventsShown).join(u'\n'));
 }
 
 void ScenarioRun::handleTime()

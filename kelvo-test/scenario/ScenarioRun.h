@@ -14,6 +14,8 @@
 #include <optional>
 #include <vector>
 
+class Ear;
+class Eye;
 class KelvoRegistry;
 class MediaServer;
 class MediaShelf;
@@ -34,6 +36,10 @@ public:
         MediaShelf *shelf, quint32 seed, QObject *parent = nullptr);
     ~ScenarioRun() override;
 
+    /// What that hears counts as what the renderers play. Before the start; not owned, outlives this.
+    void listen(const Ear *ear);
+    /// What that sees counts as what the renderers show. Not owned; outlives this.
+    void lookBy(const Eye *eye);
     void start();
     /// Ends it at once: finished() comes with what there is.
     void interrupt();
@@ -71,7 +77,11 @@ private:
     void handle(Event event);
     bool isForbidden(const Event &event);
     bool isRefused(const Event &event);
+    void ask();
     void fail(const Step &step, const QString &wanted, const QString &came);
+    void failCheck(const Observation &observed);
+    void giveUpMeasuring(const QString &reason);
+    void noteMeasured(const Observation &observed);
 
     double now() const { return double(m_time.nsecsElapsed()) / 1e9; }
     const Step &step() const { return m_scenario->steps.at(m_step); }
@@ -89,6 +99,6 @@ private:
     std::optional<ExpectCheck> m_check; ///< of the step that is being waited for
     std::optional<ExpectStep> m_until; ///< what a "never" waits for
     QTimer m_deadline;
-    QTimer m_asking; ///< for the position
+    QTimer m_asking; ///< for the position, and for what is heard and seen by now
     TestResult m_result;
 };

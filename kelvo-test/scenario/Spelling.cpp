@@ -11,10 +11,10 @@ int distance(const QString &one, const QString &other)
 {
     std::vector<int> row(size_t(other.size()) + 1);
     std::iota(row.begin(), row.end(), 0);
-    for (qsizetype i = 0; i < one.size(); ++i) {
+    for (const QChar letter : one) {
         int diagonal = row[0]++;
         for (qsizetype j = 0; j < other.size(); ++j) {
-            const int change = diagonal + (one[i].toLower() == other[j].toLower() ? 0 : 1);
+            const int change = diagonal + (letter.toLower() == other[j].toLower() ? 0 : 1);
             diagonal = row[size_t(j) + 1];
             row[size_t(j) + 1] = std::min({change, diagonal + 1, row[size_t(j)] + 1});
         }

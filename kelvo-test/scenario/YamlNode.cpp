@@ -101,12 +101,10 @@ YamlNode YamlNode::load(const QString &path)
         std::istringstream stream(content);
         YAML::Parser parser(stream);
         Inspector inspector(path);
-        int documents = 0;
-        while (parser.HandleNextDocument(inspector))
-            ++documents;
-        if (documents > 1)
+        // Not all of them are looked for: there are texts in which the parser finds one more without end.
+        if (parser.HandleNextDocument(inspector) && parser.HandleNextDocument(inspector))
             throw ScenarioFault{
-                QStringLiteral("%1: holds %2 documents, a scenario is one").arg(path).arg(documents)};
+                QStringLiteral("%1: holds more than one document, a scenario is one").arg(path)};
         const YAML::Node node = YAML::Load(content);
         if (!node.IsDefined() || node.IsNull())
             throw ScenarioFault{QStringLiteral("%1:1:1: holds no scenario").arg(path)};
@@ -119,8 +117,8 @@ YamlNode YamlNode::load(const QString &path)
     }
 }
 
-YamlNode::YamlNode(YAML::Node node, YAML::Mark mark, QString name, QString file)
-    : m_node(std::move(node))
+YamlNode::YamlNode(const YAML::Node &node, YAML::Mark mark, QString name, QString file)
+    : m_node(node)
     , m_mark(mark)
     , m_name(std::move(name))
     , m_file(std::move(file))
@@ -185,7 +183,7 @@ std::chrono::milliseconds YamlNode::time() const
 
 QString YamlNode::word(const QStringList &words) const
 {
-    const QString given = m_node.IsScalar() ? text() : QString();
+    QString given = m_node.IsScalar() ? text() : QString();
     if (!words.contains(given))
         fail(
             QStringLiteral("%1 is not %2%3").arg(m_name, kindOf(m_node), Spelling::suggestion(given, words)));

@@ -17,7 +17,7 @@ struct ScenarioFault
 };
 
 /// A part of a YAML file, with its place in it. What is not as a reader wants it is a ScenarioFault.
-class YamlNode
+class YamlNode // NOLINT(bugprone-exception-escape): assigning a node of the library may throw
 {
 public:
     /// Files beyond that are no scenarios. Bytes.
@@ -54,7 +54,7 @@ public:
     [[noreturn]] void fail(const QString &message) const;
 
 private:
-    YamlNode(YAML::Node node, YAML::Mark mark, QString name, QString file);
+    YamlNode(const YAML::Node &node, YAML::Mark mark, QString name, QString file);
 
     YAML::Node m_node;
     YAML::Mark m_mark;

@@ -5,6 +5,7 @@
 #include "DiscoveredSubject.h"
 #include "JUnitReport.h"
 #include "KelvoBuild.h"
+#include "ListeningPost.h"
 #include "Output.h"
 #include "ResultFile.h"
 #include "Session.h"
@@ -13,6 +14,7 @@
 #include "card/HtmlCard.h"
 #include "card/JsonCard.h"
 #include "card/MarkdownCard.h"
+#include "card/SoundText.h"
 
 #include <QBuffer>
 #include <QCoreApplication>
@@ -54,11 +56,26 @@ TestResult testResultOf(const CardHead &head, const Result &result)
     return test;
 }
 
+TestResult testResultOf(const CardHead &head, const SoundRow &row)
+{
+    TestResult result;
+    result.outcome = !row.difference() ? TestResult::Skipped
+        : row.isOff()                  ? TestResult::Failed
+                                       : TestResult::Held;
+    result.group = head.renderer;
+    result.name = QStringLiteral("ear.") + row.id;
+    result.message = QStringLiteral("%1: said %2, came out %3")
+                         .arg(row.what, SoundText::said(row), SoundText::cameOut(row));
+    return result;
+}
+
 QByteArray toJUnit(const Card &card)
 {
     QList<TestResult> results;
     for (const Result &result : card.results())
         results.append(testResultOf(card.head(), result));
+    for (const SoundRow &row : card.sounds())
+        results.append(testResultOf(card.head(), row));
     QBuffer buffer;
     buffer.open(QIODevice::WriteOnly);
     JUnitReport::write(
@@ -91,6 +108,10 @@ VerbOptions conformOptions()
     options.add(QStringLiteral("media"), QStringLiteral("folder"),
         QStringLiteral(
             "Folder, or its URL, with first.wav, second.wav, third.wav and long.wav; made when not given."));
+    options.add(QStringLiteral("ear"), QStringLiteral("device"),
+        QStringLiteral(
+            "Listens there first, and sets what comes out beside what the renderer says: a source of "
+            "the sound\nserver, or \"auto\" (see run). With --only ear it does nothing else."));
     options.add(
         QStringLiteral("statements"), QString(), QStringLiteral("Lists the statements, as Markdown."));
     for (const Format &format : formats)
@@ -109,6 +130,8 @@ int cannotConform(const QString &problem)
     Output::complain(problem);
     return Verb::CouldNotRun;
 }
+
+const auto onlyEar = QStringLiteral("ear");
 
 QList<Statement> statementsThatFit(const QString &glob)
 {
@@ -195,10 +218,26 @@ CardHead headOf(const DiscoveredSubject &subject)
         subject.media().kind, QDateTime::currentDateTimeUtc(), subject.roundTrip()};
 }
 
+void showSounds(Output &output, const QList<SoundRow> &sounds)
+{
+    for (const SoundRow &row : sounds) {
+        const Output::Tone tone = !row.difference() ? Output::Tone::Faint
+            : row.isOff()                           ? Output::Tone::Bad
+                                                    : Output::Tone::Good;
+        const QStringList cells{SoundText::said(row), SoundText::cameOut(row), SoundText::difference(row)};
+        output.line(QStringLiteral("ear.%1: %2: said %3, came out %4%5: %6")
+                        .arg(row.id, row.what, cells[0].isEmpty() ? QStringLiteral("nothing") : cells[0],
+                            cells[1], cells[2].isEmpty() ? QString() : QStringLiteral(" (%1)").arg(cells[2]),
+                            SoundText::verdict(row)),
+            tone);
+    }
+}
+
 int conform(Session &session, DiscoveredSubject &subject, const QList<Statement> &statements,
-    const VerbOptions &options)
+    const QList<SoundRow> &sounds, const VerbOptions &options)
 {
     Output output;
+    showSounds(output, sounds);
     ConformanceRun run(subject, statements);
     QObject::connect(
         &session, &Session::interrupted, &run, [&run] { run.stop(QStringLiteral("interrupted")); });
@@ -210,7 +249,8 @@ int conform(Session &session, DiscoveredSubject &subject, const QList<Statement>
     if (session.isInterrupted())
         run.stop(QStringLiteral("interrupted"));
     const QList<Result> results = run.run();
-    const Card card(headOf(subject), results);
+    Card card(headOf(subject), results);
+    card.setSounds(sounds);
     showCounts(output, card);
     if (!writeCard(card, options))
         return Verb::CouldNotRun;
@@ -251,18 +291,26 @@ int ConformVerb::run(const QStringList &arguments)
         return cannotConform(
             QStringLiteral("conform needs a renderer: --on NAME (\"kelvo-test list\" shows them)"));
     const QList<Statement> statements = statementsThatFit(options.value(QStringLiteral("only")));
-    if (statements.isEmpty()) {
+    const bool listens = options.isSet(QStringLiteral("ear"));
+    if (statements.isEmpty() && !(listens && options.value(QStringLiteral("only")) == onlyEar)) {
         Output::complain(QStringLiteral("No statement fits; \"kelvo-test conform --statements\" lists them"));
         return NothingToRun;
     }
+    ListeningPost post;
+    QString problem;
+    if (listens && !post.prepare(options.value(QStringLiteral("ear")), &problem))
+        return cannotConform(problem);
     Session session;
+    if (listens && !post.listen(session, &problem))
+        return cannotConform(problem);
     const RendererChoice choice = session.chooseOne(options.value(QStringLiteral("on")), *wait);
     if (!choice.problem.isEmpty())
         return cannotConform(choice.problem);
     MediaOffer offer;
-    QString problem;
     if (!offer.prepare(options.value(QStringLiteral("media")), &problem))
         return cannotConform(problem);
+    const QList<SoundRow> sounds
+        = listens ? post.compare(session, choice.renderers.constFirst()->uuid()) : QList<SoundRow>();
     // Each trial loads the renderer anew.
     const QString uuid = choice.renderers.constFirst()->uuid();
     const QString backEnd = DiscoveredSubject::originsOf(*session.registry()).value(uuid);
@@ -271,5 +319,5 @@ int ConformVerb::run(const QStringList &arguments)
     if (!subject.meet())
         return cannotConform(
             QStringLiteral("%1 cannot be held to the contract: %2").arg(uuid, subject.problem()));
-    return conform(session, subject, statements, options);
+    return conform(session, subject, statements, sounds, options);
 }

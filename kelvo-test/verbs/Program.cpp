@@ -4,6 +4,7 @@
 #include "CompareVerb.h"
 #include "ConformVerb.h"
 #include "ListVerb.h"
+#include "MediaVerb.h"
 #include "Output.h"
 #include "PlayVerb.h"
 #include "ReportVerb.h"
@@ -45,6 +46,7 @@ Program Program::complete()
     verbs.push_back(std::make_unique<ReportVerb>());
     verbs.push_back(std::make_unique<WhyVerb>());
     verbs.push_back(std::make_unique<ScenarioVerb>());
+    verbs.push_back(std::make_unique<MediaVerb>());
     return Program(std::move(verbs));
 }
 

@@ -36,10 +36,10 @@ bool RendererPattern::isOpen() const
 
 QList<KelvoRenderer *> RendererPattern::matchesAmong(const QList<KelvoRenderer *> &renderers) const
 {
-    const auto byUuid = those(renderers, [this](const KelvoRenderer *one) { return one->uuid() == m_text; });
+    auto byUuid = those(renderers, [this](const KelvoRenderer *one) { return one->uuid() == m_text; });
     if (!byUuid.isEmpty())
         return byUuid;
-    const auto byName = those(renderers, [this](const KelvoRenderer *one) {
+    auto byName = those(renderers, [this](const KelvoRenderer *one) {
         return !m_text.isEmpty() && one->name().compare(m_text, Qt::CaseInsensitive) == 0;
     });
     if (!byName.isEmpty())

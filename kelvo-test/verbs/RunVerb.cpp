@@ -3,6 +3,8 @@
 
 #include "HtmlReport.h"
 #include "JUnitReport.h"
+#include "ListeningPost.h"
+#include "LookingPost.h"
 #include "MediaServer.h"
 #include "Output.h"
 #include "Recorder.h"
@@ -48,6 +50,16 @@ VerbOptions runOptions()
     options.add(QStringLiteral("serve-at"), QStringLiteral("address"),
         QStringLiteral("Address of this machine that the renderers reach; 127.0.0.1 when not given."),
         QStringLiteral("127.0.0.1"));
+    options.add(QStringLiteral("ear"), QStringLiteral("device"),
+        QStringLiteral(
+            "Listens there, for what scenarios expect to be heard: a source of the sound server,\n"
+            "such as NAME.monitor for what is played to the sink NAME. \"auto\" makes a sink of its\n"
+            "own and moves to it what begins to play."));
+    options.add(QStringLiteral("eye"), QStringLiteral("place"),
+        QStringLiteral(
+            "Looks there, for what scenarios expect to be seen: an X window by its number, a part of the\n"
+            "screen as x,y,width,height, or \"auto\", which makes a window and has the renderer draw "
+            "there."));
     options.addExample(
         QStringLiteral("kelvo-test run pause-at.yaml --on KelvoGstRenderer --junit result.xml"),
         QStringLiteral("does this renderer pause at three seconds?"));
@@ -66,6 +78,8 @@ struct Wishes
     quint32 seed = 0;
     Shard shard;
     QHostAddress address;
+    QString ear; ///< device; empty: nobody listens
+    QString eye; ///< place; empty: nobody looks
 };
 
 bool readScenarios(const QStringList &paths, QList<Scenario> *scenarios, QStringList *problems)
@@ -113,6 +127,8 @@ std::optional<Wishes> wishesOf(VerbOptions &options, QStringList *problems)
     wishes.repetitions = *repetitions;
     wishes.seed = quint32(*seed);
     wishes.shard = *shard;
+    wishes.ear = options.value(QStringLiteral("ear"));
+    wishes.eye = options.value(QStringLiteral("eye"));
     return wishes;
 }
 
@@ -138,11 +154,25 @@ Outcome runAll(const Wishes &wishes, const QStringList &patterns, const QString 
     MediaServer server;
     if (!server.listen(wishes.address, &problem))
         return {{}, false, problem};
+    ListeningPost post;
+    const bool listens = !wishes.ear.isEmpty();
+    if (listens && !post.prepare(wishes.ear, &problem))
+        return {{}, false, problem};
+    // Ends after the back ends, which draw into its window.
+    LookingPost lookout;
     Session session(recording);
     const RendererChoice choice = session.choose(patterns, wishes.wait);
     if (!choice.problem.isEmpty())
         return {{}, false, choice.problem};
+    if (listens && !post.listen(session, &problem))
+        return {{}, false, problem};
+    if (!wishes.eye.isEmpty() && !lookout.look(wishes.eye, session, &problem))
+        return {{}, false, problem};
     ScenarioRuns runs(session, server, wishes.seed);
+    if (listens)
+        runs.listen(&post.ear());
+    if (!wishes.eye.isEmpty())
+        runs.lookBy(&lookout.eye());
     runs.run(RunPlan::make(wishes.scenarios, choice.renderers, wishes.repetitions, wishes.shard));
     runs.summarise();
     return {runs.results(), session.isInterrupted(), {}};

@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "ScenarioRuns.h"
 
+#include "Ear.h"
+#include "Eye.h"
 #include "KelvoRenderer.h"
+#include "MediaClock.h"
 #include "MediaServer.h"
 #include "MediaShelf.h"
 #include "ScenarioRun.h"
@@ -16,6 +19,11 @@ namespace {
 constexpr int progressInterval = 200; // milliseconds
 /// For a renderer that a run has made go.
 constexpr std::chrono::milliseconds comingBackTime = std::chrono::seconds(5);
+
+QString wholePicture()
+{
+    return QStringLiteral("0,0,%1,%2").arg(MediaClock::pictureWidth).arg(MediaClock::pictureHeight);
+}
 
 TestResult hindrance(const PlannedRun &planned, TestResult::Outcome outcome, const QString &message)
 {
@@ -87,7 +95,10 @@ TestResult ScenarioRuns::runOne(const PlannedRun &planned)
     QString error;
     if (!shelf.put(scenario.media, &error))
         return hindrance(planned, TestResult::CouldNotRun, error);
-    return waitFor(scenario, renderers, shelf, planned.repetition);
+    giveWindow(planned.renderers.constFirst(), m_eye ? m_eye->window() : 0);
+    TestResult result = waitFor(scenario, renderers, shelf, planned.repetition);
+    giveWindow(planned.renderers.constFirst(), 0);
+    return result;
 }
 
 /// Null for those that have gone and do not come back.
@@ -117,11 +128,35 @@ TestResult ScenarioRuns::waitFor(
     QObject::connect(&shown, &QTimer::timeout, &loop, [this, &run, &scenario] {
         m_output.progress(m_place + scenario.title + QStringLiteral(": ") + run.progress());
     });
+    if (m_ear) {
+        run.listen(m_ear);
+        QObject::connect(
+            m_ear, &Ear::heard, &run, [this, uuid = renderers.constFirst()->uuid()](const Hearing &hearing) {
+                m_session.noteHeard(uuid, hearing);
+            });
+    }
+    if (m_eye) {
+        run.lookBy(m_eye);
+        QObject::connect(
+            m_eye, &Eye::seen, &run, [this, uuid = renderers.constFirst()->uuid()](const Sighting &sighting) {
+                m_session.noteSeen(uuid, sighting);
+            });
+    }
     if (m_output.isTerminal())
         shown.start(progressInterval);
     run.start();
     loop.exec();
     return run.result();
+}
+
+/// What it reports of that is no part of the run.
+void ScenarioRuns::giveWindow(const QString &uuid, uint window) const
+{
+    KelvoRenderer *const renderer = m_session.registry()->findRendererByUuid(uuid);
+    if (m_eye && m_eye->window() > 0 && renderer)
+        renderer->setKelvoProperty(KelvoRenderer::PropertyXid, window);
+    if (window > 0 && renderer)
+        renderer->setKelvoProperty(KelvoRenderer::PropertyRenderRectangle, wholePicture());
 }
 
 void ScenarioRuns::add(TestResult result, int repetition)
@@ -137,6 +172,6 @@ void ScenarioRuns::add(TestResult result, int repetition)
     if (!result.message.isEmpty())
         m_output.line(QStringLiteral("  ") + result.message);
     if (!result.details.isEmpty())
-        m_output.line(QStringLiteral("  ") + QString(result.details).replace(u'\n', QStringLiteral("\n  ")));
+        m_output.line(QStringLiteral("  ") + result.details.trimmed().replace(u'\n', QStringLiteral("\n  ")));
     m_results.append(result);
 }

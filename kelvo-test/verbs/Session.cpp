@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Session.h"
 
+#include "Ear.h"
+#include "Eye.h"
 #include "KelvoBuild.h"
 #include "KelvoPluginLoader.h"
 #include "KelvoRenderer.h"
@@ -160,6 +162,25 @@ void Session::silence(KelvoRenderer *renderer)
     });
     look.start(lookInterval);
     loop.exec();
+}
+
+void Session::noteHeard(const QString &uuid, const Hearing &hearing)
+{
+    const auto known = [](const std::optional<double> &value) {
+        return value ? QVariant(*value) : QVariant();
+    };
+    m_recorder->noteHeard(uuid, hearing.kindText(),
+        {std::max(0.0, Ear::now() - hearing.at), hearing.item, known(hearing.position), hearing.speed,
+            known(hearing.level), hearing.doubt});
+}
+
+void Session::noteSeen(const QString &uuid, const Sighting &sighting)
+{
+    const bool isThere = sighting.moment.item > 0;
+    m_recorder->noteSeen(uuid, sighting.kindText(),
+        {std::max(0.0, Eye::now() - sighting.at), sighting.moment.item,
+            isThere ? QVariant(sighting.moment.seconds()) : QVariant(), sighting.speed, sighting.leftOut,
+            sighting.doubt});
 }
 
 QByteArray Session::recording() const

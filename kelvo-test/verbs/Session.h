@@ -15,6 +15,8 @@
 class KelvoRenderer;
 class Recorder;
 class RendererPattern;
+struct Hearing;
+struct Sighting;
 
 /// The renderers that a tester wants, or why there are none.
 struct RendererChoice
@@ -53,6 +55,10 @@ public:
     /// without us.
     void silence(KelvoRenderer *renderer);
 
+    /// Records what was heard of a renderer.
+    void noteHeard(const QString &uuid, const Hearing &hearing);
+    /// The same of what was seen.
+    void noteSeen(const QString &uuid, const Sighting &sighting);
     /// What happened last at the boundary, as a recording of its own (docs/recording.md).
     QByteArray recording() const;
 

@@ -37,6 +37,9 @@ VerbOptions whyOptions()
 /// The uuid of the renderer that a tester means by its uuid or name; what was written where none is meant.
 QString uuidOf(const SilenceReason &reason, const QString &written)
 {
+    // Some renderers have no name: nobody means them by writing none.
+    if (written.isEmpty())
+        return written;
     for (const SilenceReason::Name &name : reason.renderers()) {
         if (name.uuid == written)
             return name.uuid;

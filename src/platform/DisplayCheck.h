@@ -19,4 +19,8 @@ void preferX11();
 /// arguments or the environment, as QApplication does.
 QString problem(int argc, char *argv[]);
 
+/// Once QApplication is built: where it shows windows on Wayland, an X display that is there too is forgotten. Renderers
+/// would put their video into windows of it that nobody sees, and call that an output.
+void forgetUnusedX11();
+
 } // namespace DisplayCheck

@@ -16,6 +16,7 @@
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
+#include <system_error>
 #include <thread>
 #include <unistd.h>
 
@@ -121,10 +122,8 @@ private:
         }
         noteLeftOut();
         push(std::move(line));
-        if (!m_threadRuns) {
-            m_threadRuns = true;
-            std::thread([this] { work(); }).detach();
-        }
+        if (!m_threadRuns)
+            startThread();
         m_changed.notify_all();
     }
 
@@ -132,6 +131,17 @@ private:
     {
         m_size += line.size();
         m_waiting.push_back(std::move(line));
+    }
+
+    /// Where the system has none to give, the lines wait for the next one, with which it is tried again.
+    void startThread()
+    {
+        try {
+            std::thread([this] { work(); }).detach();
+            m_threadRuns = true;
+        } catch (const std::system_error &) {
+            m_threadRuns = false;
+        }
     }
 
     void noteLeftOut()

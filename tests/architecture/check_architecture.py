@@ -3,18 +3,24 @@
 """Holds the arrows of the architecture: who may include what, and what each binary links.
 
     console -> {shared, tracker} -> core -> Qt Core and Gui
-    kelvo-test -> verbs -> {scenario, conformance, recording, shared} -> core, scenario -> report
+    kelvo-test -> verbs -> listening -> {scenario, conformance}, verbs -> {scenario, conformance, recording, shared} -> core, scenario -> {report, ear, eye} -> {media, senses}
+    kelvo-media-maker, kelvo-ear, kelvo-eye (programs of their own, which kelvo-test starts) -> media, ear, eye
     conformance (a static library, for whoever holds a renderer to the contract) -> core
     plug-ins -> core (tracker-source also tracker) + their one foreign library
     gst-renderer, simulator, upnp, mpris -> playback (a static library) -> core
-    shared, mpris, recording -> session-bus (a static library) -> core
+    shared, mpris, recording, screen-lock -> session-bus (a static library) -> core
     programs -> recording (a static library) -> core
+    console -> screen-lock (a static library) -> core
     tracker-source, gst-renderer -> media (a static library) -> core, which alone reads playlist files
     gst-renderer, media, tracker, tracker-source, upnp -> glib (headers only)
 
-The program alone loads none of the libraries that only a back end needs: they come with its plug-in.
+The programs alone load none of the libraries that only a back end needs: they come with its plug-in.
+
+Each binary finds our libraries by its own place, each kind of them in one way.
 
 ARCHITECTURE.md has a row for each folder that is built.
+
+No two classes of the product have one name.
 
 A class has one pair of files, but for the window and the controllers of src, which have files by role (X_role.cpp).
 
@@ -28,14 +34,23 @@ import sys
 
 # Folder -> folders whose headers it may include besides its own. The longest matching folder counts.
 MAY_INCLUDE = {
-    "src": {"framework/core", "framework/recording", "framework/shared", "framework/tracker"},
+    "src": {"framework/core", "framework/recording", "framework/screen-lock", "framework/shared", "framework/tracker"},
     # kelvo-test: the boundary is all that it knows of the framework, too.
-    "kelvo-test": {"kelvo-test/verbs"},
+    "kelvo-test": {"framework/core", "kelvo-test/verbs"},
+    "kelvo-test/media": set(),
+    "kelvo-test/media/maker": {"framework/glib", "kelvo-test/media"},
+    "kelvo-test/senses": set(),
+    "kelvo-test/ear": {"kelvo-test/media", "kelvo-test/senses"},
+    "kelvo-test/eye": {"kelvo-test/media", "kelvo-test/senses"},
+    "kelvo-test/eye/capture": {"kelvo-test/eye", "kelvo-test/media", "kelvo-test/senses"},
+    "kelvo-test/ear/capture": {"framework/glib", "kelvo-test/ear", "kelvo-test/media", "kelvo-test/senses"},
+    "kelvo-test/listening": {"conformance", "framework/core", "kelvo-test/ear", "kelvo-test/scenario", "kelvo-test/senses"},
     "kelvo-test/report": {"framework/recording"},
-    "kelvo-test/scenario": {"framework/core", "kelvo-test/report"},
+    "kelvo-test/scenario": {
+        "framework/core", "kelvo-test/ear", "kelvo-test/eye", "kelvo-test/media", "kelvo-test/report", "kelvo-test/senses"},
     "kelvo-test/verbs": {
-        "conformance", "framework/core", "framework/recording", "framework/shared", "kelvo-test/report",
-        "kelvo-test/scenario"},
+        "conformance", "framework/core", "framework/recording", "framework/shared", "kelvo-test/ear", "kelvo-test/eye",
+        "kelvo-test/listening", "kelvo-test/media", "kelvo-test/report", "kelvo-test/scenario"},
     # The contract is one for all renderers: it knows the boundary and none of them.
     "conformance": {"framework/core"},
     "framework/core": set(),
@@ -45,6 +60,7 @@ MAY_INCLUDE = {
     "framework/playback": {"framework/core"},
     "framework/playback/remote": {"framework/core", "framework/playback"},
     "framework/recording": {"framework/core", "framework/session-bus"},
+    "framework/screen-lock": {"framework/core", "framework/session-bus"},
     "framework/shared": {"framework/session-bus", "framework/core"},
     "framework/tracker": {"framework/core", "framework/glib"},
     "framework/plugins/gst-renderer": {
@@ -62,28 +78,33 @@ MAY_INCLUDE = {
 BOUNDARY_HEADERS = {
     "KelvoContent.h", "KelvoError.h", "KelvoGeneralSourcePlaylist.h", "KelvoMessageHandler.h", "KelvoPlaylist.h",
     "KelvoPluginLoader.h", "KelvoRegistry.h", "KelvoRenderer.h", "KelvoSource.h",
-    "KelvoShared.h", "Recorder.h",
+    "KelvoShared.h", "Recorder.h", "ScreenLock.h", "UserFolders.h",
     "KelvoTrackerModel.h", "KelvoTrackerModelFactory.h", "QSparqlConnection.h", "QSparqlQueryModel.h",
 }
 
 # Headers of foreign libraries -> the folders that may know them.
 FOREIGN = {
     # The indexer looks into videos with the media engine's discoverer.
-    r"gst/": {"framework/glib", "framework/plugins/gst-renderer", "framework/plugins/tracker-source"},
+    r"gst/": {"framework/glib", "kelvo-test/media/maker", "framework/plugins/gst-renderer", "framework/plugins/tracker-source"},
     r"totem-pl-parser": {"framework/media"},
     r"libtracker-sparql|tracker-sparql": {"framework/tracker"},
+    r"^curl/": {"framework/tracker"},
     r"taglib/|^(fileref|tag|tfile|tfilestream|tpropertymap)\.h$": {"framework/plugins/tracker-source"},
     r"yaml-cpp": {"kelvo-test/scenario"},
+    r"^ltc\.h$": {"kelvo-test/media"},
     r"uchardet/": {"framework/plugins/tracker-source"},
     r"libgupnp|libgssdp|libsoup": {"framework/plugins/upnp"},
-    r"xcb/": {"framework/plugins/gst-renderer"},
+    r"xcb/": {"framework/plugins/gst-renderer", "kelvo-test/eye/capture"},
+    # Read beside the window.
+    r"fontconfig/": {"src"},
     # The lock that libraries are loaded under.
     r"gmodule": {"framework/core"},
     r"glib|gio/|gobject/": {
         "framework/glib", "framework/plugins/gst-renderer", "framework/plugins/tracker-source", "framework/tracker",
         "framework/plugins/upnp"},
     r"QtWidgets/|Q(Widget|Dialog|MainWindow|Application|MessageBox)\b": {"src"},
-    r"QDBus": {"framework/session-bus", "framework/recording", "framework/shared", "framework/plugins/mpris"},
+    r"QDBus": {
+        "framework/session-bus", "framework/recording", "framework/screen-lock", "framework/shared", "framework/plugins/mpris"},
 }
 
 # Headers that no folder includes -> what is used instead.
@@ -97,22 +118,38 @@ MAY_LINK = {
     r"lib/libkelvo-core\.so": QT_BASE + r"|libgmodule-2\.0",
     r"lib/libkelvo-shared\.so": QT_BASE + r"|libQt6DBus\.so|libkelvo-core\.so",
     # GLib is what libtracker-sparql's own interface is made of.
-    r"lib/libkelvo-tracker\.so": QT_BASE + r"|libkelvo-core\.so|libtracker-sparql|libg(lib|object|io)-2\.0",
-    r"bin/kelvo-test": QT_BASE + r"|libQt6(DBus|Network)\.so|libkelvo-(core|shared)\.so|libyaml-cpp",
-    r"bin/kelvo-test-gui": r"libQt6(Core|Gui|Widgets|Network|DBus)\.so|libkelvo-(core|shared|tracker)\.so",
+    r"lib/libkelvo-tracker\.so": QT_BASE + r"|libkelvo-core\.so|libg(lib|object)-2\.0",
+    r"bin/kelvo-test": QT_BASE + r"|libQt6(DBus|Network)\.so|libkelvo-(core|shared)\.so|libyaml-cpp|libltc",
+    # Make media and listen in processes of their own, so that kelvo-test loads none of this.
+    # D-Bus comes with the sanitizers.
+    r"libexec/kelvo/kelvo-(media-maker|ear)": QT_BASE + r"|libQt6DBus\.so|libgstreamer-1\.0|libg(lib|object)-2\.0|libltc",
+    r"libexec/kelvo/kelvo-eye": QT_BASE + r"|libQt6DBus\.so|libltc|libxcb",
+    r"bin/kelvo-test-gui": r"libQt6(Core|Gui|Widgets|Network|DBus)\.so|libkelvo-(core|shared|tracker)\.so|libfontconfig",
     r"lib/kelvo/plugins/gst-renderer\.so":
-        QT_BASE + r"|libQt6Network\.so|libkelvo-core\.so|libgst\w+-1\.0|libg(lib|object|io)-2\.0|libtotem-plparser|libxcb",
+        QT_BASE + r"|libQt6Network\.so|libkelvo-core\.so|libgst\w+-1\.0|libg(lib|object|io)-2\.0|libxcb",
     r"lib/kelvo/plugins/simulator\.so": QT_BASE + r"|libkelvo-core\.so",
     r"lib/kelvo/plugins/tracker-source\.so":
         QT_BASE + r"|libkelvo-(core|tracker)\.so|libtag\.so|libgst(pbutils|reamer)-1\.0|libg(lib|object|io)-2\.0"
-        r"|libtotem-plparser|libuchardet",
+        r"|libuchardet",
     r"lib/kelvo/plugins/upnp\.so": QT_BASE + r"|libkelvo-core\.so|libgupnp|libgssdp|libsoup|libg(lib|object|io)-2\.0|libxml2",
     r"lib/kelvo/plugins/mpris\.so": QT_BASE + r"|libQt6DBus\.so|libkelvo-core\.so",
 }
 # Not loaded by any program or library of the boundary, not even by way of others: only plug-ins bring them.
 OF_BACK_ENDS = re.compile(r"libgst|libtag\.so|libtotem-plparser|libuchardet|libgupnp|libgssdp|libsoup")
+# Nor are these: they are loaded when they are first needed, which is after the start. Each would make it longer, and so would
+# all that they need.
+WHEN_NEEDED = re.compile(r"libtracker-sparql|libgio-2\.0|libsqlite3|libcurl")
+# Kind of binary -> where it looks for our libraries: by its own place, never by that of the build.
+RUN_PATHS = {
+    r"bin/.*": "$ORIGIN/../lib",
+    r"lib/libkelvo-.*": "$ORIGIN",
+    r"lib/kelvo/plugins/.*": "$ORIGIN/../..",
+    # Needs none of our libraries.
+    r"libexec/.*": None,
+}
 RUNTIME = re.compile(r"lib(stdc\+\+|m|gcc_s|c|pthread|dl|rt|asan|ubsan|tsan)\.so|ld-linux")
 
+CLASS = re.compile(r"^(?:class|struct)\s+(?:[A-Z_]+_EXPORT\s+)?(\w+)[^;{]*\{", re.MULTILINE)
 INCLUDE = re.compile(r'^\s*#\s*include\s*([<"])([^>"]+)[>"]', re.MULTILINE)
 
 
@@ -153,15 +190,28 @@ def name_faults(relative):
     return []
 
 
+def class_faults(headers):
+    """Faults of the headers of the product, text by name: each class has a name of its own. Two of one name that come into one
+    program become one of them, without a word from compiler or linker."""
+    found = {}
+    for name, text in headers.items():
+        for defined in set(CLASS.findall(text)):
+            found.setdefault(defined, []).append(name)
+    return [f"{' and '.join(sorted(names))}: both define {defined}" for defined, names in found.items() if len(names) > 1]
+
+
 def source_faults(source):
-    files = [path for folder in ("src", "kelvo-test", "conformance", "framework", "tests", "benchmarks", "cmake", "scripts")
+    files = [path for folder in ("src", "kelvo-test", "conformance", "framework", "tests", "benchmarks", "cmake", "examples", "scripts")
              for path in (source / folder).rglob("*") if path.is_file()]
     owners = {}
+    headers = {}
     for path in files:
         home = folder_of(path.relative_to(source).as_posix(), MAY_INCLUDE)
         if home and path.suffix == ".h":
             owners.setdefault(path.name, set()).add(home)
-    faults = []
+            if not home.startswith(("tests", "benchmarks")):
+                headers[path.relative_to(source).as_posix()] = path.read_text(encoding="utf-8")
+    faults = class_faults(headers)
     for path in files:
         if path.suffix not in (".h", ".cpp"):
             continue
@@ -210,10 +260,24 @@ def needed_libraries(path):
     return re.findall(r"\(NEEDED\)\s+Shared library: \[(.+)\]", output)
 
 
+def run_path_faults(binary, run_path):
+    """Faults of the RUNPATH of one binary, given relative to the build folder; None: it has none."""
+    wanted = next(path for kind, path in RUN_PATHS.items() if re.fullmatch(kind, binary))
+    return [] if run_path == wanted else [f"{binary}: its RUNPATH is {run_path}, not {wanted}"]
+
+
+def run_path_of(path):
+    output = subprocess.run(["readelf", "-d", str(path)], check=True, capture_output=True, text=True).stdout
+    found = re.search(r"\((?:RUNPATH|RPATH)\)\s+Library r(?:un)?path: \[(.*)\]", output)
+    return found.group(1) if found else None
+
+
 def load_faults(binary, loaded):
     """Faults of a program, or a library that it links, with all that is loaded for it before any plug-in."""
-    return [f"{binary}: loads {library}, which belongs to a plug-in"
-            for library in loaded if OF_BACK_ENDS.match(library)]
+    return ([f"{binary}: loads {library}, which belongs to a plug-in"
+             for library in loaded if OF_BACK_ENDS.match(library)]
+            + [f"{binary}: loads {library} at its start, before it is needed"
+               for library in loaded if WHEN_NEEDED.match(library)])
 
 
 def loaded_libraries(path):
@@ -222,7 +286,7 @@ def loaded_libraries(path):
 
 
 def binary_faults(build):
-    binaries = sorted(path for pattern in ("bin/*", "lib/libkelvo-*.so", "lib/kelvo/plugins/*.so")
+    binaries = sorted(path for pattern in ("bin/*", "libexec/kelvo/*", "lib/libkelvo-*.so", "lib/kelvo/plugins/*.so")
                       for path in build.glob(pattern) if path.is_file())
     if not binaries:
         return [f"{build}: nothing built"]
@@ -230,7 +294,8 @@ def binary_faults(build):
     for path in binaries:
         name = path.relative_to(build).as_posix()
         faults += link_faults(name, needed_libraries(path))
-        if not name.startswith("lib/kelvo/plugins/"):
+        faults += run_path_faults(name, run_path_of(path))
+        if not name.startswith(("lib/kelvo/plugins/", "libexec/")):
             faults += load_faults(name, loaded_libraries(path))
     return faults
 

@@ -3,13 +3,26 @@
 """The architecture check must see the faults it exists for."""
 import unittest
 
-from check_architecture import include_faults, link_faults, load_faults, name_faults, plan_faults
+from check_architecture import class_faults, include_faults, link_faults, load_faults, name_faults, plan_faults, run_path_faults
 
 OWNERS = {"KelvoRegistry.h": {"framework/core"}, "GstEngine.h": {"framework/plugins/gst-renderer"},
           "KelvoMainWindow.h": {"src"}, "RemotePlayer.h": {"framework/playback/remote"}, "ItemRenderer.h": {"framework/playback"},
           "MprisTransport.h": {"framework/plugins/mpris"}, "Recorder.h": {"framework/recording"},
           "EventRing.h": {"framework/recording"},
           "Statement.h": {"conformance"}}
+
+
+class Classes(unittest.TestCase):
+    def test_two_of_one_name_are_found(self):
+        one = "class PausePoint : public QObject\n{\n};\n"
+        other = "struct KELVO_EXPORT PausePoint {};\n"
+        self.assertEqual(len(class_faults({"playback/a.h": one, "gst-renderer/b.h": other})), 1)
+        self.assertEqual(len(class_faults({"playback/a.h": one, "gst-renderer/b.h": "class PausePoint final {\n"})), 1)
+
+    def test_names_of_other_headers_may_be_announced_and_held(self):
+        one = "class PausePoint\n{\n};\n"
+        inner = "class Clock\n{\n    struct PausePoint {};\n};\n"
+        self.assertEqual(class_faults({"a.h": one, "b.h": "class PausePoint;\nclass Other\n{\n};\n", "c.h": inner}), [])
 
 
 class Includes(unittest.TestCase):
@@ -140,12 +153,17 @@ class Links(unittest.TestCase):
         self.assertTrue(link_faults("bin/kelvo-test-gui", ["libgstreamer-1.0.so.0"]))
         self.assertTrue(link_faults("lib/kelvo/plugins/simulator.so", ["libQt6Widgets.so.6"]))
 
-    def test_the_store_links_its_database_only(self):
+    def test_the_store_links_nothing_that_reads_media_nor_its_database(self):
         store = "lib/libkelvo-tracker.so"
-        self.assertEqual(link_faults(store, ["libtracker-sparql-3.0.so.0", "libglib-2.0.so.0"]), [])
-        for library in ("libgstreamer-1.0.so.0", "libtag.so.1", "libtotem-plparser.so.18", "libuchardet.so.0"):
+        self.assertEqual(link_faults(store, ["libgobject-2.0.so.0", "libglib-2.0.so.0"]), [])
+        self.assertTrue(link_faults(store, ["libtracker-sparql-3.0.so.0"]))
+        for library in ("libgstreamer-1.0.so.0", "libtag.so.1", "libuchardet.so.0"):
             self.assertTrue(link_faults(store, [library]))
             self.assertEqual(link_faults("lib/kelvo/plugins/tracker-source.so", [library]), [])
+
+    def test_nobody_links_what_reads_playlist_files(self):
+        for binary in ("lib/libkelvo-tracker.so", "lib/kelvo/plugins/gst-renderer.so", "lib/kelvo/plugins/tracker-source.so"):
+            self.assertTrue(link_faults(binary, ["libtotem-plparser.so.18"]), binary)
 
     def test_what_back_ends_need_comes_with_them(self):
         self.assertEqual(load_faults("bin/kelvo-test-gui", ["libQt6Core.so.6", "libglib-2.0.so.0"]), [])
@@ -153,9 +171,22 @@ class Links(unittest.TestCase):
                         "libgupnp-1.6.so.0"):
             self.assertTrue(load_faults("bin/kelvo-test-gui", [library]))
 
+    def test_what_is_needed_later_is_loaded_later(self):
+        for library in ("libtracker-sparql-3.0.so.0", "libgio-2.0.so.0", "libsqlite3.so.0", "libcurl-gnutls.so.4"):
+            for binary in ("bin/kelvo-test-gui", "bin/kelvo-test", "lib/libkelvo-tracker.so"):
+                self.assertTrue(load_faults(binary, [library]), (binary, library))
+
     def test_the_program_without_a_window_links_no_widgets(self):
         self.assertEqual(link_faults("bin/kelvo-test", ["libQt6Core.so.6", "libkelvo-shared.so.0"]), [])
         self.assertTrue(link_faults("bin/kelvo-test", ["libQt6Widgets.so.6"]))
+
+    def test_each_kind_has_one_run_path(self):
+        kinds = {"bin/kelvo-test": "$ORIGIN/../lib", "lib/libkelvo-core.so": "$ORIGIN",
+                 "lib/kelvo/plugins/upnp.so": "$ORIGIN/../.."}
+        for binary, wanted in kinds.items():
+            self.assertEqual(run_path_faults(binary, wanted), [])
+            for wrong in (None, "", wanted + ":", f"{wanted}:$ORIGIN/..", "/a/build/lib", "::::"):
+                self.assertTrue(run_path_faults(binary, wrong), (binary, wrong))
 
     def test_an_unknown_binary_is_a_fault(self):
         self.assertTrue(link_faults("lib/kelvo/plugins/new.so", []))

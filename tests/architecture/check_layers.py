@@ -10,7 +10,8 @@ import json
 import subprocess
 import sys
 
-LAYERS = ("unit", "model", "contract", "integration", "architecture", "build", "scripts", "mutation", "e2e")
+LAYERS = ("unit", "model", "contract", "integration", "architecture", "build", "scripts", "mutation", "e2e",
+          "chaos", "faults", "kills", "soak")
 # Not a layer, but what the tests of several stand on: what makes their media.
 SUPPORT = "support"
 

@@ -16,6 +16,7 @@
 #include <QStandardPaths>
 #include <QTcpSocket>
 #include <QTest>
+#include <QThread>
 #include <QUdpSocket>
 
 #include <cstdio>
@@ -32,6 +33,8 @@ constexpr int skippedCode = 77;
 // rygel keeps each connection that a client has closed; with hundreds of them it does little else.
 constexpr int testsPerDevice = 27;
 constexpr int attempts = 3;
+// Between two questions to the device, for the same reason: asked without a break, it has no time to stop. Milliseconds.
+constexpr int breath = 20;
 
 class UpnpSubject : public Subject
 {
@@ -150,9 +153,19 @@ private:
         transport("Stop");
         const QDeadlineTimer limit(5000);
         while (!isAtRest()) {
-            if (limit.hasExpired())
+            if (limit.hasExpired()) {
+                showThreads();
                 qFatal("The device does not stop");
+            }
+            QThread::msleep(breath);
         }
+    }
+    /// What keeps it from stopping.
+    void showThreads() const
+    {
+        QProcess::execute(QStringLiteral("gdb"),
+            {QStringLiteral("--batch"), QStringLiteral("--ex"), QStringLiteral("thread apply all bt 30"),
+                QStringLiteral("--pid"), QString::number(m_device.processId())});
     }
     bool isAtRest() const
     {

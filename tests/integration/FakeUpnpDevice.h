@@ -9,6 +9,7 @@
 #include <QObject>
 #include <QTimer>
 #include <QUdpSocket>
+#include <QUrl>
 
 #include <memory>
 
@@ -53,6 +54,8 @@ public:
     /// How often it was asked to do that.
     int actions(const QByteArray &action) const;
     int subscriptions() const { return m_subscriptions; }
+    /// Where they are sent.
+    QUrl eventAddress() const { return QUrl(QString::fromLatin1(m_subscriber)); }
     bool areEventsSent() const { return m_events.isEmpty(); }
     /// Tells who subscribed of a change of its state. Those who subscribe are told of the present one.
     void sendState(const QByteArray &state);

@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "GstTestCase.h"
+#include "SoundServer.h"
 #include "TestGroup.h"
 
-#include <QProcess>
-#include <QRegularExpression>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <memory>
@@ -14,67 +12,6 @@ using R = KelvoRenderer;
 namespace {
 const QString output = QStringLiteral("audio-output");
 const QString silence = QStringLiteral("none (silent clock)");
-
-/// A sound server of the test's own, with one output that nobody hears. While it runs it is the one that PULSE_SERVER
-/// names. A telephone call takes the sound away from everybody else.
-class SoundServer
-{
-public:
-    SoundServer()
-    {
-        m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        start();
-    }
-    void start()
-    {
-        const QString socket = m_folder.filePath(QStringLiteral("socket"));
-        QFile::remove(socket); // left behind by one that was killed
-        m_process.start(QStringLiteral("pulseaudio"),
-            {QStringLiteral("-n"), QStringLiteral("--daemonize=no"), QStringLiteral("--use-pid-file=no"),
-                QStringLiteral("--disable-shm=yes"), QStringLiteral("--exit-idle-time=-1"),
-                QStringLiteral("--log-level=error"), QStringLiteral("-L"),
-                QStringLiteral("module-null-sink sink_name=silence"), QStringLiteral("-L"),
-                QStringLiteral("module-role-cork trigger_roles=phone cork_roles=no_role"),
-                QStringLiteral("-L"),
-                QStringLiteral("module-native-protocol-unix auth-anonymous=1 socket=") + socket});
-        qputenv("PULSE_SERVER", QFile::encodeName(QStringLiteral("unix:") + socket));
-        m_isRunning = QTest::qWaitFor([&socket] { return QFile::exists(socket); }, 10000);
-    }
-    ~SoundServer()
-    {
-        end();
-        qunsetenv("PULSE_SERVER");
-    }
-    Q_DISABLE_COPY_MOVE(SoundServer)
-
-    bool isRunning() const { return m_isRunning; }
-    void end()
-    {
-        m_process.kill();
-        m_process.waitForFinished(5000);
-    }
-
-    /// What the mixer prints; it runs on the server as other programs of the desktop do.
-    static QString mixer(const QStringList &arguments)
-    {
-        QProcess process;
-        process.start(QStringLiteral("pactl"), arguments);
-        process.waitForFinished(5000);
-        return QString::fromUtf8(process.readAllStandardOutput());
-    }
-    /// The streams that are connected, as the mixer lists them.
-    static QString streams() { return mixer({QStringLiteral("list"), QStringLiteral("sink-inputs")}); }
-    static void setVolume(const QString &percent)
-    {
-        const QRegularExpression number(QStringLiteral("Sink Input #(\\d+)"));
-        mixer({QStringLiteral("set-sink-input-volume"), number.match(streams()).captured(1), percent});
-    }
-
-private:
-    QTemporaryDir m_folder;
-    QProcess m_process;
-    bool m_isRunning = false;
-};
 } // namespace
 
 /// The renderer on a real sound server, where other programs have their say.
@@ -122,6 +59,7 @@ private Q_SLOTS:
     void volumeStaysFromItemToItem()
     {
         renderer()->setKelvoProperty(R::PropertyVolume, 33);
+        QTRY_COMPARE(heard().property(R::PropertyVolume), QVariant(33U));
         QTRY_VERIFY2(
             SoundServer::streams().contains(QStringLiteral(" 33% ")), qPrintable(SoundServer::streams()));
         // The server gives each stream its own volume, until it is told another one.
@@ -130,11 +68,32 @@ private Q_SLOTS:
         for (uint item = 0; item < 4; ++item) {
             heard().clear();
             renderer()->gotoIndex(item);
-            TRY_STATE(Playing);
+            QTRY_COMPARE(heard().states(), (QList<R::State>{R::Transitioning, R::Playing}));
             QTRY_VERIFY2(
                 SoundServer::streams().contains(QStringLiteral(" 33% ")), qPrintable(SoundServer::streams()));
             QCOMPARE(heard().askProperty(R::PropertyVolume), QVariant(33U));
+            QCOMPARE(heard().property(R::PropertyVolume), QVariant()); // nor was it another on the way
         }
+    }
+
+    void volumeStaysWhenItemsAreSkipped()
+    {
+        renderer()->setKelvoProperty(R::PropertyVolume, 33);
+        QTRY_COMPARE(heard().property(R::PropertyVolume), QVariant(33U));
+        const auto playlist = makePlaylist(QList<QUrl>(12, media(QStringLiteral("long.mp3"))));
+        renderer()->assignPlaylist(playlist.get());
+        heard().clear();
+        // Each comes at another moment of the start of the one before.
+        for (uint item = 0; item < 12; ++item) {
+            renderer()->gotoIndex(item);
+            QTest::qWait(int(item) * 4);
+        }
+        QTRY_COMPARE(heard().mediaIndexes().value(11, -1), 11);
+        TRY_STATE(Playing);
+        QTRY_VERIFY2(
+            SoundServer::streams().contains(QStringLiteral(" 33% ")), qPrintable(SoundServer::streams()));
+        QCOMPARE(heard().askProperty(R::PropertyVolume), QVariant(33U));
+        QCOMPARE(heard().property(R::PropertyVolume), QVariant());
     }
 
     void telephoneCallOverrides()

@@ -7,6 +7,7 @@
 #include <QTest>
 
 #include <atomic>
+#include <cmath>
 
 #include <gst/gst.h>
 
@@ -16,11 +17,16 @@ namespace {
 std::atomic<GstElement *> output = nullptr; ///< the audio output that the renderer uses at the moment
 int outputsMade = 0;
 std::atomic<bool> isOutputBroken = false; ///< it does not open, and does not say why
+std::atomic<bool> beginsLoud = false; ///< as streams do that a sound server was told nothing of
+
+void moveVolume(double volume);
 
 GstStateChangeReturn changeState(GstElement *element, GstStateChange change)
 {
     if (isOutputBroken && change == GST_STATE_CHANGE_NULL_TO_READY)
         return GST_STATE_CHANGE_FAILURE;
+    if (beginsLoud && change == GST_STATE_CHANGE_READY_TO_PAUSED)
+        moveVolume(1);
     auto *model = static_cast<GstElementClass *>(g_type_class_peek_parent(GST_ELEMENT_GET_CLASS(element)));
     return model->change_state(element, change);
 }
@@ -55,16 +61,33 @@ void loseDevice()
     GST_ELEMENT_ERROR(output.load(), RESOURCE, WRITE, ("The device is gone."), (nullptr));
 }
 
-/// The desktop's mixer moves the volume of the pipeline as a whole.
-void moveVolume(double volume)
+/// The whole that the output is part of; belongs to the caller.
+GstObject *pipeline()
 {
     GstObject *top = GST_OBJECT(gst_object_ref(output.load()));
     while (GstObject *parent = gst_object_get_parent(top)) {
         gst_object_unref(top);
         top = parent;
     }
+    return top;
+}
+
+/// The desktop's mixer moves the volume of the pipeline as a whole.
+void moveVolume(double volume)
+{
+    GstObject *top = pipeline();
     g_object_set(top, "volume", volume, nullptr);
     gst_object_unref(top);
+}
+
+/// 0..1, as the pipeline has it.
+double volume()
+{
+    GstObject *top = pipeline();
+    gdouble found = 0;
+    g_object_get(top, "volume", &found, nullptr);
+    gst_object_unref(top);
+    return found;
 }
 } // namespace
 
@@ -152,6 +175,25 @@ private Q_SLOTS:
         QTRY_COMPARE(heard().completed(), 1);
         QCOMPARE(heard().property(R::PropertyVolume), QVariant(30U));
         QCOMPARE(heard().propertyReports(R::PropertyVolume), 1);
+    }
+
+    /// As a stream that was told nothing, or whose server lost it on the way.
+    void loudStreamIsNobodysWish()
+    {
+        renderer()->setKelvoProperty(R::PropertyVolume, 30);
+        QTRY_COMPARE(heard().property(R::PropertyVolume), QVariant(30U));
+        beginsLoud = true;
+        const auto quietAgain = qScopeGuard([] { beginsLoud = false; });
+        for (int item = 0; item < 3; ++item) {
+            heard().clear();
+            start();
+            QTRY_COMPARE(qRound(std::cbrt(volume()) * 99), 30);
+            QCOMPARE(heard().askProperty(R::PropertyVolume), QVariant(30U));
+        }
+        QCOMPARE(heard().propertyReports(R::PropertyVolume), 0); // nor was it another on the way
+        // Once it plays, others may move it.
+        moveVolume(1);
+        QTRY_COMPARE(heard().property(R::PropertyVolume), QVariant(99U));
     }
 
     void goesOnSilentlyWhenTheDeviceIsLost()

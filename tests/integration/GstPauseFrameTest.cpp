@@ -18,7 +18,7 @@ const QString sizeKey = QStringLiteral("pause-frame-size");
 QDir folder()
 {
     return QDir(QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation)
-        + QStringLiteral("/kelvo-test-gui/pause-frames"));
+        + QStringLiteral("/kelvo/pause-frames"));
 }
 
 bool makeFile(const QString &path)
@@ -60,6 +60,8 @@ private Q_SLOTS:
     void cleanup()
     {
         GstTestCase::cleanup();
+        // What is still saved would come into the folder of the next test.
+        QTRY_VERIFY_WITH_TIMEOUT(!threadRuns("frame-store"), 15000);
         folder().removeRecursively();
     }
 
@@ -73,6 +75,11 @@ private Q_SLOTS:
         QVERIFY(isRed(reported().pixelColor(1, 1)));
         QVERIFY(isRed(reported().pixelColor(158, 118)));
         QVERIFY(heard().metadata(fileKey).toString().startsWith(folder().path()));
+        // What was watched is nobody else's business.
+        constexpr auto others = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup | QFile::ReadOther
+            | QFile::WriteOther | QFile::ExeOther;
+        QVERIFY(!(QFile::permissions(folder().path()) & others));
+        QVERIFY(!(QFile::permissions(heard().metadata(fileKey).toString()) & others));
     }
 
     void reportsTheFrameThatIsShown()
@@ -133,7 +140,7 @@ private Q_SLOTS:
         setFrameOnPause(true);
         renderer()->playUri(media(QStringLiteral("red.mp4")));
         TRY_STATE(Playing);
-        playAndPause(QStringLiteral("tone.mp3")); // with a cover
+        playAndPause(QStringLiteral("covered.mp3"));
         passTime();
         QCOMPARE(heard().metadataReports(fileKey), 0);
         QCOMPARE(heard().metadataReports(sizeKey), 0);

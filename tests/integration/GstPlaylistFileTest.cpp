@@ -87,10 +87,13 @@ private Q_SLOTS:
         QTest::addColumn<QList<QUrl>>("entries");
         const QByteArray absolute = media(QStringLiteral("blip.flac")).toEncoded();
         const QList<QByteArray> two{"blip.flac", absolute};
+        // What came from the network names what is there.
+        const QUrl other = m_server.url(QStringLiteral("/other/blip.flac"));
+        m_server.serveFile(other.path(), mediaFile(QStringLiteral("blip.flac")), "audio/flac");
+        const QList<QByteArray> twoThere{"blip.flac", other.toEncoded()};
         const QList<QUrl> local{QUrl::fromLocalFile(m_folder.filePath(QStringLiteral("blip.flac"))),
             media(QStringLiteral("blip.flac"))};
-        const QList<QUrl> remote{
-            m_server.url(QStringLiteral("/music/blip.flac")), media(QStringLiteral("blip.flac"))};
+        const QList<QUrl> remote{m_server.url(QStringLiteral("/music/blip.flac")), other};
         const QString scpls = QStringLiteral("audio/x-scpls");
         const QString none;
         QTest::newRow("pls") << write(QStringLiteral("a.pls"), pls(two)) << scpls << local;
@@ -110,14 +113,14 @@ private Q_SLOTS:
             << write(QStringLiteral("escaped.xspf"), xspf({"b%20c.flac", absolute})) << none
             << QList<QUrl>{QUrl::fromLocalFile(m_folder.filePath(QStringLiteral("b c.flac"))),
                    media(QStringLiteral("blip.flac"))};
-        QTest::newRow("http pls") << serve(QStringLiteral("/music/a.pls"), pls(two), "audio/x-scpls") << scpls
-                                  << remote;
+        QTest::newRow("http pls") << serve(QStringLiteral("/music/a.pls"), pls(twoThere), "audio/x-scpls")
+                                  << scpls << remote;
         QTest::newRow("http pls by its content")
-            << serve(QStringLiteral("/music/listen"), pls(two), "audio/x-scpls") << none << remote;
-        QTest::newRow("http m3u") << serve(QStringLiteral("/music/a.m3u"), m3u(two), "audio/x-mpegurl")
+            << serve(QStringLiteral("/music/listen"), pls(twoThere), "audio/x-scpls") << none << remote;
+        QTest::newRow("http m3u") << serve(QStringLiteral("/music/a.m3u"), m3u(twoThere), "audio/x-mpegurl")
                                   << none << remote;
         QTest::newRow("http xspf") << serve(
-            QStringLiteral("/music/a.xspf"), xspf(two), "application/xspf+xml")
+            QStringLiteral("/music/a.xspf"), xspf(twoThere), "application/xspf+xml")
                                    << none << remote;
         QTest::newRow("gaps, order and a wrong count") << write(QStringLiteral("odd.pls"),
             "[playlist]\nFile9=" + absolute + "\nTitle3=x\nFile3=blip.flac\nNumberOfEntries=77\n")

@@ -63,11 +63,16 @@ bool GstTestCase::loadRenderer()
 
 bool GstTestCase::engineRuns()
 {
+    return threadRuns("gst-engine");
+}
+
+bool GstTestCase::threadRuns(const QByteArray &name)
+{
     const QDir threads(QStringLiteral("/proc/self/task"));
     const QStringList ids = threads.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
-    return std::any_of(ids.cbegin(), ids.cend(), [&threads](const QString &id) {
-        QFile name(threads.filePath(id + QStringLiteral("/comm")));
-        return name.open(QIODevice::ReadOnly) && name.readAll().trimmed() == "gst-engine";
+    return std::any_of(ids.cbegin(), ids.cend(), [&](const QString &id) {
+        QFile comm(threads.filePath(id + QStringLiteral("/comm")));
+        return comm.open(QIODevice::ReadOnly) && comm.readAll().trimmed() == name;
     });
 }
 

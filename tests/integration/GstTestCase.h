@@ -32,6 +32,8 @@ protected:
     bool loadRenderer();
     /// Whether the engine of a renderer still runs: it ends by itself, after the renderer.
     static bool engineRuns();
+    /// Whether a thread of that name does (its first 15 letters).
+    static bool threadRuns(const QByteArray &name);
     KelvoRenderer *renderer() const { return m_renderer; }
     RendererRecorder &heard() { return *m_recorder; }
     KelvoRegistry &registry() { return *m_registry; }

@@ -103,6 +103,16 @@ private:
             && at(right, centre.y()) == green && at(centre.x(), place.y() - 1) == green
             && at(centre.x(), bottom) == green;
     }
+    /// Whether it comes to do that, and stays so: one that was made for the size before may be on its way even when the
+    /// window looks right already.
+    bool comesToShow(const QRect &place, bool (*color)(QColor) = isRed)
+    {
+        int looks = 0; // in a row
+        return QTest::qWaitFor([&] {
+            looks = shows(place, color) ? looks + 1 : 0;
+            return looks == 5;
+        });
+    }
 
 private Q_SLOTS:
     void initTestCase()
@@ -132,7 +142,7 @@ private Q_SLOTS:
     void showsInItsPlace()
     {
         play();
-        QTRY_VERIFY(shows(QRect(20, 30, 160, 120)));
+        QVERIFY(comesToShow(QRect(20, 30, 160, 120)));
         QCOMPARE(heard().metadata(QStringLiteral("video-output")).toString(), QStringLiteral("ximagesink"));
         QCOMPARE(heard().errors(), QList<int>{});
     }
@@ -169,11 +179,11 @@ private Q_SLOTS:
         if (paused)
             pause();
         place(QStringLiteral("100,60,160,120"));
-        QTRY_VERIFY(shows(QRect(100, 60, 160, 120)));
+        QVERIFY(comesToShow(QRect(100, 60, 160, 120)));
         place(QStringLiteral("10,10,320,240"));
-        QTRY_VERIFY(shows(QRect(10, 10, 320, 240)));
+        QVERIFY(comesToShow(QRect(10, 10, 320, 240)));
         place(QStringLiteral("40,40,80,60"));
-        QTRY_VERIFY(shows(QRect(40, 40, 80, 60)));
+        QVERIFY(comesToShow(QRect(40, 40, 80, 60)));
         QCOMPARE(heard().state(), paused ? R::Paused : R::Playing);
         m_server->move(m_page, QPoint(0, 0));
         QTRY_VERIFY(isRed(m_server->pixel(80, 70)));
@@ -188,7 +198,7 @@ private Q_SLOTS:
         const int before = heard().askPosition();
         heard().clear();
         place(QStringLiteral("10,10,320,240"));
-        QTRY_VERIFY(shows(QRect(10, 10, 320, 240)));
+        QVERIFY(comesToShow(QRect(10, 10, 320, 240)));
         QCOMPARE(heard().askPosition(), before);
         QCOMPARE(heard().states().count(), 0);
     }
@@ -212,7 +222,7 @@ private Q_SLOTS:
         renderer()->pause();
         place(QStringLiteral("10,10,320,240"));
         TRY_STATE(Paused);
-        QTRY_VERIFY(shows(QRect(10, 10, 320, 240)));
+        QVERIFY(comesToShow(QRect(10, 10, 320, 240)));
         QCOMPARE(heard().state(), R::Paused);
         QCOMPARE(heard().errors(), QList<int>{});
     }
@@ -227,7 +237,7 @@ private Q_SLOTS:
         renderer()->setPosition(5, R::SeekAbsolute);
         QTRY_VERIFY(picturesUnderWay > before);
         place(QStringLiteral("10,10,320,240"));
-        QTRY_VERIFY(shows(QRect(10, 10, 320, 240)));
+        QVERIFY(comesToShow(QRect(10, 10, 320, 240)));
         QCOMPARE(heard().askPosition(), 5);
         QCOMPARE(heard().errors(), QList<int>{});
     }
@@ -243,11 +253,11 @@ private Q_SLOTS:
         m_server->setShown(m_page, false); // another tab
         QVERIFY(!isRed(at(100, 90)));
         m_server->setShown(m_page, true);
-        QTRY_VERIFY(shows(QRect(20, 30, 160, 120)));
+        QVERIFY(comesToShow(QRect(20, 30, 160, 120)));
         const uint cover = m_server->addWindow(page, Qt::white);
         QCOMPARE(at(100, 90), QColor(Qt::white));
         m_server->destroy(cover);
-        QTRY_VERIFY(shows(QRect(20, 30, 160, 120)));
+        QVERIFY(comesToShow(QRect(20, 30, 160, 120)));
     }
 
     void doesNotFlickerWhenThePageIsRepainted()
@@ -294,7 +304,7 @@ private Q_SLOTS:
         play();
         QTRY_VERIFY(isRed(at(100, 90)));
         play(QStringLiteral("blue.mp4"));
-        QTRY_VERIFY(shows(QRect(20, 30, 160, 120), isBlue));
+        QVERIFY(comesToShow(QRect(20, 30, 160, 120), isBlue));
     }
 
     void failureTakesThePictureAway()
@@ -317,7 +327,7 @@ private Q_SLOTS:
         set(R::PropertyXid, m_page);
         QTRY_COMPARE(m_server->pixel(100, 90), QColor(Qt::white));
         m_server->destroy(other);
-        QTRY_VERIFY(shows(QRect(20, 30, 160, 120)));
+        QVERIFY(comesToShow(QRect(20, 30, 160, 120)));
     }
 
     void windowMayComeLate()
@@ -328,7 +338,7 @@ private Q_SLOTS:
         QCOMPARE(at(100, 90), green);
         set(R::PropertyXid, m_page);
         place(QStringLiteral("20,30,160,120"));
-        QTRY_VERIFY(shows(QRect(20, 30, 160, 120)));
+        QVERIFY(comesToShow(QRect(20, 30, 160, 120)));
         set(R::PropertyXid, 0U);
         QTRY_COMPARE(at(100, 90), green);
         QCOMPARE(heard().state(), R::Playing);
@@ -363,7 +373,7 @@ private Q_SLOTS:
             QTRY_VERIFY(heard().askPosition() > position);
         QCOMPARE(heard().errors(), QList<int>{});
         set(R::PropertyXid, m_page);
-        QTRY_VERIFY(shows(QRect(20, 30, 160, 120)));
+        QVERIFY(comesToShow(QRect(20, 30, 160, 120)));
         QCOMPARE(heard().state(), paused ? R::Paused : R::Playing);
     }
 
@@ -376,7 +386,7 @@ private Q_SLOTS:
             m_server->destroy(m_page);
             m_page = m_server->addWindow(page, green);
             set(R::PropertyXid, m_page);
-            QTRY_VERIFY(shows(QRect(20, 30, 160, 120)));
+            QVERIFY(comesToShow(QRect(20, 30, 160, 120)));
         }
         QCOMPARE(log.warnings(), QStringList());
         QCOMPARE(heard().errors(), QList<int>{});
@@ -398,7 +408,7 @@ private Q_SLOTS:
         QTRY_COMPARE(heard().property(R::PropertyRenderRectangle).toString(), rectangle);
         QTRY_VERIFY(!shows(QRect(20, 30, 160, 120)));
         place(QStringLiteral("20,30,160,120"));
-        QTRY_VERIFY(shows(QRect(20, 30, 160, 120)));
+        QVERIFY(comesToShow(QRect(20, 30, 160, 120)));
         QCOMPARE(heard().errors(), QList<int>{});
     }
 

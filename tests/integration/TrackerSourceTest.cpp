@@ -215,7 +215,8 @@ private Q_SLOTS:
         }
         QCOMPARE(removed.count(), 100);
         QVERIFY(comesAndGoes(registry));
-        QCOMPARE(openFiles(), files);
+        // Fewer are as good: on a busy machine the first count finds some that are about to be closed.
+        QTRY_VERIFY2(openFiles() <= files, qPrintable(QString::number(openFiles())));
         QVERIFY(openStore()); // the lock is free
         QVERIFY(!store().isReadOnly());
     }

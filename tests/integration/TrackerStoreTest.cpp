@@ -159,6 +159,9 @@ private Q_SLOTS:
         QCOMPARE(store().folder(), folder() + "/data/kelvo/tracker");
         QVERIFY(openStore());
         QVERIFY(QFile::exists(databaseFile()));
+        constexpr auto others = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup | QFile::ReadOther
+            | QFile::WriteOther | QFile::ExeOther;
+        QVERIFY(!(QFile::permissions(store().folder()) & others));
         QVERIFY(!store().isReadOnly());
     }
 
@@ -251,6 +254,29 @@ private Q_SLOTS:
         QCOMPARE(songs->rowCount(), 1200);
         QStringList uris = texts(*songs, "songUri");
         QCOMPARE(uris.removeDuplicates(), 0);
+    }
+
+    // Whoever made it ended before it was complete: that is no damage to speak of.
+    void isMadeAnewWhenItsMakerWasKilled()
+    {
+        QVERIFY(QDir(store().folder()).removeRecursively());
+        QVERIFY(QDir().mkpath(store().folder()));
+        const QDir files(store().folder());
+        for (const char *name :
+            {"meta.db", "meta.db-wal", ".meta.isrunning", "urn%3Akelvo%3Amusic.db", "unfinished"}) {
+            QFile file(files.filePath(name));
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            file.write("no database");
+        }
+        QSignalSpy rebuilt(&store(), &KelvoTrackerStore::rebuilt);
+        QVERIFY(openStore());
+        QVERIFY(!QFile::exists(files.filePath("unfinished")));
+        closeStore();
+        QVERIFY(fillAndClose(3));
+        QVERIFY(openStore());
+        QCOMPARE(titles(Type::AllSongs).size(), 3);
+        QCOMPARE(rebuilt.size(), 0);
+        QCOMPARE(movedAside(), QStringList());
     }
 
     void endsWithItsProcess()
@@ -413,15 +439,27 @@ private Q_SLOTS:
     {
         addSong("open.mp3", {"Open"});
         addSong("closed/inside.mp3", {"Inside"});
+        addSong("closed/deep/below.mp3", {"Below"});
         const QStringList wrapper = asUser();
         {
             Other first("--index", {}, wrapper);
-            QVERIFY2(first.waitFor("indexed 2"), qPrintable(first.heard()));
+            QVERIFY2(first.waitFor("indexed 3"), qPrintable(first.heard()));
         }
         QVERIFY(QFile::setPermissions(mediaFolder() + "/closed", {}));
         Other second("--index", {}, wrapper);
-        QVERIFY2(second.waitFor("indexed 2"), qPrintable(second.heard()));
+        QVERIFY2(second.waitFor("indexed 3"), qPrintable(second.heard()));
         QCOMPARE(second.heard().count("Cannot look into the folder"), 1);
+    }
+
+    /// Otherwise a new one would be begun there, and what is in the folder be taken for its unfinished files.
+    void whatCannotBeLookedAtIsAStore()
+    {
+        QVERIFY(QDir(store().folder()).removeRecursively());
+        QVERIFY(!StoreFolder::hasStore(store().folder()));
+        QVERIFY(QDir().mkpath(store().folder()));
+        QVERIFY(!StoreFolder::hasStore(store().folder()));
+        QVERIFY(QFile::link("meta.db", databaseFile())); // leads to itself
+        QVERIFY(StoreFolder::hasStore(store().folder()));
     }
 
     void failsClearlyOnAReadOnlyDisk()

@@ -9,8 +9,10 @@
 #include "TestGroup.h"
 #include "UpnpNetwork.h"
 #include "UpnpPeersCase.h"
+#include "UpnpText.h"
 #include "UpnpTransport.h"
 
+#include <QElapsedTimer>
 #include <QProcess>
 #include <QSignalSpy>
 #include <QTest>
@@ -53,6 +55,7 @@ private Q_SLOTS:
     void forgetsWhatEndedAndPlaysItAgain();
     void endsWhatIsSoughtPastItsEnd();
     void echoesTheTargetOfASeek();
+    void goesWhereItIsSentAsItBegins();
     void takesFractionalTargets();
     void writesItsActionsInUpperCase();
     void tellsTitleAndDurationOnceItHasLooked();
@@ -185,6 +188,29 @@ void UpnpPeerQuirksTest::echoesTheTargetOfASeek()
     int earliest = 7;
     QTRY_VERIFY((earliest = std::min(earliest, m_heard->askPosition())) < 7 || m_heard->askPosition() >= 9);
     QCOMPARE(earliest, 7);
+}
+
+// It may lose what comes right after it has begun.
+void UpnpPeerQuirksTest::goesWhereItIsSentAsItBegins()
+{
+    for (int round = 0; round < 3; ++round) {
+        const QMetaObject::Connection sent
+            = connect(m_renderer, &KelvoRenderer::stateChanged, this, [this](KelvoRenderer::State state) {
+                  if (state == KelvoRenderer::Playing)
+                      m_renderer->setPosition(7, KelvoRenderer::SeekAbsolute);
+              });
+        play("long.mp3");
+        disconnect(sent);
+        QElapsedTimer timer;
+        timer.start();
+        const auto place = [this] {
+            return UpnpText::parseTime(transport("GetPositionInfo", "RelTime")).value_or(0);
+        };
+        QTRY_VERIFY(place() >= 7);
+        QVERIFY2(timer.elapsed() < 5000, qPrintable(QString::number(timer.elapsed())));
+        m_renderer->stop();
+        QTRY_COMPARE(m_heard->state(), KelvoRenderer::Stopped);
+    }
 }
 
 void UpnpPeerQuirksTest::takesFractionalTargets()

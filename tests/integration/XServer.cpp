@@ -66,6 +66,18 @@ void XServer::repaint(uint window)
     sync();
 }
 
+void XServer::fill(uint window, const QRect &part, QColor color)
+{
+    const uint brush = xcb_generate_id(m_connection);
+    const quint32 pixel = color.rgb() & 0xffffff;
+    xcb_create_gc(m_connection, brush, window, XCB_GC_FOREGROUND, &pixel);
+    const xcb_rectangle_t rectangle{
+        qint16(part.x()), qint16(part.y()), quint16(part.width()), quint16(part.height())};
+    xcb_poly_fill_rectangle(m_connection, window, brush, 1, &rectangle);
+    xcb_free_gc(m_connection, brush);
+    sync();
+}
+
 void XServer::destroy(uint window)
 {
     xcb_destroy_window(m_connection, window);

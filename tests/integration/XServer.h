@@ -31,6 +31,8 @@ public:
     void setShown(uint window, bool shown);
     /// Paints the window with its colour, as a program that repaints does.
     void repaint(uint window);
+    /// A part of a window, once.
+    void fill(uint window, const QRect &part, QColor color);
     void destroy(uint window);
     /// How many windows are within it; 0 stands for the screen.
     int childrenOf(uint window);

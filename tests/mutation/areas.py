@@ -13,6 +13,7 @@ AREAS = (
     ("framework/core/", ("core-tests", "model-tests", "console-tests", "simulator-tests", "unit-plugin-loading",
                          "contract-simulator")),
     ("framework/recording/", ("recording-tests", "unit-crash")),
+    ("framework/screen-lock/", ("screen-lock-tests",)),
     ("framework/session-bus/", ("sharing-tests", "mpris-tests")),
     ("framework/glib/", ("gst-parts-tests", "upnp-tests", "integration-tracker-store", "tracker-plugin-tests")),
     ("framework/media/", ("media-tests", "tracker-tests", "gst-tests")),

@@ -18,16 +18,25 @@ def row(name, value="1.00 ms"):
     return f"| {name} | {value} |  | | |"
 
 
+def complete():
+    """The fewest rows that the benchmarks must have."""
+    return [row(name) for name in report.CHOSEN]
+
+
 class Written(unittest.TestCase):
-    def write(self, lines):
-        with tempfile.TemporaryDirectory() as folder:
-            root = pathlib.Path(folder)
-            (root / "docs").mkdir()
-            (root / "README.md").write_text(README, encoding="utf-8")
-            done = subprocess.run([sys.executable, ROOT / "benchmarks/report.py", "--root", root],
-                                  input="\n".join(lines) + "\n", capture_output=True, text=True, check=False)
-            page = root / "docs/benchmarks.md"
-            return done, (root / "README.md").read_text(encoding="utf-8"), page.exists() and page.read_text(encoding="utf-8")
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.root = pathlib.Path(folder.name)
+        (self.root / "docs").mkdir()
+        self.page = self.root / "docs/benchmarks.md"
+        (self.root / "README.md").write_text(README, encoding="utf-8")
+
+    def write(self, lines, *options):
+        done = subprocess.run([sys.executable, ROOT / "benchmarks/report.py", "--root", self.root, *options],
+                              input="\n".join(lines) + "\n", capture_output=True, text=True, check=False)
+        page = self.page.exists() and self.page.read_text(encoding="utf-8")
+        return done, (self.root / "README.md").read_text(encoding="utf-8"), page
 
     def test_all_rows_in_their_order_and_the_chosen_ones(self):
         rows = [row(f"{name}, median" if "median" not in name else name) for name in report.CHOSEN]
@@ -46,6 +55,37 @@ class Written(unittest.TestCase):
         self.assertEqual(done.returncode, 1)
         self.assertIn(report.CHOSEN[0], done.stderr)
         self.assertEqual((readme, page), (README, False))
+
+
+    def test_a_long_day_has_its_part_and_leaves_the_rest(self):
+        self.write(complete())
+        before = self.page.read_text(encoding="utf-8")
+        done, readme, page = self.write(["Ran 1 test", row("private memory", "90.00 MB")], "--long-day")
+        self.assertEqual(done.returncode, 0, done.stderr)
+        self.assertTrue(page.startswith(before))
+        self.assertEqual(report.rows_of(page[len(before):].splitlines()), [row("private memory", "90.00 MB")])
+        self.assertIn("## A long day", page[len(before):])
+        self.assertEqual(report.rows_of(readme.splitlines()), complete())
+
+    def test_a_later_one_takes_its_place(self):
+        self.write(complete())
+        self.write([row("private memory", "90.00 MB")], "--long-day")
+        _, _, page = self.write([row("private memory", "80.00 MB")], "--long-day")
+        self.assertEqual(report.rows_of(page.splitlines()), [*complete(), row("private memory", "80.00 MB")])
+        self.assertEqual(page.count("## A long day"), 1)
+
+    def test_later_benchmarks_keep_it(self):
+        self.write(complete())
+        self.write([row("private memory", "90.00 MB")], "--long-day")
+        _, _, page = self.write([*complete(), row("another")])
+        self.assertEqual(report.rows_of(page.splitlines()), [*complete(), row("another"), row("private memory", "90.00 MB")])
+        self.assertEqual(page.count("## A long day"), 1)
+
+    def test_no_day_at_all_is_not_written(self):
+        self.write(complete())
+        before = self.page.read_text(encoding="utf-8")
+        done, _, page = self.write(["it failed"], "--long-day")
+        self.assertEqual((done.returncode, page), (1, before))
 
 
 class InTheTree(unittest.TestCase):

@@ -145,6 +145,8 @@ void HttpTestServer::send(QTcpSocket *socket, const QByteArray &head, const Reso
 void HttpTestServer::sendMore(QTcpSocket *socket, Transfer &transfer)
 {
     const Resource &resource = transfer.resource;
+    // Whoever stalls, or waits for the other side, looks now and then only.
+    transfer.timer.setInterval(sliceTime);
     if (socket->bytesToWrite() > 4 * slice)
         return;
     qint64 end = transfer.end;
@@ -161,6 +163,8 @@ void HttpTestServer::sendMore(QTcpSocket *socket, Transfer &transfer)
         socket->write(data);
         m_bytesSent += size;
         transfer.offset += size;
+        if (resource.bytesPerSecond <= 0)
+            transfer.timer.setInterval(0);
     }
     const bool cut = resource.closeAfter >= 0 && transfer.offset >= resource.closeAfter;
     if (transfer.offset >= transfer.end || cut) {

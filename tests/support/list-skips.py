@@ -1,6 +1,6 @@
 #!/usr/bin/python3
 # SPDX-License-Identifier: MIT
-"""list-skips.py LOG...: lists what tests have left out, and why, from CTest's logs of a run and of its second tries.
+"""list-skips.py LOG: lists what tests have left out, and why, from CTest's log of a run.
 
 A test of Qt or Python that skips counts as passed, so nobody would hear of it otherwise. Ends with 1 when a reason is a
 package that is not installed: then a test does not run for want of something that the script for dependencies brings.
@@ -33,12 +33,9 @@ def skips_of(log):
     return by_test
 
 
-def report(logs):
-    """(lines, whether a package is missing). What a later log says of a test takes the place of an earlier one's."""
-    by_test = {}
-    for log in logs:
-        by_test |= skips_of(log)
-    skips = [(test, *skip) for test, skipped in sorted(by_test.items()) for skip in skipped]
+def report(log):
+    """(lines, whether a package is missing)."""
+    skips = [(test, *skip) for test, skipped in sorted(skips_of(log).items()) for skip in skipped]
     missing = [skip for skip in skips if _MISSING_PACKAGE.search(skip[2])]
     lines = [f"==> skipped: {len(skips)}"]
     by_reason = {}
@@ -52,6 +49,6 @@ def report(logs):
 
 
 if __name__ == "__main__":
-    lines, failed = report(Path(name).read_text(errors="replace") for name in sys.argv[1:])
+    lines, failed = report(Path(sys.argv[1]).read_text(errors="replace"))
     print("\n".join(lines))
     sys.exit(1 if failed else 0)

@@ -25,6 +25,8 @@ for kind in ogg flac opus mka; do make -f lavfi -i "$(tone 550 2)" $(tags "$kind
 # shellcheck disable=SC2046
 make -f lavfi -i "$(tone 660 2)" -c:a aac $(tags m4a) tone.m4a
 make -f lavfi -i "$(tone 440 1)" -b:a 128k short.mp3
+make -f lavfi -i "$(tone 440 20)" -i cover.png -map 0 -map 1 -c:v copy -disposition:v attached_pic -b:a 128k \
+    -metadata title=covered covered.mp3
 # Without a header that tells its length and bit rate, both of which rise while it plays.
 make -f lavfi -i "anoisesrc=duration=6:amplitude=0.9,volume='if(lt(t,2),0,1)':eval=frame" -q:a 2 -write_xing 0 rising.mp3
 make -f lavfi -i "$(tone 440 20)" -b:a 128k -metadata title=long long.mp3

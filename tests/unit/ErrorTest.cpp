@@ -25,6 +25,7 @@ private Q_SLOTS:
         QCOMPARE(int(KelvoError::UnknownError), 1);
         QCOMPARE(int(KelvoError::NotFound), 100);
         QCOMPARE(int(KelvoError::PartlyPlayable), 109);
+        QCOMPARE(int(KelvoError::OnAnotherMachine), 110);
         QCOMPARE(int(KelvoError::NetworkFailed), 200);
         QCOMPARE(int(KelvoError::DeviceGone), 204);
         QCOMPARE(int(KelvoError::InvalidUrl), 300);
@@ -45,7 +46,7 @@ private Q_SLOTS:
             texts.insert(text);
             ++described;
         }
-        QCOMPARE(described, 29);
+        QCOMPARE(described, 30);
         QCOMPARE(texts.size(), described);
     }
 

@@ -2,7 +2,10 @@
 #include "KelvoTestCase.h"
 #include "TestGroup.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QProcess>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <csignal>
@@ -98,6 +101,111 @@ private Q_SLOTS:
             QCOMPARE(foundLines, QStringList(QStringLiteral("Found URL: QUrl(\"%1\")").arg(found)));
         QCOMPARE(log.contains("void KelvoGUIMain::playPlaylist(const QUrl&, const QString&)"), plays);
         QCOMPARE(log.filter("ERROR: ").size(), 0); // of the sanitizers
+    }
+
+    void nameOfAFileIsAsGoodAsItsUrl_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("url"); // behind that of the folder
+        QTest::newRow("file") << "list.pls"
+                              << "list.pls";
+        QTest::newRow("what means something in URLs") << "a#b?c%41 d.mp3"
+                                                      << "a%23b%3Fc%2541 d.mp3";
+        QTest::newRow("not ASCII") << QStringLiteral("Tür.mp3") << QStringLiteral("Tür.mp3");
+        QTest::newRow("what looks like a scheme") << "http:list.pls"
+                                                  << "http:list.pls";
+        QTest::newRow("option that is a file") << "--help.pls"
+                                               << "--help.pls";
+        QTest::newRow("in a folder") << "sub/../sub/list.pls"
+                                     << "sub/list.pls";
+        QTest::newRow("folder") << "sub"
+                                << "sub";
+    }
+
+    void nameOfAFileIsAsGoodAsItsUrl()
+    {
+        QFETCH(QString, name);
+        QFETCH(QString, url);
+        const QTemporaryDir folder;
+        QVERIFY(QDir(folder.path()).mkdir("sub"));
+        const QString path = QDir::cleanPath(folder.filePath(name));
+        if (!QFileInfo::exists(path)) {
+            QFile file(path);
+            QVERIFY(file.open(QIODevice::WriteOnly));
+        }
+        const QString found = QStringLiteral("Found URL: QUrl(\"file://%1/%2\")").arg(folder.path(), url);
+        for (const QString &argument : {name, folder.filePath(name)}) {
+            QProcess program;
+            program.setWorkingDirectory(folder.path());
+            const QStringList log = logOfStart(program, {argument});
+            QCOMPARE(log.filter("Found URL:"), QStringList(found));
+            QVERIFY(log.contains("void KelvoGUIMain::playPlaylist(const QUrl&, const QString&)"));
+        }
+    }
+
+    void nameOfNoFileIsTakenAsAUrl()
+    {
+        const QTemporaryDir folder;
+        QProcess program;
+        program.setWorkingDirectory(folder.path());
+        QCOMPARE(logOfStart(program, {"absent.pls"}).filter("Found URL:"),
+            QStringList("Found URL: QUrl(\"absent.pls\")"));
+    }
+
+    void helpAndVersionAsTheOnlyArgument_data()
+    {
+        QTest::addColumn<QString>("argument");
+        QTest::addColumn<QString>("answer"); // how it begins
+        QTest::newRow("help") << "--help"
+                              << "Usage: kelvo-test-gui ";
+        QTest::newRow("version") << "--version"
+                                 << "kelvo-test-gui " KELVO_TEST_VERSION "\n";
+    }
+
+    void helpAndVersionAsTheOnlyArgument()
+    {
+        QFETCH(QString, argument);
+        QFETCH(QString, answer);
+        QProcess program;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM", "HOME"})
+            environment.remove(name);
+        program.setProcessEnvironment(environment);
+        program.start(path(), {argument});
+        QVERIFY(program.waitForFinished());
+        QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(program.exitCode(), 0);
+        QCOMPARE(program.readAllStandardError(), QByteArray());
+        const QString output = QString::fromUtf8(program.readAllStandardOutput());
+        QVERIFY2(output.startsWith(answer), qPrintable(output));
+        for (const QString &line : output.split('\n'))
+            QVERIFY2(line.size() <= 80, qPrintable(line));
+    }
+
+    void anAnswerThatCannotBeWrittenIsAFailure()
+    {
+        QProcess program;
+        program.setStandardOutputFile("/dev/full");
+        program.start(path(), {"--help"});
+        QVERIFY(program.waitForFinished());
+        QCOMPARE(program.exitCode(), 1);
+    }
+
+    void helpAndVersionBesideOthersAreNothingSpecial_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::newRow("help last") << QStringList({"http://h/list.pls", "--help"});
+        QTest::newRow("version last") << QStringList({"--help", "--version"});
+        QTest::newRow("help first") << QStringList({"--help", "http://h/list.pls"});
+        QTest::newRow("other spelling") << QStringList({"-help"});
+    }
+
+    void helpAndVersionBesideOthersAreNothingSpecial()
+    {
+        QFETCH(QStringList, arguments);
+        QProcess program;
+        QCOMPARE(logOfStart(program, arguments).filter("Found URL:"),
+            QStringList(QStringLiteral("Found URL: QUrl(\"%1\")").arg(arguments.constLast())));
     }
 
     void theArgumentIsPlayedAsAPlaylistWhateverItNames_data()

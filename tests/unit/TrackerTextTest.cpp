@@ -3,6 +3,7 @@
 #include "TestGroup.h"
 #include "index/TextRepair.h"
 #include "store/FileUri.h"
+#include "store/Sparql.h"
 
 #include <QTest>
 
@@ -43,6 +44,15 @@ private Q_SLOTS:
         QCOMPARE(TextRepair::tidy("  a\tb\nc\x01 "), "a b c");
         QCOMPARE(TextRepair::tidy(QString::fromUtf8("u\xcc\x88")), QString::fromUtf8("ü"));
         QCOMPARE(TextRepair::tidy(QString(5'000'000, 'x')).size(), 1000);
+    }
+
+    void escapesLiterals()
+    {
+        QCOMPARE(Sparql::literal(QByteArray()), QByteArray("\"\""));
+        QCOMPARE(
+            Sparql::literal(QByteArray("\b\t\n\f\r\"'\\")), QByteArray("\"\\b\\t\\n\\f\\r\\\"\\'\\\\\""));
+        QCOMPARE(Sparql::literal(QByteArray("a\0b\x01", 4)), QByteArray("\"ab\x01\""));
+        QCOMPARE(Sparql::literal(QString::fromUtf8("Björk?")), QByteArray("\"Bj\xc3\xb6rk?\""));
     }
 
     void spellsFileUrisInOneWay_data()

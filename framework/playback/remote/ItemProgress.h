@@ -29,6 +29,7 @@ public:
     {
         m_position.moveTo(seconds);
         m_seek.begin(seconds);
+        m_told = seconds;
         m_ahead = 0;
         m_isSeeking = true;
     }
@@ -43,7 +44,15 @@ public:
     {
         setPassed(seconds);
         m_seek.settleFor(settling);
+        m_told = seconds;
         m_isSeeking = false;
+    }
+    /// It was paused when it was there. What the player tells a little before that is the same place.
+    void holdAt(double seconds)
+    {
+        if (now() < seconds)
+            m_position.moveTo(seconds);
+        m_seek.aimAt(seconds);
     }
     /// The player says that it is there. False: that is where it was before a seek.
     bool take(double seconds, bool isPaused)
@@ -51,6 +60,8 @@ public:
         const double expected = passed();
         const double lag = expected - seconds;
         m_isSeeking = isSeeking() && std::abs(lag) > SeekInFlight::Tolerance;
+        if (!m_isSeeking && seconds > 0)
+            m_told = seconds;
         const bool isLate = isRunning() && (seconds <= 0 || (lag >= 0 && lag <= Lag));
         const std::optional<double> settled = m_seek.settle(seconds, now(), isPaused);
         if (settled)
@@ -63,6 +74,8 @@ public:
     double now() const { return m_position.now(); }
     /// By the time that has passed, which counts for more than what may be said late: for the judgement of ends.
     double passed() const { return now() + m_ahead; }
+    /// Where the player said last that it is, or was sent. A 0 does not count: some say that when they have lost it.
+    double told() const { return m_told; }
     double duration() const { return m_duration; } ///< below 0: not known
     double rate() const { return m_position.rate(); }
     bool isRunning() const { return m_position.isRunning(); }
@@ -79,6 +92,7 @@ private:
     RemotePosition m_position;
     SeekInFlight m_seek;
     double m_duration = -1;
+    double m_told = 0;
     double m_ahead = 0; ///< of what the player said is the time that has passed
     bool m_isSeeking = false;
 };

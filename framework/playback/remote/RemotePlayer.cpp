@@ -120,6 +120,7 @@ QString RemotePlayer::refusal(const QString &name, const QVariant &value) const
 /// Everything that is still said about the item so far belongs to the past.
 void RemotePlayer::leave(bool isAlive)
 {
+    m_toldState.reset();
     m_loaded = false;
     m_pauseWanted = false;
     m_pauseSent = false;
@@ -268,6 +269,8 @@ void RemotePlayer::followRate(double rate)
 void RemotePlayer::followTrouble(KelvoError::Code code, const QString &message)
 {
     Q_EMIT troubled(code, message);
+    // If that was about a pause, the state that it tells again is an answer.
+    m_toldState.reset();
     m_volume.giveUp();
     m_rate.giveUp();
     m_progress.giveUpSeek();
@@ -284,6 +287,15 @@ void RemotePlayer::reach(State state)
         Q_EMIT stateReached(m_epoch, state);
 }
 
+/// Players repeat themselves, and some say for a while that they are where they were before a command. One that was to go
+/// on and is to pause after all, before it was seen to go on, has nothing else to say than that it is paused.
+bool RemotePlayer::isNews(State state)
+{
+    const bool isRepeated = std::exchange(m_toldState, state) == state;
+    const bool isAwaited = state == Paused && m_pauseWanted && m_state != Paused;
+    return !isRepeated || isAwaited;
+}
+
 void RemotePlayer::followState(quint64 epoch, State state)
 {
     if (epoch != m_epoch)
@@ -294,6 +306,8 @@ void RemotePlayer::followState(quint64 epoch, State state)
             return;
         followReplacement({});
     }
+    if (!isNews(state))
+        return;
     switch (state) {
     case Stopped:
         stoppedElsewhere();

@@ -42,6 +42,7 @@ private:
     void connectTransport();
     void leave(bool isAlive = false);
     void reach(State state);
+    bool isNews(State state);
     void followState(quint64 epoch, State state);
     void reachedPlaying();
     void reachedPaused();
@@ -66,6 +67,7 @@ private:
     quint64 m_epoch = 0; ///< 0: nothing of ours is in the player
     bool m_foreign = false;
     State m_state = Stopped;
+    std::optional<State> m_toldState; ///< by the player, last
     bool m_loaded = false; ///< the player has begun with it
     bool m_pauseWanted = false;
     bool m_pauseSent = false; ///< told to the player before the item was reported as playing

@@ -4,7 +4,6 @@
 #include "RemoteTransport.h"
 
 #include <algorithm>
-#include <cmath>
 #include <utility>
 
 namespace {
@@ -18,8 +17,6 @@ constexpr qint64 nearEnd = 3000;
 constexpr qint64 freshness = 1500;
 /// How long an answer waits for the player.
 constexpr int patience = 1000;
-/// A timer may run ahead of the player's clock, and a pause before its second has not reached it.
-constexpr double behind = 20;
 /// Longer ones are as good as none.
 constexpr double longestTimer = 1e9;
 
@@ -34,12 +31,12 @@ RemoteProgress::RemoteProgress(RemoteTransport &transport, Pause pause)
     , m_pause(std::move(pause))
 {
     transport.setProgress(&m_item);
-    for (QTimer *timer : {&m_pollTimer, &m_pauseTimer, &m_waiting.timer}) {
+    for (QTimer *timer : {&m_pollTimer, &m_waiting.timer}) {
         timer->setSingleShot(true);
         timer->setTimerType(Qt::PreciseTimer);
     }
     connect(&m_pollTimer, &QTimer::timeout, this, &RemoteProgress::ask);
-    connect(&m_pauseTimer, &QTimer::timeout, this, &RemoteProgress::checkPausePoint);
+    connect(&m_pausePoint, &RemotePausePoint::due, this, [this] { follow(m_pausePoint.lookAgain(m_item)); });
     connect(&m_waiting.timer, &QTimer::timeout, this, &RemoteProgress::answerWaiting);
 }
 
@@ -48,6 +45,8 @@ void RemoteProgress::begin(bool isAlive)
     m_motion = Motion::None;
     m_life.begin(isAlive);
     m_item.begin();
+    m_earlySeek.end();
+    m_pausePoint.takePaused();
     m_known = false;
     move();
     answerWaiting();
@@ -56,8 +55,11 @@ void RemoteProgress::begin(bool isAlive)
 void RemoteProgress::setMotion(Motion motion)
 {
     // Where exactly it paused, the player knows.
-    if (motion == Motion::Paused && !isPaused())
+    if (motion == Motion::Paused && !isPaused()) {
         m_known = false;
+        if (const std::optional<uint> second = m_pausePoint.takePaused())
+            m_item.holdAt(*second);
+    }
     m_motion = motion;
     m_item.setRunning(motion == Motion::Playing || motion == Motion::Pausing);
     if (motion == Motion::Playing)
@@ -69,12 +71,30 @@ void RemoteProgress::setMotion(Motion motion)
 
 void RemoteProgress::setRate(double rate)
 {
+    if (rate == m_item.rate())
+        return;
+    m_pausePoint.rest();
     m_item.setRate(rate);
     move();
 }
 
 void RemoteProgress::beginSeek(double seconds)
 {
+    if (m_life.hasBegun())
+        m_earlySeek.begin(seconds, m_life.age());
+    aimFor(seconds);
+}
+
+void RemoteProgress::giveUpSeek()
+{
+    m_earlySeek.end();
+    m_item.giveUpSeek();
+}
+
+void RemoteProgress::aimFor(double seconds)
+{
+    m_pausePoint.takePaused();
+    m_pausePoint.rest();
     m_item.seekTo(seconds);
     m_known = true;
     m_lastReport.start();
@@ -86,12 +106,26 @@ void RemoteProgress::takePosition(double seconds)
     if (m_motion == Motion::None)
         return;
     m_life.notePosition(seconds);
+    const double expected = now();
+    const SeekInFlight &seek = m_item.seek();
+    const bool isSettled = !seek.isUnderWay(isPaused()) && !seek.isSettling();
     if (!m_item.take(seconds, isPaused()))
         return;
+    if (isSettled)
+        seekAgainIfLost(seconds, expected);
     m_known = true;
     m_lastReport.start();
     move();
     answerWaiting();
+}
+
+void RemoteProgress::seekAgainIfLost(double told, double expected)
+{
+    const std::optional<double> target = m_earlySeek.takeLost(told, expected, m_life.age());
+    if (!target)
+        return;
+    m_transport.seek(*target);
+    aimFor(*target);
 }
 
 void RemoteProgress::takeSeek(double seconds, int settling)
@@ -112,38 +146,39 @@ bool RemoteProgress::takeDuration(double seconds)
 
 void RemoteProgress::setPauseAt(std::optional<uint> seconds)
 {
-    m_pauseAt = seconds;
+    m_pausePoint.set(seconds);
     move();
 }
 
 /// The position or the way it moves changed.
 void RemoteProgress::move()
 {
-    m_pauseTimer.stop();
-    if (!checkPausePoint())
+    if (!isInPlay()) {
+        m_pausePoint.rest();
         schedulePoll();
+    } else if (!follow(m_pausePoint.look(m_item, isPaused()))) {
+        schedulePoll();
+    }
 }
 
-/// Pauses when the position is at or past the point of pauseAt(), otherwise waits for it. A point that is passed
-/// while already paused has done its duty too.
-bool RemoteProgress::checkPausePoint()
+/// Pauses when the position is at or past the point of pauseAt(). A point that is passed while already paused has done its
+/// duty too.
+bool RemoteProgress::follow(RemotePausePoint::Step step)
 {
-    if (!m_pauseAt || (m_motion != Motion::Playing && !isPaused()))
+    if (step == RemotePausePoint::Step::Ask)
+        ask();
+    if (step != RemotePausePoint::Step::Pause)
         return false;
-    const double wait = 1000 * (double(*m_pauseAt) - now());
-    if (wait <= 0) {
-        m_pauseAt.reset();
-        return isPaused() || m_pause();
-    }
-    if (m_item.isRunning() && m_item.rate() > 0 && wait < longestTimer)
-        m_pauseTimer.start(int(std::ceil(wait / m_item.rate() + behind)));
-    return false;
+    const bool isSent = !isPaused() && m_pause();
+    if (!isSent)
+        m_pausePoint.takePaused();
+    return isSent || isPaused();
 }
 
 void RemoteProgress::ask()
 {
     m_pollTimer.stop();
-    if (m_motion != Motion::Playing && !isPaused())
+    if (!isInPlay())
         return;
     m_lastPoll.start();
     m_transport.askPosition();
@@ -198,7 +233,7 @@ bool RemoteProgress::isPositionKnown() const
 
 bool RemoteProgress::isPositionWanted() const
 {
-    return isWithin(m_lastAsked, interest) || m_pauseAt
+    return isWithin(m_lastAsked, interest) || m_pausePoint.isSet() || m_earlySeek.isWatched()
         || (duration() > 0 && 1000 * (duration() - now()) <= nearEnd);
 }
 

@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "EarlySeek.h"
 #include "Engine.h"
 #include "ItemProgress.h"
+#include "RemotePausePoint.h"
 #include "SignsOfLife.h"
 
 #include <QElapsedTimer>
@@ -41,7 +43,7 @@ public:
     /// The player was sent there.
     void beginSeek(double seconds);
     /// What it was told last it has refused.
-    void giveUpSeek() { m_item.giveUpSeek(); }
+    void giveUpSeek();
     void takePosition(double seconds);
     /// As RemoteTransport::seeked() and begun().
     void takeSeek(double seconds, int settling);
@@ -53,7 +55,7 @@ public:
     double now() const { return m_item.now(); }
     double duration() const { return m_item.duration(); }
     /// Whether it is to pause before that position.
-    bool pausesBefore(double seconds) const { return m_pauseAt && *m_pauseAt <= seconds; }
+    bool pausesBefore(double seconds) const { return m_pausePoint.isBefore(seconds); }
     SignsOfLife &life() { return m_life; }
     /// Asks the player where it is, unless that is known.
     void makeSure();
@@ -62,9 +64,12 @@ public:
 
 private:
     void ask();
+    void aimFor(double seconds);
+    void seekAgainIfLost(double told, double expected);
     void move();
-    bool checkPausePoint();
+    bool follow(RemotePausePoint::Step step);
     bool isPaused() const { return m_motion == Motion::Paused; }
+    bool isInPlay() const { return m_motion == Motion::Playing || isPaused(); }
     bool isPositionWanted() const;
     bool isPositionKnown() const;
     void schedulePoll();
@@ -78,12 +83,12 @@ private:
     SignsOfLife m_life;
     ItemProgress m_item;
     bool m_known = false;
-    std::optional<uint> m_pauseAt;
+    EarlySeek m_earlySeek;
+    RemotePausePoint m_pausePoint;
     QElapsedTimer m_lastReport;
     QElapsedTimer m_lastPoll;
     QElapsedTimer m_lastAsked; ///< somebody wanted to know
     QTimer m_pollTimer;
-    QTimer m_pauseTimer;
     // For the next report of the player.
     struct Waiting
     {

@@ -13,10 +13,10 @@ class ItemProgress;
 
 /// A player outside of this process, as its protocol lets it be driven: one item at a time.
 ///
-/// A transport knows one protocol and its players' quirks; where the item is by what it reports is kept above it, and
-/// what is played next, repeat, auto-advance, pauseAt and everything else that a playlist needs is the business of the
-/// renderer above that. GUI thread; nothing here blocks, and every signal comes from the event loop, never from within a
-/// call.
+/// A transport knows one protocol and its players' quirks, and reports what the player says as often as it says it: what
+/// of it is news, and where the item is by it, is kept above, and what is played next, repeat, auto-advance, pauseAt and
+/// everything else that a playlist needs is the business of the renderer above that. GUI thread; nothing here blocks, and
+/// every signal comes from the event loop, never from within a call.
 ///
 /// Each item has the epoch of its load() (1 and up). A report about an item carries the epoch that the
 /// transport takes to be in the player: that of the last load() that the player accepted, or 0 for what another

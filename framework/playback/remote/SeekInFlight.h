@@ -24,6 +24,8 @@ public:
         m_arrived = false;
         m_since.start();
     }
+    /// It is there, by playing until there. What is behind that was the target of a seek past it.
+    void aimAt(double target) { m_target = std::max(target, m_target.value_or(target)); }
     /// The player refused.
     void giveUp()
     {

@@ -52,7 +52,8 @@ public:
     }
     /// Whether the player has to be asked so that an end can be told from a failure.
     bool isUnknown() const { return !m_isAlive && m_playingSince.isValid() && !m_hasDuration && !m_moved; }
-    /// Milliseconds since it began to play.
+    bool hasBegun() const { return m_playingSince.isValid(); }
+    /// Milliseconds since it began to play, if it has.
     qint64 age() const { return m_playingSince.elapsed(); }
 
 private:

@@ -1,13 +1,21 @@
 // SPDX-License-Identifier: MIT
 #include "GstRendererPlugin.h"
 
+#include "EngineAhead.h"
 #include "EngineSettings.h"
 #include "GstEngine.h"
 #include "ItemRenderer.h"
 #include "KelvoMessageHandler.h"
 #include "KelvoRegistry.h"
 
+#include <type_traits>
 #include <utility>
+
+extern "C" Q_DECL_EXPORT void kelvoPrepareAhead()
+{
+    EngineAhead::begin();
+}
+static_assert(std::is_same_v<decltype(kelvoPrepareAhead), KelvoPrepareAhead>);
 
 GstRendererPlugin::GstRendererPlugin() = default;
 

@@ -240,6 +240,7 @@ void ItemPlayer::prerolled()
     if (!m_state.isLoading())
         return;
     m_state.prerolled();
+    m_pipeline.claimVolume();
     m_position.begin();
     m_video->output().setShown(m_pipeline->hasVideo());
     m_position.checkPausePoint();
@@ -471,6 +472,6 @@ void ItemPlayer::takeDueFrame()
 {
     if (!m_state.isLoaded() || m_state.isPlaying() || !m_position.isAtRest())
         return;
-    if (VideoFrame frame = m_video->takeDueFrame())
-        Q_EMIT frameTaken(m_item.epoch, std::move(frame));
+    if (const VideoFrame frame = m_video->takeDueFrame())
+        Q_EMIT frameTaken(m_item.epoch, frame);
 }

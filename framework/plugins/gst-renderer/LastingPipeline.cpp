@@ -26,6 +26,7 @@ bool LastingPipeline::prepare(VideoOutput &video)
         m_playbin.reset();
     m_mailbox->beginGeneration();
     m_isReused = true;
+    m_hasStream = false;
     if (!m_playbin)
         return renew(video);
     // A sound server gives each stream the loudest volume unless it is told another one, and each item is a stream.
@@ -37,6 +38,7 @@ bool LastingPipeline::renew(VideoOutput &video)
 {
     m_playbin.reset();
     m_isReused = false;
+    m_hasStream = false;
     m_mailbox->beginGeneration();
     const auto message = [this](GstMessage *arrived) {
         Q_EMIT messageArrived(arrived);
@@ -74,9 +76,17 @@ void LastingPipeline::setVolume(int volume)
         m_playbin->setVolume(RendererValues::linearVolume(volume));
 }
 
+void LastingPipeline::claimVolume()
+{
+    m_hasStream = true;
+    m_playbin->setVolume(RendererValues::linearVolume(m_volume));
+}
+
 void LastingPipeline::readVolume()
 {
-    const int volume = m_playbin ? RendererValues::cubicVolume(m_playbin->volume()) : m_volume;
+    if (!m_playbin || !m_hasStream)
+        return;
+    const int volume = RendererValues::cubicVolume(m_playbin->volume());
     if (volume == m_volume)
         return;
     m_volume = volume;

@@ -43,6 +43,9 @@ public:
 
     /// 0..99 on a cubic scale; of this pipeline and those to come.
     void setVolume(int volume);
+    /// The item has its streams. What a sound server gave them to begin with was nobody's wish: it is told ours again,
+    /// and only from now on is another volume somebody's move.
+    void claimVolume();
 
 Q_SIGNALS:
     void messageArrived(GstMessage *message);
@@ -58,4 +61,5 @@ private:
     OutputFallbacks m_fallbacks;
     int m_volume = 99;
     bool m_isReused = false;
+    bool m_hasStream = false;
 };

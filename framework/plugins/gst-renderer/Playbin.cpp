@@ -150,7 +150,15 @@ Playbin::~Playbin()
 
 GstStateChangeReturn Playbin::setState(GstState state)
 {
-    return gst_element_set_state(element(), state);
+    GstState present = GST_STATE_NULL;
+    gst_element_get_state(element(), &present, nullptr, 0);
+    const GstClockTime stopped = gst_element_get_start_time(element());
+    const GstStateChangeReturn result = gst_element_set_state(element(), state);
+    // A pipeline that is held back on its way to Playing, as by a buffer that runs empty after a seek, takes the time of
+    // its last start for that of this one: so much as had been played before would be left out when it goes on.
+    if (state == GST_STATE_PAUSED && present == GST_STATE_PAUSED)
+        gst_element_set_start_time(element(), stopped);
+    return result;
 }
 
 void Playbin::setUri(const QByteArray &encodedUri)

@@ -2,13 +2,14 @@
 #include "VideoFrameStore.h"
 
 #include "KelvoMessageHandler.h"
+#include "UserFolders.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QDir>
+#include <QFileInfo>
 #include <QImage>
 #include <QSaveFile>
-#include <QStandardPaths>
 
 #include <atomic>
 
@@ -26,9 +27,9 @@ QImage toImage(GstSample *sample)
         || !gst_video_frame_map(&frame, &info, gst_sample_get_buffer(sample), GST_MAP_READ))
         return {};
     const auto *pixels = static_cast<const uchar *>(GST_VIDEO_FRAME_PLANE_DATA(&frame, 0));
-    const QImage image = QImage(pixels, GST_VIDEO_FRAME_WIDTH(&frame), GST_VIDEO_FRAME_HEIGHT(&frame),
+    QImage image = QImage(pixels, GST_VIDEO_FRAME_WIDTH(&frame), GST_VIDEO_FRAME_HEIGHT(&frame),
         GST_VIDEO_FRAME_PLANE_STRIDE(&frame, 0), QImage::Format_RGB888)
-                             .copy();
+                       .copy();
     gst_video_frame_unmap(&frame);
     return image;
 }
@@ -58,19 +59,20 @@ QString newName()
         .arg(++number);
 }
 
-void removeOld(QDir folder)
+/// The one of that name stays: it is not the newest by its name where the clock was put back.
+void removeOld(QDir folder, const QString &newest)
 {
-    const QStringList files = folder.entryList(
+    QStringList files = folder.entryList(
         {QStringLiteral("pause-*.png")}, QDir::Files | QDir::NoSymLinks, QDir::Name | QDir::Reversed);
-    for (const QString &file : files.mid(VideoFrameStore::KeptFiles))
+    files.removeOne(newest);
+    for (const QString &file : files.mid(VideoFrameStore::KeptFiles - 1))
         folder.remove(file);
 }
 } // namespace
 
 QString VideoFrameStore::folder()
 {
-    return QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation)
-        + QStringLiteral("/kelvo-test-gui/pause-frames");
+    return UserFolders::cache(QStringLiteral("pause-frames"));
 }
 
 void VideoFrameStore::save(quint64 epoch, const VideoFrame &frame)
@@ -80,11 +82,16 @@ void VideoFrameStore::save(quint64 epoch, const VideoFrame &frame)
         return;
     const QDir place(folder());
     QSaveFile file(place.filePath(newName()));
-    if (!place.mkpath(QStringLiteral(".")) || !file.open(QIODevice::WriteOnly) || !image.save(&file, "PNG")
-        || !file.commit()) {
+    if (!UserFolders::makePrivate(place.path())) {
+        qCWarning(lcKelvo) << "The picture cannot be saved:" << place.path() << "- the folder cannot be made";
+        return;
+    }
+    const bool isOpen
+        = file.open(QIODevice::WriteOnly) && file.setPermissions(QFile::ReadOwner | QFile::WriteOwner);
+    if (!isOpen || !image.save(&file, "PNG") || !file.commit()) {
         qCWarning(lcKelvo) << "The picture cannot be saved:" << file.fileName() << file.errorString();
         return;
     }
-    removeOld(place);
+    removeOld(place, QFileInfo(file.fileName()).fileName());
     Q_EMIT saved(epoch, file.fileName(), image.size());
 }

@@ -22,18 +22,6 @@ bool isAtEnd(const ItemProgress &progress)
 }
 } // namespace
 
-void MprisEnd::moveTo(double seconds)
-{
-    m_told = seconds;
-    m_sinceLoss.invalidate();
-}
-
-void MprisEnd::note(double seconds, const ItemProgress &progress)
-{
-    if (!progress.isSeeking() && seconds > 0)
-        m_told = seconds;
-}
-
 RemoteTransport::Stop MprisEnd::stop(const ItemProgress &progress)
 {
     return {progress.passed(), progress.duration(), nearEnd};
@@ -46,7 +34,7 @@ bool MprisEnd::isHandOver(const ItemProgress &progress)
 
 bool MprisEnd::isLoss(double seconds, const ItemProgress &progress) const
 {
-    const bool isBack = seconds < std::min(m_told, nearStart);
+    const bool isBack = seconds < std::min(progress.told(), nearStart);
     return progress.isRunning() && progress.duration() > 0 && !progress.isSeeking() && isBack
         && progress.passed() >= progress.duration() / 2;
 }

@@ -21,6 +21,8 @@ constexpr qint64 stopWithoutTrying = 2500;
 constexpr qint64 silence = 400;
 /// So long paused, it is to be paused.
 constexpr qint64 pauseTime = 6000;
+/// Some begin paused and go on by themselves: what they are told meanwhile they may take the wrong way.
+constexpr qint64 ownBeginning = 150;
 /// Between one nudge and the next, each longer than the one before: some begin anew with each.
 constexpr std::array<qint64, 4> nudgePauses{250, 750, 2000, 4000};
 constexpr int refusedNudges = 3;
@@ -154,7 +156,8 @@ bool MprisOpening::isNudgeDue(const MprisSnapshot &now) const
     const auto wanted = m_item.paused ? KelvoRenderer::Paused : KelvoRenderer::Playing;
     const bool hasBeenTried = now.playbackStatus == KelvoRenderer::Stopped && m_nudges > 0;
     const bool isEnough = hasBeenTried || m_nudges > nudgePauses.size();
-    return now.playbackStatus != wanted && !isEnough
+    const bool mayBegin = now.playbackStatus == KelvoRenderer::Paused && m_sinceRest.elapsed() < ownBeginning;
+    return now.playbackStatus != wanted && !isEnough && !mayBegin
         && (m_nudges == 0 || m_sinceNudge.elapsed() >= nudgePauses.at(m_nudges - 1));
 }
 

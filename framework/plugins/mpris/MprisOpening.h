@@ -41,6 +41,8 @@ public:
     /// A question was not answered.
     Step takeSilence();
 
+    /// Whether the player was nudged to play it.
+    bool isToldToPlay() const { return m_nudges > 0 && !m_item.paused; }
     void nudgeAccepted() { m_refusals = 0; }
     /// Whether it was refused often enough: once, the player may not be ready for it; again and again, it cannot do it.
     bool nudgeRefused();

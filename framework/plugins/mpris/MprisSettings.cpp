@@ -24,7 +24,7 @@ void MprisSettings::sendVolume()
     m_isSettingVolume = true;
     const int volume = std::exchange(m_nextVolume, -1);
     m_calls->setProperty(
-        QStringLiteral("Volume"), MprisValues::linearVolume(volume),
+        QStringLiteral("Volume"), MprisValues::shareOfVolume(volume),
         [this] {
             m_isSettingVolume = false;
             if (m_nextVolume >= 0)
@@ -40,20 +40,14 @@ void MprisSettings::sendVolume()
 
 void MprisSettings::setRate(double rate)
 {
-    m_calls->setProperty(QStringLiteral("Rate"), rate, [this] {
-        m_isRateAwaited = true;
-        Q_EMIT changed();
-    });
+    m_calls->setProperty(QStringLiteral("Rate"), rate, [this] { Q_EMIT changed(); });
 }
 
 void MprisSettings::take(const MprisSnapshot &now)
 {
-    // While one is being set the player may still have the one of before.
+    // While one is being set, and perhaps a newer one after it, the player says what is to be over.
     if (now.volume && !m_isSettingVolume)
         Q_EMIT volumeReported(*now.volume);
-    if (now.rate && (*now.rate != m_rate || m_isRateAwaited)) {
-        m_rate = *now.rate;
-        m_isRateAwaited = false;
-        Q_EMIT rateReported(m_rate);
-    }
+    if (now.rate)
+        Q_EMIT rateReported(*now.rate);
 }

@@ -14,7 +14,7 @@ public:
     /// @param calls  lives longer than this
     explicit MprisSettings(MprisCalls *calls, QObject *parent = nullptr);
 
-    /// 0..99, cubic. Of many in a row, as a slider gives them, the last one counts.
+    /// 0..99. Of many in a row, as a slider gives them, the last one counts.
     void setVolume(int volume);
     void setRate(double rate);
     void take(const MprisSnapshot &now);
@@ -29,8 +29,6 @@ private:
     void sendVolume();
 
     MprisCalls *const m_calls;
-    int m_nextVolume = -1;
+    int m_nextVolume = -1; ///< below 0: none is to be set next
     bool m_isSettingVolume = false;
-    double m_rate = 0;
-    bool m_isRateAwaited = false;
 };

@@ -123,7 +123,7 @@ MprisSnapshot MprisSnapshot::of(const QVariantMap &properties)
         now.maximumRate = maximum;
     }
     if (const auto volume = MprisValues::number(property("Volume")))
-        now.volume = MprisValues::cubicVolume(*volume);
+        now.volume = MprisValues::volumeOfShare(*volume);
     now.canControl = isTrue(property("CanControl"));
     now.canSeek = isTrue(property("CanSeek"));
     now.canPause = isTrue(property("CanPause"));
@@ -196,12 +196,12 @@ QVariantMap MprisValues::map(const QVariant &wrapped)
                                                                  : QVariantMap();
 }
 
-double MprisValues::linearVolume(int volume)
+double MprisValues::shareOfVolume(int volume)
 {
-    return std::pow(double(volume) / maximumVolume, 3);
+    return double(volume) / maximumVolume;
 }
 
-int MprisValues::cubicVolume(double linear)
+int MprisValues::volumeOfShare(double share)
 {
-    return int(std::lround(std::cbrt(std::clamp(linear, 0.0, 1.0)) * maximumVolume));
+    return int(std::lround(std::clamp(share, 0.0, 1.0) * maximumVolume));
 }

@@ -42,7 +42,7 @@ struct MprisSnapshot
     std::optional<double> rate;
     double minimumRate = 1;
     double maximumRate = 1;
-    std::optional<int> volume; ///< 0..99, cubic
+    std::optional<int> volume; ///< 0..99
     bool canSeek = true;
     bool canPause = true;
     bool canControl = true;
@@ -65,7 +65,8 @@ qlonglong microseconds(double seconds);
 QString text(const QVariant &value);
 /// a{sv}; empty for anything else.
 QVariantMap map(const QVariant &value);
-/// A volume of 0..99, cubic, as the linear one of MPRIS, and the other way round: there and back is the same.
-double linearVolume(int volume);
-int cubicVolume(double linear);
+/// A volume of 0..99 as the one of MPRIS, 0 to 1, and the other way round: there and back is the same. Players take theirs
+/// for the place of their own slider, which has a mixer's curve already: that of 0..99.
+double shareOfVolume(int volume);
+int volumeOfShare(double share);
 } // namespace MprisValues

@@ -13,7 +13,7 @@
 namespace {
 // All in milliseconds. How often to look at what may be changing.
 constexpr int slowLook = 200;
-constexpr int lossLook = 50;
+constexpr int soonLook = 50;
 constexpr int looks = 4;
 /// Several signals in a row lead to one question.
 constexpr int signalTime = 5;
@@ -59,6 +59,7 @@ void MprisTransport::load(const Item &item)
     m_phase = Phase::Opening;
     m_epoch = item.epoch;
     m_opening.begin(item, m_last.track.url);
+    m_selfPause.end();
     m_untitled.clear();
     const quint64 epoch = item.epoch;
     m_calls.command(
@@ -84,7 +85,6 @@ void MprisTransport::unload()
         m_track = MprisTrack::at(m_opening.item().info.url());
     m_phase = Phase::Idle;
     m_epoch = 0;
-    m_state = KelvoRenderer::Stopped;
     m_trustsPosition = false;
     m_sinceUnload.start();
     m_calls.command(QStringLiteral("Stop"));
@@ -92,6 +92,7 @@ void MprisTransport::unload()
 
 void MprisTransport::pause()
 {
+    m_selfPause.end();
     m_calls.command(QStringLiteral("Pause"), {}, [this] { m_questions.ask(); });
 }
 
@@ -114,13 +115,12 @@ void MprisTransport::seek(double seconds)
         m_calls.command(QStringLiteral("SetPosition"),
             {QVariant::fromValue(QDBusObjectPath(m_track.id)), MprisValues::microseconds(seconds)}, settle);
     }
-    m_end.moveTo(seconds);
+    m_selfPause.noteSeek();
+    m_end.endLoss();
 }
 
 void MprisTransport::rename(const QString &name)
 {
-    if (m_calls.label() == name)
-        return;
     m_calls.setLabel(name);
     Q_EMIT nameReported(name);
 }
@@ -141,7 +141,7 @@ void MprisTransport::noteSeeked(const QVariant &microseconds)
         notePositionLost(seconds, true);
         return;
     }
-    m_end.moveTo(seconds);
+    m_end.endLoss();
     Q_EMIT seeked(m_epoch, seconds, 0);
 }
 
@@ -241,16 +241,22 @@ void MprisTransport::begin(const MprisSnapshot &now, KelvoRenderer::State state)
 {
     m_phase = Phase::Following;
     m_track = now.track;
-    m_end.moveTo(0);
-    m_state = KelvoRenderer::Transitioning;
-    enter(state);
+    m_end.endLoss();
+    if (state == KelvoRenderer::Playing && m_opening.isToldToPlay())
+        m_selfPause.watch();
+    Q_EMIT stateReported(m_epoch, state);
     tellTrack(now);
 }
 
-void MprisTransport::enter(KelvoRenderer::State state)
+/// Whether it is a pause that nobody meant, and that is not shown.
+bool MprisTransport::isPauseToPass(const MprisSnapshot &now)
 {
-    if (std::exchange(m_state, state) != state)
-        Q_EMIT stateReported(m_epoch, state);
+    const MprisSelfPause::Step step = m_selfPause.take(now);
+    if (step == MprisSelfPause::Step::PlayAgain)
+        resume();
+    else if (step == MprisSelfPause::Step::Wait)
+        m_questions.askIn(soonLook);
+    return step != MprisSelfPause::Step::None;
 }
 
 void MprisTransport::takeFollowing(const MprisSnapshot &now)
@@ -271,9 +277,9 @@ void MprisTransport::takeFollowing(const MprisSnapshot &now)
         takeReplacement(now);
     } else if (m_epoch != 0 && now.position && m_end.isLoss(*now.position, progress())) {
         takeLoss(now);
-    } else {
+    } else if (!isPauseToPass(now)) {
         m_end.endLoss();
-        enter(state);
+        Q_EMIT stateReported(m_epoch, state);
         tellTrack(now);
     }
 }
@@ -281,7 +287,7 @@ void MprisTransport::takeFollowing(const MprisSnapshot &now)
 void MprisTransport::notePositionLost(double seconds, bool isSeek)
 {
     m_end.noteLoss(seconds, isSeek);
-    m_questions.askIn(lossLook);
+    m_questions.askIn(soonLook);
 }
 
 void MprisTransport::takeLoss(const MprisSnapshot &now)
@@ -307,7 +313,6 @@ void MprisTransport::takeStop(const MprisSnapshot &now, const Stop &stop)
     m_phase = Phase::Idle;
     m_trustsPosition = false;
     m_looks = 0;
-    m_state = KelvoRenderer::Stopped;
     if (m_epoch == 0) {
         Q_EMIT stateReported(m_epoch, KelvoRenderer::Stopped);
         return;
@@ -344,7 +349,7 @@ void MprisTransport::takeIdle(const MprisSnapshot &now, bool hasAdvanced)
     }
     // Ours, started again by somebody else.
     m_phase = Phase::Following;
-    enter(playsUnnoticed ? KelvoRenderer::Playing : now.playbackStatus);
+    Q_EMIT stateReported(m_epoch, playsUnnoticed ? KelvoRenderer::Playing : now.playbackStatus);
     tellTrack(now);
 }
 
@@ -352,12 +357,12 @@ void MprisTransport::takeReplacement(const MprisSnapshot &now)
 {
     m_phase = Phase::Following;
     m_epoch = 0;
+    m_selfPause.end();
     m_track = now.track;
     m_untitled.clear();
     m_looks = 0;
     Q_EMIT replaced(KelvoMediaInfo({}, now.track.url, now.track.title));
-    m_state = KelvoRenderer::Transitioning;
-    enter(m_trustsPosition ? KelvoRenderer::Playing : now.playbackStatus);
+    Q_EMIT stateReported(m_epoch, m_trustsPosition ? KelvoRenderer::Playing : now.playbackStatus);
     tellTrack(now);
 }
 
@@ -367,10 +372,8 @@ void MprisTransport::tellTrack(const MprisSnapshot &now)
         m_track.id = now.track.id;
     if (now.track.length > 0)
         Q_EMIT durationReported(m_epoch, now.track.length);
-    if (now.position) {
+    if (now.position)
         Q_EMIT positionReported(m_epoch, *now.position);
-        m_end.note(*now.position, progress());
-    }
     tell(QStringLiteral("title"), now.track.title);
     tell(QStringLiteral("artist"), now.track.artist);
     tell(QStringLiteral("album"), now.track.album);

@@ -5,6 +5,7 @@
 #include "MprisEnd.h"
 #include "MprisOpening.h"
 #include "MprisQuestions.h"
+#include "MprisSelfPause.h"
 #include "MprisSettings.h"
 #include "MprisSnapshot.h"
 #include "RemoteTransport.h"
@@ -14,8 +15,8 @@
 /// Drives one player over MPRIS.
 ///
 /// What players signal is late, partial and sometimes wrong, so a signal only leads to a question: all decisions are
-/// made from whole snapshots of the player's properties, one question being under way at a time. README.md tells which
-/// players need which of them.
+/// made from whole snapshots of the player's properties, one question being under way at a time. What each of them says is
+/// reported; README.md tells which players need which of the decisions.
 class MprisTransport : public RemoteTransport
 {
     Q_OBJECT
@@ -61,7 +62,7 @@ private:
     void notePositionLost(double seconds, bool isSeek);
     void takeLoss(const MprisSnapshot &now);
     void takeStop(const MprisSnapshot &now, const Stop &stop);
-    void enter(KelvoRenderer::State state);
+    bool isPauseToPass(const MprisSnapshot &now);
     void tellTrack(const MprisSnapshot &now);
     void tell(const QString &key, const QString &text);
     void askTitle();
@@ -72,10 +73,10 @@ private:
     MprisSnapshot m_last;
     Phase m_phase = Phase::Idle;
     quint64 m_epoch = 0;
-    KelvoRenderer::State m_state = KelvoRenderer::Stopped; ///< reported last
     MprisOpening m_opening;
     MprisTrack m_track; ///< in play, or played last
     QString m_untitled; ///< id of the track whose title was asked for
+    MprisSelfPause m_selfPause;
     MprisEnd m_end;
     bool m_trustsPosition = false; ///< the player says "Stopped" while it plays
     QElapsedTimer m_sinceUnload;

@@ -56,9 +56,8 @@ qint64 SimulatedClock::limit() const
 
 void SimulatedClock::schedule()
 {
-    if (!m_tasks.empty() && m_tasks.begin()->first.first <= limit())
-        m_timer.start(0);
-    else if (!m_arrivals.empty())
+    const bool isTaskDue = !m_tasks.empty() && m_tasks.begin()->first.first <= limit();
+    if (isTaskDue || !m_arrivals.empty())
         m_timer.start(0);
     else if (!m_tasks.empty() && !m_manual)
         m_timer.start(int(std::min<qint64>(m_tasks.begin()->first.first - now(), 60'000)));

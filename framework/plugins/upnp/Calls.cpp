@@ -86,9 +86,9 @@ void readValues(GUPnPServiceProxyAction *action, const Call &call, Answer *answe
 {
     GList *names = nullptr;
     GList *types = nullptr;
-    for (auto name = call.out.crbegin(); name != call.out.crend(); ++name) {
-        names = g_list_prepend(names, const_cast<char *>(name->constData()));
-        types = g_list_prepend(types, GSIZE_TO_POINTER(G_TYPE_STRING));
+    for (const QByteArray &name : call.out) {
+        names = g_list_append(names, const_cast<char *>(name.constData()));
+        types = g_list_append(types, GSIZE_TO_POINTER(G_TYPE_STRING));
     }
     GList *values = nullptr;
     GlibHandles::Error error;

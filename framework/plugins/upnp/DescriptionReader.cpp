@@ -1,69 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "DescriptionReader.h"
 
+#include "DescriptionXml.h"
 #include "DeviceDescription.h"
 
 #include <QByteArray>
 
-#include <libxml/parser.h>
-
 namespace {
 // Bytes. What is longer describes no device.
 constexpr qsizetype longestDescription = 500'000;
-
-QByteArray textOf(const xmlNode *node)
-{
-    xmlChar *text = xmlNodeGetContent(node);
-    const QByteArray copy = QByteArray(reinterpret_cast<const char *>(text)).trimmed();
-    xmlFree(text);
-    return copy;
-}
-
-bool isElement(const xmlNode *node, const char *name)
-{
-    return node->type == XML_ELEMENT_NODE && xmlStrEqual(node->name, reinterpret_cast<const xmlChar *>(name));
-}
-
-bool isDevice(const xmlNode *node, const QByteArray &udn)
-{
-    if (!isElement(node, "device"))
-        return false;
-    for (const xmlNode *child = node->children; child; child = child->next) {
-        if (isElement(child, "UDN"))
-            return textOf(child) == udn;
-    }
-    return false;
-}
-
-/// Devices may hold devices; libxml2 limits how deep.
-xmlNode *findDevice(xmlNode *first, const QByteArray &udn)
-{
-    for (xmlNode *node = first; node; node = node->next) {
-        if (isDevice(node, udn))
-            return node;
-        if (xmlNode *inner = node->type == XML_ELEMENT_NODE ? findDevice(node->children, udn) : nullptr)
-            return inner;
-    }
-    return nullptr;
-}
-
-std::optional<Upnp::Description> parse(const QByteArray &text, GUPnPDeviceInfo *device, Upnp::Kind kind)
-{
-    xmlDoc *xml = xmlReadMemory(text.constData(), int(text.size()), nullptr, nullptr, XML_PARSE_NONET);
-    if (!xml)
-        return {};
-    const GlibHandles::Object<GUPnPXMLDoc> document(gupnp_xml_doc_new(xml)); // takes the XML over
-    const char *udn = gupnp_device_info_get_udn(device);
-    xmlNode *element = findDevice(xmlDocGetRootElement(xml), QByteArray(udn).trimmed());
-    if (!element)
-        return {};
-    const GlibHandles::Object<GUPnPDeviceInfo> news(GUPNP_DEVICE_INFO(g_object_new(GUPNP_TYPE_DEVICE_PROXY,
-        "resource-factory", gupnp_resource_factory_get_default(), "context",
-        gupnp_device_info_get_context(device), "location", gupnp_device_info_get_location(device), "udn", udn,
-        "url-base", gupnp_device_info_get_url_base(device), "document", document.get(), "element", element,
-        nullptr)));
-    return DeviceDescription::read(news.get(), kind);
-}
 } // namespace
 
 struct DescriptionReader::Reading
@@ -126,5 +71,6 @@ void DescriptionReader::read(GObject *stream, GAsyncResult *result, void *data)
         return;
     }
     reading.text.truncate(qsizetype(size));
-    reading.finish(parse(reading.text, reading.device.get(), reading.kind));
+    const auto news = DescriptionXml::device(reading.text, reading.device.get());
+    reading.finish(news ? std::optional(DeviceDescription::read(news.get(), reading.kind)) : std::nullopt);
 }

@@ -24,7 +24,7 @@ QString iconUrl(GUPnPDeviceInfo *device)
     int depth = 0;
     int width = 0;
     int height = 0;
-    const QString url = take(gupnp_device_info_get_icon_url(
+    QString url = take(gupnp_device_info_get_icon_url(
         device, nullptr, -1, -1, -1, TRUE, &mimeType, &depth, &width, &height));
     g_free(mimeType);
     return url;

@@ -12,13 +12,12 @@ void ItemDuration::reset()
 
 bool ItemDuration::take(double seconds, bool isAtStart, bool isStale)
 {
-    if (qFuzzyCompare(seconds, m_seconds) && !m_isUntold)
-        return false;
     const bool isTakenBack = seconds == 0 && isKnown() && isAtStart;
     if (seconds <= 0 && !isTakenBack)
         return false;
+    const bool isToldAlready = !m_isUntold && qFuzzyCompare(seconds, m_seconds);
     m_seconds = isTakenBack ? -1 : seconds;
     const bool isTakenBackUntold = std::exchange(m_isUntold, false) && isTakenBack;
-    m_isUntold = isStale && qFuzzyCompare(seconds, m_before);
+    m_isUntold = isStale && !isToldAlready && qFuzzyCompare(seconds, m_before);
     return !m_isUntold && !isTakenBackUntold;
 }

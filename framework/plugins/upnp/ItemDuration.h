@@ -3,10 +3,11 @@
 
 #include <utility>
 
-/// The duration of the item in a device, as far as what the device says can be believed. Seconds.
+/// Which of the durations that a device says can be believed. Seconds.
 ///
 /// At first some tell of the item before, and take it back with the 0 that they write for what has no duration, or one below a
-/// second.
+/// second. So what the device said of both items is remembered here, told or not: the progress of the item begins anew
+/// with each, before the device does, and knows only what it was told. Whether what is told is news, is judged there.
 class ItemDuration
 {
 public:
@@ -28,7 +29,7 @@ public:
     bool takeDoubt() { return std::exchange(m_isDoubted, false); }
 
 private:
-    double m_seconds = -1;
+    double m_seconds = -1; // said last of this item, and not taken back
     double m_before = -1; // of the item before
     bool m_isUntold = false; // it may be that one
     bool m_isDoubted = false;

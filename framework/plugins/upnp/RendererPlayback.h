@@ -124,7 +124,7 @@ private:
     const Patience m_patience;
     std::optional<quint64> m_epoch;
     std::optional<quint64> m_stoppedEpoch; // stopped by somebody else, and still in the device
-    State m_state = KelvoRenderer::Stopped;
+    State m_state = KelvoRenderer::Stopped; // of the device: what it can be told, and what its next one means
     StateChange m_change;
     ItemInDevice m_inDevice;
     ItemStart m_start;

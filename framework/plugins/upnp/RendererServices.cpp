@@ -5,7 +5,7 @@
 #include "EventOrder.h"
 #include "KelvoMessageHandler.h"
 #include "LastChange.h"
-#include "ServerConnections.h"
+#include "ServerGuard.h"
 
 #include <algorithm>
 #include <limits>
@@ -60,7 +60,7 @@ void RendererServices::subscribe(GUPnPServiceProxy *service)
     // Events come to it, mostly over a new connection each.
     SoupServer *server = gupnp_context_get_server(context);
     EventOrder::keep(gupnp_context_get_session(context), server);
-    ServerConnections::endWithTheirAnswer(server);
+    ServerGuard::keep(context);
     gupnp_service_proxy_set_subscribed(service, TRUE);
 }
 

@@ -123,7 +123,8 @@ void Searches::search(GUPnPContext *context, Upnp::Kind kind)
     g_signal_connect(controlPoint.get(), "device-proxy-unavailable", G_CALLBACK(unavailable), this);
     gssdp_resource_browser_set_mx(GSSDP_RESOURCE_BROWSER(controlPoint.get()), answerWithin);
     gssdp_resource_browser_set_active(GSSDP_RESOURCE_BROWSER(controlPoint.get()), TRUE);
-    gupnp_context_manager_manage_control_point(m_manager.get(), controlPoint.get());
+    // The manager is not told of it: it would note whom it manages in a list that it frees with the interface, and a control
+    // point that lives longer (see retire()) would take itself off that list.
     m_searches.push_back({std::move(controlPoint), kind, monotonicTime() + firstRepeat});
 }
 

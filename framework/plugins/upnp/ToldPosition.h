@@ -7,6 +7,9 @@ class ItemProgress;
 
 /// What a device says of where its item is, and whether that shows that an event is missing: not all send them.
 /// Seconds.
+///
+/// That is judged by the device's own words, which is why they are kept here: where the item is by them, the progress knows.
+/// It hears of them from the event loop only, so whether the device has moved on is known here first.
 class ToldPosition
 {
 public:

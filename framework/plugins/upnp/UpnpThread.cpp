@@ -2,6 +2,7 @@
 #include "UpnpThread.h"
 
 #include "GlibLog.h"
+#include "HandOver.h"
 #include "ThreadEnd.h"
 
 #include <glib.h>
@@ -9,15 +10,17 @@
 namespace {
 constexpr guint leaveTime = 100; // milliseconds
 
+using QueuedCall = HandedCall<UpnpThread::Call>;
+
 int runCall(void *call)
 {
-    (*static_cast<UpnpThread::Call *>(call))();
+    (*static_cast<QueuedCall *>(call))();
     return G_SOURCE_REMOVE;
 }
 
 void deleteCall(void *call)
 {
-    delete static_cast<UpnpThread::Call *>(call);
+    delete static_cast<QueuedCall *>(call);
 }
 } // namespace
 
@@ -42,7 +45,7 @@ struct UpnpThread::Loop
     void attach(GSource *source, Call call) const
     {
         g_source_set_priority(source, G_PRIORITY_DEFAULT);
-        g_source_set_callback(source, runCall, new Call(std::move(call)), deleteCall);
+        g_source_set_callback(source, runCall, new QueuedCall(std::move(call)), deleteCall);
         g_source_attach(source, context);
         g_source_unref(source);
     }

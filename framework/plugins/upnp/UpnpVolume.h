@@ -6,7 +6,9 @@
 
 #include <optional>
 
-/// Volume and Mute of a renderer (RenderingControl). What is wanted is kept until it can be sent.
+/// Volume and Mute of a renderer (RenderingControl). What is wanted is kept until it can be sent; of what was set and said
+/// only as much as is needed for devices that round what they are set to, or lose their volume by muting. Whether what is
+/// reported is news, is judged above.
 class UpnpVolume : public QObject
 {
     Q_OBJECT
@@ -42,8 +44,8 @@ private:
     int m_highest = 100;
     std::optional<int> m_wanted;
     bool m_isDoubted = true;
-    int m_volume = -1;
+    int m_volume = -1; ///< reported last: what is to come back after muting
     std::optional<int> m_setDeviceVolume; ///< what the device was told last, unless it has another one now
     bool m_isMuted = false;
-    int m_volumeBeforeMute = -1;
+    int m_volumeBeforeMute = -1; ///< below 0: nothing is to come back
 };

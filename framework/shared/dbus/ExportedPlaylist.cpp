@@ -3,8 +3,6 @@
 
 #include "KelvoPlaylist.h"
 
-#include <QDBusMessage>
-
 #include <algorithm>
 
 namespace {
@@ -49,23 +47,6 @@ SharedInterfaces ExportedPlaylist::interfaces() const
     for (const char *property : {"Id", "Name", "ItemCount", "Revision", "Writable"})
         properties.insert(QString::fromLatin1(property), QObject::property(property));
     return {{PlaylistProtocol::interface, properties}};
-}
-
-SharedItems ExportedPlaylist::GetItems(uint, uint, uint &revision)
-{
-    setDelayedReply(true);
-    Q_EMIT itemsRequested(message());
-    revision = 0;
-    return {};
-}
-
-QDBusUnixFileDescriptor ExportedPlaylist::OpenItems(uint &count, uint &revision)
-{
-    setDelayedReply(true);
-    Q_EMIT itemsRequested(message());
-    count = 0;
-    revision = 0;
-    return {};
 }
 
 SharedItem ExportedPlaylist::itemAt(uint index) const

@@ -3,18 +3,14 @@
 
 #include "PlaylistProtocol.h"
 
-#include <QDBusContext>
-#include <QDBusUnixFileDescriptor>
 #include <QObject>
 #include <QPointer>
 #include <QTimer>
 
 class KelvoPlaylist;
-class QDBusMessage;
 
-/// One playlist of this process as an object on the bus; the adaptor generated from the interface description
-/// forwards to it. Keeps no copy of the items: they are read from the playlist when they are asked for.
-class ExportedPlaylist : public QObject, protected QDBusContext
+/// One playlist of this process as an object on the bus. Keeps no copy of the items: they are read from the playlist when they are asked for.
+class ExportedPlaylist : public QObject
 {
     Q_OBJECT
     Q_PROPERTY(QString Id READ id)
@@ -36,10 +32,6 @@ public:
     /// All properties, as the object manager announces them.
     SharedInterfaces interfaces() const;
 
-    /// The operations of the bus interface. They answer later, through itemsRequested().
-    SharedItems GetItems(uint start, uint count, uint &revision);
-    QDBusUnixFileDescriptor OpenItems(uint &count, uint &revision);
-
     /// One item, its texts cut to what others take.
     SharedItem itemAt(uint index) const;
     /// The items of a page, clamped to what one reply may hold.
@@ -48,7 +40,6 @@ public:
 Q_SIGNALS:
     /// The signal of the bus interface; changes in quick succession give one.
     void Changed(uint revision);
-    void itemsRequested(const QDBusMessage &request);
 
 private:
     void noteChange();

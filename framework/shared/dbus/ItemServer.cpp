@@ -3,7 +3,10 @@
 
 #include "ExportedPlaylist.h"
 
+#include <QDBusPendingCallWatcher>
+
 #include <algorithm>
+#include <numeric>
 
 using namespace PlaylistProtocol;
 
@@ -11,6 +14,9 @@ namespace {
 // An orderly reader has one request under way for each playlist that it shows.
 constexpr qsizetype maxRequestsOfCaller = 64;
 constexpr size_t maxRequests = 2048;
+// Some ten full pages.
+constexpr qsizetype maxSent = 4 * 1024 * 1024; // characters
+constexpr int patienceWithBus = 5000; // milliseconds
 } // namespace
 
 ItemServer::ItemServer(const QDBusConnection &connection, QObject *parent)
@@ -30,11 +36,37 @@ void ItemServer::enqueue(ExportedPlaylist *playlist, const QDBusMessage &message
         return;
     }
     m_requests.push_back(request);
-    m_turn.start(0);
+    if (!m_isWaitingForBus)
+        m_turn.start(0);
+}
+
+/// The bus answers in order: its answer means that it has taken what was sent before.
+void ItemServer::waitForBus()
+{
+    m_isWaitingForBus = true;
+    m_turn.stop();
+    const auto question = QDBusMessage::createMethodCall(
+        busService, busPath, QStringLiteral("org.freedesktop.DBus.Peer"), QStringLiteral("Ping"));
+    auto *watcher = new QDBusPendingCallWatcher(m_connection.asyncCall(question, patienceWithBus), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this, [this, watcher] {
+        watcher->deleteLater();
+        if (watcher->error().type() == QDBusError::NoReply) {
+            waitForBus();
+            return;
+        }
+        m_isWaitingForBus = false;
+        m_sent = 0;
+        if (!m_requests.empty())
+            m_turn.start(0);
+    });
 }
 
 void ItemServer::serveNext()
 {
+    if (m_sent >= maxSent) {
+        waitForBus();
+        return;
+    }
     // Pages are soon made, and somebody waits for the first rows of a list.
     auto next = std::find_if(m_requests.begin(), m_requests.end(),
         [](const Request &request) { return request.message.member() != openItems; });
@@ -59,6 +91,8 @@ void ItemServer::givePage(const Request &request)
     const SharedItems items = request.playlist->page(range.at(0).toUInt(), range.at(1).toUInt());
     m_connection.send(
         request.message.createReply({QVariant::fromValue(items), request.playlist->revision()}));
+    m_sent += std::accumulate(items.cbegin(), items.cend(), qsizetype(0),
+        [](qsizetype sum, const SharedItem &item) { return sum + item.characters(); });
 }
 
 /// False while there is more to pack.

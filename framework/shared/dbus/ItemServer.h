@@ -13,7 +13,8 @@
 #include <memory>
 
 /// Answers the requests for items, a page or a slice of a file for each turn of the event loop, so that neither a long
-/// list nor a caller who asks for a thousand pages at once holds up the window.
+/// list nor a caller who asks for a thousand pages at once holds up the window. No more is given than the bus takes: what it
+/// has not taken yet is in the memory of this process.
 class ItemServer : public QObject
 {
     Q_OBJECT
@@ -31,6 +32,7 @@ private:
     };
 
     void serveNext();
+    void waitForBus();
     void givePage(const Request &request);
     bool giveFile(const Request &request);
     void refuse(const Request &request, QDBusError::ErrorType type, const QString &text);
@@ -39,4 +41,6 @@ private:
     std::deque<Request> m_requests;
     std::unique_ptr<ItemPacker> m_packer; // Kept for the next who asks for the same.
     QTimer m_turn;
+    qsizetype m_sent = 0; // characters, since the bus was last known to have taken everything
+    bool m_isWaitingForBus = false;
 };

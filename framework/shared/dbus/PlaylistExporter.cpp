@@ -5,13 +5,12 @@
 #include "ItemServer.h"
 #include "KelvoMessageHandler.h"
 #include "KelvoPlaylist.h"
-#include "ObjectManagerAdaptor.h"
-#include "playlist1adaptor.h"
 
 #include <QCoreApplication>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
+#include <QDBusVariant>
 
 namespace {
 constexpr int maxNames = 100;
@@ -32,9 +31,9 @@ PlaylistExporter::PlaylistExporter(const QDBusConnection &connection, int timeou
     , m_connection(connection)
     , m_timeout(timeout)
     , m_items(new ItemServer(connection, this))
-    , m_objectManager(new ObjectManagerAdaptor(this, [this] { return managedObjects(); }))
 {
-    m_connection.registerObject(PlaylistProtocol::rootPath, this, QDBusConnection::ExportAdaptors);
+    connect(&m_turn, &QTimer::timeout, this, &PlaylistExporter::serveNext);
+    m_gate = std::make_unique<CallGate>(m_connection, [this] { m_turn.start(0); });
     // Last: who sees the name finds the objects.
     requestName(1);
 }
@@ -43,8 +42,7 @@ PlaylistExporter::~PlaylistExporter()
 {
     // First: who hears of that asks for nothing any more.
     releaseName();
-    m_exports.clear();
-    m_connection.unregisterObject(PlaylistProtocol::rootPath);
+    m_gate.reset();
 }
 
 void PlaylistExporter::requestName(int attempt)
@@ -82,19 +80,13 @@ void PlaylistExporter::add(KelvoPlaylist *playlist)
 {
     const QString path = PlaylistProtocol::rootPath + QStringLiteral("/p") + QString::number(m_nextNumber++);
     auto object = std::make_unique<ExportedPlaylist>(playlist, path);
-    new Playlist1Adaptor(object.get());
-    connect(object.get(), &ExportedPlaylist::itemsRequested, m_items,
-        [this, asked = object.get()](const QDBusMessage &request) { m_items->enqueue(asked, request); });
     connect(object.get(), &ExportedPlaylist::Changed, this,
-        [this, changed = object.get()] { announceProperties(*changed); });
+        [this, changed = object.get()] { announceChange(*changed); });
     connect(playlist, &QObject::destroyed, this, &PlaylistExporter::remove);
-    if (!m_connection.registerObject(path, object.get(), QDBusConnection::ExportAdaptors)) {
-        qCWarning(lcKelvo) << "The playlist" << playlist->uuid() << "cannot be offered at" << path;
-        return;
-    }
     const SharedInterfaces interfaces = object->interfaces();
     m_exports.push_back({playlist, std::move(object)});
-    Q_EMIT m_objectManager->InterfacesAdded(QDBusObjectPath(path), interfaces);
+    tellChildren();
+    announceObject(path, QStringLiteral("InterfacesAdded"), QVariant::fromValue(interfaces));
 }
 
 void PlaylistExporter::remove(const QObject *playlist)
@@ -105,19 +97,80 @@ void PlaylistExporter::remove(const QObject *playlist)
         return;
     disconnect(found->playlist, nullptr, this, nullptr);
     const QString path = found->object->path();
-    m_connection.unregisterObject(path);
     m_exports.erase(found);
-    Q_EMIT m_objectManager->InterfacesRemoved(QDBusObjectPath(path), {PlaylistProtocol::interface});
+    tellChildren();
+    announceObject(path, QStringLiteral("InterfacesRemoved"), QStringList{PlaylistProtocol::interface});
 }
 
-void PlaylistExporter::announceProperties(const ExportedPlaylist &object)
+void PlaylistExporter::tellChildren()
 {
+    QStringList names;
+    for (const Export &entry : m_exports)
+        names.append(entry.object->path().section(u'/', -1));
+    m_gate->setChildren(names);
+}
+
+void PlaylistExporter::announceObject(const QString &path, const QString &change, const QVariant &what)
+{
+    auto signal = QDBusMessage::createSignal(
+        PlaylistProtocol::rootPath, PlaylistProtocol::objectManagerInterface, change);
+    signal << QVariant::fromValue(QDBusObjectPath(path)) << what;
+    m_connection.send(signal);
+}
+
+void PlaylistExporter::announceChange(const ExportedPlaylist &object)
+{
+    auto change
+        = QDBusMessage::createSignal(object.path(), PlaylistProtocol::interface, QStringLiteral("Changed"));
+    change << object.revision();
+    m_connection.send(change);
     auto signal = QDBusMessage::createSignal(
         object.path(), PlaylistProtocol::propertiesInterface, QStringLiteral("PropertiesChanged"));
     const QVariantMap changed{{QStringLiteral("Name"), object.name()},
         {QStringLiteral("ItemCount"), object.itemCount()}, {QStringLiteral("Revision"), object.revision()}};
     signal << QString(PlaylistProtocol::interface) << changed << QStringList();
     m_connection.send(signal);
+}
+
+void PlaylistExporter::serveNext()
+{
+    if (const std::optional<QDBusMessage> call = m_gate->take())
+        serve(*call);
+    else
+        m_turn.stop();
+}
+
+void PlaylistExporter::serve(const QDBusMessage &call)
+{
+    if (call.path() == PlaylistProtocol::rootPath && call.member() == PlaylistProtocol::getManagedObjects) {
+        m_connection.send(call.createReply(QVariant::fromValue(managedObjects())));
+        return;
+    }
+    const auto found = std::find_if(m_exports.begin(), m_exports.end(),
+        [&call](const Export &entry) { return entry.object->path() == call.path(); });
+    if (found == m_exports.end() || call.member() == PlaylistProtocol::getManagedObjects)
+        m_connection.send(call.createErrorReply(
+            QDBusError::UnknownObject, QStringLiteral("There is no such object at %1").arg(call.path())));
+    else if (call.member() == PlaylistProtocol::getItems || call.member() == PlaylistProtocol::openItems)
+        m_items->enqueue(found->object.get(), call);
+    else
+        giveProperties(*found->object, call);
+}
+
+void PlaylistExporter::giveProperties(const ExportedPlaylist &object, const QDBusMessage &call)
+{
+    const QString interface = call.arguments().value(0).toString();
+    const QVariantMap properties
+        = object.interfaces().value(interface.isEmpty() ? QString(PlaylistProtocol::interface) : interface);
+    if (call.member() == PlaylistProtocol::getAllProperties) {
+        m_connection.send(call.createReply(properties));
+        return;
+    }
+    const QString name = call.arguments().value(1).toString();
+    m_connection.send(properties.contains(name)
+            ? call.createReply(QVariant::fromValue(QDBusVariant(properties.value(name))))
+            : call.createErrorReply(
+                QDBusError::UnknownProperty, QStringLiteral("There is no property %1").arg(name)));
 }
 
 SharedObjects PlaylistExporter::managedObjects() const

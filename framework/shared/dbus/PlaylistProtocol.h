@@ -43,6 +43,9 @@ inline constexpr QLatin1String interface {
 };
 inline constexpr QLatin1String getItems{"GetItems"};
 inline constexpr QLatin1String openItems{"OpenItems"};
+inline constexpr QLatin1String getManagedObjects{"GetManagedObjects"};
+inline constexpr QLatin1String getProperty{"Get"};
+inline constexpr QLatin1String getAllProperties{"GetAll"};
 inline constexpr QLatin1String changedError{"org.kelvo.Playlist1.Error.Changed"};
 inline constexpr QLatin1String objectManagerInterface{"org.freedesktop.DBus.ObjectManager"};
 inline constexpr QLatin1String propertiesInterface{"org.freedesktop.DBus.Properties"};

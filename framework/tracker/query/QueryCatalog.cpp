@@ -2,52 +2,66 @@
 #include "QueryCatalog.h"
 
 #include "../KelvoTrackerModel.h"
+#include "../store/KeptRows.h"
 
 #include <QFile>
 
 #include <algorithm>
+#include <map>
 
 namespace {
 using Column = CatalogQuery::Column;
 
+constexpr auto none = CatalogQuery::NoPlaceholder;
+
+constexpr CellSource column(int index)
+{
+    return {CellSource::Column, index};
+}
+
+constexpr CellSource kept(int index)
+{
+    return {CellSource::Kept, index};
+}
+
 const std::vector<Column> songColumns{
-    {"songId", CellType::Number},
-    {"songTitle", CellType::Text},
-    {"songUri", CellType::Text},
-    {"songLength", CellType::Amount},
-    {"trackNumber", CellType::Amount},
-    {"artistId", CellType::Number},
-    {"artistName", CellType::SharedText, CatalogQuery::ArtistName},
-    {"albumId", CellType::Number},
-    {"albumName", CellType::SharedText, CatalogQuery::AlbumName},
-    {"genre", CellType::SharedText},
-    {"year", CellType::Year},
-    {"favorited", CellType::Flag},
-    {"usageCounter", CellType::Number},
-    {"added", CellType::Date},
+    {"songId", CellType::Number, none, column(0)},
+    {"songTitle", CellType::Text, none, column(1)},
+    {"songUri", CellType::Text, none, kept(KeptRows::Url)},
+    {"songLength", CellType::Amount, none, kept(KeptRows::Length)},
+    {"trackNumber", CellType::Amount, none, kept(KeptRows::Track)},
+    {"artistId", CellType::Number, none, kept(KeptRows::ArtistId)},
+    {"artistName", CellType::SharedText, CatalogQuery::ArtistName, kept(KeptRows::ArtistName)},
+    {"albumId", CellType::Number, none, kept(KeptRows::AlbumId)},
+    {"albumName", CellType::SharedText, CatalogQuery::AlbumName, kept(KeptRows::AlbumName)},
+    {"genre", CellType::SharedText, none, kept(KeptRows::Genre)},
+    {"year", CellType::Year, none, kept(KeptRows::Year)},
+    {"favorited", CellType::Flag, none, column(2)},
+    {"usageCounter", CellType::Number, none, column(3)},
+    {"added", CellType::Date, none, kept(KeptRows::Added)},
 };
 const std::vector<Column> albumColumns{
-    {"albumId", CellType::Number},
-    {"albumName", CellType::Text, CatalogQuery::AlbumName},
-    {"artistId", CellType::Number},
-    {"artistName", CellType::SharedText, CatalogQuery::ArtistName},
-    {"albumTrackCount", CellType::Number},
-    {"albumLength", CellType::Number},
-    {"albumArtistCount", CellType::Number},
-    {"albumSongs", CellType::Number},
+    {"albumId", CellType::Number, none, column(0)},
+    {"albumName", CellType::Text, CatalogQuery::AlbumName, column(1)},
+    {"artistId", CellType::Number, none, column(2)},
+    {"artistName", CellType::SharedText, CatalogQuery::ArtistName, column(3)},
+    {"albumTrackCount", CellType::Number, none, kept(KeptRows::Tracks)},
+    {"albumLength", CellType::Number, none, kept(KeptRows::Total)},
+    {"albumArtistCount", CellType::Number, none, kept(KeptRows::Artists)},
+    {"albumSongs", CellType::Number, none, kept(KeptRows::Tracks)},
 };
 const std::vector<Column> artistColumns{
-    {"artistId", CellType::Number},
-    {"artistName", CellType::Text, CatalogQuery::ArtistName},
-    {"numberOfSongs", CellType::Number},
-    {"numberOfAlbums", CellType::Number},
+    {"artistId", CellType::Number, none, column(0)},
+    {"artistName", CellType::Text, CatalogQuery::ArtistName, column(1)},
+    {"numberOfSongs", CellType::Number, none, kept(KeptRows::Songs)},
+    {"numberOfAlbums", CellType::Number, none, kept(KeptRows::Albums)},
 };
 const std::vector<Column> playlistColumns{
-    {"playlistId", CellType::Number},
-    {"playlistName", CellType::Text},
-    {"playlistUri", CellType::Text},
-    {"playlistLength", CellType::Number},
-    {"playlistTrackCount", CellType::Number},
+    {"playlistId", CellType::Number, none, column(0)},
+    {"playlistName", CellType::Text, none, column(1)},
+    {"playlistUri", CellType::Text, none, column(2)},
+    {"playlistLength", CellType::Number, none, column(3)},
+    {"playlistTrackCount", CellType::Number, none, column(4)},
 };
 
 const struct
@@ -72,6 +86,16 @@ const struct
     {KelvoTrackerModel::AllArtists, "all-artists", artistColumns, false},
     {KelvoTrackerModel::AllPlaylists, "all-playlists", playlistColumns, false},
 };
+
+std::map<int, CatalogQuery> readAll()
+{
+    std::map<int, CatalogQuery> queries;
+    for (const auto &entry : catalog) {
+        queries[entry.type] = {CatalogQuery::read(entry.file),
+            CatalogQuery::read(QByteArray("kept/").append(entry.file)), entry.columns, entry.hasSubject};
+    }
+    return queries;
+}
 } // namespace
 
 std::vector<CellType> CatalogQuery::types() const
@@ -82,13 +106,20 @@ std::vector<CellType> CatalogQuery::types() const
     return types;
 }
 
-CatalogQuery CatalogQuery::find(int type)
+std::vector<CellSource> CatalogQuery::sources() const
 {
-    for (const auto &entry : catalog) {
-        if (entry.type == type)
-            return {read(entry.file), entry.columns, entry.hasSubject};
-    }
-    return {};
+    std::vector<CellSource> sources;
+    std::transform(columns.begin(), columns.end(), std::back_inserter(sources),
+        [](const Column &column) { return column.source; });
+    return sources;
+}
+
+const CatalogQuery &CatalogQuery::find(int type)
+{
+    static const std::map<int, CatalogQuery> queries = readAll();
+    static const CatalogQuery unknown;
+    const auto found = queries.find(type);
+    return found == queries.end() ? unknown : found->second;
 }
 
 // A shared library's resources are registered when it is loaded, so the file can always be opened.

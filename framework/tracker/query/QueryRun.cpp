@@ -1,12 +1,22 @@
 // SPDX-License-Identifier: MIT
 #include "QueryRun.h"
 
+#include "../remote/RemoteIds.h"
+#include "../store/KeptRows.h"
 #include "../store/TrackerThreads.h"
 #include "KelvoMessageHandler.h"
+
+#include <algorithm>
 
 namespace {
 // Without a limit the rows still come in pieces that the GUI thread takes over without a visible pause.
 constexpr int pieceSize = 2000;
+constexpr int unlimited = -1;
+
+int laterPieces(const QueryPlan &plan)
+{
+    return plan.streamBlock > 0 ? plan.streamBlock : pieceSize;
+}
 } // namespace
 
 QueryRun::QueryRun(std::shared_ptr<StoreSession> session, QueryPlan plan, QObject *receiver, Client client)
@@ -14,7 +24,14 @@ QueryRun::QueryRun(std::shared_ptr<StoreSession> session, QueryPlan plan, QObjec
     , m_plan(std::move(plan))
     , m_client(std::move(client))
     , m_mailbox(receiver)
+    , m_quota(m_plan.firstBlock > 0 ? m_plan.firstBlock : unlimited)
 {
+}
+
+QueryRun::~QueryRun()
+{
+    if (m_answers)
+        m_answers->cancel();
 }
 
 std::shared_ptr<QueryRun> QueryRun::start(
@@ -62,6 +79,9 @@ void QueryRun::cancel()
     const QString untold = m_state.cancel();
     if (!untold.isEmpty() && untold != m_plan.notice)
         m_session->setNotice(untold);
+    const std::lock_guard lock(m_answersMutex);
+    if (m_answers)
+        m_answers->cancel();
 }
 
 bool QueryRun::hasLostItsStore()
@@ -69,8 +89,45 @@ bool QueryRun::hasLostItsStore()
     return m_state.hasLostItsStore();
 }
 
+// At the same time as the store. Not on the GUI thread: the library for the network takes its time at first.
+void QueryRun::askLibraries()
+{
+    RemoteLibraries libraries = m_plan.libraries;
+    QByteArray subject;
+    if (m_plan.hasSubject) {
+        const auto resource = RemoteIds::find(m_plan.id);
+        if (!resource)
+            return;
+        subject = resource->iri;
+        libraries = {{resource->library}, {}};
+    }
+    if (libraries.isEmpty())
+        return;
+    // One more than come by themselves shows whether there are more.
+    const int page = m_plan.limits.firstPage;
+    const int rows = m_plan.firstBlock > 0 ? std::min(m_plan.firstBlock, page) + 1 : page;
+    const auto answers = std::make_shared<RemoteAnswers>(
+        libraries, PortableQuery(m_plan.text, subject), rows, m_plan.limits, [weak = weak_from_this()] {
+            if (const auto self = weak.lock())
+                self->m_state.interrupt();
+        });
+    m_remote = std::make_unique<RemoteCursor>(answers);
+    {
+        const std::lock_guard lock(m_answersMutex);
+        m_answers = answers;
+    }
+    if (m_state.isStopped())
+        answers->cancel();
+    answers->start();
+}
+
 void QueryRun::run()
 {
+    askLibraries();
+    if (m_answers && m_plan.hasSubject) {
+        finish();
+        return;
+    }
     StoreError error;
     StoreSession::Entry entry = m_session->enter([this] { m_state.interrupt(); }, &error);
     if (!entry || (error = m_session->checkFiles()))
@@ -90,7 +147,7 @@ void QueryRun::stream(StoreSession::Entry &entry)
     if (!cursor)
         return;
     const int first = m_plan.firstBlock;
-    if (!readBlocks(cursor, first, first > 0 ? first : pieceSize, &more))
+    if (!readBlocks(cursor, first > 0 ? first : pieceSize, &more))
         return;
     if (more) {
         const auto demand = m_state.waitForDemand(m_plan.idleTime);
@@ -99,14 +156,14 @@ void QueryRun::stream(StoreSession::Entry &entry)
             return;
         }
         m_keeps = demand == QueryState::Demand::Later;
-        const int block = m_plan.streamBlock > 0 ? m_plan.streamBlock : pieceSize;
-        if (!readBlocks(cursor, 0, block, &more))
+        m_quota = unlimited;
+        if (!readBlocks(cursor, laterPieces(m_plan), &more))
             return; // the cursor closes before the entry is left
     }
     cursor = {};
     entry.leave();
     if (!m_keeps)
-        complete();
+        finish();
     else if (m_state.park())
         handOverKept();
     else
@@ -134,8 +191,11 @@ StoreCursor QueryRun::open(const StoreConnection &connection, bool *more)
         }
         bindings.emplace_back("uri", uri);
     }
-    StoreCursor cursor = connection.select(m_plan.text, bindings, &m_state.cancellation(), &error);
-    *more = cursor && cursor.next(&error);
+    StoreCursor cursor = openShortcut(connection, bindings, more, &error);
+    if (!cursor && !error) {
+        cursor = connection.select(m_plan.text, bindings, &m_state.cancellation(), &error);
+        *more = cursor && cursor.next(&error);
+    }
     if (error) {
         fail(error);
         return {};
@@ -143,9 +203,61 @@ StoreCursor QueryRun::open(const StoreConnection &connection, bool *more)
     return cursor;
 }
 
-// From the row that the cursor stands on: up to `limit` rows (0: all) in blocks of `pieces`. False when it was
+// The same, none when the store does not keep what the shortcut reads.
+StoreCursor QueryRun::openShortcut(const StoreConnection &connection,
+    const StoreConnection::Bindings &bindings, bool *more, StoreError *error)
+{
+    if (m_plan.shortcut.text.isEmpty())
+        return {};
+    const QByteArray before = connection.selectOne(KeptRows::tidyState(), error);
+    if (*error)
+        return {};
+    StoreCursor cursor = connection.select(m_plan.shortcut.text, bindings, &m_state.cancellation(), error);
+    *more = cursor && cursor.next(error);
+    if (*error)
+        return {};
+    // No rows: there are none, or they were not kept at that moment, which is in between when both states are the same.
+    m_tookShortcut
+        = *more || (!before.isEmpty() && before == connection.selectOne(KeptRows::tidyState(), error));
+    return m_tookShortcut && !*error ? std::move(cursor) : StoreCursor();
+}
+
+// The store's rows are there: those of other libraries follow.
+void QueryRun::finish()
+{
+    m_tookShortcut = false; // is the store's alone
+    if (!m_remote || readLibraries())
+        complete();
+}
+
+// False when it was called off, or waits for fetchRest() without a thread.
+bool QueryRun::readLibraries()
+{
+    StoreError error;
+    if (!m_isAtRemoteRow)
+        m_isAtRemoteRow = m_remote->next(&error);
+    if (error)
+        return fail(error);
+    if (!readBlocks(*m_remote, m_quota > 0 ? m_quota : laterPieces(m_plan), &m_isAtRemoteRow))
+        return false;
+    if (m_isAtRemoteRow) {
+        const auto demand = m_state.waitForDemand(m_plan.idleTime);
+        if (demand == QueryState::Demand::Never)
+            return failStopped();
+        m_quota = unlimited;
+        // Nothing is read ahead: what other machines have is not kept here, and nothing of theirs is in use.
+        if (demand == QueryState::Demand::Later && !m_state.park())
+            return false;
+        if (!readBlocks(*m_remote, laterPieces(m_plan), &m_isAtRemoteRow))
+            return false;
+    }
+    m_remoteFailure = m_answers->failures();
+    return true;
+}
+
+// From the row that the cursor stands on: up to the quota, in blocks of `pieces`. False when it was
 // called off or failed; *more: the cursor stands on a further row.
-bool QueryRun::readBlocks(StoreCursor &cursor, int limit, int pieces, bool *more)
+bool QueryRun::readBlocks(RowCursor &cursor, int pieces, bool *more)
 {
     std::vector<CellType> columns = m_plan.columns;
     QStringList names;
@@ -154,17 +266,25 @@ bool QueryRun::readBlocks(StoreCursor &cursor, int limit, int pieces, bool *more
         for (int column = 0; column < cursor.columnCount(); ++column)
             names.append(QString::fromUtf8(cursor.name(column)));
     }
-    StoreError error;
-    int rows = 0;
-    while (*more && (limit <= 0 || rows < limit)) {
+    RowReader reader(cursor, m_tookShortcut ? m_plan.shortcut.sources : std::vector<CellSource>());
+    const auto emptyBlock = [&] {
         auto block = std::make_shared<RowBlock>(columns);
         block->setNames(names);
+        return block;
+    };
+    StoreError error;
+    while (*more && m_quota != 0) {
+        std::shared_ptr<RowBlock> block = emptyBlock();
         do {
-            block->append(cursor);
-            ++rows;
+            reader.readRow();
+            block->append(reader);
+            if (m_quota > 0)
+                --m_quota;
+            if (cursor.wouldWait() && !handOver(std::exchange(block, emptyBlock())))
+                return false;
             *more = cursor.next(&error);
-        } while (*more && block->rowCount() < pieces && (limit <= 0 || rows < limit));
-        if (!handOver(std::move(block)))
+        } while (*more && block->rowCount() < pieces && m_quota != 0);
+        if (block->rowCount() > 0 && !handOver(std::move(block)))
             return false;
     }
     return !error || fail(error);
@@ -202,7 +322,7 @@ void QueryRun::handOverKept()
         if (!handOver(std::move(block)))
             return;
     }
-    complete();
+    finish();
 }
 
 void QueryRun::complete()
@@ -214,7 +334,9 @@ void QueryRun::complete()
 bool QueryRun::fail(const StoreError &error)
 {
     m_kept.clear();
-    const QueryState::End end = m_state.end(QueryState::Outcome::Failed, error);
+    if (m_answers)
+        m_answers->cancel();
+    const QueryState::End end = m_state.end(QueryState::Outcome::Failed, m_session->judge(error));
     m_session->report(end.error);
     if (end.isTold)
         tell([this] { m_client.failed(m_state.failure()); });
@@ -230,7 +352,10 @@ void QueryRun::tellCompletion()
 {
     m_client.completed();
     // What was completed may be gone by now.
-    const QString notice = m_state.takeNotice();
-    if (!notice.isEmpty())
-        m_client.failed(notice);
+    if (m_state.isCancelled())
+        return;
+    QStringList news{m_state.takeNotice(), std::exchange(m_remoteFailure, {})};
+    news.removeAll(QString());
+    if (!news.isEmpty())
+        m_client.failed(news.join(QStringLiteral("; ")));
 }

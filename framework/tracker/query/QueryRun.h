@@ -1,10 +1,13 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "../remote/RemoteAnswers.h"
+#include "../remote/RemoteCursor.h"
 #include "../store/StoreSession.h"
 #include "Mailbox.h"
 #include "QueryState.h"
 #include "RowBlock.h"
+#include "RowReader.h"
 
 #include <QByteArray>
 #include <QString>
@@ -12,6 +15,7 @@
 #include <chrono>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 /// What a query asks and how its rows come.
@@ -30,6 +34,16 @@ struct QueryPlan
     std::chrono::milliseconds idleTime = std::chrono::seconds(30);
     /// Told after the rows; what the session has to tell comes in its place.
     QString notice;
+    /// A shorter way to the same rows, where what they show is kept in the store; tried first. Empty: there is none.
+    struct Shortcut
+    {
+        QByteArray text;
+        std::vector<CellSource> sources = {}; ///< for each of the columns
+    };
+    Shortcut shortcut = {};
+    /// Asked the same; their rows follow.
+    RemoteLibraries libraries = {};
+    RemoteLimits limits = {};
 };
 
 /// A query that runs on a thread of its own with one open cursor, and hands its rows to an object of the GUI
@@ -37,11 +51,17 @@ struct QueryPlan
 ///
 /// No more than a few blocks wait to be taken over. A cursor that nobody wants rows of is closed after a while, because
 /// it keeps old pages of the store in use: the rest is read into memory before, since a later query may have others.
+///
+/// Libraries on other machines are asked at the same time, and their rows come behind those of the store. What one of them
+/// fails with is told when all rows are there. A resource of theirs is known to them alone, and nobody else is asked.
 class QueryRun : public std::enable_shared_from_this<QueryRun>
 {
 public:
-    /// Called on the GUI thread; the last call is completed() or failed(). What became of a damaged store is told by
-    /// failed() after completed().
+    ~QueryRun();
+    Q_DISABLE_COPY_MOVE(QueryRun)
+
+    /// Called on the GUI thread; the last call is completed() or failed(). What became of a damaged store, and what
+    /// libraries on other machines failed with, is told by failed() after completed().
     struct Client
     {
         std::function<void(std::shared_ptr<const RowBlock>)> rows;
@@ -65,9 +85,14 @@ private:
     // Worker thread
     void launch();
     void run();
+    void askLibraries();
     void stream(StoreSession::Entry &entry);
-    StoreCursor open(const StoreConnection &connection, bool *empty);
-    bool readBlocks(StoreCursor &cursor, int limit, int pieces, bool *more);
+    StoreCursor open(const StoreConnection &connection, bool *more);
+    StoreCursor openShortcut(const StoreConnection &connection, const StoreConnection::Bindings &bindings,
+        bool *more, StoreError *error);
+    bool readBlocks(RowCursor &cursor, int pieces, bool *more);
+    void finish();
+    bool readLibraries();
     bool handOver(std::shared_ptr<RowBlock> block);
     bool keep(std::shared_ptr<RowBlock> block);
     void handOverKept();
@@ -87,7 +112,16 @@ private:
     const Client m_client;
     Mailbox m_mailbox;
     QueryState m_state;
-    // Of the worker thread: the rest that was read before somebody wanted it.
+    // Of the worker thread
+    bool m_tookShortcut = false;
+    // The rest that was read before somebody wanted it.
     bool m_keeps = false;
     std::vector<std::shared_ptr<RowBlock>> m_kept;
+    int m_quota; ///< rows that still come by themselves; below 0: all
+    std::mutex m_answersMutex; ///< the worker thread sets the pointer once, the GUI thread reads it
+    /// Of the libraries on other machines; null: none is asked.
+    std::shared_ptr<RemoteAnswers> m_answers;
+    std::unique_ptr<RemoteCursor> m_remote;
+    bool m_isAtRemoteRow = false;
+    QString m_remoteFailure; ///< written before its end is told, then of the GUI thread
 };

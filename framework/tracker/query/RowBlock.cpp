@@ -2,6 +2,7 @@
 #include "RowBlock.h"
 
 #include "../store/StoreConnection.h"
+#include "RowReader.h"
 
 #include <QDateTime>
 
@@ -14,11 +15,11 @@ RowBlock::RowBlock(std::vector<CellType> columns)
 {
 }
 
-void RowBlock::append(const StoreCursor &cursor)
+void RowBlock::append(const RowReader &reader)
 {
-    const int available = cursor.columnCount();
+    const int available = reader.columnCount();
     for (int column = 0; column < int(m_columns.size()); ++column)
-        m_cells.push_back(column < available ? cell(cursor, column) : 0);
+        m_cells.push_back(column < available ? cell(reader, column) : 0);
 }
 
 void RowBlock::finish()
@@ -29,27 +30,27 @@ void RowBlock::finish()
     m_texts.squeeze();
 }
 
-qint32 RowBlock::cell(const StoreCursor &cursor, int column)
+qint32 RowBlock::cell(const RowReader &reader, int column)
 {
     switch (m_columns[size_t(column)]) {
     case CellType::Number:
     case CellType::Amount:
-        return qint32(std::clamp<qint64>(cursor.integer(column), INT32_MIN, INT32_MAX));
+        return qint32(std::clamp<qint64>(reader.integer(column), INT32_MIN, INT32_MAX));
     case CellType::Text:
-        return addText(cursor.text(column));
+    case CellType::Date: // no two songs were added at the same time
+        return addText(reader.text(column));
     case CellType::SharedText:
-    case CellType::Date:
-        return addShared(cursor.text(column));
+        return addShared(reader.text(column));
     case CellType::Year: {
-        const char *text = cursor.text(column);
+        const char *text = reader.text(column);
         return text ? qint32(std::strtol(text, nullptr, 10)) : 0;
     }
     case CellType::Flag: {
-        const char *text = cursor.text(column);
+        const char *text = reader.text(column);
         return text && (std::strcmp(text, "true") == 0 || std::strcmp(text, "1") == 0);
     }
     case CellType::Any:
-        return addText(cursor.text(column), char('0' + cursor.type(column)));
+        return addText(reader.text(column), char('0' + reader.type(column)));
     }
     return 0;
 }

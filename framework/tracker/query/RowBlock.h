@@ -9,7 +9,7 @@
 #include <memory>
 #include <vector>
 
-class StoreCursor;
+class RowReader;
 
 /// How the values of a column are kept and shown.
 enum class CellType : quint8 {
@@ -30,7 +30,8 @@ class RowBlock
 public:
     explicit RowBlock(std::vector<CellType> columns);
 
-    void append(const StoreCursor &cursor);
+    /// The row that the reader has read.
+    void append(const RowReader &reader);
     /// After the last row: gives back what only appending needs.
     void finish();
 
@@ -42,7 +43,7 @@ public:
     void setNames(const QStringList &names) { m_names = names; }
 
 private:
-    qint32 cell(const StoreCursor &cursor, int column);
+    qint32 cell(const RowReader &reader, int column);
     qint32 addText(const char *text, char tag = 0);
     qint32 addShared(const char *text);
     QVariant anyValue(const char *tagged) const;

@@ -1,22 +1,29 @@
 // SPDX-License-Identifier: MIT
 #include "Sparql.h"
 
-#include "GlibHandles.h"
-
 #include <QDateTime>
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
 
-#include <libtracker-sparql/tracker-sparql.h>
+namespace {
+// What may not stand in a text as it is, and the letters that stand for it (SPARQL 1.1, section 19.7).
+constexpr QByteArrayView plainCharacters("\b\t\n\f\r\"'\\");
+constexpr QByteArrayView escapeLetters("btnfr\"'\\");
+} // namespace
 
 QByteArray Sparql::literal(const QByteArray &utf8)
 {
-    QByteArray text = utf8;
-    text.replace('\0', QByteArray());
-    const GlibHandles::Text escaped(tracker_sparql_escape_string(text.constData()));
-    return '"' + QByteArray(escaped.get()) + '"';
+    QByteArray result("\"");
+    result.reserve(utf8.size() + 2);
+    for (const char c : utf8) {
+        if (const qsizetype at = plainCharacters.indexOf(c); at >= 0)
+            result.append('\\').append(escapeLetters[at]);
+        else if (c != '\0')
+            result.append(c);
+    }
+    return result.append('"');
 }
 
 QByteArray Sparql::literal(const QString &text)

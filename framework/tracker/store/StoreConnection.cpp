@@ -2,18 +2,42 @@
 #include "StoreConnection.h"
 
 #include "GlibHandles.h"
+#include "SparqlLibrary.h"
 
 #include <QFile>
 
-#include <libtracker-sparql/tracker-sparql.h>
-
+/// Knows that it is cancelled by itself: that may come before the library is loaded, whose handle it has for the first query
+/// that runs with it.
 struct StoreCancellation::Private
 {
-    GlibHandles::Object<GCancellable> handle{g_cancellable_new()};
+    GCancellable *handleFor(const SparqlLibrary &functions)
+    {
+        const std::lock_guard lock(mutex);
+        if (!handle) {
+            library = &functions;
+            handle.reset(library->newCancellable());
+            if (isCancelled)
+                library->cancel(handle.get());
+        }
+        return handle.get();
+    }
+
+    std::mutex mutex;
+    bool isCancelled = false;
+    const SparqlLibrary *library = nullptr;
+    GlibHandles::Object<GCancellable> handle;
 };
 
 struct StoreCursor::Private
 {
+    explicit Private(const SparqlLibrary &functions)
+        : library(functions)
+    {
+    }
+
+    bool isCancelled() const { return cancellable && library.isCancelled(cancellable); }
+
+    const SparqlLibrary &library;
     GlibHandles::Object<TrackerSparqlStatement> statement; // outlives its cursor
     GlibHandles::Object<TrackerSparqlCursor> handle;
     GCancellable *cancellable = nullptr;
@@ -21,6 +45,12 @@ struct StoreCursor::Private
 
 struct StoreConnection::Private
 {
+    explicit Private(const SparqlLibrary &functions)
+        : library(functions)
+    {
+    }
+
+    const SparqlLibrary &library;
     GlibHandles::Object<TrackerSparqlConnection> handle;
 };
 
@@ -36,7 +66,10 @@ StoreError::Kind kindOfMessage(const QString &message)
         {"malformed", StoreError::Damaged},
         {"not a database", StoreError::Damaged},
         {"disk is full", StoreError::NoSpace},
-        {"disk I/O error", StoreError::Other},
+        {"disk I/O error", StoreError::NoAccess},
+        {"unable to open database file", StoreError::NoAccess},
+        {"readonly database", StoreError::NoAccess},
+        {"out of memory", StoreError::NoAccess},
         {"no such table", StoreError::Damaged},
     };
     for (const auto &entry : table) {
@@ -51,8 +84,6 @@ StoreError::Kind kindOfCode(int code)
     switch (code) {
     case TRACKER_SPARQL_ERROR_NO_SPACE:
         return StoreError::NoSpace;
-    case TRACKER_SPARQL_ERROR_OPEN_ERROR:
-        return StoreError::Damaged;
     case TRACKER_SPARQL_ERROR_CONSTRAINT:
     case TRACKER_SPARQL_ERROR_PARSE:
     case TRACKER_SPARQL_ERROR_TYPE:
@@ -66,20 +97,22 @@ StoreError::Kind kindOfCode(int code)
     }
 }
 
-StoreError errorOf(const GlibHandles::Error &error, GCancellable *cancellable)
+StoreError errorOf(const SparqlLibrary &library, const GlibHandles::Error &error)
 {
-    // The library reports a cancelled query as an internal error.
-    if (cancellable && g_cancellable_is_cancelled(cancellable))
-        return {StoreError::Cancelled, QStringLiteral("Cancelled")};
     if (!error)
         return {StoreError::Other, QStringLiteral("The tracker store failed without a reason")};
     QString message = QString::fromUtf8(error.get()->message);
     StoreError::Kind kind = kindOfMessage(message);
-    if (kind == StoreError::Other && error.get()->domain == TRACKER_SPARQL_ERROR)
+    if (kind == StoreError::Other && error.get()->domain == library.errorDomain())
         kind = kindOfCode(error.get()->code);
     if (kind == StoreError::Damaged)
         message = QStringLiteral("The tracker store is damaged: %1").arg(message);
     return {kind, message};
+}
+// The library reports a cancelled query as an internal error.
+StoreError cancelledError()
+{
+    return {StoreError::Cancelled, QStringLiteral("Cancelled")};
 }
 } // namespace
 
@@ -92,7 +125,10 @@ StoreCancellation::~StoreCancellation() = default;
 
 void StoreCancellation::cancel()
 {
-    g_cancellable_cancel(d->handle.get());
+    const std::lock_guard lock(d->mutex);
+    d->isCancelled = true;
+    if (d->handle)
+        d->library->cancel(d->handle.get());
 }
 
 StoreCursor::StoreCursor() = default;
@@ -102,7 +138,7 @@ StoreCursor &StoreCursor::operator=(StoreCursor &&other) noexcept = default;
 StoreCursor::~StoreCursor()
 {
     if (d && d->handle)
-        tracker_sparql_cursor_close(d->handle.get());
+        d->library.closeCursor(d->handle.get());
 }
 
 StoreCursor::operator bool() const
@@ -113,37 +149,38 @@ StoreCursor::operator bool() const
 bool StoreCursor::next(StoreError *error)
 {
     GlibHandles::Error failure;
-    if (tracker_sparql_cursor_next(d->handle.get(), d->cancellable, failure.out()))
+    if (d->library.next(d->handle.get(), d->cancellable, failure.out()))
         return true;
-    const bool cancelled = d->cancellable && g_cancellable_is_cancelled(d->cancellable);
-    if (failure || cancelled)
-        *error = errorOf(failure, d->cancellable);
+    if (d->isCancelled())
+        *error = cancelledError();
+    else if (failure)
+        *error = errorOf(d->library, failure);
     return false;
 }
 
 int StoreCursor::columnCount() const
 {
-    return tracker_sparql_cursor_get_n_columns(d->handle.get());
+    return d->library.columnCount(d->handle.get());
 }
 
 StoreCursor::Type StoreCursor::type(int column) const
 {
-    return Type(tracker_sparql_cursor_get_value_type(d->handle.get(), column));
+    return Type(d->library.type(d->handle.get(), column));
 }
 
 const char *StoreCursor::text(int column) const
 {
-    return tracker_sparql_cursor_get_string(d->handle.get(), column, nullptr);
+    return d->library.text(d->handle.get(), column, nullptr);
 }
 
 qint64 StoreCursor::integer(int column) const
 {
-    return tracker_sparql_cursor_get_integer(d->handle.get(), column);
+    return d->library.integer(d->handle.get(), column);
 }
 
 QByteArray StoreCursor::name(int column) const
 {
-    const QByteArray name = tracker_sparql_cursor_get_variable_name(d->handle.get(), column);
+    QByteArray name = d->library.variable(d->handle.get(), column);
     // A variable of SELECT * that holds a resource comes wrapped: SparqlPrintIRI("v_name" ).
     const QByteArray wrapping("(\"v_");
     const qsizetype start = name.indexOf(wrapping);
@@ -160,21 +197,29 @@ StoreConnection::StoreConnection(std::unique_ptr<Private> data, bool readOnly)
 
 StoreConnection::~StoreConnection()
 {
-    tracker_sparql_connection_close(d->handle.get());
+    d->library.closeConnection(d->handle.get());
 }
 
 std::shared_ptr<StoreConnection> StoreConnection::open(
     const QString &folder, bool readOnly, StoreError *error)
 {
-    const GlibHandles::Object<GFile> path(g_file_new_for_path(QFile::encodeName(folder).constData()));
-    const GlibHandles::Object<GFile> ontology(tracker_sparql_get_ontology_nepomuk());
+    const SparqlLibrary *library = SparqlLibrary::load(error);
+    if (!library)
+        return nullptr;
+    const GlibHandles::Object<GFile> path(library->newFile(QFile::encodeName(folder).constData()));
+    const GlibHandles::Object<GFile> ontology(library->ontology());
     GlibHandles::Error failure;
-    auto data = std::make_unique<Private>();
-    data->handle.reset(tracker_sparql_connection_new(
+    auto data = std::make_unique<Private>(*library);
+    data->handle.reset(library->newConnection(
         readOnly ? TRACKER_SPARQL_CONNECTION_FLAGS_READONLY : TRACKER_SPARQL_CONNECTION_FLAGS_NONE,
         path.get(), ontology.get(), nullptr, failure.out()));
     if (!data->handle) {
-        *error = errorOf(failure, nullptr);
+        *error = errorOf(*library, failure);
+        // What the library says of any damage that it meets here: the words with it are about versions.
+        if (error->kind == StoreError::Other && failure
+            && g_error_matches(failure.get(), library->errorDomain(), TRACKER_SPARQL_ERROR_OPEN_ERROR))
+            *error = {
+                StoreError::Damaged, QStringLiteral("The tracker store is damaged: %1").arg(error->message)};
         return nullptr;
     }
     return std::shared_ptr<StoreConnection>(new StoreConnection(std::move(data), readOnly));
@@ -182,12 +227,15 @@ std::shared_ptr<StoreConnection> StoreConnection::open(
 
 std::shared_ptr<StoreConnection> StoreConnection::openDesktopIndex(StoreError *error)
 {
+    const SparqlLibrary *library = SparqlLibrary::load(error);
+    if (!library)
+        return nullptr;
     GlibHandles::Error failure;
-    auto data = std::make_unique<Private>();
-    data->handle.reset(tracker_sparql_connection_bus_new(
-        "org.freedesktop.Tracker3.Miner.Files", nullptr, nullptr, failure.out()));
+    auto data = std::make_unique<Private>(*library);
+    data->handle.reset(
+        library->newBusConnection("org.freedesktop.Tracker3.Miner.Files", nullptr, nullptr, failure.out()));
     if (!data->handle) {
-        *error = errorOf(failure, nullptr);
+        *error = errorOf(*library, failure);
         return nullptr;
     }
     return std::shared_ptr<StoreConnection>(new StoreConnection(std::move(data), true));
@@ -196,22 +244,22 @@ std::shared_ptr<StoreConnection> StoreConnection::openDesktopIndex(StoreError *e
 StoreCursor StoreConnection::select(const QByteArray &text, const Bindings &bindings,
     const StoreCancellation *cancellation, StoreError *error) const
 {
+    const SparqlLibrary &library = d->library;
     GlibHandles::Error failure;
     StoreCursor cursor;
-    auto data = std::make_unique<StoreCursor::Private>();
-    data->cancellable = cancellation ? cancellation->d->handle.get() : nullptr;
-    data->statement.reset(tracker_sparql_connection_query_statement(
-        d->handle.get(), text.constData(), data->cancellable, failure.out()));
+    auto data = std::make_unique<StoreCursor::Private>(library);
+    data->cancellable = cancellation ? cancellation->d->handleFor(library) : nullptr;
+    data->statement.reset(
+        library.newStatement(d->handle.get(), text.constData(), data->cancellable, failure.out()));
     if (data->statement) {
         for (const auto &[name, value] : bindings)
-            tracker_sparql_statement_bind_string(data->statement.get(), name.constData(), value.constData());
-        data->handle.reset(
-            tracker_sparql_statement_execute(data->statement.get(), data->cancellable, failure.out()));
+            library.bindText(data->statement.get(), name.constData(), value.constData());
+        data->handle.reset(library.runStatement(data->statement.get(), data->cancellable, failure.out()));
     }
     if (data->handle)
         cursor.d = std::move(data);
     else
-        *error = errorOf(failure, data->cancellable);
+        *error = data->isCancelled() ? cancelledError() : errorOf(library, failure);
     return cursor;
 }
 
@@ -232,11 +280,11 @@ bool StoreConnection::update(const std::vector<QByteArray> &texts, StoreError *e
     }
     const std::lock_guard lock(m_updates);
     GlibHandles::Error failure;
-    const GlibHandles::Object<TrackerBatch> batch(tracker_sparql_connection_create_batch(d->handle.get()));
+    const GlibHandles::Object<TrackerBatch> batch(d->library.newBatch(d->handle.get()));
     for (const QByteArray &text : texts)
-        tracker_batch_add_sparql(batch.get(), text.constData());
-    if (tracker_batch_execute(batch.get(), nullptr, failure.out()))
+        d->library.addToBatch(batch.get(), text.constData());
+    if (d->library.runBatch(batch.get(), nullptr, failure.out()))
         return true;
-    *error = errorOf(failure, nullptr);
+    *error = errorOf(d->library, failure);
     return false;
 }

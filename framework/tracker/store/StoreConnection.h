@@ -2,6 +2,7 @@
 #pragma once
 
 #include "KelvoTrackerGlobal.h"
+#include "RowCursor.h"
 #include "StoreError.h"
 
 #include <QByteArray>
@@ -30,27 +31,22 @@ private:
 };
 
 /// A running query. One thread at a time; keeps the state of the store from when it began and never blocks writers.
-class KELVO_TRACKER_EXPORT StoreCursor
+class KELVO_TRACKER_EXPORT StoreCursor : public RowCursor
 {
 public:
-    /// As the store's library tells them, with "unbound" for what has no value.
-    enum Type { Unbound, Uri, String, Integer, Double, DateTime, BlankNode, Boolean };
-
     StoreCursor();
     StoreCursor(StoreCursor &&other) noexcept;
     StoreCursor &operator=(StoreCursor &&other) noexcept;
-    ~StoreCursor();
+    ~StoreCursor() override;
 
     explicit operator bool() const;
-    /// Goes to the next (at first: the first) row. False at the end and on failure.
-    bool next(StoreError *error);
-    int columnCount() const;
-    Type type(int column) const;
-    /// UTF-8, valid until next(); null for what has no value.
-    const char *text(int column) const;
-    qint64 integer(int column) const;
-    /// The variable's name as the library tells it; generated text for what is no variable.
-    QByteArray name(int column) const;
+    bool next(StoreError *error) override;
+    int columnCount() const override;
+    Type type(int column) const override;
+    const char *text(int column) const override;
+    qint64 integer(int column) const override;
+    /// As the library tells it; generated text for what is no variable.
+    QByteArray name(int column) const override;
 
 private:
     friend class StoreConnection;

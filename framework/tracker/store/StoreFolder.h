@@ -37,7 +37,20 @@ StoreError prepare(const QString &folder);
 /// wrong. Also nothing wrong when there is no file yet.
 StoreError inspect(const QString &folder);
 
+/// Why the store's files cannot be read or written just now: the disk fails, or there is no memory. What is found in them then says nothing about them. Reads
+/// them through, which takes its time, and writes a file of its own.
+StoreError probe(const QString &folder);
+
 bool hasStore(const QString &folder);
+
+/// Notes that a store is being made, and later that it is complete. False where that cannot be written.
+bool setUnfinished(const QString &folder, bool unfinished);
+/// Takes away what is there of a store whose maker ended before it was complete: nothing that anyone wrote is in it.
+/// The caller owns the folder.
+void removeUnfinished(const QString &folder);
+
+/// False when nothing can be said of what is in the folder.
+bool canBeListed(const QString &folder);
 
 /// Names the database files on disk as they are now; empty when there is none. Differs once one was replaced.
 QByteArray identity(const QString &folder);

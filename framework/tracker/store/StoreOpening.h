@@ -13,8 +13,10 @@ struct OpenedStore
 };
 
 /// Opens the store in the folder, whatever state it is in: makes a missing one, moves a damaged one or one of
-/// another version aside and makes a new one, opens one that another process owns for reading. Worker thread.
+/// another version aside and makes a new one, opens one that another process owns for reading. A disk that fails is no
+/// damage: what cannot be read or written just now stays where it is. Worker thread.
 OpenedStore openStore(const QString &folder, StoreError *error);
 
-/// Moves the store aside and returns a text that says so; for a store whose damage showed while it was open.
+/// Moves the store aside, unless it is the disk that fails, and returns a text that says what was done; for a store
+/// whose damage showed while it was open.
 QString discardStore(const QString &folder, const StoreError &why);

@@ -30,22 +30,37 @@ StoreSession::Entry StoreSession::enter(std::function<void()> interrupt, StoreEr
     return entry;
 }
 
-void StoreSession::report(const StoreError &error)
+StoreError StoreSession::judge(const StoreError &error) const
 {
+    QString folder;
+    {
+        const std::lock_guard lock(m_mutex);
+        folder = m_folder;
+    }
+    const StoreError disk
+        = error.kind == StoreError::Damaged && !folder.isEmpty() ? StoreFolder::probe(folder) : StoreError();
+    return disk ? disk : error;
+}
+
+StoreError StoreSession::report(const StoreError &error)
+{
+    StoreError found = judge(error);
     std::function<void(StoreError)> handler;
     {
         const std::lock_guard lock(m_mutex);
-        if (error.needsRebuilding())
+        if (found.needsRebuilding())
             handler = std::exchange(m_damageHandler, nullptr); // once is enough
     }
     if (handler)
-        handler(error);
+        handler(found);
+    return found;
 }
 
 StoreError StoreSession::checkFiles() const
 {
     const std::lock_guard lock(m_mutex);
-    if (m_state != Open || StoreFolder::identity(m_folder) == m_identity)
+    if (m_state != Open || !StoreFolder::canBeListed(m_folder)
+        || StoreFolder::identity(m_folder) == m_identity)
         return {};
     return {StoreError::Gone,
         QStringLiteral(

@@ -47,8 +47,12 @@ public:
     /// Whether the store's files are still those that were opened; Gone when they were deleted or replaced.
     StoreError checkFiles() const;
 
-    /// Reports what an operation failed with; damage found in passing leads to a new store.
-    void report(const StoreError &error);
+    /// What an error is found to be: what the library reads of a disk that fails looks like damage to it. Tries the
+    /// disk when damage is told, so not for the GUI thread.
+    StoreError judge(const StoreError &error) const;
+    /// Reports what an operation failed with, and returns what it is found to be; damage found in passing leads to a
+    /// new store.
+    StoreError report(const StoreError &error);
 
     // For the owner:
     /// The lock is null for a store that belongs to another process; it is given free after the connection.

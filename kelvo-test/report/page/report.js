@@ -48,7 +48,9 @@
         return Number(shape.getAttribute('x') ?? shape.getAttribute('d').slice(1).split(' ')[0]);
     };
 
-    const zoom = (factor, center = chosen ? timeOf(chosen) : (from + to) / 2) =>
+    const isInSight = mark => timeOf(mark) >= from && timeOf(mark) <= to;
+    // Around what is chosen, where that is in sight.
+    const zoom = (factor, center = chosen && isInSight(chosen) ? timeOf(chosen) : (from + to) / 2) =>
         show(center - (center - from) * factor, center + (to - center) * factor);
     const move = share => show(from + (to - from) * share, to + (to - from) * share);
 
@@ -60,15 +62,33 @@
         return [term, value];
     };
 
-    // Where it is JSON, in lines; as it stands where it is not. What cannot be seen stays written by its number.
-    const inLines = text => {
-        try {
-            return JSON.stringify(JSON.parse(text), null, 2).replace(
-                /[\u007f-\u009f\u00ad\u061c\u200b\u200e\u200f\u2028-\u202e\u2060-\u206f\ufeff]/g,
-                character => '\\u' + character.charCodeAt(0).toString(16).padStart(4, '0'));
-        } catch {
-            return text;
+    // JSON in lines, letter for letter: taken apart and put together again, large numbers would come out as others, and
+    // what is written by its number because it cannot be seen would not be seen again.
+    const inLines = json => {
+        let depth = 0;
+        let inText = false;
+        let lines = '';
+        const newLine = () => '\n' + '  '.repeat(Math.min(depth, 20));
+        for (let i = 0; i < json.length; ++i) {
+            const character = json[i];
+            if (inText || character === '"') {
+                inText = inText ? character !== '"' : true;
+                lines += character === '\\' ? character + json[++i] : character;
+            } else if (['[]', '{}'].includes(json.slice(i, i + 2))) {
+                lines += character + json[++i];
+            } else if ('[{'.includes(character)) {
+                ++depth;
+                lines += character + newLine();
+            } else if (']}'.includes(character)) {
+                --depth;
+                lines += newLine() + character;
+            } else if (character === ',') {
+                lines += character + newLine();
+            } else {
+                lines += character === ':' ? ': ' : character;
+            }
         }
+        return lines;
     };
 
     const open = (id, opener) => {
@@ -84,8 +104,11 @@
         detail.querySelector('a').href = '#' + id;
         detail.dataset.event = id.slice(1);
         openedFrom = opener ?? openedFrom;
+        // Who goes on from event to event stays at the button.
+        const isInUse = !detail.hidden && detail.contains(document.activeElement);
         detail.hidden = false;
-        detail.querySelector('h2').focus();
+        if (!isInUse)
+            detail.querySelector('h2').focus();
     };
 
     const close = () => {
@@ -97,16 +120,19 @@
         chosen?.classList.remove('chosen');
         chosen = mark;
         mark.classList.add('chosen');
+        mark.closest('.renderer').querySelector('output').textContent = mark.querySelector('title').textContent;
         const time = timeOf(mark);
-        if (time < from || time > to)
+        if (!isInSight(mark))
             show(time - (to - from) / 2, time + (to - from) / 2);
     };
 
-    // From mark to mark of one renderer, by time.
+    // From mark to mark of one renderer, by time; the first is one in sight.
     const step = (group, forward) => {
         group.marks ??= [...group.querySelectorAll('.lane a')].sort((a, b) => timeOf(a) - timeOf(b));
         const index = group.marks.indexOf(chosen);
-        const next = group.marks[index < 0 ? 0 : index + (forward ? 1 : -1)];
+        const first = forward ? group.marks.find(mark => timeOf(mark) >= from)
+            : group.marks.findLast(mark => timeOf(mark) <= to);
+        const next = index < 0 ? first : group.marks[index + (forward ? 1 : -1)];
         if (next)
             choose(next);
     };
@@ -130,8 +156,7 @@
             choose(mark);
             open(mark.getAttribute('href').slice(1), mark.closest('.renderer'));
         } else if (link) {
-            // Not every browser opens what a link leads into.
-            document.getElementById(link.getAttribute('href').slice(1))?.closest('details')?.setAttribute('open', '');
+            reveal(link.getAttribute('href').slice(1));
         } else if (row && getSelection().isCollapsed) {
             open(row.id, row.closest('.wide'));
         }
@@ -151,7 +176,7 @@
             '+': actions.in, '=': actions.in, '-': actions.out, '0': actions.all,
             ArrowLeft: () => event.shiftKey ? move(-0.25) : step(group, false),
             ArrowRight: () => event.shiftKey ? move(0.25) : step(group, true),
-            Enter: () => chosen && open(chosen.getAttribute('href').slice(1), group),
+            Enter: () => group.contains(chosen) && open(chosen.getAttribute('href').slice(1), group),
         };
         if (!keys[event.key])
             return;
@@ -161,14 +186,21 @@
 
     lanes.addEventListener('wheel', event => {
         const svg = event.target.closest('svg');
-        if (!svg || !event.ctrlKey)
+        if (!svg || !event.ctrlKey || event.deltaY === 0)
             return;
         event.preventDefault();
         const box = svg.getBoundingClientRect();
         zoom(event.deltaY < 0 ? 0.8 : 1.25, from + (event.clientX - box.left) / box.width * (to - from));
     }, { passive: false });
 
+    // Not every browser opens what a link leads into.
+    const reveal = id => document.getElementById(id)?.closest('details')?.setAttribute('open', '');
+
     document.documentElement.classList.add('has-script');
     addEventListener('resize', () => show(from, to));
     show(0, all);
+    if (location.hash) {
+        reveal(location.hash.slice(1));
+        document.getElementById(location.hash.slice(1))?.scrollIntoView();
+    }
 })();

@@ -20,6 +20,7 @@ _PROPERTIES = "org.freedesktop.DBus.Properties"
 _ROOT = "/org/a11y/atspi/accessible/root"
 _NAME = GLib.Variant("(ss)", (_ACCESSIBLE, "Name"))
 _ON_SCREEN = GLib.Variant("(u)", (0,))
+_LABELLED_BY = 2
 _STATES = {1: "active", 4: "checked", 7: "editable", 8: "enabled", 11: "focusable", 12: "focused", 17: "multi-line",
            20: "pressed", 23: "selected", 24: "sensitive", 25: "showing", 30: "visible", 39: "is-default",
            43: "read-only"}
@@ -60,6 +61,11 @@ class Node:
     def description(self):
         return self._property("Accessible", "Description")
 
+    def labels(self):
+        """Names of the labels that it is in a relation with."""
+        return [Node(self.tree, path).name() for kind, targets in self._call("Accessible", "GetRelationSet")[0]
+                if kind == _LABELLED_BY for _, path in targets]
+
     def states(self):
         return _states(self._call("Accessible", "GetState")[0])
 
@@ -79,11 +85,20 @@ class Node:
     def value(self):
         return self._property("Value", "CurrentValue")
 
+    def set_value(self, value):
+        """As assistive technology sets it: no press, no key."""
+        self.tree.call(self.path, _PROPERTIES, "Set",
+                       GLib.Variant("(ssv)", (f"{_A11Y}.Value", "CurrentValue", GLib.Variant("d", value))))
+
     def minimum(self):
         return self._property("Value", "MinimumValue")
 
     def maximum(self):
         return self._property("Value", "MaximumValue")
+
+    def press(self):
+        """Its first action, whether a user could reach it or not: for desktops without mouse and keyboard."""
+        self._call("Action", "DoAction", GLib.Variant("(i)", (0,)))
 
     def showing(self):
         """Visible with a real size. "showing" alone is also said of what has no size yet."""
@@ -111,22 +126,22 @@ class Node:
                 if seen.role != "menu bar" and (deep or seen.role not in _DEEP):
                     level.append(seen.node)
 
-    def find_all(self, role=None, name=None, showing=True, where=None, deep=False):
-        """Nodes below that match. `name`: the exact text, a compiled expression or a function."""
-        found = []
+    def find_each(self, role=None, name=None, showing=True, where=None, deep=False):
+        """Nodes below that match, one by one. `name`: the exact text, a compiled expression or a function."""
         for seen in self.walk(deep, showing):
             try:
                 if (role is None or seen.role == role) and matches(name, seen.name) \
                         and (where is None or where(seen.node)):
-                    found.append(seen.node)
+                    yield seen.node
             except Gone:
                 continue
-        return found
+
+    def find_all(self, *args, **options):
+        return list(self.find_each(*args, **options))
 
     def find(self, *args, **options):
-        """The first match or None."""
-        found = self.find_all(*args, **options)
-        return found[0] if found else None
+        """The first match, which is one of the highest level, or None. What is below it is not asked."""
+        return next(self.find_each(*args, **options), None)
 
     def wait_find(self, role=None, name=None, limit=10.0, **options):
         return until(lambda: _or_none(self.find, role, name, **options),
@@ -180,12 +195,7 @@ class Tree:
 
     def __init__(self, desktop, pid, limit=1.0):
         self._limit = limit * FACTOR
-        session = connect(desktop.env["DBUS_SESSION_BUS_ADDRESS"])
-        # Asking for the address starts the accessibility bus.
-        address = session.call_sync("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress", None, None,
-                                    Gio.DBusCallFlags.NONE, 10000, None).unpack()[0]
-        session.close_sync(None)
-        self._bus = connect(address)
+        self._bus = connect_accessibility(desktop)
         self.pid = pid
         self._owner = None
         self.root = None  # the program's own node
@@ -202,6 +212,14 @@ class Tree:
             if "NoReply" in remote or error.matches(Gio.io_error_quark(), Gio.IOErrorEnum.TIMED_OUT):
                 raise NoReply(f"{method} on {path}") from error
             raise Gone(f"{method} on {path}: {error.message}") from error
+
+    def registry_answers(self):
+        """Whether programs can register; asking starts it."""
+        try:
+            self.call(_ROOT, f"{_A11Y}.Accessible", "GetChildren", owner="org.a11y.atspi.Registry")
+        except (Gone, NoReply):
+            return False
+        return True
 
     def wait_root(self, limit=20.0):
         """The program's own node, once it is on the bus."""
@@ -257,6 +275,52 @@ class Tree:
     def round_trip(self):
         """One cheap question, answered when the GUI thread has worked off what came before it."""
         until(lambda: _or_none(lambda: Node(self, _ROOT).role()) is not None, "the program answers", 10)
+
+
+class Listener:
+    """Hears what programs tell assistive technology, as a screen reader does. To be made before the program is started:
+    that asks once, at its start, what somebody listens to, and later changes reach it when it has time."""
+
+    def __init__(self, desktop, *events):
+        """events: names as assistive technology has them, for instance "object:state-changed:showing"."""
+        self._bus = connect_accessibility(desktop)
+        self._heard = []
+        for event in events:
+            self._bus.call_sync("org.a11y.atspi.Registry", "/org/a11y/atspi/registry", "org.a11y.atspi.Registry",
+                                "RegisterEvent", GLib.Variant("(s)", (event,)), None, Gio.DBusCallFlags.NONE, 10000, None)
+        self._bus.signal_subscribe(None, f"{_A11Y}.Event.Object", None, None, None, Gio.DBusSignalFlags.NONE, self._hear)
+
+    def _hear(self, bus, sender, path, interface, member, arguments):
+        kind, first = arguments.unpack()[:2]
+        self._heard.append((member, kind, first, path))
+
+    def close(self):
+        self._bus.close_sync(None)
+
+    def events(self, member, kind):
+        """Objects of all events so far, in order, with the first number that came with each."""
+        while GLib.MainContext.default().iteration(False):
+            pass
+        return [(path, first) for heard, of_kind, first, path in self._heard if (heard, of_kind) == (member, kind)]
+
+    def announcements(self, tree):
+        """What a screen reader speaks by itself: the labels of notifications, when those begin to show."""
+        texts = []
+        for path, begins in self.events("StateChanged", "showing"):
+            node = Node(tree, path)
+            if begins and node.role() == "notification":
+                texts.append(" ".join(child.name() for child in node.children()
+                                      if child.role() == "label" and "showing" in child.states()))
+        return texts
+
+
+def connect_accessibility(desktop):
+    session = connect(desktop.env["DBUS_SESSION_BUS_ADDRESS"])
+    # Asking for the address starts the accessibility bus.
+    address = session.call_sync("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus", "GetAddress", None, None,
+                                Gio.DBusCallFlags.NONE, 10000, None).unpack()[0]
+    session.close_sync(None)
+    return connect(address)
 
 
 def connect(address):

@@ -121,7 +121,10 @@ class Console:
         return mark
 
     def dialog(self, role="dialog", name=None, limit=10.0):
-        return self.root().wait_find(role, name, limit=limit)
+        """In its place: what is clicked is there."""
+        dialog = self.root().wait_find(role, name, limit=limit)
+        self.user.wait_placed(lambda: dialog, limit)
+        return dialog
 
     def dialogs(self):
         return self.root().find_all("dialog") + self.root().find_all("alert message")

@@ -8,6 +8,8 @@ from pathlib import Path
 
 VERSION = "2"
 REGISTRY = "gst-registry.bin"
+# The store of a user without music, by scenarios/first_start.py.
+STORE = "store"
 
 
 def folder():

@@ -64,6 +64,11 @@ class Screen:
         raw = self._desktop.run_bytes(["import", "-silent", "-window", "root", "-depth", "8", "rgb:-"])
         return Picture(self._desktop.size[0], raw)
 
+    def share(self, window, matches):
+        """Which part of a window's pixels matches, 0..1, what lies inside it included: where no screen is to be seen."""
+        raw = self._desktop.run_bytes(["import", "-silent", "-window", str(window), "-depth", "8", "rgb:-"])
+        return sum(map(matches, raw[0::3], raw[1::3], raw[2::3])) / (len(raw) / 3)
+
     def difference(self, first, second):
         """Number of pixels in which two picture files differ."""
         done = subprocess.run(["compare", "-metric", "AE", "-fuzz", "5%", str(first), str(second), "null:"],

@@ -38,7 +38,8 @@ class Input:
 
     def click_at(self, x, y):
         self._part_from_last(x, y)
-        self._xdotool("mousemove", x, y, "click", 1)
+        # The delay would be one between clicks, also behind the last one.
+        self._xdotool("mousemove", x, y, "click", "--delay", 0, 1)
         self._last = (time.monotonic(), x, y)
         self._settle()
 
@@ -89,6 +90,26 @@ class Input:
         self._xdotool("type", "--delay", 5, "--", text)
         self._settle()
 
+    def tab_to(self, node, limit=40):
+        """Presses Tab until the widget has the focus."""
+        for _ in range(limit):
+            if "focused" in node.states():
+                return
+            self.key("Tab")
+            self._tree.round_trip()
+        raise AssertionError(f"Tab does not come to {node!r}")
+
+    def press_by_key(self, node):
+        """Goes to a button by Tab and presses it by the space bar."""
+        self.tab_to(node)
+        self.key("space")
+
+    def choose_by_keys(self, menu, entry):
+        """The entry of that number in the menu of that number, both counted from 0 without separators."""
+        self.key("F10", *["Right"] * menu, *["Down"] * entry)
+        time.sleep(_POPUP_PAUSE)
+        self.key("Return")
+
     def replace_text(self, node, text):
         self.click(node)
         self.key("ctrl+a", "Delete")
@@ -99,25 +120,31 @@ class Input:
 
     def window(self, title="^KELVO test-GUI$"):
         """Id of this program's visible window with that title; another program may have one of the same title."""
-        return until(lambda: self._search(title), f"a window titled {title}", 10)
+        return until(lambda: self._search(title), f"a window titled {title}", 10)[0]
 
     def _search(self, title):
         try:
-            return self._xdotool("search", "--all", "--onlyvisible", "--pid", self._tree.pid, "--name", title).split()[0]
-        except (RuntimeError, IndexError):
-            return None
+            return self._xdotool("search", "--all", "--onlyvisible", "--pid", self._tree.pid, "--name", title).split()
+        except RuntimeError:
+            return []
 
     def wait_placed(self, frame, limit=10.0):
-        """Until the window manager has put the main window in its place and the program knows that: what it tells of its
-        widgets' places before is not true, and a click there goes to whatever lies below."""
+        """Until the window manager has put the window of that node in its place and the program knows that: what it tells
+        of its widgets' places before is not true, and a click there goes to whatever lies below."""
         def placed():
-            window = self._search("^KELVO test-GUI$")
-            return window and self._is_managed(window) and _is_at(frame().extents(), self._geometry(window))
+            told = frame().extents()
+            try:
+                return any(_is_at(told, self._geometry(window)) for window in self._managed())
+            except RuntimeError:  # one of them has just closed
+                return False
         until(placed, lambda: f"{frame()!r} is where its window is", limit)
 
-    def _is_managed(self, window):
+    def _managed(self):
+        """This program's visible windows that the window manager has taken over, the latest first."""
         listed = self._desktop.run(["xprop", "-root", "_NET_CLIENT_LIST"])
-        return int(window) in (int(number, 16) for number in re.findall(r"0x[0-9a-f]+", listed))
+        own = self._search(".*")
+        return [number for number in map(lambda text: str(int(text, 16)), reversed(re.findall(r"0x[0-9a-f]+", listed)))
+                if number in own]
 
     def _geometry(self, window):
         """As the X server has it: x, y, width, height. xdotool counts the frame twice."""

@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 """The completion for bash and the man page know what the program knows.
 
-Environment besides: KELVO_TEST_DATA, the folder of both."""
+Environment besides: KELVO_TEST_DATA and KELVO_TEST_MAN, the folders of the two."""
 import os
 import re
 import subprocess
@@ -12,6 +12,7 @@ from pathlib import Path
 from program import PATIENCE, PROGRAM, ProgramCase
 
 DATA = Path(os.environ["KELVO_TEST_DATA"])
+PAGE = Path(os.environ["KELVO_TEST_MAN"]) / "kelvo-test.1"
 
 
 class Known(ProgramCase):
@@ -45,15 +46,18 @@ class Known(ProgramCase):
     def test_values_that_nobody_can_guess(self):
         self.assertEqual(self.complete("run", "--seed", ""), [])
 
+    def test_formats(self):
+        self.assertEqual(self.complete("media", "--format", "m"), ["mp3", "m4a", "mp4"])
+
     def test_the_man_page_names_all_verbs_and_options(self):
-        page = (DATA / "kelvo-test.1").read_text(encoding="utf-8").replace("\\-", "-")
+        page = PAGE.read_text(encoding="utf-8").replace("\\-", "-")
         for verb in self.verbs():
             self.assertIn(f".B {verb}\n", page)
             for option in self.options(verb):
                 self.assertIn(option, page)
 
     def test_the_man_page_is_one(self):
-        done = subprocess.run(["man", "--warnings", "-l", DATA / "kelvo-test.1"], capture_output=True, text=True,
+        done = subprocess.run(["man", "--warnings", "-l", PAGE], capture_output=True, text=True,
                               env={**os.environ, "MANWIDTH": "80"}, timeout=PATIENCE, check=False)
         self.assertEqual((done.returncode, done.stderr), (0, ""))
 

@@ -325,7 +325,7 @@ class Files(RunCase):
                  ':1:21: "nowhere" is no address such as http://host/song.mp3'),
                 ("steps:\n  - expect: {state: Playng}\n", ':2:21: state is not "Playng"; did you mean "Playing"?'),
                 ("steps:\n  - expect: {within: 3 s}\n", ":2:13: expect says nothing of: state, item, index, position, "
-                                                        "property, metadata, error, completed, there"),
+                                                        "property, metadata, error, completed, there, heard, silence, gap, level, speed, seen, sync"),
                 ("steps:\n  - never: {position: 3 s}\n", ":2:12: never takes one report: one of state, item, index, "
                  "position, property, metadata, error, completed, there (not the position, which is asked for)"),
                 ("steps:\n  - expect: {of: {error: any}}\n", ':2:13: how many? "of" needs times, at least or at most'),
@@ -334,7 +334,7 @@ class Files(RunCase):
                 ("steps:\n  - repeat: {times: 10000, steps: [play, stop]}\n", ":2:36: these are more than 10000 steps"),
                 ("a: &a [x]\nsteps: [*a]\n", ':2:9: references (*name) are not understood; write it out, or use '
                                              '"repeat" or "include"'),
-                ("---\nsteps: [play]\n---\nsteps: [play]\n", ": holds 2 documents, a scenario is one"),
+                ("---\nsteps: [play]\n---\nsteps: [play]\n", ": holds more than one document, a scenario is one"),
         ):
             with self.subTest(text=text):
                 self.assertEqual(self.fault(text), expected)

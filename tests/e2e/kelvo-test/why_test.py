@@ -26,6 +26,10 @@ class Why(RecordingCase):
         self.assertEqual((done.code, done.err), (0, ""))
         self.assertRegex(done.out, "^Nothing keeps Speaker silent")
 
+    def test_one_without_a_name_beside_it(self):
+        done = self.run_program("why", self.record([*PLAYED, (2, "q", "appears", "renderer", "")]))
+        self.assertRegex(done.out, "^Nothing keeps Speaker silent")
+
     def test_one_of_several(self):
         path = self.record([*PLAYED, (2, "q", "appears", "renderer", "Kitchen")])
         for name in ("q", "Kitchen", "kitchen"):

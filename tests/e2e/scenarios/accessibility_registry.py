@@ -75,6 +75,7 @@ class Registry(Scenario):
         os.kill(pid, signal.SIGSTOP)
         # The desktop's end waits for it to go with its bus.
         self.addCleanup(os.kill, pid, signal.SIGCONT)
+        return pid
 
     def start_console(self, **env):
         """Returns the console and its heart, which beats as soon as the event loop runs."""
@@ -134,6 +135,19 @@ class Registry(Scenario):
         console = self.start_console(QT_LINUX_ACCESSIBILITY_ALWAYS_ON=None)
         self.assertLess(self.constructed - before, 2 * ALLOWED * FACTOR, console.log.tail())
         self.assertLess(self.first_beat(), ALLOWED * FACTOR, console.log.tail())
+        self.assert_beats_on(console)
+
+    def test_its_launcher_may_answer_late(self):
+        """As on a machine that has much to do while its user logs in."""
+        launcher = self.freeze(self.session, LAUNCHER)
+        console = self.start_console()
+        self.assertLess(self.first_beat(), ALLOWED * FACTOR, console.log.tail())
+        before = self.heart.beats
+        until(lambda: self.heart.beats > before + 30, "the console goes on answering", 120)
+        os.kill(launcher, signal.SIGCONT)
+        tree = atspi.Tree(self.desktop, console.process.pid)
+        self.addCleanup(tree.close)
+        tree.wait_root(20)
         self.assert_beats_on(console)
 
     def test_frozen_where_a_screen_reader_was_started(self):

@@ -4,6 +4,7 @@
 import os
 import re
 import signal
+import time
 from pathlib import Path
 
 from bench import media
@@ -68,6 +69,13 @@ class BadUrls(Scenario):
         console = self.start("file:///" + 100_000 * "a")
         console.dialog("dialog", "Renderer error log", limit=20)
         self.assert_usable(console)
+
+    def test_the_store_waits_for_a_song_but_not_for_long(self):
+        begin = time.monotonic()
+        console = self.start(self.serve().url("silent", "first.mp3"))
+        console.log.wait_for("The tracker store is open", limit=20)
+        self.assertGreater(time.monotonic() - begin, 2)
+        self.assertEqual(console.log.count(r"^Playing\."), 0)
 
     def test_an_unknown_scheme_gives_an_error(self):
         console = self.start("nonsense://example/list")

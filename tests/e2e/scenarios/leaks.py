@@ -3,16 +3,21 @@
 
 import os
 
+from bench.process import threads
 from bench.scenario import Scenario
+from bench.waiting import until
 
 LOSING = {"KELVO_PLUGIN_PATH": os.environ["KELVO_E2E_TEST_PLUGINS"], "KELVO_PLUGINS": "leaking"}
 
 
 class Leaks(Scenario):
     leak_check = True
+    used_before = False  # the making of the store is looked at, too
 
     def test_a_leak_ends_the_program_with_a_report(self):
         console = self.start(env=LOSING)
+        # A program that cannot wait for the opening of the store to the end leaves without looking.
+        until(lambda: "kelvo-tracker" not in threads(console.process), "the store has been opened", 60)
         self.assertNotEqual(console.close(60), 0, console.log.tail())
         self.consoles.remove(console)  # what it reported is not for the general look at the log
         console.log.wait_for("LeakSanitizer: detected memory leaks")

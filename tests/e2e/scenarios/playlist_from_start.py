@@ -90,3 +90,11 @@ class PlaylistFromStart(Scenario):
         self.assertEqual(console.log.count(r"^Playing\."), 0)
         console.close_error_log()
         self.assertTrue(console.has_button("Play"))
+
+
+class FileFromStart(Scenario):
+    def test_the_name_of_a_file_is_as_good_as_its_url(self):
+        console = self.start("-style", "fusion", str(media.folder() / "list.pls"))
+        console.wait_button("Pause", 20)
+        self.assertEqual(console.log.count("Found URL: QUrl\\(\"" + media.url("list.pls")), 1)
+        console.wait_position(lambda at: at >= 1, "has begun to move")

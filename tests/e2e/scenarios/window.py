@@ -2,7 +2,9 @@
 """Every tab and every menu of the window: their texts, and that nothing is cut or covered at the sizes in use."""
 
 import itertools
+import re
 import unittest
+from pathlib import Path
 
 from bench import console as ui
 from bench.scenario import Scenario
@@ -10,6 +12,7 @@ from bench.screen import dark
 from bench.user import entries
 from bench.waiting import until
 
+ROOT = Path(__file__).resolve().parents[3]
 TAB_TEXTS = ["Play music" + 12 * " ", "Play video" + 12 * " ", "Show images", "Browse content" + 5 * " ",
              "Query" + 14 * " "]
 MENU_TEXTS = ["Main" + 14 * " ", "Renderers" + 11 * " ", "Playlists" + 15 * " ", "Query" + 15 * " "]
@@ -61,6 +64,16 @@ class Window(Scenario):
         texts = [label.name() for label in console.window().find_all("label")]
         self.assertIn("Browse:", texts)
         self.assertIn("%n results", texts)
+
+    def test_the_desktop_knows_whose_window_it_is(self):
+        console = self.start()
+        window = console.user.window()
+        entry = (ROOT / "data" / "org.kelvo.TestGui.desktop").read_text()
+        name = re.search(r"^StartupWMClass=(.+)$", entry, re.MULTILINE)[1]
+        self.assertIn(f'"{name}"', self.desktop.run(["xprop", "-id", window, "WM_CLASS"]))
+        icons = self.desktop.run(["xprop", "-id", window, "_NET_WM_ICON"])
+        for size in (16, 32, 48, 128):
+            self.assertIn(f"Icon ({size} x {size})", icons)
 
     def test_texts_of_menus(self):
         console = self.start()

@@ -6,6 +6,8 @@
 #include <QElapsedTimer>
 #include <QTimer>
 
+#include <algorithm>
+
 namespace {
 using States = QList<KelvoRenderer::State>;
 
@@ -35,11 +37,19 @@ private Q_SLOTS:
     void sameItemUnderAnotherAddress();
     void playIsRepeatedWhileItRestsPaused();
     void refusalToPlayIsOneError();
+    void oneThatBeginsByItselfIsNotToldTo();
+    void pauseThatNobodyMeantIsTakenBack_data();
+    void pauseThatNobodyMeantIsTakenBack();
+    void pauseThatSomebodyMeansIsShown_data();
+    void pauseThatSomebodyMeansIsShown();
+    void pausesWhereThePlayerIs();
     void pauseIsPossibleOnlyWhileItPlays_data();
     void pauseIsPossibleOnlyWhileItPlays();
 
 private:
     using Call = std::function<void()>;
+    /// It begins paused, is about to go on by itself when it is told to play, and takes that for so many times the other way.
+    void beginByItself(int mistakes);
     /// From now on, what follows when it is given an item.
     void whenOpened(const std::function<void(const QString &url)> &says);
     void later(int milliseconds, Call call)
@@ -283,6 +293,129 @@ void MprisBeginningsTest::refusalToPlayIsOneError()
     QTRY_COMPARE(m_heard->states, (States{Transitioning, Stopped}));
 }
 
+void MprisBeginningsTest::beginByItself(int mistakes)
+{
+    m_player->onCall = [this, mistakes](const QDBusMessage &call) {
+        if (call.member() != u"OpenUri" && call.member() != u"Play")
+            return false;
+        m_player->calls.append(call.member());
+        m_player->reply(call);
+        if (call.member() == u"OpenUri") {
+            show(call.arguments().constFirst().toString(), "Paused");
+        } else if (m_player->calls.count("Play") <= mistakes) {
+            later(20, [this] { m_player->player["PlaybackStatus"] = "Playing"; });
+            later(150, [this] { m_player->player["PlaybackStatus"] = "Paused"; });
+        } else {
+            m_player->player["PlaybackStatus"] = "Playing";
+        }
+        m_player->change();
+        return true;
+    };
+}
+
+void MprisBeginningsTest::oneThatBeginsByItselfIsNotToldTo()
+{
+    m_player->appear();
+    QVERIFY(listen());
+    whenOpened([this](const QString &url) {
+        show(url, "Paused");
+        m_player->change();
+        later(50, [this] { m_player->player["PlaybackStatus"] = "Playing"; });
+    });
+    m_renderer->playUri(QUrl("http://media/song"));
+    QTRY_COMPARE(m_heard->states, (States{Transitioning, Playing}));
+    QVERIFY(!m_player->hasCall("Play"));
+}
+
+void MprisBeginningsTest::pauseThatNobodyMeantIsTakenBack_data()
+{
+    QTest::addColumn<int>("mistakes");
+    QTest::addColumn<int>("sent");
+    QTest::addColumn<States>("states");
+    QTest::addColumn<int>("plays");
+    QTest::newRow("takes it right") << 0 << 0 << States{Transitioning, Playing} << 1;
+    QTest::newRow("takes one wrong") << 1 << 0 << States{Transitioning, Playing} << 2;
+    QTest::newRow("takes one wrong, and is sent elsewhere") << 1 << 7 << States{Transitioning, Playing} << 2;
+    // Then it is left alone.
+    QTest::newRow("takes all wrong") << 9 << 0 << States{Transitioning, Playing, Paused} << 2;
+}
+
+void MprisBeginningsTest::pauseThatNobodyMeantIsTakenBack()
+{
+    QFETCH(int, mistakes);
+    QFETCH(int, sent);
+    QFETCH(States, states);
+    QFETCH(int, plays);
+    m_player->appear();
+    QVERIFY(listen());
+    beginByItself(mistakes);
+    m_renderer->playUri(QUrl("http://media/song"));
+    if (sent > 0)
+        m_renderer->setPosition(sent, KelvoRenderer::SeekAbsolute);
+    QTRY_COMPARE(m_heard->states, states);
+    // And stays.
+    QVERIFY(isPastSecond(states.endsWith(Playing) ? uint(sent) + 1 : 0));
+    QCOMPARE(m_heard->states, states);
+    QCOMPARE(m_player->calls.count("Play"), plays);
+    QCOMPARE(m_heard->errors.size(), 0);
+}
+
+void MprisBeginningsTest::pauseThatSomebodyMeansIsShown_data()
+{
+    QTest::addColumn<bool>("isNudged");
+    QTest::addColumn<bool>("isOurs");
+    QTest::addColumn<qlonglong>("position");
+    QTest::newRow("ours") << true << true << qlonglong(20'000);
+    QTest::newRow("theirs in the midst") << true << false << qlonglong(700'000);
+    QTest::newRow("theirs where nobody told it to play") << false << false << qlonglong(20'000);
+}
+
+void MprisBeginningsTest::pauseThatSomebodyMeansIsShown()
+{
+    QFETCH(bool, isNudged);
+    QFETCH(bool, isOurs);
+    QFETCH(qlonglong, position);
+    m_player->appear();
+    QVERIFY(listen());
+    if (isNudged)
+        beginByItself(0);
+    QVERIFY(playing());
+    const auto plays = m_player->calls.count("Play");
+    QCOMPARE(plays, isNudged ? 1 : 0);
+    m_player->player["Position"] = position;
+    if (isOurs) {
+        m_renderer->pause();
+    } else {
+        m_player->player["PlaybackStatus"] = "Paused";
+        m_player->change();
+    }
+    QTRY_COMPARE(m_heard->state(), Paused);
+    QCOMPARE(m_player->calls.count("Play"), plays);
+}
+
+// It says that it plays while its sound device is still waiting.
+void MprisBeginningsTest::pausesWhereThePlayerIs()
+{
+    m_player->appear();
+    QVERIFY(listen());
+    QElapsedTimer sinceOpened;
+    m_player->onCall = [&](const QDBusMessage &call) {
+        if (call.member() == u"OpenUri")
+            sinceOpened.start();
+        if (call.member() == u"GetAll" && sinceOpened.isValid()
+            && m_player->player["PlaybackStatus"] == QStringLiteral("Playing"))
+            m_player->player["Position"] = 1000 * std::max<qlonglong>(100, sinceOpened.elapsed() - 900);
+        return false;
+    };
+    m_renderer->pauseAt(1);
+    m_renderer->playUri(QUrl("http://media/song"));
+    QTRY_COMPARE(m_heard->state(), Paused);
+    QVERIFY(m_player->player["Position"].toLongLong() >= 1'000'000);
+    m_renderer->getPosition(m_heard.get(), "positionAnswer(uint)");
+    QTRY_COMPARE(m_heard->positionAnswers, QList<uint>{1});
+    QCOMPARE(m_heard->states, (States{Transitioning, Playing, Paused}));
+}
+
 void MprisBeginningsTest::pauseIsPossibleOnlyWhileItPlays_data()
 {
     QTest::addColumn<bool>("atSecond");
@@ -293,9 +426,15 @@ void MprisBeginningsTest::pauseIsPossibleOnlyWhileItPlays_data()
 void MprisBeginningsTest::pauseIsPossibleOnlyWhileItPlays()
 {
     QFETCH(bool, atSecond);
-    m_player->onCall = [this](const QDBusMessage &call) {
-        if (call.member() == u"GetAll")
+    QElapsedTimer sinceOpened;
+    m_player->onCall = [&](const QDBusMessage &call) {
+        if (call.member() == u"OpenUri")
+            sinceOpened.start();
+        if (call.member() == u"GetAll") {
             m_player->player["CanPause"] = m_player->player["PlaybackStatus"] != QStringLiteral("Stopped");
+            m_player->player["Position"]
+                = sinceOpened.isValid() ? 1000 * qlonglong(sinceOpened.elapsed()) : 0;
+        }
         return false;
     };
     m_player->appear();

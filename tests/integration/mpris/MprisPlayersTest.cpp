@@ -24,6 +24,7 @@ private Q_SLOTS:
     void volumeDoesNotDrift();
     void lastOfManyVolumesCounts();
     void followsVolumeAndSpeed();
+    void whatAPlayerSaysAgainIsToldOnce();
     void followsSeeks();
     void endIsAnEnd();
     void stopElsewhereIsNone();
@@ -161,7 +162,7 @@ void MprisPlayersTest::setsTheVolume()
     QVERIFY(listen());
     m_renderer->setKelvoProperty("volume", 50);
     QTRY_COMPARE(m_heard->property("volume"), QVariant(50U));
-    QVERIFY(qAbs(player.player.value("Volume").toDouble() - 0.1288) < 0.0001);
+    QVERIFY(qAbs(player.player.value("Volume").toDouble() - 0.5051) < 0.0001);
 }
 
 // At rest, when nothing else is asked, by a player that does not tell of what it was told.
@@ -178,15 +179,15 @@ void MprisPlayersTest::volumeThatThePlayerLimitsIsAskedFor()
         return true;
     };
     m_renderer->setKelvoProperty("volume", 95);
-    QTRY_COMPARE(m_heard->property("volume"), QVariant(79U));
+    QTRY_COMPARE(m_heard->property("volume"), QVariant(50U));
 }
 
 void MprisPlayersTest::volumeDoesNotDrift()
 {
     for (int volume = 0; volume <= 99; ++volume)
-        QCOMPARE(MprisValues::cubicVolume(MprisValues::linearVolume(volume)), volume);
-    QCOMPARE(MprisValues::cubicVolume(1.7), 99);
-    QCOMPARE(MprisValues::cubicVolume(-1), 0);
+        QCOMPARE(MprisValues::volumeOfShare(MprisValues::shareOfVolume(volume)), volume);
+    QCOMPARE(MprisValues::volumeOfShare(1.7), 99);
+    QCOMPARE(MprisValues::volumeOfShare(-1), 0);
 }
 
 void MprisPlayersTest::lastOfManyVolumesCounts()
@@ -208,8 +209,42 @@ void MprisPlayersTest::followsVolumeAndSpeed()
     player.player["Volume"] = 0.5;
     player.player["Rate"] = 1.5;
     player.change();
-    QTRY_COMPARE(m_heard->property("volume"), QVariant(79U));
+    QTRY_COMPARE(m_heard->property("volume"), QVariant(50U));
     QTRY_COMPARE(m_heard->property("playback-speed"), QVariant(1.5));
+}
+
+void MprisPlayersTest::whatAPlayerSaysAgainIsToldOnce()
+{
+    FakeMprisPlayer player;
+    player.player["Volume"] = 0.5;
+    player.player["Rate"] = 1.5;
+    player.appear();
+    QVERIFY(listen());
+    int questions = 0;
+    player.onCall = [&questions](const QDBusMessage &call) {
+        questions += call.member() == u"GetAll" ? 1 : 0;
+        return false;
+    };
+    m_renderer->playUri(QUrl("http://media/song"));
+    QTRY_COMPARE(m_heard->metadataCount("title"), 1);
+    const QStringList told = m_heard->events;
+    for (int i = 0; i < 3; ++i) {
+        const int before = questions;
+        player.change();
+        player.rename(QStringLiteral("Fake"));
+        QTRY_VERIFY(questions > before + 1);
+        QCOMPARE(m_heard->events, told);
+    }
+    m_heard->clear();
+    m_renderer->pause();
+    QTRY_COMPARE(m_heard->state(), Paused);
+    for (int i = 0; i < 3; ++i) {
+        const int before = questions;
+        player.change();
+        QTRY_VERIFY(questions > before);
+    }
+    QCOMPARE(m_heard->states, States{Paused});
+    QCOMPARE(m_heard->properties.size(), 0);
 }
 
 void MprisPlayersTest::followsSeeks()

@@ -57,6 +57,30 @@ Card hostileCard()
     untried.reason = hostile;
     return Card(head, {failed, refused, held, overclaimed, untried});
 }
+
+SoundRow soundRow(const QString &id, std::optional<double> said, std::optional<double> cameOut)
+{
+    SoundRow row;
+    row.id = id;
+    row.what = id + QStringLiteral(" in words");
+    row.unit = QStringLiteral("s");
+    row.said = said;
+    row.cameOut = cameOut;
+    row.error = 0.0105;
+    row.limit = 0.2;
+    row.doubt = cameOut ? QString() : hostile;
+    return row;
+}
+
+/// Nothing but what was heard: one that agrees, one that is off, and two that are not known.
+Card soundCard()
+{
+    Card card({}, {});
+    card.setSounds({soundRow(QStringLiteral("start"), 0.1, 0.3),
+        soundRow(QStringLiteral("pause"), 0.001, 0.3), soundRow(QStringLiteral("seek"), 20.0, std::nullopt),
+        soundRow(QStringLiteral("stop"), std::nullopt, 0.02)});
+    return card;
+}
 } // namespace
 
 class CardTextsTest : public KelvoTestCase
@@ -69,6 +93,7 @@ private Q_SLOTS:
     void htmlKeepsTextsAsTexts();
     void markdownKeepsTextsAsTexts();
     void emptyCards();
+    void whatCameOut();
 };
 
 void CardTextsTest::plainTextShowsWhatWouldCommand_data()
@@ -174,6 +199,31 @@ void CardTextsTest::emptyCards()
     QVERIFY(!toHtml(card).isEmpty());
     QVERIFY(!toMarkdown(card).isEmpty());
     QVERIFY(!QJsonDocument::fromJson(toJson(card)).isNull());
+}
+
+void CardTextsTest::whatCameOut()
+{
+    QVERIFY(!soundCard().isClean());
+    const QString markdown = QString::fromUtf8(toMarkdown(soundCard()));
+    QVERIFY2(markdown.contains(
+                 QStringLiteral("| start in words | 0.100 s | 0.300 s ± 10.5 ms | \\+200.0 ms | agrees |\n")),
+        qPrintable(markdown));
+    QVERIFY(markdown.contains(
+        QStringLiteral("| pause in words | 0.001 s | 0.300 s ± 10.5 ms | \\+299.0 ms | is off |\n")));
+    QVERIFY(markdown.contains(QStringLiteral("| seek in words | 20.000 s | not measured\\: &lt;script")));
+    QVERIFY(markdown.contains(QStringLiteral("| stop in words |  | 0.020 s ± 10.5 ms |  | not known |\n")));
+    const QString html = QString::fromUtf8(toHtml(soundCard()));
+    QVERIFY(html.contains(QLatin1String("<td class=\"does-not-hold\">is off</td>")));
+    QVERIFY(!html.contains(QLatin1String("<script")));
+    const QJsonArray rows
+        = QJsonDocument::fromJson(toJson(soundCard())).object()[QLatin1String("sounds")].toArray();
+    QCOMPARE(rows.size(), 4);
+    QCOMPARE(rows.at(1)[QLatin1String("off")].toBool(), true);
+    QCOMPARE(rows.at(1)[QLatin1String("came-out")].toDouble(), 0.3);
+    QVERIFY(rows.at(2)[QLatin1String("came-out")].isNull() && !rows.at(2)[QLatin1String("off")].toBool());
+    // Where nobody listened.
+    QVERIFY(!toMarkdown(hostileCard()).contains("came out"));
+    QVERIFY(!QJsonDocument::fromJson(toJson(hostileCard())).object().contains(QLatin1String("sounds")));
 }
 
 KELVO_TEST(CardTextsTest)

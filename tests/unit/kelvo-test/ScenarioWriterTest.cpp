@@ -70,6 +70,32 @@ steps:
 )"));
     }
 
+    // A scenario with such a medium would be refused as a whole.
+    void whatIsNoAddressIsNoMedium()
+    {
+        const QByteArray yaml = scenarioOf(R"(
+            0 r command playUri [""]
+            0.1 r command playUri ["song.mp3"]
+            0.2 r command playUriWithType ["a b","audio/mpeg"]
+            0.3 r report mediaChanged [-1,{"url":"song.mp3"}]
+            0.4 r command assignPlaylist ["p"]
+            0.5 r report mediaChanged [0,{"url":"song.mp3"}]
+            0.6 r command playUri ["u:a"]
+            )");
+        QCOMPARE(yaml, QByteArray(R"(title: "a title"
+media:
+  medium1: {url: "u:a"}
+playlists:
+  # What is in it was not recorded.
+  list1: []
+steps:
+  - assignPlaylist: $list1
+  - expect: {index: 0, within: 3 s}
+  - playUri: $medium1
+  - never: {error: any}
+)"));
+    }
+
     void whatSourcesAndPlaylistsAreToldIsNoStep()
     {
         QCOMPARE(stepsOf(R"(
@@ -81,6 +107,22 @@ steps:
             0.2 r command play []
             )"),
             QList<QByteArray>({R"(setKelvoProperty: {"volume": 40})", "play:", "never: {error: any}"}));
+    }
+
+    // A console tells whom it has chosen where the picture is to go. What that one then does, nobody told it to do.
+    void whoWasToldOfTheScreenAloneHasNoPart()
+    {
+        const QString told = R"(
+            0 r command setKelvoProperty ["xid",7]
+            0.1 r command playUri [""]
+            0.2 r report stateChanged ["Playing"]
+            0.3 r report error [{"code":404,"message":"gone"}]
+            )";
+        ScenarioWriter writer;
+        HandWritten::give(HandWritten::events(told), &writer);
+        QVERIFY(writer.isEmpty());
+        const QByteArray yaml = scenarioOf(told + "1 other command play []\n");
+        QCOMPARE(yaml, QByteArray("title: \"a title\"\nsteps:\n  - play:\n  - never: {error: any}\n"));
     }
 
     void everyCommandIsAStep_data()

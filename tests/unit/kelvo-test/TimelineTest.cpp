@@ -70,6 +70,54 @@ private Q_SLOTS:
         QCOMPARE(timeline.notes().at(0).name, "ended");
     }
 
+    void whatIsHeardStandsUnderWhatIsSaid()
+    {
+        const Timeline timeline = timelineOf(R"(
+            0 r appears renderer ["Speaker"]
+            2 r heard begins [0.5,3,0.25,1,-18,""]
+            2.5 r heard goes [0,3,1.25,1,-18,""]
+            3 r answer getPosition [1.5]
+            3.1 r heard goes [0,3,1.8,1,-18,""]
+            4 r answer getPosition [2]
+            4.5 r heard goes [0,3,3.2,1,-18,""]
+            5 r heard jumps [0.25,4,0,1,null,"it clips"]
+            6 r heard ends [0.5,4,0.75,1,null,""]
+            8 r heard begins [0,0,null,1,null,"no code"]
+            9 r heard begins ["x"]
+            9.5 r heard
+            )");
+        const Timeline::Renderer &renderer = timeline.renderers().at(0);
+        QCOMPARE(texts(renderer.heard),
+            QStringList({"1.5-3.1 item 3 at 0.250 s", "3.1-4.75 item 3 at 1.800 s, 200 ms from what it says",
+                "4.75-5.5 item 4 at 0.000 s (it clips)", "8-9 a sound (no code)", "9-9 a sound"}));
+        QCOMPARE(renderer.heard.marks().at(0).high, 1);
+        QVERIFY(renderer.heard.marks().at(2).high < 1);
+        QVERIFY(renderer.others.isEmpty());
+    }
+
+    void whatIsSeenHasALaneOfItsOwn()
+    {
+        const Timeline timeline = timelineOf(R"(
+            0 r appears renderer ["Screen"]
+            2 r seen begins [0.5,3,0.24,1,0,""]
+            2.5 r seen goes [0,3,1.24,1,0,""]
+            3 r seen goes [0,3,1.76,1,2,""]
+            4 r heard begins [0.5,3,2.25,1,-18,""]
+            4 r seen rests [0.5,3,2.24,1,0,""]
+            5 r answer getPosition [2]
+            5.1 r seen jumps [0,4,2.5,1,0,""]
+            6 r seen ends [0,0,null,1,0,"the window is covered"]
+            7 r seen begins [0,4,0,1,0,""]
+            )");
+        const Timeline::Renderer &renderer = timeline.renderers().at(0);
+        QCOMPARE(texts(renderer.seen),
+            QStringList({"1.5-3 item 3 at 0.240 s", "3-3.5 item 3 at 1.760 s, 2 pictures left out",
+                "3.5-5.1 item 3 at 2.240 s, which rests", "5.1-6 item 4 at 2.500 s, 400 ms from what it says",
+                "7-7 item 4 at 0.000 s"}));
+        QCOMPARE(renderer.heard.marks().size(), 1);
+        QVERIFY(renderer.others.isEmpty());
+    }
+
     void whatSourcesAndPlaylistsAreToldHasNoLane()
     {
         const Timeline timeline = timelineOf(R"(
@@ -105,9 +153,9 @@ private Q_SLOTS:
     {
         const Timeline timeline = timelineOf(R"(
             0 r report stateChanged ["Playing"]
-            1 r heard level [-3]
+            1 r felt level [-3]
             )");
-        QCOMPARE(texts(timeline.renderers().at(0).others), QStringList("1-1 heard level(-3)"));
+        QCOMPARE(texts(timeline.renderers().at(0).others), QStringList("1-1 felt level(-3)"));
     }
 
     void valuesOfAnyTypeAreTaken()

@@ -28,6 +28,7 @@ private Q_SLOTS:
     void announcedListIsReadFirst();
     void whatIsNoListPlaysAsAMedium();
     void listThatCannotBeReadFails();
+    void filesOfOtherMachinesAreToldAsSuch();
     void mediumThatFailsIsLookedInto();
     void mediumThatIsNoListKeepsItsFailure();
     void readingIsCancelled();
@@ -159,6 +160,22 @@ void PlaybackTest::listThatCannotBeReadFails()
     QCOMPARE(m_heard->errors.constFirst().message(), QStringLiteral("too large"));
     QCOMPARE(m_heard->states, (States{Transitioning, Stopped}));
     QCOMPARE(m_engine->items.size(), 0);
+}
+
+void PlaybackTest::filesOfOtherMachinesAreToldAsSuch()
+{
+    m_renderer->playUri(QUrl("file://cellar/music/song"));
+    QTRY_COMPARE(m_heard->errors.size(), 1); // told from the event loop, twice over
+    QCOMPARE(m_heard->errors.constFirst().code(), KelvoError::OnAnotherMachine);
+    QCOMPARE(m_heard->errors.constFirst().message(), QStringLiteral("file://cellar/music/song"));
+    QCOMPARE(m_heard->states, (States{Transitioning, Stopped}));
+    QCOMPARE(m_engine->items.size(), 0);
+    for (const char *own : {"file:///music/song", "file://localhost/music/song"}) {
+        m_renderer->playUri(QUrl(QString::fromLatin1(own)));
+        QCOMPARE(m_engine->calls.constLast(), QStringLiteral("load ") + QLatin1String(own));
+    }
+    flush();
+    QCOMPARE(m_heard->errors.size(), 1);
 }
 
 void PlaybackTest::mediumThatFailsIsLookedInto()

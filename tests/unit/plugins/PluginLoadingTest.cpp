@@ -159,6 +159,14 @@ void PluginLoadingTest::failsWithTheReason_data()
                                                      << "not a plug-in";
     QTest::newRow("another interface version") << "old-interface.so"
                                                << "org.kelvo.Plugin/0.9";
+    QTest::newRow("older version of the API")
+        << "old-interface.so"
+        << "made for version 0.9 of the plug-in API (org.kelvo.Plugin/0.9), this program has 1.0: it has to "
+           "be built anew";
+    QTest::newRow("newer version of the API") << "newer-interface.so"
+                                              << "this program has 1.0: it needs a newer program";
+    QTest::newRow("somebody else's plug-in") << "foreign-interface.so"
+                                             << "org.example.Codec/1.0";
     QTest::newRow("another root object") << "other-root.so"
                                          << "KelvoPlugin";
     QTest::newRow("missing library") << "missing-library.so"
@@ -190,8 +198,8 @@ void PluginLoadingTest::failsWithTheReason()
     QVERIFY(m_folder->write("machine.so", otherMachine));
     QVERIFY(QDir(m_folder->path()).mkdir("folder.so"));
     QVERIFY(QFile::link(m_folder->filePath("gone"), m_folder->filePath("dangling.so")));
-    for (const char *made :
-        {"no-interface.so", "old-interface.so", "other-root.so", "missing-library.so", "missing-function.so"})
+    for (const char *made : {"no-interface.so", "old-interface.so", "newer-interface.so",
+             "foreign-interface.so", "other-root.so", "missing-library.so", "missing-function.so"})
         QVERIFY(m_folder->add(made));
     QVERIFY(fails(file));
     QVERIFY2(status(file).error.contains(reason), qPrintable(status(file).error));

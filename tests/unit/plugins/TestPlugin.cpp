@@ -40,6 +40,14 @@ const bool hangs = [] {
 #endif
 } // namespace
 
+#ifdef TEST_PLUGIN_PREPARES
+extern "C" Q_DECL_EXPORT void kelvoPrepareAhead()
+{
+    // The test reads whether it was called by it, and whether that was on the GUI thread.
+    qputenv("KELVO_TEST_PREPARED", ::gettid() == ::getpid() ? "on the GUI thread" : "on another thread");
+}
+#endif
+
 class TestPlugin : public QObject, public KelvoPlugin
 {
     Q_OBJECT

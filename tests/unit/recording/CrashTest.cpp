@@ -46,6 +46,8 @@ void crash(const QByteArray &how)
         std::abort();
     else if (how == "asserts")
         qFatal("the last words");
+    else if (how == "traps")
+        ::raise(SIGTRAP);
     else if (how == "recurses")
         recurse(&depth);
     else if (how == "is sent it")
@@ -149,6 +151,7 @@ void CrashTest::leavesEverything_data()
     QTest::newRow("reads nothing") << "SIGSEGV";
     QTest::newRow("aborts") << "SIGABRT";
     QTest::newRow("asserts") << "SIGABRT";
+    QTest::newRow("traps") << "SIGTRAP";
     QTest::newRow("recurses") << "SIGSEGV";
     QTest::newRow("is sent it") << "SIGSEGV";
     QTest::newRow("another thread") << "SIGSEGV";

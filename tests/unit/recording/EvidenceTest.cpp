@@ -33,6 +33,7 @@ private Q_SLOTS:
     void cleanup();
     void bySignal();
     void byBus();
+    void fewAtATime();
     void eachTimeAnew();
     void whereItCannotBeSaved();
     void insideOfBackEnds();
@@ -128,10 +129,31 @@ void EvidenceTest::byBus()
     QDBusConnection::disconnectFromBus("test");
 }
 
+void EvidenceTest::fewAtATime()
+{
+    auto bus = QDBusConnection::connectToBus(QDBusConnection::SessionBus, "many");
+    const auto name = QStringLiteral("org.kelvo.Evidence.pid%1").arg(QCoreApplication::applicationPid());
+    QTRY_VERIFY(bus.interface()->isServiceRegistered(name));
+    QList<QDBusPendingCall> answers;
+    for (int i = 0; i < 200; ++i)
+        answers.append(bus.asyncCall(QDBusMessage::createMethodCall(
+            name, "/org/kelvo/Evidence", "org.kelvo.Evidence1", "SaveEvidence")));
+    int saved = 0;
+    int refused = 0;
+    for (const QDBusPendingCall &answer : answers) {
+        QTRY_VERIFY(answer.isFinished());
+        saved += !answer.isError();
+        refused += answer.error().type() == QDBusError::LimitsExceeded;
+    }
+    QCOMPARE(saved + refused, 200);
+    QVERIFY2(saved > 0 && refused > 0, qPrintable(QString::number(saved)));
+    QCOMPARE(bundles().size(), saved);
+    QDBusConnection::disconnectFromBus("many");
+}
+
 void EvidenceTest::eachTimeAnew()
 {
     askBySignal();
-    QTest::qWait(2);
     ::raise(SIGUSR1);
     QTRY_COMPARE(m_log->lines().filter("Evidence is saved in ").size(), 2);
     QCOMPARE(bundles().size(), 2);

@@ -49,6 +49,7 @@ private Q_SLOTS:
     void isWrittenWhileItRuns();
     void everyEventOfAFlood();
     void goesOnBehindWhatIsThere();
+    void isForItsOwnerAlone();
     void cutLineIsEnded();
     void cannotBeOpened_data();
     void cannotBeOpened();
@@ -103,6 +104,22 @@ void RecordingFileTest::cleanup()
     m_recorder.reset();
     m_registry.removeRenderer(&m_renderer);
     qunsetenv("KELVO_RECORD");
+}
+
+void RecordingFileTest::isForItsOwnerAlone()
+{
+    const mode_t usual = ::umask(0);
+    start();
+    m_recorder.reset();
+    ::umask(usual);
+    constexpr auto owner = QFile::ReadOwner | QFile::WriteOwner | QFile::ReadUser | QFile::WriteUser;
+    QCOMPARE(QFile::permissions(m_path), QFile::Permissions(owner));
+    // Whoever opened it to others wants that.
+    constexpr auto shared = owner | QFile::ReadGroup;
+    QVERIFY(QFile::setPermissions(m_path, shared));
+    start();
+    m_recorder.reset();
+    QCOMPARE(QFile::permissions(m_path), QFile::Permissions(shared));
 }
 
 void RecordingFileTest::wholeRecording()

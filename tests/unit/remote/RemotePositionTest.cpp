@@ -4,6 +4,9 @@
 #include "RemoteCase.h"
 #include "TestGroup.h"
 
+#include <algorithm>
+#include <cmath>
+
 namespace {
 class RemotePositionTest : public RemoteCase
 {
@@ -18,7 +21,15 @@ private Q_SLOTS:
     void lateSeekIsWaitedForWhilePaused();
     void aimIsKeptWhileThePlayerSettles();
     void takenSeekIsHeldWhileThePlayerSettles();
+    void earlySeekThatIsLostIsSoughtAgain();
+    void earlySeekOfSomebodyElseIsNotFought();
     void pausesBetweenPolls();
+    void pausesWhereThePlayerIs_data();
+    void pausesWhereThePlayerIs();
+    void pausesWherePlayerThatStumbledIs();
+    void pausesWherePlayerOfWholeSecondsIs();
+    void placeOfThePauseIsItsSecond();
+    void placeOfASeekPastThePauseIsItsTarget();
     void doesNotAskWhilePaused();
     void refinedLengthIsToldWhenItsSecondsChange();
     void timeBeforeTheFirstStateCountsForTheTransport();
@@ -134,6 +145,7 @@ void RemotePositionTest::aimIsKeptWhileThePlayerSettles()
 void RemotePositionTest::takenSeekIsHeldWhileThePlayerSettles()
 {
     playing();
+    QVERIFY(waitMs(1050)); // What is lost earlier is sought again.
     m_renderer->setPosition(50, KelvoRenderer::SeekAbsolute);
     flush();
     QVERIFY(waitMs(600)); // The player takes its time.
@@ -151,6 +163,34 @@ void RemotePositionTest::takenSeekIsHeldWhileThePlayerSettles()
     QVERIFY(position() < 25);
 }
 
+// Some accept what comes while they begin, and forget it.
+void RemotePositionTest::earlySeekThatIsLostIsSoughtAgain()
+{
+    playing();
+    m_renderer->setPosition(50, KelvoRenderer::SeekAbsolute);
+    QCOMPARE(m_transport->calls, QStringList{"seek 50"});
+    QTRY_VERIFY(m_transport->polls > 0); // Also when nobody wants to know.
+    QVERIFY(waitMs(750));
+    Q_EMIT m_transport->positionReported(m_transport->epoch(), 0.8);
+    QCOMPARE(m_transport->calls, (QStringList{"seek 50", "seek 50"}));
+    QVERIFY(position() >= 50);
+    // Once.
+    QVERIFY(waitMs(750));
+    Q_EMIT m_transport->positionReported(m_transport->epoch(), 1.6);
+    QCOMPARE(m_transport->calls.size(), 2);
+    QVERIFY(position() < 5);
+}
+
+void RemotePositionTest::earlySeekOfSomebodyElseIsNotFought()
+{
+    playing();
+    m_renderer->setPosition(50, KelvoRenderer::SeekAbsolute);
+    QVERIFY(waitMs(750));
+    Q_EMIT m_transport->positionReported(m_transport->epoch(), 20);
+    QCOMPARE(m_transport->calls, QStringList{"seek 50"});
+    QVERIFY(position() < 25);
+}
+
 void RemotePositionTest::pausesBetweenPolls()
 {
     playing();
@@ -164,6 +204,87 @@ void RemotePositionTest::pausesBetweenPolls()
     say(Paused);
     Q_EMIT m_transport->positionReported(m_transport->epoch(), 10.03);
     QCOMPARE(int(position()), 10);
+}
+
+void RemotePositionTest::pausesWhereThePlayerIs_data()
+{
+    QTest::addColumn<double>("delay");
+    QTest::newRow("at once") << 0.0;
+    QTest::newRow("a little later") << 0.3;
+    QTest::newRow("much later") << 1.2; // Until its sound device plays.
+}
+
+void RemotePositionTest::pausesWhereThePlayerIs()
+{
+    QFETCH(double, delay);
+    QElapsedTimer timer;
+    timer.start();
+    const auto heard = [&] {
+        return std::max(0.0, double(timer.elapsed()) / 1000 - delay);
+    };
+    m_transport->position = heard;
+    playing();
+    m_renderer->pauseAt(1);
+    QTRY_COMPARE(m_transport->calls, QStringList{"pause"});
+    QVERIFY2(heard() >= 1 && heard() < 1.5, qPrintable(QString::number(heard())));
+}
+
+// After it was asked last.
+void RemotePositionTest::pausesWherePlayerThatStumbledIs()
+{
+    QElapsedTimer timer;
+    timer.start();
+    const auto heard = [&] {
+        const double passed = double(timer.elapsed()) / 1000;
+        return passed < 0.7 ? passed : std::max(0.7, passed - 0.4);
+    };
+    m_transport->position = heard;
+    playing();
+    QVERIFY(waitMs(500));
+    m_renderer->pauseAt(1);
+    QTRY_COMPARE(m_transport->calls, QStringList{"pause"});
+    QVERIFY2(heard() >= 1 && heard() < 1.5, qPrintable(QString::number(heard())));
+}
+
+void RemotePositionTest::pausesWherePlayerOfWholeSecondsIs()
+{
+    QElapsedTimer timer;
+    timer.start();
+    const auto heard = [&] {
+        return double(timer.elapsed()) / 1000 - 0.1;
+    };
+    m_transport->position = [&] {
+        return std::max(0.0, std::floor(heard()));
+    };
+    playing();
+    m_renderer->pauseAt(1);
+    QTRY_COMPARE(m_transport->calls, QStringList{"pause"});
+    QVERIFY2(heard() >= 1 && heard() < 1.8, qPrintable(QString::number(heard())));
+}
+
+// Where it has paused it may tell a little less than while it played.
+void RemotePositionTest::placeOfThePauseIsItsSecond()
+{
+    playing();
+    m_renderer->pauseAt(3);
+    Q_EMIT m_transport->positionReported(m_transport->epoch(), 3.01);
+    QCOMPARE(m_transport->calls, QStringList{"pause"});
+    say(Paused);
+    Q_EMIT m_transport->positionReported(m_transport->epoch(), 2.94);
+    QCOMPARE(position(), 3.0);
+    Q_EMIT m_transport->positionReported(m_transport->epoch(), 2.3);
+    QCOMPARE(position(), 2.3);
+}
+
+void RemotePositionTest::placeOfASeekPastThePauseIsItsTarget()
+{
+    playing();
+    m_renderer->pauseAt(6);
+    m_renderer->setPosition(8, KelvoRenderer::SeekAbsolute);
+    QCOMPARE(m_transport->calls, (QStringList{"seek 8", "pause"}));
+    say(Paused);
+    Q_EMIT m_transport->positionReported(m_transport->epoch(), 7.9);
+    QCOMPARE(position(), 8.0);
 }
 
 void RemotePositionTest::doesNotAskWhilePaused()

@@ -5,6 +5,8 @@
 
 #include <QStringList>
 
+#include <functional>
+
 /// A transport that notes what it is told and says what a test lets it say.
 class ScriptedTransport : public RemoteTransport
 {
@@ -24,7 +26,14 @@ public:
     void seek(double seconds) override { calls.append(QStringLiteral("seek %1").arg(seconds)); }
     void setVolume(int volume) override { calls.append(QStringLiteral("volume %1").arg(volume)); }
     void setRate(double rate) override { calls.append(QStringLiteral("rate %1").arg(rate)); }
-    void askPosition() override { ++polls; }
+    void askPosition() override
+    {
+        ++polls;
+        if (position) {
+            QMetaObject::invokeMethod(
+                this, [this] { Q_EMIT positionReported(epoch(), position()); }, Qt::QueuedConnection);
+        }
+    }
 
     quint64 epoch() const { return items.isEmpty() ? 0 : items.constLast().epoch; }
 
@@ -32,4 +41,5 @@ public:
     QStringList calls; ///< all but the questions for the position
     QList<Item> items;
     int polls = 0;
+    std::function<double()> position; ///< answers the questions, if there is one
 };

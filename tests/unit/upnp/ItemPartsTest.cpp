@@ -35,7 +35,6 @@ void ItemPartsTest::durationIsTakenBackAtTheStartOnly()
     ItemDuration duration;
     QVERIFY(!duration.take(0, atStart, !stale)); // there is nothing to be taken back
     QVERIFY(duration.take(10, atStart, !stale));
-    QVERIFY(!duration.take(10, atStart, !stale));
     QVERIFY(!duration.take(0, !atStart, !stale));
     QVERIFY(duration.isKnown());
     QVERIFY(duration.take(0, atStart, !stale));
@@ -50,6 +49,8 @@ void ItemPartsTest::durationOfTheItemBeforeWaits()
     QVERIFY(!duration.take(10, atStart, stale));
     QVERIFY(duration.isUntold());
     QVERIFY(duration.take(10, atStart, !stale));
+    QVERIFY(!duration.isUntold());
+    QVERIFY(duration.take(10, atStart, stale)); // what was told is not doubted any more
     QVERIFY(!duration.isUntold());
     duration.reset();
     QVERIFY(duration.take(11, atStart, stale)); // another one is not of the item before

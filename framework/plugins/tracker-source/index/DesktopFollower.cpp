@@ -56,8 +56,8 @@ void DesktopFollower::pass(StoreWriter &writer, const DesktopIndex &desktop)
     report.files = int(items.size());
     if (!apply(writer, std::move(items), &report))
         return;
-    const bool changes = report.added + report.changed + report.removed > 0;
-    if (changes && !writer.tidyUp(&error))
+    const bool changes = writer.isUntidy(&error);
+    if (error || (changes && !writer.tidyUp(&error)))
         m_run.fail(error);
     report.milliseconds = int(timer.elapsed());
     m_run.report(report);

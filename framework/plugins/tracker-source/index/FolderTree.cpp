@@ -38,6 +38,28 @@ const KnownFile *find(const std::vector<KnownFile> &files, const QByteArray &nam
     return found != files.end() && found->name == name ? &*found : nullptr;
 }
 
+/// Whether there is nothing; other errors leave open what there is.
+bool saysGone(int error)
+{
+    return error == ENOENT || error == ENOTDIR || error == ELOOP;
+}
+
+/// Lasts until somebody changes it, which is noticed.
+bool isForbidden(int error)
+{
+    return error == EACCES || error == EPERM;
+}
+
+/// Null at the end, or with the error.
+const dirent *nextEntry(DIR *folder, int *error)
+{
+    errno = 0;
+    const dirent *entry = ::readdir(folder);
+    if (!entry)
+        *error = errno;
+    return entry;
+}
+
 void sortByName(std::vector<KnownFile> &files)
 {
     const auto byName = [](const KnownFile &a, const KnownFile &b) {
@@ -96,18 +118,19 @@ FolderTree::Listing FolderTree::list(const QByteArray &path) const
         listing.error = errno;
         return listing;
     }
-    while (const dirent *entry = ::readdir(folder.get())) {
+    while (const dirent *entry = nextEntry(folder.get(), &listing.error)) {
         struct stat file = {};
-        // Names that begin with a dot are hidden. A link whose target is missing is nothing.
-        if (entry->d_name[0] == '.' || ::fstatat(::dirfd(folder.get()), entry->d_name, &file, 0) != 0)
+        if (entry->d_name[0] == '.') // hidden
             continue;
-        if (S_ISDIR(file.st_mode))
+        if (::fstatat(::dirfd(folder.get()), entry->d_name, &file, 0) != 0) {
+            // A link whose target is missing is nothing.
+            if (!saysGone(errno))
+                listing.unknown.emplace_back(entry->d_name);
+        } else if (S_ISDIR(file.st_mode))
             listing.subfolders.emplace_back(entry->d_name);
         else if (S_ISREG(file.st_mode) && file.st_size > 0)
             listing.files.push_back({entry->d_name, stampOf(file), 0, MediaKind::Ignored});
     }
-    sortByName(listing.files);
-    std::sort(listing.subfolders.begin(), listing.subfolders.end());
     return listing;
 }
 
@@ -115,6 +138,7 @@ void FolderTree::compareAll(const QList<QByteArray> &roots, Difference *differen
 {
     m_compared.clear();
     m_paths.clear();
+    m_hasGaps = false;
     for (Folder &folder : m_folders)
         folder.seen = false;
     for (const QByteArray &root : roots)
@@ -136,7 +160,12 @@ void FolderTree::compareFolder(const QByteArray &path, bool deep, Difference *di
     if (m_stop() || m_compared.contains(path))
         return;
     m_compared.insert(path);
-    if (::stat(path.constData(), &self) != 0 || !S_ISDIR(self.st_mode)) {
+    const int problem = ::stat(path.constData(), &self) == 0 ? 0 : errno;
+    if (problem != 0 && !saysGone(problem)) {
+        keep(path, problem);
+        return;
+    }
+    if (problem != 0 || !S_ISDIR(self.st_mode)) {
         forget(path, difference);
         return;
     }
@@ -147,13 +176,11 @@ void FolderTree::compareFolder(const QByteArray &path, bool deep, Difference *di
     const auto known = m_folders.constFind(path);
     const Folder before = known != m_folders.constEnd() ? *known : Folder();
     if (listing.error != 0) {
-        if (!m_unreadable.contains(path))
-            qCWarning(lcKelvo).noquote() << "Cannot look into the folder" << TextRepair::decode(path) << ':'
-                                         << std::strerror(listing.error);
-        m_unreadable.insert(path);
-        m_folders[path].seen = true;
+        keep(path, listing.error);
         return;
     }
+    m_unreadable.remove(path);
+    takeOverUnknown(path, before, &listing);
     compareFiles(path, &before, listing.files, difference);
     m_folders[path] = {std::move(listing.files), listing.subfolders, true};
     for (const QByteArray &name : before.subfolders) {
@@ -165,6 +192,33 @@ void FolderTree::compareFolder(const QByteArray &path, bool deep, Difference *di
         if (deep || !m_folders.value(subfolder).seen)
             compareFolder(subfolder, true, difference);
     }
+}
+
+// Cannot be looked into: all that is known of it, and of what lies below, stays as it is.
+void FolderTree::keep(const QByteArray &path, int error)
+{
+    if (!m_unreadable.contains(path))
+        qCWarning(lcKelvo).noquote() << "Cannot look into the folder" << TextRepair::decode(path) << ':'
+                                     << std::strerror(error);
+    m_unreadable.insert(path);
+    m_hasGaps = m_hasGaps || !isForbidden(error);
+    m_folders[path].seen = true;
+    const QByteArray below = joined(path, {});
+    for (auto folder = m_folders.begin(); folder != m_folders.end(); ++folder)
+        folder->seen = folder->seen || folder.key().startsWith(below);
+}
+
+// What is there but cannot be looked at stays what it was.
+void FolderTree::takeOverUnknown(const QByteArray &path, const Folder &before, Listing *listing)
+{
+    for (const QByteArray &name : listing->unknown) {
+        if (const KnownFile *file = find(before.files, name))
+            listing->files.push_back(*file);
+        else if (m_folders.contains(joined(path, name)))
+            listing->subfolders.push_back(name);
+    }
+    sortByName(listing->files);
+    std::sort(listing->subfolders.begin(), listing->subfolders.end());
 }
 
 // Whether the folder is looked into on another way already.
@@ -187,7 +241,7 @@ void FolderTree::compareFiles(
 {
     for (KnownFile &file : listed) {
         const KnownFile *before = find(known->files, file.name);
-        if (before && before->stamp.sameContent(file.stamp)) {
+        if (before && before->isCurrent && before->stamp.sameContent(file.stamp)) {
             file.number = before->number;
             file.kind = before->kind;
             continue;
@@ -201,8 +255,8 @@ void FolderTree::compareFiles(
             difference->missing.push_back({joined(path, file.name), file});
     }
     // What is to be read gets its place when it has been written into the store.
-    std::erase_if(listed,
-        [this](const KnownFile &file) { return file.kind != MediaKind::Ignored && file.number == 0; });
+    std::erase_if(
+        listed, [](const KnownFile &file) { return file.kind != MediaKind::Ignored && file.number == 0; });
 }
 
 KnownFile FolderTree::classify(const QByteArray &path, KnownFile file, const Folder *known) const
@@ -221,11 +275,9 @@ KnownFile FolderTree::classify(const QByteArray &path, KnownFile file, const Fol
 
 void FolderTree::forget(const QByteArray &path, Difference *difference)
 {
-    const auto known = m_folders.constFind(path);
-    if (known == m_folders.constEnd())
+    if (!m_folders.contains(path))
         return;
-    const Folder folder = *known;
-    m_folders.remove(path);
+    const Folder folder = m_folders.take(path);
     for (const KnownFile &file : folder.files) {
         if (file.kind != MediaKind::Ignored)
             difference->missing.push_back({joined(path, file.name), file});

@@ -40,6 +40,8 @@ public:
     void load(const std::vector<std::pair<QByteArray, KnownFile>> &files);
     void insert(const QByteArray &path, const KnownFile &file);
     int fileCount() const;
+    /// Whether the last comparison of everything, or one since, met what could not be read but may be before long.
+    bool hasGaps() const { return m_hasGaps; }
 
     /// Compares everything below the given folders.
     void compareAll(const QList<QByteArray> &roots, Difference *difference);
@@ -57,6 +59,7 @@ private:
     {
         std::vector<KnownFile> files;
         std::vector<QByteArray> subfolders;
+        std::vector<QByteArray> unknown; ///< names of what cannot be looked at
         int error = 0;
     };
 
@@ -64,6 +67,8 @@ private:
     void compareFolder(const QByteArray &path, bool deep, Difference *difference);
     void compareFiles(
         const QByteArray &path, const Folder *known, std::vector<KnownFile> &listed, Difference *difference);
+    void keep(const QByteArray &path, int error);
+    void takeOverUnknown(const QByteArray &path, const Folder &before, Listing *listing);
     void forget(const QByteArray &path, Difference *difference);
     void forgetUnseen(Difference *difference);
     bool isAlias(const QByteArray &path);
@@ -76,4 +81,5 @@ private:
     std::map<std::pair<quint64, quint64>, QByteArray> m_paths;
     QSet<QByteArray> m_compared; // in this pass
     QSet<QByteArray> m_unreadable; // already said
+    bool m_hasGaps = false;
 };

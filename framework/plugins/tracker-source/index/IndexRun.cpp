@@ -20,8 +20,8 @@ void IndexRun::stop()
 
 bool IndexRun::fail(const StoreError &error) const
 {
-    qCWarning(lcKelvo).noquote() << "The index of media files is not up to date:" << error.message;
-    m_session->report(error);
+    qCWarning(lcKelvo).noquote() << "The index of media files is not up to date:"
+                                 << m_session->report(error).message;
     return false;
 }
 

@@ -38,6 +38,7 @@ IndexSettings IndexSettings::fromEnvironment()
         settings.folders.removeAll(QByteArray());
     }
     settings.downloadFolder = userFolder(QStandardPaths::DownloadLocation);
-    settings.useDesktopIndex = qgetenv("KELVO_TRACKER") == "bus";
+    // The other words there are libraries on other machines.
+    settings.useDesktopIndex = qgetenv("KELVO_TRACKER").simplified().split(' ').contains("bus");
     return settings;
 }

@@ -39,6 +39,11 @@ bool liesIn(const QByteArray &path, const QByteArray &folder)
     return !folder.isEmpty() && path.startsWith(folder) && path.mid(folder.size()).startsWith('/');
 }
 
+QByteArray pathOf(const FolderTree::Found &found)
+{
+    return (found.folder == "/" ? found.folder : found.folder + '/') + found.file.name;
+}
+
 // The same file before and after a move.
 using Identity = std::tuple<quint64, qint64, qint64>;
 Identity identityOf(const KnownFile &file)
@@ -89,7 +94,7 @@ void Indexer::run()
 {
     StoreError error;
     if (StoreSession::Entry entry = m_run.session().enter([this] { stop(); }, &error)) {
-        StoreWriter writer(entry.connection());
+        StoreWriter writer(entry.connection(), [this] { return m_run.isStopped(); });
         if (!m_settings.useDesktopIndex || !DesktopFollower(m_run, m_watch).follow(writer)) {
             fullPass(writer);
             follow(writer);
@@ -114,7 +119,8 @@ void Indexer::follow(StoreWriter &writer)
             return;
         if (!m_run.hasItsStore())
             return;
-        const bool again = (!m_watch.isComplete() || m_reload) && sinceFull.hasExpired(repeatMilliseconds);
+        const bool again = (!m_watch.isComplete() || m_reload || m_tree.hasGaps())
+            && sinceFull.hasExpired(repeatMilliseconds);
         if (wantsFullPass(changes) || again) {
             folders.clear();
             fullPass(writer);
@@ -200,8 +206,7 @@ void Indexer::apply(StoreWriter &writer, FolderTree::Difference &difference, Kel
     const auto order = [](const FolderTree::Found &found) {
         return found.file.kind == MediaKind::Playlist ? 2 : found.file.kind == MediaKind::Video ? 1 : 0;
     };
-    const bool changes
-        = !difference.added.empty() || !difference.changed.empty() || !difference.missing.empty();
+    bool changes = !difference.added.empty() || !difference.changed.empty() || !difference.missing.empty();
     if (!applyMissing(writer, difference, report))
         return;
     std::vector<FolderTree::Found> files = std::move(difference.changed);
@@ -211,7 +216,8 @@ void Indexer::apply(StoreWriter &writer, FolderTree::Difference &difference, Kel
         files.begin(), files.end(), [&order](const auto &a, const auto &b) { return order(a) < order(b); });
     if (!applyFound(writer, files, report))
         return;
-    if (changes && !m_run.isStopped() && !writer.tidyUp(&error))
+    changes = changes || writer.isUntidy(&error);
+    if (error || (changes && !m_run.isStopped() && !writer.tidyUp(&error)))
         fail(error);
     report->changed -= report->moved; // these were written like changed ones
     report->files = m_tree.fileCount();
@@ -224,7 +230,7 @@ bool Indexer::applyMissing(StoreWriter &writer, FolderTree::Difference &differen
     std::multimap<Identity, FolderTree::Found *> arrivals;
     for (FolderTree::Found &found : difference.added)
         arrivals.emplace(identityOf(found.file), &found);
-    std::vector<KnownFile> moved;
+    std::vector<StoreWriter::Move> moved;
     std::vector<KnownFile> gone;
     for (const FolderTree::Missing &missing : difference.missing) {
         const auto arrival = arrivals.find(identityOf(missing.file));
@@ -234,10 +240,10 @@ bool Indexer::applyMissing(StoreWriter &writer, FolderTree::Difference &differen
         }
         arrival->second->file.number = missing.file.number;
         arrival->second->file.kind = missing.file.kind;
+        moved.push_back({missing.file, pathOf(*arrival->second)});
         arrivals.erase(arrival);
-        moved.push_back(missing.file);
     }
-    if (!writer.remove(gone, &error) || !writer.releaseUris(moved, &error))
+    if (!writer.remove(gone, &error) || !writer.move(moved, &error))
         return fail(error);
     report->removed = int(gone.size());
     report->moved = int(moved.size());
@@ -286,7 +292,7 @@ MediaItem Indexer::read(const FolderTree::Found &found)
     item.isNew = found.file.number == 0;
     item.number = item.isNew ? QRandomGenerator::global()->generate64() : found.file.number;
     item.stamp = found.file.stamp;
-    item.path = (found.folder == "/" ? found.folder : found.folder + '/') + found.file.name;
+    item.path = pathOf(found);
     item.uri = FileUri::fromPath(item.path);
     item.title = TextRepair::fileName(item.uri);
     item.mimeType = MediaTypes::mimeType(found.file.name);

@@ -39,6 +39,7 @@ struct KnownFile
     FileStamp stamp;
     quint64 number = 0; ///< its resource, see resourceIri()
     MediaKind kind = MediaKind::Ignored;
+    bool isCurrent = true; ///< what the store says of it was read at this place
 };
 
 /// What a song says of itself besides its title; empty or 0 where it says nothing.

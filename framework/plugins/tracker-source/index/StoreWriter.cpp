@@ -5,6 +5,7 @@
 #include "PlayMemory.h"
 #include "TextRepair.h"
 #include "store/FileUri.h"
+#include "store/KeptRows.h"
 #include "store/Sparql.h"
 
 #include <QCryptographicHash>
@@ -16,6 +17,9 @@ namespace {
 const QByteArray graph = QByteArray("GRAPH <") + Sparql::musicGraph + '>';
 const QByteArray with = QByteArray("WITH <") + Sparql::musicGraph + "> ";
 constexpr size_t entriesPerStatement = 500;
+// Songs are renewed in so many steps that a program which ends need not wait.
+constexpr qint64 idsPerStep = 20'000;
+constexpr size_t idsPerQuery = 100;
 
 QByteArray hashed(const char *kind, const QString &first, const QString &second = {})
 {
@@ -37,6 +41,9 @@ QByteArray clear(const QByteArray &subject, const char *property)
     return with + "DELETE { " + pattern + " } WHERE { " + pattern + " }";
 }
 
+// Ends the version of a file that was moved and has not been read at its new place.
+const QByteArray moved(":moved");
+
 // What a file has whatever it holds.
 QByteArray commonProperties(const MediaItem &item)
 {
@@ -45,6 +52,13 @@ QByteArray commonProperties(const MediaItem &item)
     if (!item.mimeType.isEmpty())
         text += " ; nie:mimeType " + literal(item.mimeType);
     return text;
+}
+
+// Four digits; empty when it is not known.
+QByteArray yearOf(const MediaItem &item)
+{
+    const int year = item.tags.year;
+    return year >= 1 && year <= 9999 ? QByteArray::number(year).rightJustified(4, '0') : QByteArray();
 }
 
 QByteArray videoStatement(const MediaItem &item)
@@ -106,8 +120,9 @@ std::vector<QByteArray> playlistStatements(const MediaItem &item)
 }
 } // namespace
 
-StoreWriter::StoreWriter(StoreConnection &connection)
+StoreWriter::StoreWriter(StoreConnection &connection, std::function<bool()> isStopped)
     : m_connection(connection)
+    , m_isStopped(std::move(isStopped))
 {
 }
 
@@ -135,7 +150,8 @@ std::vector<std::pair<QByteArray, KnownFile>> StoreWriter::readKnown(StoreError 
             }
             const QByteArray path = FileUri::toPath(cursor.text(1));
             files.emplace_back(path.isEmpty() ? QByteArray(cursor.text(1)) : path,
-                KnownFile{{}, FileStamp::fromText(cursor.text(2)), resourceNumber(cursor.text(0)), kind});
+                KnownFile{{}, FileStamp::fromText(cursor.text(2)), resourceNumber(cursor.text(0)), kind,
+                    !QByteArray(cursor.text(2)).endsWith(moved)});
         }
         if (*error)
             return {};
@@ -143,34 +159,70 @@ std::vector<std::pair<QByteArray, KnownFile>> StoreWriter::readKnown(StoreError 
     return files;
 }
 
-bool StoreWriter::releaseUris(const std::vector<KnownFile> &files, StoreError *error)
+// Together with the note that they are to be tidied up after.
+bool StoreWriter::change(Statements statements, StoreError *error)
 {
-    std::vector<QByteArray> statements;
-    for (const KnownFile &file : files) {
-        const QByteArray pattern = iri(resourceIri(file.kind, file.number)) + " nie:url ?url";
-        statements.push_back((file.kind == MediaKind::Video ? QByteArray() : with) + "DELETE { " + pattern
-            + " } WHERE { " + pattern + " }");
+    if (!isUntidy(error))
+        statements.push_back(KeptRows::noteUntidy());
+    if (*error || !m_connection.update(statements, error))
+        return false;
+    m_untidy = true;
+    return true;
+}
+
+bool StoreWriter::isUntidy(StoreError *error)
+{
+    if (!m_untidy) {
+        const bool found = m_connection.selectOne(KeptRows::tidyState(), error).isEmpty();
+        if (found && !*error)
+            m_lastDoubtful = m_connection.selectOne(KeptRows::lastSong(), error).toLongLong();
+        if (*error)
+            return false;
+        m_untidy = found;
     }
-    return statements.empty() || m_connection.update(statements, error);
+    return *m_untidy;
+}
+
+bool StoreWriter::move(const std::vector<Move> &moves, StoreError *error)
+{
+    Statements statements;
+    // All old ones go first: one file's new place may have been another one's.
+    for (const Move &move : moves) {
+        const QByteArray pattern = iri(resourceIri(move.file.kind, move.file.number)) + " nie:url ?url";
+        statements.push_back((move.file.kind == MediaKind::Video ? QByteArray() : with) + "DELETE { "
+            + pattern + " } WHERE { " + pattern + " }");
+    }
+    for (const Move &move : moves) {
+        const QByteArray triples = "{ " + iri(resourceIri(move.file.kind, move.file.number)) + " nie:url "
+            + literal(FileUri::fromPath(move.path)) + " ; nie:version "
+            + literal(move.file.stamp.toText() + moved) + " }";
+        statements.push_back("INSERT OR REPLACE "
+            + (move.file.kind == MediaKind::Video ? triples : "{ " + graph + ' ' + triples + " }"));
+        if (move.file.kind == MediaKind::Song)
+            statements.push_back(KeptRows::renewSong(iri(resourceIri(move.file.kind, move.file.number))));
+    }
+    return statements.empty() || change(std::move(statements), error);
 }
 
 bool StoreWriter::write(const std::vector<MediaItem> &items, std::vector<bool> *written, StoreError *error)
 {
     written->assign(items.size(), true);
-    std::vector<std::vector<QByteArray>> each;
+    if (!writeNamed(items, error))
+        return false;
     std::vector<QByteArray> all;
     for (const MediaItem &item : items) {
-        each.push_back(statementsFor(item));
-        all.insert(all.end(), each.back().begin(), each.back().end());
+        for (QByteArray &statement : statementsFor(item))
+            all.push_back(std::move(statement));
     }
-    if (m_connection.update(all, error))
+    if (change(std::move(all), error))
         return true;
     // One bad statement refuses all: then each item by itself.
     m_present.clear();
+    m_ids.clear();
     for (size_t i = 0; i < items.size() && !error->needsRebuilding() && error->kind != StoreError::NoSpace;
          ++i) {
         *error = {};
-        (*written)[i] = m_connection.update(statementsFor(items[i]), error);
+        (*written)[i] = change(statementsFor(items[i]), error);
         if (!(*written)[i])
             qCWarning(lcKelvo).noquote()
                 << "The tracker store refuses" << items[i].uri << ':' << error->message;
@@ -181,20 +233,67 @@ bool StoreWriter::write(const std::vector<MediaItem> &items, std::vector<bool> *
     return goesOn;
 }
 
+bool StoreWriter::writeNamed(const std::vector<MediaItem> &items, StoreError *error)
+{
+    Statements statements;
+    std::vector<QByteArray> unknown;
+    for (const MediaItem &item : items) {
+        if (item.kind != MediaKind::Song || !item.isNew)
+            continue;
+        for (const QByteArray &resource :
+            {artist(item.tags.artists.value(0), &statements), album(item, &statements)}) {
+            if (!m_ids.contains(resource)) {
+                m_ids.insert(resource, {});
+                unknown.push_back(resource);
+            }
+        }
+    }
+    if ((statements.empty() || change(std::move(statements), error)) && readIds(unknown, error))
+        return true;
+    // Then they come with the songs.
+    qCWarning(lcKelvo).noquote() << "The tracker store refuses artists or albums:" << error->message;
+    m_present.clear();
+    m_ids.clear();
+    const bool goesOn = !error->needsRebuilding() && error->kind != StoreError::NoSpace;
+    if (goesOn)
+        *error = {};
+    return goesOn;
+}
+
+bool StoreWriter::readIds(const std::vector<QByteArray> &resources, StoreError *error)
+{
+    for (size_t first = 0; first < resources.size() && !*error; first += idsPerQuery) {
+        const auto begin = resources.begin() + qsizetype(first);
+        const std::vector<QByteArray> some(
+            begin, begin + qsizetype(std::min(idsPerQuery, resources.size() - first)));
+        StoreCursor cursor = m_connection.select(KeptRows::idsOf(some), {}, nullptr, error);
+        if (!cursor || !cursor.next(error))
+            continue;
+        for (int column = 0; column < cursor.columnCount(); ++column) {
+            if (cursor.integer(column) > 0)
+                m_ids.insert(some[size_t(column)], QByteArray::number(cursor.integer(column)));
+        }
+    }
+    return !*error;
+}
+
 bool StoreWriter::remove(const std::vector<KnownFile> &files, StoreError *error)
 {
     constexpr size_t perBatch = 500;
-    std::vector<QByteArray> statements;
-    if (!PlayMemory::keep(m_connection, files, error))
+    Statements statements;
+    QHash<quint64, QByteArray> memories = PlayMemory::of(m_connection, files, error);
+    if (*error)
         return false;
     for (size_t i = 0; i < files.size(); ++i) {
+        // A song goes together with what is kept of it: counts are in one place at any moment.
+        if (const QByteArray memory = memories.take(files[i].number); !memory.isEmpty())
+            statements.push_back(memory);
         for (QByteArray &statement : removal(files[i].kind, files[i].number))
             statements.push_back(std::move(statement));
         if (statements.size() < perBatch && i + 1 < files.size())
             continue;
-        if (!m_connection.update(statements, error))
+        if (!change(std::exchange(statements, {}), error))
             return false;
-        statements.clear();
     }
     return true;
 }
@@ -218,7 +317,7 @@ QByteArray StoreWriter::artist(const QString &name, std::vector<QByteArray> *sta
 {
     if (name.isEmpty())
         return Sparql::unknownArtist;
-    const QByteArray resource = hashed("artist", name);
+    QByteArray resource = hashed("artist", name);
     if (!m_present.contains(resource)) {
         m_present.insert(resource);
         statements->push_back(insert('<' + resource + "> a nmm:Artist ; nmm:artistName " + literal(name)));
@@ -234,7 +333,7 @@ QByteArray StoreWriter::album(const MediaItem &item, std::vector<QByteArray> *st
     QString owner = item.tags.albumArtist;
     if (owner.isEmpty() && !item.tags.isCompilation)
         owner = item.tags.artists.value(0);
-    const QByteArray resource = hashed("album", item.tags.album, owner);
+    QByteArray resource = hashed("album", item.tags.album, owner);
     if (!m_present.contains(resource)) {
         m_present.insert(resource);
         const QByteArray by = artist(owner, statements);
@@ -246,13 +345,26 @@ QByteArray StoreWriter::album(const MediaItem &item, std::vector<QByteArray> *st
 
 QByteArray StoreWriter::disc(const QByteArray &album, int number, std::vector<QByteArray> *statements)
 {
-    const QByteArray resource = album + ":disc" + QByteArray::number(number);
+    QByteArray resource = album + ":disc" + QByteArray::number(number);
     if (!m_present.contains(resource)) {
         m_present.insert(resource);
         statements->push_back(
             insert('<' + resource + "> a nmm:MusicAlbumDisc ; nmm:setNumber " + QByteArray::number(number)));
     }
     return resource;
+}
+
+QByteArray StoreWriter::keptProperty(
+    const MediaItem &item, const QByteArray &artist, const QByteArray &album, const QByteArray &added) const
+{
+    const QByteArray artistId = m_ids.value(artist);
+    const QByteArray albumId = m_ids.value(album);
+    if (artistId.isEmpty() || albumId.isEmpty())
+        return {};
+    return KeptRows::propertyOf(
+        {item.uri, item.seconds, item.tags.track, artistId, item.tags.artists.value(0).toUtf8(), albumId,
+            item.tags.album.toUtf8(), item.tags.genre.toUtf8(), yearOf(item)},
+        added);
 }
 
 std::vector<QByteArray> StoreWriter::songStatements(const MediaItem &item)
@@ -268,21 +380,26 @@ std::vector<QByteArray> StoreWriter::songStatements(const MediaItem &item)
         + onAlbum + "> ; nmm:performer <" + mainArtist + '>';
     for (const QString &name : item.tags.artists.mid(1))
         text += " , <" + artist(name, &statements) + '>';
-    if (item.tags.year >= 1 && item.tags.year <= 9999)
-        text += " ; nie:contentCreated \"" + QByteArray::number(item.tags.year).rightJustified(4, '0')
-            + "-01-01T00:00:00Z\"";
+    if (const QByteArray year = yearOf(item); !year.isEmpty())
+        text += " ; nie:contentCreated \"" + year + "-01-01T00:00:00Z\"";
     if (item.tags.disc > 0)
         text += " ; nmm:musicAlbumDisc <" + disc(onAlbum, item.tags.disc, &statements) + '>';
     if (item.isDownloaded)
         text += QByteArray(" ; nao:hasTag <") + Sparql::downloadedTag + '>';
     if (item.isNew) {
         // One statement for each song: the library loses properties of some songs in larger ones.
-        statements.push_back(insert(text + " ; nie:usageCounter 0 ; nie:created " + Sparql::now()));
+        const QByteArray added = Sparql::now();
+        text += " ; nie:usageCounter 0 ; nie:created " + added;
+        const QByteArray kept = keptProperty(item, mainArtist, onAlbum, added);
+        statements.push_back(insert(kept.isEmpty() ? text : text + " ; " + kept));
+        if (kept.isEmpty())
+            statements.push_back(KeptRows::renewSong(subject));
         return statements;
     }
     for (const char *property : {"nmm:performer", "nie:contentCreated", "nmm:musicAlbumDisc"})
         statements.push_back(clear(subject, property));
     statements.push_back("INSERT OR REPLACE { " + graph + " { " + text + " } }");
+    statements.push_back(KeptRows::renewSong(subject));
     return statements;
 }
 
@@ -293,14 +410,14 @@ bool StoreWriter::tidyUp(StoreError *error)
             + " } }";
     };
     const std::vector<QByteArray> statements{
-        // A song loses its URI when it moves; one that did not get it back belongs to a run that was ended.
         withoutUse("nmm:MusicPiece", "?x nie:url ?url"),
         withoutUse("nmm:MusicAlbum", "?song nmm:musicAlbum ?x"),
         withoutUse("nmm:MusicAlbumDisc", "?song nmm:musicAlbumDisc ?x"),
+        // As one condition: of two the library tries the second one first, which goes through all albums for each artist.
         with
-            + "DELETE { ?x a rdfs:Resource } WHERE { ?x a nmm:Artist . FILTER NOT EXISTS { ?song "
-              "nmm:performer ?x } "
-              "FILTER NOT EXISTS { ?album nmm:albumArtist ?x } }",
+            + "DELETE { ?x a rdfs:Resource } WHERE { ?x a nmm:Artist . FILTER (NOT EXISTS { ?song "
+              "nmm:performer "
+              "?x } && NOT EXISTS { ?album nmm:albumArtist ?x }) }",
         with + "INSERT { ?song nao:hasTag <" + Sparql::favoriteTag
             + "> } WHERE { ?list a nmm:Playlist ; nie:title ?title ; nfo:hasMediaFileListEntry ?entry . "
               "FILTER "
@@ -312,8 +429,31 @@ bool StoreWriter::tidyUp(StoreError *error)
             + Sparql::unknownArtist + '>'),
     };
     m_present.clear();
-    return m_connection.update(statements, error) && sumUpPlaylists(error)
-        && PlayMemory::giveBack(m_connection, error);
+    m_ids.clear();
+    isUntidy(error); // what of it is doubtful, if that is not known yet
+    if (*error || !m_connection.update(statements, error) || !sumUpPlaylists(error) || !renewSongs(error))
+        return false;
+    if (isStopped())
+        return true;
+    Statements last = PlayMemory::givingBack(m_connection, error);
+    for (const Statements &more : {KeptRows::renewSums(), KeptRows::noteTidy()})
+        last.insert(last.end(), more.begin(), more.end());
+    if (*error || !m_connection.update(last, error))
+        return false;
+    m_untidy = false;
+    return true;
+}
+
+bool StoreWriter::renewSongs(StoreError *error)
+{
+    for (qint64 id = 0; id < m_lastDoubtful; id += idsPerStep) {
+        if (isStopped())
+            return true;
+        if (!m_connection.update({KeptRows::renewSongs(id, id + idsPerStep)}, error))
+            return false;
+    }
+    m_lastDoubtful = 0;
+    return true;
 }
 
 bool StoreWriter::sumUpPlaylists(StoreError *error)

@@ -2,6 +2,7 @@
 #include "StreamLength.h"
 
 #include "GstHandles.h"
+#include "HandOver.h"
 
 #include <QElapsedTimer>
 
@@ -15,22 +16,32 @@ constexpr int longestCounting = 20'000; // milliseconds
 constexpr GstClockTime lookInterval = 50 * GST_MSECOND;
 
 /// The part of time that one stream of the file fills. Not every stream begins at 0.
-struct Extent
+class Extent
 {
+public:
+    /// The thread of the stream.
     void take(const GstBuffer *buffer)
+    {
+        HandOver::taken(this);
+        lengthenBy(buffer);
+        HandOver::given(this);
+    }
+    GstClockTime length() const { return m_end > m_first ? m_end - m_first : 0; }
+
+private:
+    void lengthenBy(const GstBuffer *buffer)
     {
         const GstClockTime begin
             = GST_BUFFER_PTS_IS_VALID(buffer) ? GST_BUFFER_PTS(buffer) : GST_BUFFER_DTS(buffer);
         if (!GST_CLOCK_TIME_IS_VALID(begin))
             return;
         const GstClockTime length = GST_BUFFER_DURATION_IS_VALID(buffer) ? GST_BUFFER_DURATION(buffer) : 0;
-        first = std::min(first, begin);
-        end = std::max(end, begin + length);
+        m_first = std::min(m_first, begin);
+        m_end = std::max(m_end, begin + length);
     }
-    GstClockTime length() const { return end > first ? end - first : 0; }
 
-    GstClockTime first = GST_CLOCK_TIME_NONE;
-    GstClockTime end = 0;
+    GstClockTime m_first = GST_CLOCK_TIME_NONE;
+    GstClockTime m_end = 0;
 };
 
 struct PipelineDeleter
@@ -69,6 +80,7 @@ public:
     /// Nanoseconds; 0 when it did not come to an end. What comes before a fault in the file counts.
     GstClockTime run(const std::atomic<bool> &interrupted)
     {
+        HandOver::given(this);
         if (!m_isComplete
             || gst_element_set_state(m_pipeline.get(), GST_STATE_PLAYING) == GST_STATE_CHANGE_FAILURE)
             return 0;
@@ -83,14 +95,18 @@ public:
         if (!end)
             return 0;
         GstClockTime longest = 0;
-        for (const auto &extent : m_extents)
+        for (const auto &extent : m_extents) {
+            HandOver::taken(extent.get());
             longest = std::max(longest, extent->length());
+        }
         return longest;
     }
 
 private:
+    /// The thread that takes the file apart.
     void follow(GstPad *pad)
     {
+        HandOver::taken(this);
         GstElement *sink = gst_element_factory_make("fakesink", nullptr);
         if (!sink)
             return;
@@ -110,6 +126,7 @@ private:
     {
         const std::lock_guard lock(m_mutex);
         m_extents.push_back(std::make_unique<Extent>());
+        HandOver::given(m_extents.back().get());
         return m_extents.back().get();
     }
 
