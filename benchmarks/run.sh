@@ -44,6 +44,7 @@ echo "|---|---|---|---|---|"
 KELVO_PLUGINS="" $build/benchmarks/startup-benchmark $build/benchmarks/empty-window $build/bin/kelvo-test-gui 2>/dev/null
 $build/benchmarks/registry-benchmark
 $build/benchmarks/recording-benchmark "$build/benchmarks"
+KELVO_AUDIO_SINK="fakesink sync=true" $build/benchmarks/recording-video-benchmark "$media/video-1920x1080.mp4" "$build/benchmarks"
 nothing=$(mktemp -d)
 HOME=$nothing XDG_DATA_HOME=$nothing XDG_CONFIG_HOME=$nothing XDG_CACHE_HOME=$nothing KELVO_MEDIA_DIRS=$nothing \
     dbus-run-session -- $build/benchmarks/plugin-benchmark $build/lib/kelvo/plugins 2>/dev/null
@@ -52,6 +53,8 @@ KELVO_AUDIO_SINK="fakesink sync=true" KELVO_VIDEO_SINK="fakesink sync=true" $bui
     "$media/song.mp3" "$media/film.mp4" "$media/long.mp3" "$media/video-1920x1080.mp4"
 python3 benchmarks/process_benchmark.py --console $build/bin/kelvo-test-gui --media "$media/song.mp3" "$media/film.mp4" \
     --video "$media/video-640x360.mp4" "$media/video-1920x1080.mp4"
+dbus-run-session -- python3 benchmarks/idle_benchmark.py --console $build/bin/kelvo-test-gui \
+    --reference $build/benchmarks/empty-window 2>/dev/null
 python3 benchmarks/scenario_benchmark.py --program $build/bin/kelvo-test --media "$media/song.mp3"
 python3 benchmarks/reading_benchmark.py --program $build/bin/kelvo-test
 if [ -x $build/benchmarks/playlist-benchmark ]; then

@@ -5,6 +5,7 @@
 #include "KelvoRegistry.h"
 #include "KelvoRenderer.h"
 #include "Measurement.h"
+#include "WatchedApplication.h"
 
 #include <QCoreApplication>
 #include <QDeadlineTimer>
@@ -59,41 +60,7 @@ template <typename Condition> bool waitUntil(Condition isTrue, int milliseconds 
     return true;
 }
 
-/// Measures how long events keep the loop.
-class Application : public QCoreApplication
-{
-public:
-    using QCoreApplication::QCoreApplication;
-
-    bool notify(QObject *receiver, QEvent *event) override
-    {
-        if (m_isInEvent || thread() != QThread::currentThread())
-            return QCoreApplication::notify(receiver, event);
-        m_isInEvent = true;
-        QElapsedTimer timer;
-        timer.start();
-        const double busy = Measurement::workOfThread();
-        const bool isDone = QCoreApplication::notify(receiver, event);
-        m_longest = std::max(m_longest, timer.nsecsElapsed());
-        m_busiest = std::max(m_busiest, Measurement::workOfThread() - busy);
-        m_isInEvent = false;
-        return isDone;
-    }
-    void forget()
-    {
-        m_longest = 0;
-        m_busiest = 0;
-    }
-    double longestMilliseconds() const { return double(m_longest) / 1e6; }
-
-    /// Without the time that other programs took the processor away.
-    double busiestMilliseconds() const { return m_busiest; }
-
-private:
-    bool m_isInEvent = false;
-    qint64 m_longest = 0;
-    double m_busiest = 0;
-};
+using Application = WatchedApplication<QCoreApplication>;
 
 class Devices
 {

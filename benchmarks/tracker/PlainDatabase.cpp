@@ -19,6 +19,9 @@
     "COUNT(song.id) FROM album JOIN artist ON artist.id = album.artist JOIN song ON song.album = album.id "
 
 const char PlainQuery::allSongs[] = SONG_COLUMNS "ORDER BY song.title";
+const char PlainQuery::flatSongs[] = "SELECT * FROM flat ORDER BY title";
+const char PlainQuery::recentlyAdded[] = SONG_COLUMNS "ORDER BY added DESC, song.title LIMIT 500";
+const char PlainQuery::neverPlayed[] = SONG_COLUMNS "WHERE plays = 0 ORDER BY song.title";
 const char PlainQuery::mostPlayed[]
     = SONG_COLUMNS "WHERE plays > 0 ORDER BY plays DESC, song.title LIMIT 500";
 const char PlainQuery::songsOfAlbum[] = SONG_COLUMNS "WHERE song.album = 5 ORDER BY track";
@@ -39,7 +42,10 @@ const char schema[] = "CREATE TABLE artist (id INTEGER PRIMARY KEY, name TEXT); 
                       "INTEGER, added INTEGER)";
 const char indexes[]
     = "CREATE INDEX titles ON song (title); CREATE INDEX albums ON song (album); CREATE INDEX artists ON "
-      "song (artist); COMMIT; ANALYZE";
+      "song (artist); CREATE TABLE flat (id INTEGER PRIMARY KEY, title TEXT, url TEXT, length INTEGER, track "
+      "INTEGER, artist INTEGER, name TEXT, album INTEGER, album_title TEXT, genre TEXT, year TEXT, favorite "
+      "INTEGER, plays INTEGER, added INTEGER); INSERT INTO flat " SONG_COLUMNS
+      "; CREATE INDEX flat_titles ON flat (title); COMMIT; ANALYZE";
 
 /// A prepared insertion; values are given column by column.
 class Insertion

@@ -34,6 +34,9 @@ private:
 /// The built-in queries in terms of these tables, with the same columns.
 namespace PlainQuery {
 extern const char allSongs[];
+extern const char flatSongs[]; ///< with all columns in one table
+extern const char recentlyAdded[];
+extern const char neverPlayed[];
 extern const char mostPlayed[];
 extern const char songsOfAlbum[];
 extern const char allAlbums[];
