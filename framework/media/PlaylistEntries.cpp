@@ -92,31 +92,39 @@ struct Keys
         else if (key.startsWith("title"))
             takeNumbered(&titles, key.mid(5), value);
         else if (key.startsWith("x-"))
-            others += key + '=' + value + '\n';
+            others += key + '=' + untilZero(value) + '\n';
     }
 
 private:
+    /// Parsers take it for the end of the list.
+    static QByteArray untilZero(const QByteArray &value)
+    {
+        return value.left(qsizetype(qstrnlen(value.constData(), size_t(value.size()))));
+    }
     static void takeNumbered(QMap<int, QByteArray> *values, const QByteArray &number, const QByteArray &value)
     {
         bool ok = false;
         const int place = number.toInt(&ok);
         if (ok && !value.isEmpty() && !values->contains(place))
-            values->insert(place, value);
+            values->insert(place, untilZero(value));
     }
 };
 
-/// In the one spelling that every parser knows: without gaps, blanks and second values. Some look for a key that is
-/// spelled in another way for ever.
+/// In the one spelling that every parser knows: without gaps, blanks, second values, line ends of two kinds and what is no
+/// address. Some look for ever for a key that is spelled in another way, or behind a carriage return of its own.
 QByteArray withAbsoluteKeys(const QByteArray &text, const QUrl &list)
 {
     Keys keys;
-    for (const QByteArray &line : linesOf(text))
+    for (const QByteArray &line : QByteArray(text).replace('\r', '\n').split('\n'))
         keys.take(line.trimmed());
     QByteArray result = "[playlist]\n" + keys.others;
     int number = 0;
     for (auto file = keys.files.cbegin(); file != keys.files.cend(); ++file) {
+        const QByteArray address = PlaylistEntries::resolved(*file, list).toEncoded();
+        if (address.isEmpty())
+            continue;
         const QByteArray place = QByteArray::number(++number);
-        result += "File" + place + '=' + PlaylistEntries::resolved(*file, list).toEncoded() + '\n';
+        result += "File" + place + '=' + address + '\n';
         if (keys.titles.contains(file.key()))
             result += "Title" + place + '=' + keys.titles.value(file.key()) + '\n';
     }

@@ -158,6 +158,12 @@ private Q_SLOTS:
         QTest::newRow("old line ends") << QByteArray("File1=/a.mp3\rFile2=/b.mp3\rNumberOfEntries=2\r");
         QTest::newRow("numbers from elsewhere")
             << QByteArray("File0=/a.mp3\nFile070=/b.mp3\nNumberOfEntries=2\n");
+        QTest::newRow("what is no address")
+            << QByteArray("File1=/a.mp3\nFile2=http://h=b%2\nFile3=/b.mp3\nNumberOfEntries=3\n");
+        QTest::newRow("line ends of two kinds")
+            << QByteArray("File1=/a.mp3\r\nTitle1=A\rFile2=/b.mp3\nNumberOfEntries=2\n");
+        QTest::newRow("zeros") << QByteArray(
+            "X-A=\0\nFile1=/a.mp3\nTitle1=A\0B\nFile2=/b.mp3\nNumberOfEntries=2\n", 61);
     }
 
     void keysAreUnderstoodHoweverTheyAreSpelled()
