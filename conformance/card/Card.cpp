@@ -45,8 +45,8 @@ int Card::count(Verdict verdict, const QString &group) const
 
 bool Card::isClean() const
 {
-    const bool isOff
-        = std::any_of(m_sounds.cbegin(), m_sounds.cend(), [](const SoundRow &row) { return row.isOff(); });
+    const bool isOff = std::any_of(
+        m_senseRows.cbegin(), m_senseRows.cend(), [](const SenseRow &row) { return row.isOff(); });
     return !isOff && count(Verdict::DoesNotHold) == 0 && count(Verdict::Overclaimed) == 0;
 }
 

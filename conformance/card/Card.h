@@ -3,7 +3,7 @@
 
 #include "Claim.h"
 #include "Finding.h"
-#include "SoundRow.h"
+#include "SenseRow.h"
 
 #include <QDateTime>
 #include <QList>
@@ -53,9 +53,9 @@ public:
     const CardHead &head() const { return m_head; }
     /// In the order in which they were tried.
     const QList<Result> &results() const { return m_results; }
-    /// What was heard of it beside what it says; none where nobody listened.
-    void setSounds(const QList<SoundRow> &sounds) { m_sounds = sounds; }
-    const QList<SoundRow> &sounds() const { return m_sounds; }
+    /// What was heard and seen of it beside what it says; none where nobody listened or looked.
+    void setSenseRows(const QList<SenseRow> &rows) { m_senseRows = rows; }
+    const QList<SenseRow> &senseRows() const { return m_senseRows; }
     /// Names of the groups, in the order of their first statements.
     QStringList groups() const;
     QList<Result> resultsOf(const QString &group) const;
@@ -70,7 +70,7 @@ private:
 
     CardHead m_head;
     QList<Result> m_results;
-    QList<SoundRow> m_sounds;
+    QList<SenseRow> m_senseRows;
 };
 
 /// "holds", "does not hold" and so on.

@@ -3,7 +3,7 @@
 
 #include "Card.h"
 #include "PlainText.h"
-#include "SoundText.h"
+#include "SenseText.h"
 
 namespace {
 constexpr char style[] = R"(
@@ -61,21 +61,23 @@ QString htmlCounts(const Card &card)
         .arg(header, rows, sums);
 }
 
-QString htmlSounds(const Card &card)
+QString htmlSenseRows(const Card &card)
 {
-    if (card.sounds().isEmpty())
+    if (card.senseRows().isEmpty())
         return {};
     QString rows;
-    for (const SoundRow &row : card.sounds()) {
-        rows += QLatin1String("<tr><th scope=\"row\">") + foreign(row.what) + QLatin1String("</th>");
+    for (const SenseRow &row : card.senseRows()) {
+        rows += QLatin1String("<tr><td><code>") + plainText(row.id).toHtmlEscaped()
+            + QLatin1String("</code></td><th scope=\"row\">") + foreign(row.what) + QLatin1String("</th>");
         for (const QString &cell :
-            {SoundText::said(row), SoundText::cameOut(row), SoundText::difference(row)})
+            {SenseText::said(row), SenseText::cameOut(row), SenseText::difference(row)})
             rows += QLatin1String("<td class=\"number\">") + foreign(cell) + QLatin1String("</td>");
         const char *const kind = row.isOff() ? "does-not-hold" : row.difference() ? "holds" : "not-tried";
         rows += QLatin1String("<td class=\"") + QLatin1String(kind) + QLatin1String("\">")
-            + SoundText::verdict(row) + QLatin1String("</td></tr>\n");
+            + SenseText::verdict(row) + QLatin1String("</td></tr>\n");
     }
-    return QLatin1String("<h2>what it says and what came out</h2>\n<table>\n<tr><th scope=\"col\">what</th>"
+    return QLatin1String("<h2>what it says and what came out</h2>\n<table>\n<tr><th scope=\"col\">id</th>"
+                         "<th scope=\"col\">what</th>"
                          "<th scope=\"col\">said</th><th scope=\"col\">came out</th>"
                          "<th scope=\"col\">difference</th><th scope=\"col\">verdict</th></tr>\n")
         + rows + QLatin1String("</table>\n");
@@ -115,7 +117,7 @@ QByteArray toHtml(const Card &card)
                          "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>");
     page += plainText(card.head().renderer).toHtmlEscaped() + QLatin1String(": conformance</title>\n<style>")
         + QLatin1String(style) + QLatin1String("</style>\n</head>\n<body>\n");
-    page += htmlHead(card) + htmlCounts(card) + htmlSounds(card);
+    page += htmlHead(card) + htmlCounts(card) + htmlSenseRows(card);
     for (const QString &group : card.groups())
         page += htmlResults(card, group);
     page += QLatin1String("</body>\n</html>\n");

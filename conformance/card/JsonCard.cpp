@@ -62,7 +62,7 @@ QJsonObject jsonResult(const Result &result)
     return object;
 }
 
-QJsonObject jsonSound(const SoundRow &row)
+QJsonObject jsonSenseRow(const SenseRow &row)
 {
     const auto number = [](const std::optional<double> &value) {
         return value ? QJsonValue(*value) : QJsonValue();
@@ -88,9 +88,9 @@ QByteArray toJson(const Card &card)
     QJsonArray results;
     for (const Result &result : card.results())
         results.append(jsonResult(result));
-    QJsonArray sounds;
-    for (const SoundRow &row : card.sounds())
-        sounds.append(jsonSound(row));
+    QJsonArray senseRows;
+    for (const SenseRow &row : card.senseRows())
+        senseRows.append(jsonSenseRow(row));
     QJsonObject object{
         {"kelvo-conformance", version},
         {"program", card.head().program},
@@ -100,7 +100,7 @@ QByteArray toJson(const Card &card)
         {"counts", jsonCounts(card)},
         {"results", results},
     };
-    if (!sounds.isEmpty())
-        object.insert("sounds", sounds);
+    if (!senseRows.isEmpty())
+        object.insert("came-out", senseRows);
     return QJsonDocument(object).toJson();
 }

@@ -3,7 +3,7 @@
 
 #include "Card.h"
 #include "PlainText.h"
-#include "SoundText.h"
+#include "SenseText.h"
 
 namespace {
 /// As text of a paragraph, heading or table, whatever it holds.
@@ -62,15 +62,16 @@ QString markdownTable(const Card &card)
     return header + QLatin1Char('\n') + line + QLatin1Char('\n') + rows + sums + QLatin1Char('\n');
 }
 
-QString soundsOf(const Card &card)
+QString senseRowsOf(const Card &card)
 {
-    if (card.sounds().isEmpty())
+    if (card.senseRows().isEmpty())
         return {};
-    QString text = QStringLiteral("\n## What it says and what came out\n\n"
-                                  "| what | said | came out | difference | |\n|---|---|---|---|---|\n");
-    for (const SoundRow &row : card.sounds()) {
-        const QStringList cells{row.what, SoundText::said(row), SoundText::cameOut(row),
-            SoundText::difference(row), SoundText::verdict(row)};
+    QString text
+        = QStringLiteral("\n## What it says and what came out\n\n"
+                         "| id | what | said | came out | difference | |\n|---|---|---|---|---|---|\n");
+    for (const SenseRow &row : card.senseRows()) {
+        const QStringList cells{row.id, row.what, SenseText::said(row), SenseText::cameOut(row),
+            SenseText::difference(row), SenseText::verdict(row)};
         for (const QString &cell : cells)
             text += QStringLiteral("| %1 ").arg(escaped(cell));
         text += QLatin1String("|\n");
@@ -110,7 +111,7 @@ QString excusesOf(const Card &card, Verdict verdict)
 
 QByteArray toMarkdown(const Card &card)
 {
-    const QString text = markdownHead(card) + markdownTable(card) + soundsOf(card)
+    const QString text = markdownHead(card) + markdownTable(card) + senseRowsOf(card)
         + faultsOf(card, Verdict::DoesNotHold) + faultsOf(card, Verdict::Overclaimed)
         + excusesOf(card, Verdict::Refused) + excusesOf(card, Verdict::NotTried);
     return text.toUtf8();

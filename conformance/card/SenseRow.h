@@ -7,7 +7,7 @@
 #include <optional>
 
 /// One thing that a renderer says of what it plays, beside what came out of it.
-struct SoundRow
+struct SenseRow
 {
     QString id; ///< "pause-at"
     QString what; ///< for people

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "SoundText.h"
+#include "SenseText.h"
 
 #include <cmath>
 
@@ -22,12 +22,12 @@ QString small(double value, const QString &unit)
 }
 } // namespace
 
-QString SoundText::said(const SoundRow &row)
+QString SenseText::said(const SenseRow &row)
 {
     return row.said ? number(*row.said, row.unit) : QString();
 }
 
-QString SoundText::cameOut(const SoundRow &row)
+QString SenseText::cameOut(const SenseRow &row)
 {
     if (!row.cameOut)
         return QStringLiteral("not measured: ") + row.doubt;
@@ -35,7 +35,7 @@ QString SoundText::cameOut(const SoundRow &row)
     return row.error > 0 ? value + QStringLiteral(" ± ") + small(row.error, row.unit) : value;
 }
 
-QString SoundText::difference(const SoundRow &row)
+QString SenseText::difference(const SenseRow &row)
 {
     const std::optional<double> difference = row.difference();
     if (!difference)
@@ -43,7 +43,7 @@ QString SoundText::difference(const SoundRow &row)
     return (*difference < 0 ? QString() : QStringLiteral("+")) + small(*difference, row.unit);
 }
 
-QString SoundText::verdict(const SoundRow &row)
+QString SenseText::verdict(const SenseRow &row)
 {
     if (!row.difference())
         return QStringLiteral("not known");

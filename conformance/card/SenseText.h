@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "SoundRow.h"
+#include "SenseRow.h"
 
 /// The numbers of what was heard, for people. Empty: not known.
-namespace SoundText {
-QString said(const SoundRow &row);
+namespace SenseText {
+QString said(const SenseRow &row);
 /// With how far off it may be measured; or why it is not known.
-QString cameOut(const SoundRow &row);
+QString cameOut(const SenseRow &row);
 /// "+12 ms".
-QString difference(const SoundRow &row);
+QString difference(const SenseRow &row);
 /// "agrees", "is off", or "not known".
-QString verdict(const SoundRow &row);
-} // namespace SoundText
+QString verdict(const SenseRow &row);
+} // namespace SenseText

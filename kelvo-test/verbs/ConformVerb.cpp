@@ -6,6 +6,7 @@
 #include "JUnitReport.h"
 #include "KelvoBuild.h"
 #include "ListeningPost.h"
+#include "LookingPost.h"
 #include "Output.h"
 #include "ResultFile.h"
 #include "Session.h"
@@ -14,7 +15,7 @@
 #include "card/HtmlCard.h"
 #include "card/JsonCard.h"
 #include "card/MarkdownCard.h"
-#include "card/SoundText.h"
+#include "card/SenseText.h"
 
 #include <QBuffer>
 #include <QCoreApplication>
@@ -56,16 +57,16 @@ TestResult testResultOf(const CardHead &head, const Result &result)
     return test;
 }
 
-TestResult testResultOf(const CardHead &head, const SoundRow &row)
+TestResult testResultOf(const CardHead &head, const SenseRow &row)
 {
     TestResult result;
     result.outcome = !row.difference() ? TestResult::Skipped
         : row.isOff()                  ? TestResult::Failed
                                        : TestResult::Held;
     result.group = head.renderer;
-    result.name = QStringLiteral("ear.") + row.id;
+    result.name = row.id;
     result.message = QStringLiteral("%1: said %2, came out %3")
-                         .arg(row.what, SoundText::said(row), SoundText::cameOut(row));
+                         .arg(row.what, SenseText::said(row), SenseText::cameOut(row));
     return result;
 }
 
@@ -74,7 +75,7 @@ QByteArray toJUnit(const Card &card)
     QList<TestResult> results;
     for (const Result &result : card.results())
         results.append(testResultOf(card.head(), result));
-    for (const SoundRow &row : card.sounds())
+    for (const SenseRow &row : card.senseRows())
         results.append(testResultOf(card.head(), row));
     QBuffer buffer;
     buffer.open(QIODevice::WriteOnly);
@@ -112,6 +113,11 @@ VerbOptions conformOptions()
         QStringLiteral(
             "Listens there first, and sets what comes out beside what the renderer says: a source of "
             "the sound\nserver, or \"auto\" (see run). With --only ear it does nothing else."));
+    options.add(QStringLiteral("eye"), QStringLiteral("place"),
+        QStringLiteral(
+            "Looks there first, the same way: an X window, a part of the screen, or \"auto\" (see run); "
+            "with --ear\nalso whether picture and sound are together. With --only eye it does nothing "
+            "else."));
     options.add(
         QStringLiteral("statements"), QString(), QStringLiteral("Lists the statements, as Markdown."));
     for (const Format &format : formats)
@@ -131,7 +137,9 @@ int cannotConform(const QString &problem)
     return Verb::CouldNotRun;
 }
 
-const auto onlyEar = QStringLiteral("ear");
+// Of --only: a sense and no statement.
+const auto ear = QStringLiteral("ear");
+const auto eye = QStringLiteral("eye");
 
 QList<Statement> statementsThatFit(const QString &glob)
 {
@@ -174,6 +182,46 @@ bool MediaOffer::prepare(const QString &folder, QString *error)
     media = {Media::inFolder(QUrl::fromLocalFile(m_folder.path()), QStringLiteral("files"))};
     return true;
 }
+
+/// Where the tester wants what comes out to be heard and seen, and that is possible.
+class Senses
+{
+public:
+    explicit Senses(const VerbOptions &options)
+        : m_device(options.value(ear))
+        , m_place(options.value(eye))
+        , m_only(options.value(QStringLiteral("only")))
+    {
+    }
+
+    bool has(const QString &sense) const
+    {
+        return (sense == ear && !m_device.isEmpty()) || (sense == eye && !m_place.isEmpty());
+    }
+    /// Before the session.
+    bool prepare(QString *error) { return !has(ear) || m_listeningPost.prepare(m_device, error); }
+    bool begin(Session &session, QString *error)
+    {
+        return (!has(ear) || m_listeningPost.listen(session, error))
+            && (!has(eye) || m_lookingPost.look(m_place, session, error));
+    }
+    QList<SenseRow> compare(Session &session, const QString &uuid)
+    {
+        QList<SenseRow> rows;
+        if (has(ear) && m_only != eye)
+            rows += m_listeningPost.compare(session, uuid);
+        if (has(eye) && m_only != ear)
+            rows += m_lookingPost.compare(session, uuid, has(ear) ? &m_listeningPost.ear() : nullptr);
+        return rows;
+    }
+
+private:
+    const QString m_device;
+    const QString m_place;
+    const QString m_only;
+    ListeningPost m_listeningPost;
+    LookingPost m_lookingPost; // ends after the back ends, which draw into its window
+};
 
 void showResult(Output &output, const Result &result)
 {
@@ -218,26 +266,26 @@ CardHead headOf(const DiscoveredSubject &subject)
         subject.media().kind, QDateTime::currentDateTimeUtc(), subject.roundTrip()};
 }
 
-void showSounds(Output &output, const QList<SoundRow> &sounds)
+void showSenseRows(Output &output, const QList<SenseRow> &rows)
 {
-    for (const SoundRow &row : sounds) {
+    for (const SenseRow &row : rows) {
         const Output::Tone tone = !row.difference() ? Output::Tone::Faint
             : row.isOff()                           ? Output::Tone::Bad
                                                     : Output::Tone::Good;
-        const QStringList cells{SoundText::said(row), SoundText::cameOut(row), SoundText::difference(row)};
-        output.line(QStringLiteral("ear.%1: %2: said %3, came out %4%5: %6")
+        const QStringList cells{SenseText::said(row), SenseText::cameOut(row), SenseText::difference(row)};
+        output.line(QStringLiteral("%1: %2: said %3, came out %4%5: %6")
                         .arg(row.id, row.what, cells[0].isEmpty() ? QStringLiteral("nothing") : cells[0],
                             cells[1], cells[2].isEmpty() ? QString() : QStringLiteral(" (%1)").arg(cells[2]),
-                            SoundText::verdict(row)),
+                            SenseText::verdict(row)),
             tone);
     }
 }
 
 int conform(Session &session, DiscoveredSubject &subject, const QList<Statement> &statements,
-    const QList<SoundRow> &sounds, const VerbOptions &options)
+    const QList<SenseRow> &rows, const VerbOptions &options)
 {
     Output output;
-    showSounds(output, sounds);
+    showSenseRows(output, rows);
     ConformanceRun run(subject, statements);
     QObject::connect(
         &session, &Session::interrupted, &run, [&run] { run.stop(QStringLiteral("interrupted")); });
@@ -250,7 +298,7 @@ int conform(Session &session, DiscoveredSubject &subject, const QList<Statement>
         run.stop(QStringLiteral("interrupted"));
     const QList<Result> results = run.run();
     Card card(headOf(subject), results);
-    card.setSounds(sounds);
+    card.setSenseRows(rows);
     showCounts(output, card);
     if (!writeCard(card, options))
         return Verb::CouldNotRun;
@@ -290,18 +338,18 @@ int ConformVerb::run(const QStringList &arguments)
     if (!options.isSet(QStringLiteral("on")))
         return cannotConform(
             QStringLiteral("conform needs a renderer: --on NAME (\"kelvo-test list\" shows them)"));
-    const QList<Statement> statements = statementsThatFit(options.value(QStringLiteral("only")));
-    const bool listens = options.isSet(QStringLiteral("ear"));
-    if (statements.isEmpty() && !(listens && options.value(QStringLiteral("only")) == onlyEar)) {
+    const QString only = options.value(QStringLiteral("only"));
+    const QList<Statement> statements = statementsThatFit(only);
+    Senses senses(options);
+    if (statements.isEmpty() && !senses.has(only)) {
         Output::complain(QStringLiteral("No statement fits; \"kelvo-test conform --statements\" lists them"));
         return NothingToRun;
     }
-    ListeningPost post;
     QString problem;
-    if (listens && !post.prepare(options.value(QStringLiteral("ear")), &problem))
+    if (!senses.prepare(&problem))
         return cannotConform(problem);
     Session session;
-    if (listens && !post.listen(session, &problem))
+    if (!senses.begin(session, &problem))
         return cannotConform(problem);
     const RendererChoice choice = session.chooseOne(options.value(QStringLiteral("on")), *wait);
     if (!choice.problem.isEmpty())
@@ -309,8 +357,7 @@ int ConformVerb::run(const QStringList &arguments)
     MediaOffer offer;
     if (!offer.prepare(options.value(QStringLiteral("media")), &problem))
         return cannotConform(problem);
-    const QList<SoundRow> sounds
-        = listens ? post.compare(session, choice.renderers.constFirst()->uuid()) : QList<SoundRow>();
+    const QList<SenseRow> rows = senses.compare(session, choice.renderers.constFirst()->uuid());
     // Each trial loads the renderer anew.
     const QString uuid = choice.renderers.constFirst()->uuid();
     const QString backEnd = DiscoveredSubject::originsOf(*session.registry()).value(uuid);
@@ -319,5 +366,5 @@ int ConformVerb::run(const QStringList &arguments)
     if (!subject.meet())
         return cannotConform(
             QStringLiteral("%1 cannot be held to the contract: %2").arg(uuid, subject.problem()));
-    return conform(session, subject, statements, sounds, options);
+    return conform(session, subject, statements, rows, options);
 }

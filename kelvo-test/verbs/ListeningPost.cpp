@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "ListeningPost.h"
 
-#include "ClockedMedium.h"
-#include "Output.h"
 #include "Session.h"
 #include "SoundTrial.h"
+#include "TrialMedia.h"
 
 namespace {
 constexpr std::chrono::milliseconds answerTime = std::chrono::seconds(10);
-constexpr int mostTime = 60'000; // milliseconds
 } // namespace
 
 bool ListeningPost::prepare(const QString &device, QString *error)
@@ -35,42 +33,13 @@ bool ListeningPost::listen(Session &session, QString *error)
     return false;
 }
 
-bool ListeningPost::makeMedia(QString *error)
+QList<SenseRow> ListeningPost::compare(Session &session, const QString &uuid)
 {
-    for (const int item : {1, 2}) {
-        const QString name = ClockedMedium::fileName(item, QStringLiteral("wav"));
-        const ClockedMedium medium{item, QStringLiteral("wav"), SoundTrial::Media::Seconds, name};
-        QProcess process;
-        process.start(ClockedMedium::program(), medium.arguments() + QStringList{m_folder.filePath(name)});
-        const bool ended = process.waitForFinished(mostTime);
-        if (!ended || process.exitStatus() != QProcess::NormalExit
-            || process.exitCode() != ClockedMedium::Made) {
-            *error = QStringLiteral("media with a clock cannot be made: ")
-                + QString::fromUtf8(process.readAllStandardError()).trimmed();
-            return false;
-        }
-    }
-    return true;
-}
-
-QList<SoundRow> ListeningPost::compare(Session &session, const QString &uuid)
-{
-    QString error;
-    if (!makeMedia(&error)) {
-        Output::complain(error);
+    TrialMedia media;
+    KelvoRenderer *const renderer = TrialMedia::prepareTrial(session, uuid, QStringLiteral("wav"), &media);
+    if (!renderer)
         return {};
-    }
-    const auto find = [&] {
-        return session.registry()->findRendererByUuid(uuid);
-    };
-    if (!session.waitUntil([&find] { return find() != nullptr; }, answerTime)) {
-        Output::complain(QStringLiteral("%1 has gone: it was not listened to").arg(uuid));
-        return {};
-    }
-    const auto urlOf = [this](int item) {
-        return QUrl::fromLocalFile(m_folder.filePath(ClockedMedium::fileName(item, QStringLiteral("wav"))));
-    };
-    SoundTrial trial(find(), &m_ear, {urlOf(1), urlOf(2)});
+    SoundTrial trial(renderer, &m_ear, media.items());
     QObject context;
     QObject::connect(&session, &Session::interrupted, &context, [&trial] { trial.stop(); });
     QObject::connect(&m_ear, &Ear::heard, &context,

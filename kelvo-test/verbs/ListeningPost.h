@@ -3,14 +3,14 @@
 
 #include "Ear.h"
 #include "EarSink.h"
-#include "card/SoundRow.h"
+#include "card/SenseRow.h"
 
-#include <QTemporaryDir>
+#include <QList>
 
 class Session;
 
-/// Where a verb listens to what renderers play: the ear, the sink that is made for it where the tester wants one, and the
-/// media that are heard. GUI thread.
+/// Where a verb listens to what renderers play: the ear, and the sink that is made for it where the tester wants one. GUI
+/// thread.
 class ListeningPost
 {
 public:
@@ -22,13 +22,10 @@ public:
     const Ear &ear() const { return m_ear; }
 
     /// Plays media with a clock on a renderer, and sets what it says beside what is heard. Nothing where it has gone.
-    QList<SoundRow> compare(Session &session, const QString &uuid);
+    QList<SenseRow> compare(Session &session, const QString &uuid);
 
 private:
-    bool makeMedia(QString *error);
-
     EarSink m_sink;
     QString m_device;
     Ear m_ear;
-    QTemporaryDir m_folder;
 };

@@ -1,10 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include "LookingPost.h"
 
+#include "KelvoRegistry.h"
+#include "MediaClock.h"
+#include "PictureTrial.h"
 #include "Session.h"
+#include "TrialMedia.h"
 
 namespace {
 constexpr std::chrono::milliseconds openingTime = std::chrono::seconds(10);
+
+QString wholePicture()
+{
+    return QStringLiteral("0,0,%1,%2").arg(MediaClock::pictureWidth).arg(MediaClock::pictureHeight);
+}
 } // namespace
 
 bool LookingPost::look(const QString &place, Session &session, QString *error)
@@ -18,4 +27,35 @@ bool LookingPost::look(const QString &place, Session &session, QString *error)
                      m_eye.problem().isEmpty() ? QStringLiteral("the X server does not answer")
                                                : m_eye.problem());
     return false;
+}
+
+QList<SenseRow> LookingPost::compare(Session &session, const QString &uuid, const Ear *ear)
+{
+    TrialMedia media;
+    KelvoRenderer *const renderer = TrialMedia::prepareTrial(session, uuid, QStringLiteral("mp4"), &media);
+    if (!renderer)
+        return {};
+    lendWindow(m_eye, renderer);
+    PictureTrial trial(renderer, &m_eye, ear, media.items());
+    QObject context;
+    QObject::connect(&session, &Session::interrupted, &context, [&trial] { trial.stop(); });
+    QObject::connect(&m_eye, &Eye::seen, &context,
+        [&session, uuid](const Sighting &sighting) { session.noteSeen(uuid, sighting); });
+    const QList<SenseRow> rows = trial.run();
+    takeWindowBack(m_eye, session.registry()->findRendererByUuid(uuid));
+    return rows;
+}
+
+void LookingPost::lendWindow(const Eye &eye, KelvoRenderer *renderer)
+{
+    if (!renderer || eye.window() == 0)
+        return;
+    renderer->setKelvoProperty(KelvoRenderer::PropertyXid, eye.window());
+    renderer->setKelvoProperty(KelvoRenderer::PropertyRenderRectangle, wholePicture());
+}
+
+void LookingPost::takeWindowBack(const Eye &eye, KelvoRenderer *renderer)
+{
+    if (renderer && eye.window() > 0)
+        renderer->setKelvoProperty(KelvoRenderer::PropertyXid, 0U);
 }

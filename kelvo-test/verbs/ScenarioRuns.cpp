@@ -4,7 +4,7 @@
 #include "Ear.h"
 #include "Eye.h"
 #include "KelvoRenderer.h"
-#include "MediaClock.h"
+#include "LookingPost.h"
 #include "MediaServer.h"
 #include "MediaShelf.h"
 #include "ScenarioRun.h"
@@ -19,11 +19,6 @@ namespace {
 constexpr int progressInterval = 200; // milliseconds
 /// For a renderer that a run has made go.
 constexpr std::chrono::milliseconds comingBackTime = std::chrono::seconds(5);
-
-QString wholePicture()
-{
-    return QStringLiteral("0,0,%1,%2").arg(MediaClock::pictureWidth).arg(MediaClock::pictureHeight);
-}
 
 TestResult hindrance(const PlannedRun &planned, TestResult::Outcome outcome, const QString &message)
 {
@@ -95,9 +90,13 @@ TestResult ScenarioRuns::runOne(const PlannedRun &planned)
     QString error;
     if (!shelf.put(scenario.media, &error))
         return hindrance(planned, TestResult::CouldNotRun, error);
-    giveWindow(planned.renderers.constFirst(), m_eye ? m_eye->window() : 0);
+    if (m_eye)
+        LookingPost::lendWindow(*m_eye, renderers.constFirst());
     TestResult result = waitFor(scenario, renderers, shelf, planned.repetition);
-    giveWindow(planned.renderers.constFirst(), 0);
+    // It may have gone.
+    if (m_eye)
+        LookingPost::takeWindowBack(
+            *m_eye, m_session.registry()->findRendererByUuid(planned.renderers.constFirst()));
     return result;
 }
 
@@ -147,16 +146,6 @@ TestResult ScenarioRuns::waitFor(
     run.start();
     loop.exec();
     return run.result();
-}
-
-/// What it reports of that is no part of the run.
-void ScenarioRuns::giveWindow(const QString &uuid, uint window) const
-{
-    KelvoRenderer *const renderer = m_session.registry()->findRendererByUuid(uuid);
-    if (m_eye && m_eye->window() > 0 && renderer)
-        renderer->setKelvoProperty(KelvoRenderer::PropertyXid, window);
-    if (window > 0 && renderer)
-        renderer->setKelvoProperty(KelvoRenderer::PropertyRenderRectangle, wholePicture());
 }
 
 void ScenarioRuns::add(TestResult result, int repetition)

@@ -36,7 +36,6 @@ private:
     QList<KelvoRenderer *> waitForRenderers(const QStringList &uuids);
     TestResult waitFor(
         const Scenario &scenario, const QList<KelvoRenderer *> &renderers, MediaShelf &shelf, int repetition);
-    void giveWindow(const QString &uuid, uint window) const;
     void add(TestResult result, int repetition);
 
     Session &m_session;

@@ -3,7 +3,7 @@
 """Holds the arrows of the architecture: who may include what, and what each binary links.
 
     console -> {shared, tracker} -> core -> Qt Core and Gui
-    kelvo-test -> verbs -> listening -> {scenario, conformance}, verbs -> {scenario, conformance, recording, shared} -> core, scenario -> {report, ear, eye} -> {media, senses}
+    kelvo-test -> verbs -> trials -> {scenario, conformance}, verbs -> {scenario, conformance, recording, shared} -> core, scenario -> {report, ear, eye} -> {media, senses}
     kelvo-media-maker, kelvo-ear, kelvo-eye (programs of their own, which kelvo-test starts) -> media, ear, eye
     conformance (a static library, for whoever holds a renderer to the contract) -> core
     plug-ins -> core (tracker-source also tracker) + their one foreign library
@@ -44,13 +44,15 @@ MAY_INCLUDE = {
     "kelvo-test/eye": {"kelvo-test/media", "kelvo-test/senses"},
     "kelvo-test/eye/capture": {"kelvo-test/eye", "kelvo-test/media", "kelvo-test/senses"},
     "kelvo-test/ear/capture": {"framework/glib", "kelvo-test/ear", "kelvo-test/media", "kelvo-test/senses"},
-    "kelvo-test/listening": {"conformance", "framework/core", "kelvo-test/ear", "kelvo-test/scenario", "kelvo-test/senses"},
+    "kelvo-test/trials": {
+        "conformance", "framework/core", "kelvo-test/ear", "kelvo-test/eye", "kelvo-test/media", "kelvo-test/scenario",
+        "kelvo-test/senses"},
     "kelvo-test/report": {"framework/recording"},
     "kelvo-test/scenario": {
         "framework/core", "kelvo-test/ear", "kelvo-test/eye", "kelvo-test/media", "kelvo-test/report", "kelvo-test/senses"},
     "kelvo-test/verbs": {
         "conformance", "framework/core", "framework/recording", "framework/shared", "kelvo-test/ear", "kelvo-test/eye",
-        "kelvo-test/listening", "kelvo-test/media", "kelvo-test/report", "kelvo-test/scenario"},
+        "kelvo-test/trials", "kelvo-test/media", "kelvo-test/report", "kelvo-test/scenario"},
     # The contract is one for all renderers: it knows the boundary and none of them.
     "conformance": {"framework/core"},
     "framework/core": set(),

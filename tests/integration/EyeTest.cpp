@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "Eye.h"
 #include "KelvoTestCase.h"
+#include "MarkPainter.h"
 #include "TestGroup.h"
-#include "XServer.h"
 
 #include <QSignalSpy>
 #include <QTest>
@@ -112,11 +112,7 @@ private:
     uint open() { return m_server.addWindow({30, 40, 500, 120}, Qt::black); }
     void paint(uint window, const MediaClock::Moment &moment, int square)
     {
-        const quint64 mark = quint64(0b0101) << MediaClock::markBits | MediaClock::markOf(moment);
-        constexpr int squares = MediaClock::markGuards + MediaClock::markBits;
-        for (int number = 0; number < squares; ++number)
-            m_server.fill(window, {10 + number * square, 20, square, square},
-                (mark >> (squares - 1 - number) & 1U) != 0 ? Qt::white : Qt::black);
+        paintMark(&m_server, window, moment, square);
     }
 
     XServer m_server;

@@ -11,6 +11,7 @@ import unittest
 from pathlib import Path
 
 from program import ProgramCase
+from sound import Sound
 
 MEDIA = """
 media:
@@ -78,6 +79,37 @@ class Seen(EyeCase):
 """, eye="auto")
         self.assertEqual(done.code, 1, done.out + done.err)
         self.assertRegex(done.out, r"expected item 2 seen within 500 ms; at .* s: state Playing, .*seen is item 1")
+
+
+class Card(EyeCase):
+    @classmethod
+    def setUpClass(cls):
+        super().setUpClass()
+        cls.sound = Sound(cls.folder)
+        cls.addClassCleanup(cls.sound.end)
+
+    def conform(self, *arguments, **changes):
+        card = self.folder / "card.json"
+        done = self.run_program("conform", "--on", "KelvoGstRenderer", "--eye", "auto", "--only", "eye", "--json", str(card),
+                                *arguments, **changes)
+        self.assertIn(done.code, (0, 1), done.out + done.err)
+        return json.loads(card.read_text(encoding="utf-8"))["came-out"], done
+
+    def test_what_it_says_and_what_came_out(self):
+        rows, done = self.conform("--ear", "silence.monitor", KELVO_AUDIO_SINK="pulsesink", PULSE_SERVER=self.sound.address)
+        rows = {row["id"].removeprefix("eye."): row for row in rows}
+        self.assertEqual(list(rows), ["start", "item", "position", "left-out", "sync", "pause", "pause-position", "pause-at",
+                                      "seek", "next", "stop"])
+        for row in rows.values():
+            self.assertIsNotNone(row["came-out"], row)
+        # Where no busy machine has a part in it.
+        for name in ("item", "pause-position"):
+            self.assertFalse(rows[name]["off"], rows[name])
+        self.assertRegex(done.out, r"eye\.sync: by how much the picture is ahead of the sound: said 0\.000 s, came out -?\d\.\d+ s ± ")
+
+    def test_nobody_listens(self):
+        rows, _ = self.conform()
+        self.assertNotIn("eye.sync", [row["id"] for row in rows])
 
 
 class NotSeen(EyeCase):

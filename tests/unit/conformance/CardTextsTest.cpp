@@ -58,9 +58,9 @@ Card hostileCard()
     return Card(head, {failed, refused, held, overclaimed, untried});
 }
 
-SoundRow soundRow(const QString &id, std::optional<double> said, std::optional<double> cameOut)
+SenseRow senseRow(const QString &id, std::optional<double> said, std::optional<double> cameOut)
 {
-    SoundRow row;
+    SenseRow row;
     row.id = id;
     row.what = id + QStringLiteral(" in words");
     row.unit = QStringLiteral("s");
@@ -73,12 +73,12 @@ SoundRow soundRow(const QString &id, std::optional<double> said, std::optional<d
 }
 
 /// Nothing but what was heard: one that agrees, one that is off, and two that are not known.
-Card soundCard()
+Card sensedCard()
 {
     Card card({}, {});
-    card.setSounds({soundRow(QStringLiteral("start"), 0.1, 0.3),
-        soundRow(QStringLiteral("pause"), 0.001, 0.3), soundRow(QStringLiteral("seek"), 20.0, std::nullopt),
-        soundRow(QStringLiteral("stop"), std::nullopt, 0.02)});
+    card.setSenseRows({senseRow(QStringLiteral("start"), 0.1, 0.3),
+        senseRow(QStringLiteral("pause"), 0.001, 0.3), senseRow(QStringLiteral("seek"), 20.0, std::nullopt),
+        senseRow(QStringLiteral("stop"), std::nullopt, 0.02)});
     return card;
 }
 } // namespace
@@ -203,8 +203,8 @@ void CardTextsTest::emptyCards()
 
 void CardTextsTest::whatCameOut()
 {
-    QVERIFY(!soundCard().isClean());
-    const QString markdown = QString::fromUtf8(toMarkdown(soundCard()));
+    QVERIFY(!sensedCard().isClean());
+    const QString markdown = QString::fromUtf8(toMarkdown(sensedCard()));
     QVERIFY2(markdown.contains(
                  QStringLiteral("| start in words | 0.100 s | 0.300 s ± 10.5 ms | \\+200.0 ms | agrees |\n")),
         qPrintable(markdown));
@@ -212,18 +212,18 @@ void CardTextsTest::whatCameOut()
         QStringLiteral("| pause in words | 0.001 s | 0.300 s ± 10.5 ms | \\+299.0 ms | is off |\n")));
     QVERIFY(markdown.contains(QStringLiteral("| seek in words | 20.000 s | not measured\\: &lt;script")));
     QVERIFY(markdown.contains(QStringLiteral("| stop in words |  | 0.020 s ± 10.5 ms |  | not known |\n")));
-    const QString html = QString::fromUtf8(toHtml(soundCard()));
+    const QString html = QString::fromUtf8(toHtml(sensedCard()));
     QVERIFY(html.contains(QLatin1String("<td class=\"does-not-hold\">is off</td>")));
     QVERIFY(!html.contains(QLatin1String("<script")));
     const QJsonArray rows
-        = QJsonDocument::fromJson(toJson(soundCard())).object()[QLatin1String("sounds")].toArray();
+        = QJsonDocument::fromJson(toJson(sensedCard())).object()[QLatin1String("came-out")].toArray();
     QCOMPARE(rows.size(), 4);
     QCOMPARE(rows.at(1)[QLatin1String("off")].toBool(), true);
     QCOMPARE(rows.at(1)[QLatin1String("came-out")].toDouble(), 0.3);
     QVERIFY(rows.at(2)[QLatin1String("came-out")].isNull() && !rows.at(2)[QLatin1String("off")].toBool());
     // Where nobody listened.
     QVERIFY(!toMarkdown(hostileCard()).contains("came out"));
-    QVERIFY(!QJsonDocument::fromJson(toJson(hostileCard())).object().contains(QLatin1String("sounds")));
+    QVERIFY(!QJsonDocument::fromJson(toJson(hostileCard())).object().contains(QLatin1String("came-out")));
 }
 
 KELVO_TEST(CardTextsTest)
