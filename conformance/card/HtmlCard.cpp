@@ -13,7 +13,7 @@ body { font: 1rem/1.45 system-ui, sans-serif; margin: 0 auto; max-width: 70rem; 
 h1, h2, td { overflow-wrap: anywhere; }
 table { border-collapse: collapse; width: 100%; }
 th, td { border-bottom: 1px solid var(--line); padding: .3rem .5rem .3rem 0; text-align: left; vertical-align: top; }
-td.number { font-variant-numeric: tabular-nums; }
+td.number { font-variant-numeric: tabular-nums; white-space: nowrap; }
 code, pre { font-family: ui-monospace, monospace; font-size: .85rem; }
 pre { margin: .3rem 0; overflow-x: auto; white-space: pre-wrap; }
 .holds { color: var(--good); }
@@ -61,6 +61,11 @@ QString htmlCounts(const Card &card)
         .arg(header, rows, sums);
 }
 
+QString numberCell(const QString &number)
+{
+    return QLatin1String("<td class=\"number\">") + foreign(number) + QLatin1String("</td>");
+}
+
 QString htmlSenseRows(const Card &card)
 {
     if (card.senseRows().isEmpty())
@@ -69,9 +74,11 @@ QString htmlSenseRows(const Card &card)
     for (const SenseRow &row : card.senseRows()) {
         rows += QLatin1String("<tr><td><code>") + plainText(row.id).toHtmlEscaped()
             + QLatin1String("</code></td><th scope=\"row\">") + foreign(row.what) + QLatin1String("</th>");
-        for (const QString &cell :
-            {SenseText::said(row), SenseText::cameOut(row), SenseText::difference(row)})
-            rows += QLatin1String("<td class=\"number\">") + foreign(cell) + QLatin1String("</td>");
+        rows += numberCell(SenseText::said(row));
+        rows += row.cameOut
+            ? numberCell(SenseText::cameOut(row))
+            : QLatin1String("<td>") + foreign(SenseText::cameOut(row)) + QLatin1String("</td>");
+        rows += numberCell(SenseText::difference(row));
         const char *const kind = row.isOff() ? "does-not-hold" : row.difference() ? "holds" : "not-tried";
         rows += QLatin1String("<td class=\"") + QLatin1String(kind) + QLatin1String("\">")
             + SenseText::verdict(row) + QLatin1String("</td></tr>\n");
