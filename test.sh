@@ -17,10 +17,10 @@ if [ ! -f "$build/build.ninja" ]; then cmake --preset asan "${launcher[@]}"; fi
 cmake --build --preset asan --parallel "$(nproc)"
 
 echo "==> tests"
-# Five times as many as a small machine has cores: tests wait for their media five times as long as they use the
-# processor. "-j4" among the arguments takes the place of this number.
+# Three times as many as a small machine has cores: tests wait for their media as well as use the processor, and with more
+# of them at once those that compute take longer than they may. "-j4" among the arguments takes the place of this number.
 code=0
-ctest --preset asan -j10 "$@" || code=$?
+ctest --preset asan -j6 "$@" || code=$?
 tests_failed=8
 if [ "$code" != 0 ] && [ "$code" != "$tests_failed" ]; then exit "$code"; fi
 tests/support/list-skips.py "$build/Testing/Temporary/LastTest.log" || [ "$code" != 0 ] || code=1

@@ -40,7 +40,8 @@ if [ ! -w "$memory" ]; then memory=${TMPDIR:-/tmp}; fi
 TMPDIR=$(mktemp -d "$memory/kelvo-fuzz.XXXXXX")
 export TMPDIR
 trap 'rm -rf "$TMPDIR"' EXIT
-asan=detect_leaks=1:allocator_may_return_null=1
+# What has been freed is kept from being used again, which of millions of small pieces would take more than the limit.
+asan=detect_leaks=1:allocator_may_return_null=1:quarantine_size_mb=64
 export UBSAN_OPTIONS=print_stacktrace=1
 export LSAN_OPTIONS=suppressions=$root/tests/support/lsan.supp:print_suppressions=0
 # The readers of network data must not speak to anything.

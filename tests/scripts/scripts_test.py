@@ -174,7 +174,7 @@ class TestScript(MadeUp):
                 self.ends(code=code)
                 result = self.start()
                 self.assertEqual(result.returncode, code, result.stdout)
-                self.assertEqual(self.calls(), ["ctest --preset asan -j10 -L unit"])
+                self.assertEqual(self.calls(), ["ctest --preset asan -j6 -L unit"])
                 self.assertIn("==> skipped: 0", result.stdout)
 
     def test_what_ctest_cannot_do_lists_no_skips(self):
