@@ -24,7 +24,8 @@ public:
         std::vector<qint16> samples = wave.read(std::llround(seconds * MediaClock::sampleRate));
         for (qint16 &sample : samples)
             sample = qint16(sample * share);
-        write(reinterpret_cast<const char *>(samples.data()), qint64(samples.size() * sizeof(qint16)));
+        write(
+            reinterpret_cast<const char *>(samples.data()), qint64(samples.size()) * qint64(sizeof(qint16)));
         closeWriteChannel();
     }
 };
