@@ -56,6 +56,7 @@ private Q_SLOTS:
     void badAnswer_data();
     void badAnswer();
     void hangingActionEndsInTime();
+    void actionsHaveThreeSeconds();
     void badMetadata_data();
     void badMetadata();
 
@@ -63,7 +64,9 @@ private:
     void announce(const QByteArray &path, const QByteArray &udn, const QByteArray &what = "alive");
     bool appears(const QByteArray &udn, const QByteArray &names = "<friendlyName>Fault</friendlyName>");
     void serveAction(const HttpTestServer::Resource &answer) { m_server->serve("/control", answer); }
-    Upnp::Answer ask(const QByteArray &action, const QList<QByteArray> &results, int timeout = 3000);
+    /// @param timeout  milliseconds; none: what every action has that asks for no other
+    Upnp::Answer ask(
+        const QByteArray &action, const QList<QByteArray> &results, std::optional<int> timeout = {});
 
     std::unique_ptr<HttpTestServer> m_server;
     std::unique_ptr<UpnpNetwork> m_network;
@@ -115,14 +118,15 @@ bool UpnpFaultTest::appears(const QByteArray &udn, const QByteArray &names)
     return QTest::qWaitFor([&] { return m_names.contains(QString::fromLatin1(udn)); });
 }
 
-Upnp::Answer UpnpFaultTest::ask(const QByteArray &action, const QList<QByteArray> &results, int timeout)
+Upnp::Answer UpnpFaultTest::ask(
+    const QByteArray &action, const QList<QByteArray> &results, std::optional<int> timeout)
 {
     std::optional<Upnp::Answer> answer;
-    const Upnp::Call call = {.service = Upnp::Service::AVTransport,
+    Upnp::Call call = {.service = Upnp::Service::AVTransport,
         .action = action,
         .in = {{"InstanceID", QStringLiteral("0")}},
-        .out = results,
-        .timeout = timeout};
+        .out = results};
+    call.timeout = timeout.value_or(call.timeout);
     m_network->call({Upnp::Kind::Renderer, QStringLiteral("uuid:good")}, call,
         [&answer](const Upnp::Answer &given) { answer = given; });
     if (!QTest::qWaitFor([&] { return answer.has_value(); }))
@@ -219,6 +223,19 @@ void UpnpFaultTest::hangingActionEndsInTime()
     QCOMPARE(
         int(ask("GetTransportInfo", {"CurrentTransportState"}, 500).outcome), int(Upnp::Answer::TimedOut));
     QVERIFY2(timer.elapsed() >= 490 && timer.elapsed() < 2000, qPrintable(QString::number(timer.elapsed())));
+}
+
+/// Nothing else is under way, which a command would wait for: no more than its own time is left to it.
+void UpnpFaultTest::actionsHaveThreeSeconds()
+{
+    QVERIFY(appears("uuid:good"));
+    HttpTestServer::Resource silent;
+    silent.silent = true;
+    serveAction(silent);
+    QElapsedTimer timer;
+    timer.start();
+    QCOMPARE(int(ask("Pause", {}).outcome), int(Upnp::Answer::TimedOut));
+    QVERIFY2(timer.elapsed() >= 2990 && timer.elapsed() < 4500, qPrintable(QString::number(timer.elapsed())));
 }
 
 void UpnpFaultTest::badMetadata_data()
