@@ -25,6 +25,9 @@ public:
     /// How far off the times of all that is heard may be together, against the clock of this process: two periods of the
     /// sound server, whose monitors have a sound when it is rendered, which is before it plays. Seconds.
     static constexpr double ClockError = 0.02;
+    /// The same, where it was measured on this machine (Calibration); ClockError where not.
+    double clockError() const { return m_clockError; }
+    void setClockError(double seconds) { m_clockError = seconds; }
     /// What is heard is told later by that at most, on a machine that is not overloaded. Seconds.
     static constexpr double Lateness = 0.5;
     /// Of the clock that the times of what is heard are of: the steady one.
@@ -42,6 +45,7 @@ private:
     void tellFailure(const QString &doubt);
 
     SenseProgram m_program;
+    double m_clockError = ClockError;
     MuteWatch m_mute;
     bool m_isMuted = false; ///< what is heard means nothing
 };

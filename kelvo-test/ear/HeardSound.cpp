@@ -26,6 +26,11 @@ QString timeText(double seconds)
 }
 } // namespace
 
+HeardSound::HeardSound()
+    : HeardSound(Ear::ClockError)
+{
+}
+
 void HeardSound::beginCommand(double now)
 {
     settle(now);
@@ -79,14 +84,14 @@ std::optional<HeardSound::Measured> HeardSound::position() const
     const double age = m_now - m_last->at;
     if (age > freshness)
         return std::nullopt;
-    return Measured{*m_last->position + age * m_last->speed, Hearing::PositionError + Ear::ClockError};
+    return Measured{*m_last->position + age * m_last->speed, Hearing::PositionError + m_clockError};
 }
 
 std::optional<HeardSound::Measured> HeardSound::silence() const
 {
     if (!isAtRest())
         return std::nullopt;
-    return Measured{m_last->at - m_command, m_last->within + Ear::ClockError};
+    return Measured{m_last->at - m_command, m_last->within + m_clockError};
 }
 
 std::optional<HeardSound::Measured> HeardSound::speed() const

@@ -21,6 +21,13 @@ public:
     /// What is silent for less is not heard as silence. Seconds.
     static constexpr double SilenceHeard = 0.005;
 
+    HeardSound();
+    /// @param clockError  how far off the times of what is heard may be together, where that was measured (Ear)
+    explicit HeardSound(double clockError)
+        : m_clockError(clockError)
+    {
+    }
+
     /// Somebody listens from now on.
     void beginListening() { m_isListening = true; }
     /// A command was given: what is heard from now on is its effect.
@@ -57,6 +64,7 @@ public:
 private:
     void takeGap(const Hearing &hearing);
 
+    double m_clockError; ///< seconds
     bool m_isListening = false;
     double m_now = 0;
     double m_command = 0; ///< when the last was given

@@ -28,6 +28,9 @@ public:
     /// How far off the times of all that is seen may be together, against the clock of this process: what an X server was
     /// told to show is seen before a screen shows it. Seconds.
     static constexpr double ClockError = 0.02;
+    /// The same, where it was measured on this machine (Calibration); ClockError where not.
+    double clockError() const { return m_clockError; }
+    void setClockError(double seconds) { m_clockError = seconds; }
     /// What is seen is told later by that at most, on a machine that is not overloaded. Seconds.
     static constexpr double Lateness = 0.5;
     /// Of the clock that the times of what is seen are of: the steady one, as the ear's.
@@ -44,6 +47,7 @@ private:
     void tell(const Sighting &sighting);
 
     SenseProgram m_program;
+    double m_clockError = ClockError;
     uint m_window = 0;
     std::optional<Sighting> m_last;
 };

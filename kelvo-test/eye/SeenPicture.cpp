@@ -7,6 +7,11 @@ namespace {
 constexpr double pictureLength = 1.0 / MediaClock::framesPerSecond;
 } // namespace
 
+SeenPicture::SeenPicture()
+    : SeenPicture(Eye::ClockError)
+{
+}
+
 void SeenPicture::beginCommand(double now)
 {
     settle(now);
@@ -38,7 +43,7 @@ std::optional<Measured> SeenPicture::position() const
     if (!goes())
         return std::nullopt;
     return Measured{
-        m_last->moment.seconds() + (m_now - m_last->at) * m_last->speed, m_last->within + Eye::ClockError};
+        m_last->moment.seconds() + (m_now - m_last->at) * m_last->speed, m_last->within + m_clockError};
 }
 
 std::optional<Measured> SeenPicture::frame() const

@@ -13,6 +13,13 @@
 class SeenPicture
 {
 public:
+    SeenPicture();
+    /// @param clockError  how far off the times of what is seen may be together, where that was measured (Eye)
+    explicit SeenPicture(double clockError)
+        : m_clockError(clockError)
+    {
+    }
+
     /// Somebody looks from now on.
     void beginLooking() { m_isLooking = true; }
     /// A command was given: what is seen from now on is its effect.
@@ -40,6 +47,7 @@ public:
     QString text() const;
 
 private:
+    double m_clockError; ///< seconds
     bool m_isLooking = false;
     double m_now = 0;
     double m_command = 0; ///< when the last was given

@@ -20,6 +20,8 @@ bool isPicture(const Sighting &sighting)
 
 PictureWatch::PictureWatch(KelvoRenderer *renderer, const Eye *eye, QObject *parent)
     : SenseWatch(renderer, parent)
+    , m_clockError(eye->clockError())
+    , m_picture(m_clockError)
 {
     m_picture.beginCommand(commandTime());
     m_picture.beginLooking();
@@ -55,7 +57,7 @@ std::optional<Sighting> PictureWatch::find(const std::function<bool(const Sighti
 std::optional<SenseWatch::First> PictureWatch::first() const
 {
     const auto first = find(isPicture);
-    return first ? std::optional(First{{first->at, first->within + Eye::ClockError}, first->moment.item})
+    return first ? std::optional(First{{first->at, first->within + m_clockError}, first->moment.item})
                  : std::nullopt;
 }
 
@@ -73,7 +75,7 @@ std::optional<Measured> PictureWatch::restedAt()
         return std::nullopt;
     // The next picture did not come: it rests since some time between the two.
     const double half = last->kind == Sighting::Rests ? pictureTime / 2 : 0;
-    return Measured{last->at + half, last->within + half + Eye::ClockError};
+    return Measured{last->at + half, last->within + half + m_clockError};
 }
 
 std::optional<Measured> PictureWatch::wentOnAwayFrom(double place) const
@@ -95,7 +97,7 @@ std::optional<SenseWatch::Change> PictureWatch::changeTo(int item)
         return std::nullopt;
     // The last that was told of an item is not the last of its pictures.
     const double ended = last->at + SenseTrial::Media::Seconds - last->moment.seconds();
-    return Change{ended, {other->at - ended, last->within + other->within + Eye::ClockError}};
+    return Change{ended, {other->at - ended, last->within + other->within + m_clockError}};
 }
 
 const SeenPicture &PictureWatch::picture()

@@ -33,5 +33,6 @@ private:
     std::optional<Sighting> find(const std::function<bool(const Sighting &)> &is) const;
 
     QList<Sighting> m_seen; ///< since the command, times after that
+    const double m_clockError; ///< seconds
     SeenPicture m_picture;
 };

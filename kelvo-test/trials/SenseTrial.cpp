@@ -12,7 +12,6 @@ const auto seconds = QStringLiteral("s");
 
 // The most by which what is said and what comes out may differ. Seconds.
 constexpr double mostLate = 0.2; // reports
-constexpr double mostMisplaced = 0.1; // positions
 constexpr double mostMissed = 0.2; // places that were asked for
 constexpr double longestGap = 1.5;
 } // namespace
@@ -91,7 +90,7 @@ void SenseTrial::comparePositions()
     const std::optional<SenseWatch::Position> position = watch().askPosition();
     add(QStringLiteral("position"), QStringLiteral("position while it plays"), seconds,
         position ? std::optional(position->told) : std::nullopt,
-        position ? position->cameOut : watch().position(), mostMisplaced);
+        position ? position->cameOut : watch().position(), MostMisplaced);
 }
 
 void SenseTrial::pause()
@@ -104,7 +103,7 @@ void SenseTrial::pause()
         watch().saidAt(R::Paused), watch().restedAt(), mostLate);
     const std::optional<SenseWatch::Position> position = watch().askPosition();
     add(QStringLiteral("pause-position"), QStringLiteral("position while it is paused"), seconds,
-        position ? std::optional(position->told) : std::nullopt, whereItRests(), mostMisplaced);
+        position ? std::optional(position->told) : std::nullopt, whereItRests(), MostMisplaced);
 }
 
 void SenseTrial::pauseAt()

@@ -19,6 +19,9 @@ public:
         static constexpr int Seconds = 30;
     };
 
+    /// Seconds by which positions may be off what comes out.
+    static constexpr double MostMisplaced = 0.1;
+
     virtual ~SenseTrial() = default;
     Q_DISABLE_COPY_MOVE(SenseTrial)
 

@@ -12,6 +12,8 @@ constexpr qsizetype mostHeard = 1000;
 
 SoundWatch::SoundWatch(KelvoRenderer *renderer, const Ear *ear, QObject *parent)
     : SenseWatch(renderer, parent)
+    , m_clockError(ear->clockError())
+    , m_sound(m_clockError)
 {
     m_sound.beginCommand(commandTime());
     m_sound.beginListening();
@@ -44,7 +46,7 @@ std::optional<Hearing> SoundWatch::find(const std::function<bool(const Hearing &
 std::optional<SenseWatch::First> SoundWatch::first() const
 {
     const auto first = find([](const Hearing &hearing) { return hearing.kind == Hearing::Begins; });
-    return first ? std::optional(First{{first->at, first->within + Ear::ClockError}, first->item})
+    return first ? std::optional(First{{first->at, first->within + m_clockError}, first->item})
                  : std::nullopt;
 }
 

@@ -33,5 +33,6 @@ private:
     std::optional<Hearing> find(const std::function<bool(const Hearing &)> &is) const;
 
     QList<Hearing> m_heard; ///< since the command, times after that
+    const double m_clockError; ///< seconds
     HeardSound m_sound;
 };

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "ListeningPost.h"
 
+#include "Calibration.h"
 #include "Session.h"
 #include "SoundTrial.h"
 #include "TrialMedia.h"
 
 namespace {
 constexpr std::chrono::milliseconds answerTime = std::chrono::seconds(10);
+constexpr std::chrono::milliseconds calibrationTime = std::chrono::seconds(20);
 } // namespace
 
 bool ListeningPost::prepare(const QString &device, QString *error)
@@ -33,16 +35,30 @@ bool ListeningPost::listen(Session &session, QString *error)
     return false;
 }
 
+SenseRow ListeningPost::calibrate(Session &session, const QUrl &medium)
+{
+    const auto monitor = QStringLiteral(".monitor");
+    if (!m_device.endsWith(monitor))
+        return Calibration::notPossible(
+            QStringLiteral("ear"), QStringLiteral("\"%1\" is not the monitor of a sink").arg(m_device));
+    const QString sink = m_device.chopped(monitor.size());
+    const auto calibration = Calibration::ofEar(&m_ear, sink, medium.toLocalFile());
+    session.waitUntil([&calibration] { return calibration->isDone(); }, calibrationTime);
+    m_ear.setClockError(calibration->error().value_or(Ear::ClockError));
+    return calibration->row();
+}
+
 QList<SenseRow> ListeningPost::compare(Session &session, const QString &uuid)
 {
     TrialMedia media;
     KelvoRenderer *const renderer = TrialMedia::prepareTrial(session, uuid, QStringLiteral("wav"), &media);
     if (!renderer)
         return {};
+    const SenseRow calibration = calibrate(session, media.items().first);
     SoundTrial trial(renderer, &m_ear, media.items());
     QObject context;
     QObject::connect(&session, &Session::interrupted, &context, [&trial] { trial.stop(); });
     QObject::connect(&m_ear, &Ear::heard, &context,
         [&session, uuid](const Hearing &hearing) { session.noteHeard(uuid, hearing); });
-    return trial.run();
+    return QList<SenseRow>{calibration} + trial.run();
 }

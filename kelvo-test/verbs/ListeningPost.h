@@ -25,6 +25,9 @@ public:
     QList<SenseRow> compare(Session &session, const QString &uuid);
 
 private:
+    /// How well the ear hears here: so far off is what it measures from now on.
+    SenseRow calibrate(Session &session, const QUrl &medium);
+
     EarSink m_sink;
     QString m_device;
     Ear m_ear;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "LookingPost.h"
 
+#include "Calibration.h"
 #include "KelvoRegistry.h"
 #include "MediaClock.h"
 #include "PictureTrial.h"
@@ -9,6 +10,7 @@
 
 namespace {
 constexpr std::chrono::milliseconds openingTime = std::chrono::seconds(10);
+constexpr std::chrono::milliseconds calibrationTime = std::chrono::seconds(20);
 
 QString wholePicture()
 {
@@ -29,19 +31,31 @@ bool LookingPost::look(const QString &place, Session &session, QString *error)
     return false;
 }
 
+SenseRow LookingPost::calibrate(Session &session, const QUrl &medium)
+{
+    if (m_eye.window() == 0)
+        return Calibration::notPossible(
+            QStringLiteral("eye"), QStringLiteral("only into a window that the eye makes can be played"));
+    const auto calibration = Calibration::ofEye(&m_eye, m_eye.window(), medium.toLocalFile());
+    session.waitUntil([&calibration] { return calibration->isDone(); }, calibrationTime);
+    m_eye.setClockError(calibration->error().value_or(Eye::ClockError));
+    return calibration->row();
+}
+
 QList<SenseRow> LookingPost::compare(Session &session, const QString &uuid, const Ear *ear)
 {
     TrialMedia media;
     KelvoRenderer *const renderer = TrialMedia::prepareTrial(session, uuid, QStringLiteral("mp4"), &media);
     if (!renderer)
         return {};
+    const SenseRow calibration = calibrate(session, media.items().first);
     lendWindow(m_eye, renderer);
     PictureTrial trial(renderer, &m_eye, ear, media.items());
     QObject context;
     QObject::connect(&session, &Session::interrupted, &context, [&trial] { trial.stop(); });
     QObject::connect(&m_eye, &Eye::seen, &context,
         [&session, uuid](const Sighting &sighting) { session.noteSeen(uuid, sighting); });
-    QList<SenseRow> rows = trial.run();
+    const QList<SenseRow> rows = QList<SenseRow>{calibration} + trial.run();
     takeWindowBack(m_eye, session.registry()->findRendererByUuid(uuid));
     return rows;
 }

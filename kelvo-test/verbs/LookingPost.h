@@ -29,5 +29,8 @@ public:
     static void takeWindowBack(const Eye &eye, KelvoRenderer *renderer);
 
 private:
+    /// How well the eye sees here: so far off is what it measures from now on.
+    SenseRow calibrate(Session &session, const QUrl &medium);
+
     Eye m_eye;
 };

@@ -4,7 +4,7 @@
 
     console -> {shared, tracker} -> core -> Qt Core and Gui
     kelvo-test -> verbs -> trials -> {scenario, conformance}, verbs -> {scenario, conformance, recording, shared} -> core, scenario -> {report, ear, eye} -> {media, senses}
-    kelvo-media-maker, kelvo-ear, kelvo-eye (programs of their own, which kelvo-test starts) -> media, ear, eye
+    kelvo-media-maker, kelvo-bare-player, kelvo-ear, kelvo-eye (programs of their own, which kelvo-test starts) -> media, senses, ear, eye
     conformance (a static library, for whoever holds a renderer to the contract) -> core
     plug-ins -> core (tracker-source also tracker) + their one foreign library
     gst-renderer, simulator, upnp, mpris -> playback (a static library) -> core
@@ -40,6 +40,7 @@ MAY_INCLUDE = {
     "kelvo-test/media": set(),
     "kelvo-test/media/maker": {"framework/glib", "kelvo-test/media"},
     "kelvo-test/senses": set(),
+    "kelvo-test/senses/player": {"framework/glib", "kelvo-test/senses"},
     "kelvo-test/ear": {"kelvo-test/media", "kelvo-test/senses"},
     "kelvo-test/eye": {"kelvo-test/media", "kelvo-test/senses"},
     "kelvo-test/eye/capture": {"kelvo-test/eye", "kelvo-test/media", "kelvo-test/senses"},
@@ -87,7 +88,9 @@ BOUNDARY_HEADERS = {
 # Headers of foreign libraries -> the folders that may know them.
 FOREIGN = {
     # The indexer looks into videos with the media engine's discoverer.
-    r"gst/": {"framework/glib", "kelvo-test/media/maker", "framework/plugins/gst-renderer", "framework/plugins/tracker-source"},
+    r"gst/": {
+        "framework/glib", "kelvo-test/media/maker", "kelvo-test/senses/player", "framework/plugins/gst-renderer",
+        "framework/plugins/tracker-source"},
     r"totem-pl-parser": {"framework/media"},
     r"libtracker-sparql|tracker-sparql": {"framework/tracker"},
     r"^curl/": {"framework/tracker"},
@@ -125,6 +128,7 @@ MAY_LINK = {
     # Make media and listen in processes of their own, so that kelvo-test loads none of this.
     # D-Bus comes with the sanitizers.
     r"libexec/kelvo/kelvo-(media-maker|ear)": QT_BASE + r"|libQt6DBus\.so|libgstreamer-1\.0|libg(lib|object)-2\.0|libltc",
+    r"libexec/kelvo/kelvo-bare-player": QT_BASE + r"|libQt6DBus\.so|libgst(reamer|video)-1\.0|libg(lib|object)-2\.0",
     r"libexec/kelvo/kelvo-eye": QT_BASE + r"|libQt6DBus\.so|libltc|libxcb",
     r"bin/kelvo-test-gui": r"libQt6(Core|Gui|Widgets|Network|DBus)\.so|libkelvo-(core|shared|tracker)\.so|libfontconfig",
     r"lib/kelvo/plugins/gst-renderer\.so":

@@ -149,6 +149,9 @@ class Card(EarCase):
         output = process.stdout.read()
         self.assertIn(process.wait(PATIENCE), (0, 1), output)
         rows = {row["id"].removeprefix("ear."): row for row in json.loads(Path(f"{card}.json").read_text())["came-out"]}
+        bare = rows.pop("bare")
+        self.assertEqual(bare["said"], 0)
+        self.assertTrue(bare["came-out"] is not None or "comes out" in bare["doubt"], bare)
         self.assertEqual(list(rows), ["start", "item", "position", "level-50", "level-25", "pause", "pause-position",
                                       "pause-at", "seek", "next", "stop"])
         for row in rows.values():

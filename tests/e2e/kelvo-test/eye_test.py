@@ -120,6 +120,9 @@ class Card(WithSound):
                                 "--json", str(card), KELVO_AUDIO_SINK="pulsesink", PULSE_SERVER=self.sound.address)
         self.assertIn(done.code, (0, 1), done.out + done.err)
         rows = {row["id"].removeprefix("eye."): row for row in json.loads(card.read_text(encoding="utf-8"))["came-out"]}
+        bare = rows.pop("bare")
+        self.assertEqual(bare["said"], 0)
+        self.assertTrue(bare["came-out"] is not None or "comes out" in bare["doubt"], bare)
         self.assertEqual(list(rows), ["start", "item", "position", "left-out", "sync", "pause", "pause-position", "pause-at",
                                       "seek", "next", "stop"])
         for row in rows.values():

@@ -70,6 +70,21 @@ private Q_SLOTS:
         QVERIFY(isAbout(sound.position(), 8) && !sound.sounds() && sound.position()->error < 0.001);
     }
 
+    void timesAreAsFarOffAsTheEarsClock()
+    {
+        for (const double clockError : {0.003, 0.25}) {
+            HeardSound sound(clockError);
+            sound.take(told(Hearing::Begins, 10, 3, 5));
+            QVERIFY(std::abs(sound.position()->error - Hearing::PositionError - clockError) < 1e-9);
+            sound.beginCommand(11);
+            sound.take(told(Hearing::Ends, 11.1, 3, 6));
+            sound.settle(13);
+            QVERIFY(std::abs(sound.silence()->error - clockError) < 0.001);
+            // Where a sound ends is a matter of its code.
+            QVERIFY(sound.position()->error < 0.003);
+        }
+    }
+
     void silenceIsKnownWhenNoSoundCanBeOnItsWay()
     {
         HeardSound sound;

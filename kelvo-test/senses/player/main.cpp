@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+// kelvo-bare-player sound SINK FILE | picture WINDOW FILE
+// Plays a medium by a pipeline that does nothing else, and writes ten times a second where it is: "at TIME POSITION", both
+// in seconds, the time by the steady clock. kelvo-test starts this to know how well it hears and sees, and ends it.
+#include "BarePipeline.h"
+
+#include <QCoreApplication>
+#include <QStringList>
+
+#include <csignal>
+#include <cstdio>
+
+namespace {
+std::atomic<bool> isEnded = false;
+
+void end(int)
+{
+    isEnded = true;
+}
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    const QCoreApplication application(argc, argv);
+    const QStringList words = QCoreApplication::arguments().mid(1);
+    const bool isSound = words.value(0) == QLatin1String("sound");
+    if (words.size() != 3 || (!isSound && words.at(0) != QLatin1String("picture"))) {
+        std::fputs("usage: kelvo-bare-player sound SINK FILE | picture WINDOW FILE\n", stderr);
+        return 1;
+    }
+    gst_init(nullptr, nullptr);
+    std::signal(SIGTERM, end);
+    BarePipeline pipeline = isSound ? BarePipeline::sound(words.at(1), words.at(2))
+                                    : BarePipeline::picture(words.at(1).toUInt(), words.at(2));
+    const QString problem = pipeline.run(isEnded);
+    std::fputs(problem.toUtf8().constData(), stderr);
+    return problem.isEmpty() ? 0 : 1;
+}
