@@ -2,8 +2,9 @@
 # SPDX-License-Identifier: MIT
 """make-conformance-cards.py [--build FOLDER] [--jobs N] [--only GLOB] [--list] [SUBJECT...]
 
-Holds real players and devices to the contract, and writes docs/conformance: for each a card, as Markdown and as JSON, and
-the matrix of all cards that are there. Without a name: all subjects. Each runs in a home, on a bus, a display, a sound
+Holds real players and devices to the contract, listens to them and, where they have a display, looks at them, and writes
+docs/conformance: for each a card, as Markdown and as JSON, and the matrix of all cards that are there. Without a name: all
+subjects. Each runs in a home, on a bus, a display, a sound
 server and, where it is a device, a network of its own, and not as root. With --only some statements are tried, and what
 comes of them is only shown.
 
@@ -42,6 +43,7 @@ class Subject:
     renderer: str = "mpris:*"
     files: dict = field(default_factory=dict)  # path below the home -> text
     has_display: bool = False
+    eye: str = ""  # where its videos are seen
 
     @property
     def is_device(self):
@@ -83,25 +85,28 @@ enabled=false
 [LMS]
 enabled=false
 """
+SCREEN = "1280x800"
+ALL_OF_IT = "0,0,1280,800"
 SUBJECTS = [
-    Subject("gst-renderer", "KelvoGstRenderer", "", plugin="gst-renderer", renderer="KelvoGstRenderer"),
+    Subject("gst-renderer", "KelvoGstRenderer", "", plugin="gst-renderer", renderer="KelvoGstRenderer", has_display=True,
+            eye="auto"),
     Subject("simulator", "Simulator A", "", plugin="simulator", renderer="KelvoSimulatorA"),
     Subject("rygel", "Rygel", "rygel", ["rygel"], "upnp", "*", {"config/rygel.conf": RYGEL}),
     Subject("gmediarender", "gmediarender", "gmediarender",
             ["gmediarender", "-I", "net0", "-f", "gmediarender", "--gstout-audiosink=pulsesink"],
             "upnp", "*"),
     Subject("mpv", "mpv", "mpv-mpris", ["mpv", "--no-config", "--script=/usr/lib/mpv-mpris/mpris.so", "--ao=pulse",
-                                        "--vo=null", "--idle=yes", "--no-terminal"]),
-    Subject("vlc", "VLC", "vlc-bin", ["vlc", "--intf=dummy"]),
-    Subject("celluloid", "Celluloid", "celluloid", ["celluloid"], has_display=True,
+                                        "--vo=x11", "--idle=yes", "--no-terminal"], has_display=True, eye=ALL_OF_IT),
+    Subject("vlc", "VLC", "vlc-bin", ["vlc", "--intf=dummy"], has_display=True, eye=ALL_OF_IT),
+    Subject("celluloid", "Celluloid", "celluloid", ["celluloid"], has_display=True, eye=ALL_OF_IT,
             files={KEYFILE: "[io/github/celluloid-player/celluloid]\nmpris-enable=true\nalways-use-floating-controls=false\n"}),
     Subject("rhythmbox", "Rhythmbox", "rhythmbox-plugins", ["rhythmbox"], has_display=True),
     Subject("strawberry", "Strawberry", "strawberry", ["strawberry"], has_display=True),
     Subject("clementine", "Clementine", "clementine", ["clementine"], has_display=True),
-    Subject("totem", "Totem", "totem-plugins", ["totem"], has_display=True),
-    Subject("smplayer", "SMPlayer", "smplayer", ["smplayer"], has_display=True),
-    Subject("haruna", "Haruna", "haruna", ["haruna"], has_display=True),
-    Subject("dragon", "Dragon Player", "dragonplayer", ["dragon"], has_display=True),
+    Subject("totem", "Totem", "totem-plugins", ["totem"], has_display=True, eye=ALL_OF_IT),
+    Subject("smplayer", "SMPlayer", "smplayer", ["smplayer"], has_display=True, eye=ALL_OF_IT),
+    Subject("haruna", "Haruna", "haruna", ["haruna"], has_display=True, eye=ALL_OF_IT),
+    Subject("dragon", "Dragon Player", "dragonplayer", ["dragon"], has_display=True, eye=ALL_OF_IT),
 ]
 
 
@@ -125,7 +130,7 @@ class House:
                     "-L", "module-null-sink", "-L", f"module-native-protocol-unix auth-anonymous=1 socket={self.home}/sound"])
         if self.subject.has_display:
             ours, theirs = os.pipe()
-            self.start(["Xvfb", "-displayfd", str(theirs), "-screen", "0", "1280x800x24", "-nolisten", "tcp"],
+            self.start(["Xvfb", "-displayfd", str(theirs), "-screen", "0", f"{SCREEN}x24", "-nolisten", "tcp"],
                        pass_fds=[theirs])
             os.close(theirs)
             with os.fdopen(ours) as display:
@@ -155,14 +160,14 @@ def inside(subject, program, only):
     house.furnish()
     try:
         words = ["conform", "--on", subject.renderer, "--wait", "60s", "--json", home / "card.json", "--markdown",
-                 home / "card.md"]
+                 home / "card.md", "--ear", "auto", *(["--eye", subject.eye] if subject.eye else [])]
         return subprocess.run([program, *words, *(["--only", only] if only else [])], stdin=subprocess.DEVNULL,
                               timeout=LONGEST, check=False).returncode
     finally:
         house.leave()
 
 
-def surroundings(home):
+def surroundings(home, has_display):
     """The environment of a subject: nothing of the user's."""
     environment = {name: os.environ[name] for name in ("PATH", "LANG") if name in os.environ}
     folders = {"XDG_CONFIG_HOME": "config", "XDG_DATA_HOME": "data", "XDG_CACHE_HOME": "cache",
@@ -170,8 +175,10 @@ def surroundings(home):
     for name, folder in folders.items():
         (home / folder).mkdir(mode=0o700)
         environment[name] = str(home / folder)
+    if not has_display:
+        environment["KELVO_VIDEO_SINK"] = "fakesink sync=true"
     return {**environment, "HOME": str(home), "LC_ALL": "C.UTF-8", "GSETTINGS_BACKEND": "keyfile",
-            "KELVO_AUDIO_SINK": "pulsesink", "KELVO_VIDEO_SINK": "fakesink sync=true", "KELVO_UPNP_INTERFACE": "net0",
+            "KELVO_AUDIO_SINK": "pulsesink", "KELVO_UPNP_INTERFACE": "net0",
             "NO_AT_BRIDGE": "1", "QT_LINUX_ACCESSIBILITY_ALWAYS_ON": "0"}
 
 
@@ -184,7 +191,7 @@ def make_card(subject, program, only):
     """Returns (the subject, an error, what was said)."""
     with tempfile.TemporaryDirectory(prefix=f"kelvo-card-{subject.name}-") as name:
         home = pathlib.Path(name)
-        environment = surroundings(home)
+        environment = surroundings(home, subject.has_display)
         environment["KELVO_PLUGINS"] = subject.plugin
         bus = (pathlib.Path("/usr/share/dbus-1/session.conf").read_text(encoding="utf-8")
                .replace("<standard_session_servicedirs />", "").replace("<standard_session_servicedirs/>", ""))
@@ -243,7 +250,8 @@ def matrix(cards):
     sentences = {result["id"]: result["statement"] for name in names for result in cards[name]["results"]}
     odd = [ident for ident in sentences
            if any(verdicts[name].get(ident, "not-tried") != "holds" for name in names)]
-    lines += ["", f"## Statement by statement", "",
+    lines += came_out(cards)
+    lines += ["", "## Statement by statement", "",
               f"The {len(sentences) - len(odd)} statements that hold on all of them are left out; "
               "[all of them](statements.md).", "",
               "| statement | " + " | ".join(names) + " |", "|---|" + "---|" * len(names)]
@@ -251,6 +259,30 @@ def matrix(cards):
         words = [VERDICTS[verdicts[name].get(ident, "not-tried")] for name in names]
         lines.append(f"| `{ident}` | " + " | ".join(words) + " |")
     return "\n".join(lines) + "\n"
+
+
+def difference(row):
+    """A cell: by how much what came out differs from what was said."""
+    if row is None or row["said"] is None or row["came-out"] is None:
+        return "" if row is None else "?"
+    value = row["came-out"] - row["said"]
+    text = {"s": f"{1000 * value:+.0f} ms", "dB": f"{value:+.1f} dB"}.get(row["unit"], f"{value:+g}")
+    return f"**{text}**" if row["off"] else text
+
+
+def came_out(cards):
+    """The Markdown of what was heard and seen, beside what was said: name -> card."""
+    rows = {name: {row["id"]: row for row in card.get("came-out", [])} for name, card in cards.items()}
+    names = [subject.name for subject in SUBJECTS if rows.get(subject.name)]
+    texts = {ident: row["what"] for name in names for ident, row in rows[name].items()}
+    lines = ["", "## What came out, against what was said", "",
+             "By how much what was heard and seen differs from what the renderer says; set in bold where that is more than it may "
+             "be and than the measuring may be off. ? stands for what was not said or could not be measured: the cards say why.", "",
+             "| | " + " | ".join(names) + " |", "|---|" + "---|" * len(names)]
+    for ident, text in texts.items():
+        cells = [difference(rows[name].get(ident)) for name in names]
+        lines.append(f"| `{ident}` {cell(text)} | " + " | ".join(cells) + " |")
+    return lines if names else []
 
 
 def write_matrix():
