@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "LogRecorder.h"
+#include "PeakMemory.h"
 #include "TestGroup.h"
 #include "TrackerIndexCase.h"
+#include "index/TagReader.h"
 
 #include <QFile>
 #include <QTest>
@@ -51,6 +53,12 @@ bool tagMp3(const QString &path, const Kind &kind, const std::function<void(TagL
     return file.save(kind.type, TagLib::File::StripOthers, kind.version, TagLib::File::DoNotDuplicate);
 }
 
+void appendNumber(QByteArray *bytes, qsizetype value, int size)
+{
+    for (int i = 0; i < size; ++i)
+        bytes->append(char(value >> 8 * i));
+}
+
 bool setProperties(const QString &path, const Properties &properties)
 {
     TagLib::FileRef file(QFile::encodeName(path).constData());
@@ -75,6 +83,29 @@ class TrackerTagTest : public TrackerIndexCase
     QString original(const QString &name, const QString &file = "short.mp3") const
     {
         return addFile(name, file);
+    }
+
+    bool readCrowded(int parts) const
+    {
+        constexpr int entries = 0xffff;
+        constexpr int entrySize = 6; // bytes: length of its name, type, length of its value
+        QByteArray part
+            = QByteArray::fromHex("40a4d0d207e3d21197f000a0c95ea850"); // extended content description
+        appendNumber(&part, part.size() + 8 + 2 + entries * entrySize, 8);
+        appendNumber(&part, entries, 2);
+        part += QByteArray(entries * entrySize, '\0');
+        QByteArray whole = QByteArray::fromHex("3026b2758e66cf11a6d900aa0062ce6c"); // header
+        appendNumber(&whole, 30 + parts * part.size(), 8);
+        appendNumber(&whole, parts, 4);
+        whole += QByteArray::fromHex("0102") + part.repeated(parts);
+        QFile file(place("crowded.wma"));
+        if (!file.open(QIODevice::WriteOnly) || file.write(whole) != whole.size())
+            return true;
+        file.close();
+        MediaItem item;
+        item.path = QFile::encodeName(file.fileName());
+        LengthSource source = LengthSource::Headers;
+        return readTags(&item, &source);
     }
 
 private Q_SLOTS:
@@ -201,6 +232,18 @@ private Q_SLOTS:
         QVERIFY(index());
         const int album = result(Type::AllAlbums)->index(0, 0).data().toInt();
         QCOMPARE(titles(Type::SongsOfAlbum, album), QStringList({"1/2", "1/10", "2/1", "2/2"}));
+    }
+
+    /// An ASF header, each part of which has as many entries as there can be, all of them empty.
+    void takesNoMoreMemoryThanTagsDo()
+    {
+        const qint64 before = beginPeakMemory();
+        const bool isRead = readCrowded(1);
+        const qint64 ofOne = peakMemory() - before;
+        QVERIFY(before > 0 && ofOne > 0 && !isRead);
+        QVERIFY(!readCrowded(12));
+        const qint64 ofMany = peakMemory() - before;
+        QVERIFY2(ofMany < 4 * ofOne, qPrintable(QStringLiteral("%1, %2").arg(ofOne).arg(ofMany)));
     }
 
     void cutsTextsThatAreNoTitles()

@@ -4,6 +4,7 @@
 #include "KelvoTestCase.h"
 #include "KelvoThumbnailDownloader.h"
 #include "LogRecorder.h"
+#include "PeakMemory.h"
 #include "TestGroup.h"
 
 #include <QBuffer>
@@ -29,20 +30,6 @@ QByteArray png(const QSize &size, QImage::Format format)
     QBuffer buffer(&bytes);
     image.save(&buffer, "PNG");
     return bytes;
-}
-
-/// Peak memory of the process, in bytes.
-qint64 peakMemory()
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return -1;
-    const QList<QByteArray> lines = status.readAll().split('\n');
-    for (const QByteArray &line : lines) {
-        if (line.startsWith("VmHWM:"))
-            return line.mid(6).trimmed().split(' ').first().toLongLong() * 1024;
-    }
-    return -1;
 }
 } // namespace
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "RecordingReader.h"
 #include "KelvoTestCase.h"
+#include "PeakMemory.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -10,19 +11,6 @@ namespace {
 const QByteArray header = R"({"kelvo-recording":1,"program":"console","started":"2026-11-22T08:00:00.000Z"})";
 const QByteArray playing
     = R"({"time":1.5,"uuid":"r","kind":"report","name":"stateChanged","arguments":["Playing"]})";
-
-/// The most memory that this process has had so far, in bytes.
-qint64 peakMemory()
-{
-    QFile status(QStringLiteral("/proc/self/status"));
-    if (!status.open(QIODevice::ReadOnly))
-        return 0;
-    for (const QByteArray &line : status.readAll().split('\n')) {
-        if (line.startsWith("VmHWM:"))
-            return line.mid(6).trimmed().split(' ').constFirst().toLongLong() * 1024;
-    }
-    return 0;
-}
 } // namespace
 
 /// What is read of recordings, whole or damaged.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "TagReader.h"
 
+#include "BoundedFileStream.h"
 #include "TextRepair.h"
 
 #include <fileref.h>
@@ -9,7 +10,6 @@
 #include <oggfile.h>
 #include <tag.h>
 #include <tfile.h>
-#include <tfilestream.h>
 #include <tpropertymap.h>
 
 namespace {
@@ -139,10 +139,9 @@ LengthSource lengthSource(TagLib::File &file)
 bool readTags(MediaItem *item, LengthSource *source)
 {
     try {
-        // By its name alone the library would open the file for writing too.
-        TagLib::FileStream stream(item->path.constData(), true);
+        BoundedFileStream stream(item->path.constData());
         const TagLib::FileRef file(&stream, true, TagLib::AudioProperties::Average);
-        if (file.isNull() || !file.file()->isValid())
+        if (file.isNull() || !file.file()->isValid() || stream.isExhausted())
             return false;
         fill(item, *file.file());
         const TagLib::AudioProperties *sound = file.audioProperties();
