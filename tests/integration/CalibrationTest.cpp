@@ -13,8 +13,8 @@
 #include <QTest>
 
 namespace {
-constexpr int patience = 30'000; // milliseconds
-const auto sink = QStringLiteral("silence");
+constexpr int calibrationTime = 30'000; // milliseconds
+const auto playedSink = QStringLiteral("silence");
 } // namespace
 
 /// What comes out of a pipeline that does nothing else is set beside its position, on a real sound server and X server.
@@ -40,7 +40,7 @@ private:
     QString m_video;
 };
 
-#define VERIFY_DONE(calibration) QTRY_VERIFY_WITH_TIMEOUT((calibration)->isDone(), patience)
+#define VERIFY_DONE(calibration) QTRY_VERIFY_WITH_TIMEOUT((calibration)->isDone(), calibrationTime)
 
 void CalibrationTest::initTestCase()
 {
@@ -60,7 +60,7 @@ QString CalibrationTest::makeMedium(const QString &format) const
 void CalibrationTest::listen(Ear *ear, const QString &device)
 {
     ear->listen(device);
-    QTRY_VERIFY_WITH_TIMEOUT(ear->isReady(), patience);
+    QTRY_VERIFY_WITH_TIMEOUT(ear->isReady(), calibrationTime);
 }
 
 void CalibrationTest::earOnTheSinkItself()
@@ -68,7 +68,7 @@ void CalibrationTest::earOnTheSinkItself()
     const SoundServer server;
     Ear ear;
     listen(&ear, QStringLiteral("silence.monitor"));
-    const auto calibration = Calibration::ofEar(&ear, sink, m_song);
+    const auto calibration = Calibration::ofEar(&ear, playedSink, m_song);
     VERIFY_DONE(calibration);
     const SenseRow row = calibration->row();
     QCOMPARE(row.doubt, QString());
@@ -88,7 +88,7 @@ void CalibrationTest::earBehindASlowDevice()
         QStringLiteral("latency_msec=500")});
     Ear ear;
     listen(&ear, QStringLiteral("far.monitor"));
-    const auto calibration = Calibration::ofEar(&ear, sink, m_song);
+    const auto calibration = Calibration::ofEar(&ear, playedSink, m_song);
     VERIFY_DONE(calibration);
     const SenseRow row = calibration->row();
     QVERIFY2(calibration->error() > 0.3, qPrintable(row.doubt));
@@ -103,7 +103,7 @@ void CalibrationTest::earElsewhere()
         QStringLiteral("sink_name=other")});
     Ear ear;
     listen(&ear, QStringLiteral("other.monitor"));
-    const auto calibration = Calibration::ofEar(&ear, sink, m_song);
+    const auto calibration = Calibration::ofEar(&ear, playedSink, m_song);
     VERIFY_DONE(calibration);
     QCOMPARE(calibration->row().doubt, QStringLiteral("what it plays does not come out here"));
     QVERIFY(!calibration->error());
@@ -113,7 +113,7 @@ void CalibrationTest::nothingToPlay()
 {
     const SoundServer server;
     Ear ear;
-    const auto calibration = Calibration::ofEar(&ear, sink, QStringLiteral("/nonexistent.wav"));
+    const auto calibration = Calibration::ofEar(&ear, playedSink, QStringLiteral("/nonexistent.wav"));
     VERIFY_DONE(calibration);
     QVERIFY2(
         calibration->row().doubt.contains(QLatin1String("not found")), qPrintable(calibration->row().doubt));
@@ -126,7 +126,7 @@ void CalibrationTest::eyeOnTheWindowItself()
     QVERIFY(screen.isRunning());
     Eye eye;
     eye.look(QStringLiteral("auto"));
-    QTRY_VERIFY_WITH_TIMEOUT(eye.isReady(), patience);
+    QTRY_VERIFY_WITH_TIMEOUT(eye.isReady(), calibrationTime);
     const auto calibration = Calibration::ofEye(&eye, eye.window(), m_video);
     VERIFY_DONE(calibration);
     const SenseRow row = calibration->row();
@@ -142,7 +142,7 @@ void CalibrationTest::eyeElsewhere()
     const uint window = screen.addWindow({500, 440, 64, 36}, Qt::black);
     Eye eye;
     eye.look(QStringLiteral("auto"));
-    QTRY_VERIFY_WITH_TIMEOUT(eye.isReady(), patience);
+    QTRY_VERIFY_WITH_TIMEOUT(eye.isReady(), calibrationTime);
     const auto calibration = Calibration::ofEye(&eye, window, m_video);
     VERIFY_DONE(calibration);
     QCOMPARE(calibration->row().doubt, QStringLiteral("what it plays does not come out here"));
