@@ -5,8 +5,8 @@
 Checks the format of all C++ files, and looks with clang-tidy at those that changed since the revision: the sources
 themselves, and of a changed header the source of the same name. Without --base that is where this branch left
 origin/main, on that branch itself the commit before; where that is not there either, as in a shallow clone, the format
-alone is checked. With --minutes no further source is begun once that time is over. Needs a build folder in which everything has been built and in
-which each source is compiled by itself (preset "edit"), because some headers are generated.
+alone is checked. With --minutes no further source is begun once that time is over. Needs a build folder in which each source
+is compiled by itself (preset "edit"), and what is made of the sources is there (target "autogen").
 
 Exit status 1 when there is something to mend.
 """

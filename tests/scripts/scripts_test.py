@@ -285,7 +285,8 @@ class RunOften(MadeUp):
 
 
 class ContinuousIntegration(MadeUp):
-    STEPS = ["test.sh -L unit", "install-dependencies.sh lint", "cmake --preset edit", "cmake --build edit",
+    STEPS = ["test.sh -L unit", "install-dependencies.sh lint", "cmake --preset edit",
+             "cmake --build edit --target autogen memory-limits",
              "ctest --preset edit -R ^faults-memory$", "check-style.py --minutes 8", "install-dependencies.sh fuzz",
              "cmake --preset fuzz", "cmake --build fuzz", "run.sh 10", "cmake --preset tsan", "cmake --build tsan",
              "check-threads.py", "cmake --preset minimal", "cmake --build minimal", "check-packages.py"]
@@ -293,7 +294,7 @@ class ContinuousIntegration(MadeUp):
     def setUp(self):
         super().setUp()
         self.take(".ci/run")
-        shorten = "s/ $//; s/ --parallel.*//; s/ -DCMAKE_CXX_COMPILER_LAUNCHER=ccache//; s/--build --preset/--build/"
+        shorten = "s/ $//; s/ --parallel [0-9]*//; s/ -DCMAKE_CXX_COMPILER_LAUNCHER=ccache//; s/--build --preset/--build/"
         note = f'echo "$(basename "$0") $*" | sed "{shorten}" >> "$HOME/calls"\n'
         for path in ("test.sh", "scripts/install-dependencies.sh", "scripts/check-style.py",
                      "tests/fuzz/run.sh", "scripts/check-threads.py", "scripts/check-packages.py", "bin/cmake",
