@@ -2,23 +2,13 @@
 // kelvo-eye PLACE
 // Looks at a window or a part of the screen and writes a line for what it sees of media with a clock (Sighting). kelvo-test
 // starts this where it wants to see, and ends it.
+#include "EndSignal.h"
 #include "ScreenWatch.h"
 
 #include <QCoreApplication>
 #include <QStringList>
 
-#include <atomic>
-#include <csignal>
 #include <cstdio>
-
-namespace {
-std::atomic<bool> isEnded = false;
-
-void end(int)
-{
-    isEnded = true;
-}
-} // namespace
 
 int main(int argc, char *argv[])
 {
@@ -34,7 +24,6 @@ int main(int argc, char *argv[])
         std::fprintf(stderr, "%s\n", error.toUtf8().constData());
         return 1;
     }
-    std::signal(SIGTERM, end);
-    ScreenWatch(std::move(place)).run(isEnded);
+    ScreenWatch(std::move(place)).run(EndSignal::watch());
     return 0;
 }

@@ -3,21 +3,12 @@
 // Plays a medium by a pipeline that does nothing else, and writes ten times a second where it is: "at TIME POSITION", both
 // in seconds, the time by the steady clock. kelvo-test starts this to know how well it hears and sees, and ends it.
 #include "BarePipeline.h"
+#include "EndSignal.h"
 
 #include <QCoreApplication>
 #include <QStringList>
 
-#include <csignal>
 #include <cstdio>
-
-namespace {
-std::atomic<bool> isEnded = false;
-
-void end(int)
-{
-    isEnded = true;
-}
-} // namespace
 
 int main(int argc, char *argv[])
 {
@@ -29,7 +20,7 @@ int main(int argc, char *argv[])
         return 1;
     }
     gst_init(nullptr, nullptr);
-    std::signal(SIGTERM, end);
+    const std::atomic<bool> &isEnded = EndSignal::watch();
     BarePipeline pipeline = isSound ? BarePipeline::sound(words.at(1), words.at(2))
                                     : BarePipeline::picture(words.at(1).toUInt(), words.at(2));
     const QString problem = pipeline.run(isEnded);
