@@ -83,8 +83,6 @@ for target in "$@"; do
     options=(-timeout=5 -rss_limit_mb=1024 -max_len=8192 -artifact_prefix="$found/")
     if [ -f "$tests/$target.dict" ]; then options+=(-dict="$tests/$target.dict"); fi
     export ASAN_OPTIONS=$asan
-    # One input can be a hundred thousand small pieces, and the sanitizer is slow to remember callers that are new.
-    if [ "$target" = tags ]; then ASAN_OPTIONS+=:malloc_context_size=2; fi
     # Whose a leak is, is told by libraries without frame pointers.
     if [ "$target" = playlist-file ]; then ASAN_OPTIONS+=:fast_unwind_on_malloc=0:malloc_context_size=14; fi
     code=0

@@ -85,14 +85,14 @@ class TrackerTagTest : public TrackerIndexCase
         return addFile(name, file);
     }
 
-    bool readCrowded(int parts) const
+    /// @param entries  that are there, of 65,535 that each part claims
+    bool readCrowded(int parts, int entries = 0xffff) const
     {
-        constexpr int entries = 0xffff;
         constexpr int entrySize = 6; // bytes: length of its name, type, length of its value
         QByteArray part
             = QByteArray::fromHex("40a4d0d207e3d21197f000a0c95ea850"); // extended content description
         appendNumber(&part, part.size() + 8 + 2 + entries * entrySize, 8);
-        appendNumber(&part, entries, 2);
+        appendNumber(&part, 0xffff, 2);
         part += QByteArray(entries * entrySize, '\0');
         QByteArray whole = QByteArray::fromHex("3026b2758e66cf11a6d900aa0062ce6c"); // header
         appendNumber(&whole, 30 + parts * part.size(), 8);
@@ -244,6 +244,14 @@ private Q_SLOTS:
         QVERIFY(!readCrowded(12));
         const qint64 ofMany = peakMemory() - before;
         QVERIFY2(ofMany < 4 * ofOne, qPrintable(QStringLiteral("%1, %2").arg(ofOne).arg(ofMany)));
+    }
+
+    void makesNoEntriesThatAreNotThere()
+    {
+        const qint64 before = beginPeakMemory();
+        QVERIFY(!readCrowded(12, 0));
+        const qint64 more = peakMemory() - before;
+        QVERIFY2(before > 0 && more < 10'000'000, qPrintable(QString::number(more)));
     }
 
     void cutsTextsThatAreNoTitles()

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "TagReader.h"
 
+#include "AsfLists.h"
 #include "BoundedFileStream.h"
 #include "TextRepair.h"
 
@@ -140,6 +141,8 @@ bool readTags(MediaItem *item, LengthSource *source)
 {
     try {
         BoundedFileStream stream(item->path.constData());
+        if (AsfLists::claimTooMuch(&stream))
+            return false;
         const TagLib::FileRef file(&stream, true, TagLib::AudioProperties::Average);
         if (file.isNull() || !file.file()->isValid() || stream.isExhausted())
             return false;
