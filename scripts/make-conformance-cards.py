@@ -127,7 +127,7 @@ class House:
     def furnish(self):
         os.environ["PULSE_SERVER"] = f"unix:{self.home}/sound"
         self.start(["pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1", "--use-pid-file=no",
-                    "-L", "module-null-sink", "-L", f"module-native-protocol-unix auth-anonymous=1 socket={self.home}/sound"])
+                    "-L", "module-null-sink sink_name=silence", "-L", f"module-native-protocol-unix auth-anonymous=1 socket={self.home}/sound"])
         if self.subject.has_display:
             ours, theirs = os.pipe()
             self.start(["Xvfb", "-displayfd", str(theirs), "-screen", "0", f"{SCREEN}x24", "-nolisten", "tcp"],
@@ -160,7 +160,7 @@ def inside(subject, program, only):
     house.furnish()
     try:
         words = ["conform", "--on", subject.renderer, "--wait", "60s", "--json", home / "card.json", "--markdown",
-                 home / "card.md", "--ear", "auto", *(["--eye", subject.eye] if subject.eye else [])]
+                 home / "card.md", "--ear", "silence.monitor", *(["--eye", subject.eye] if subject.eye else [])]
         return subprocess.run([program, *words, *(["--only", only] if only else [])], stdin=subprocess.DEVNULL,
                               timeout=LONGEST, check=False).returncode
     finally:

@@ -49,6 +49,11 @@ bool EarSink::make(QString *error)
         error);
     if (m_module.isEmpty())
         return false;
+    const QRegularExpression ours(
+        QStringLiteral("^(\\d+)\t%1\t").arg(m_name), QRegularExpression::MultilineOption);
+    m_number
+        = ours.match(ask({QStringLiteral("list"), QStringLiteral("short"), QStringLiteral("sinks")}, error))
+              .captured(1);
     qputenv("PULSE_SINK", m_name.toUtf8());
     follow();
     return true;
@@ -66,13 +71,30 @@ void EarSink::takeNews()
     while (m_news.canReadLine()) {
         const QRegularExpressionMatch stream = news.match(QString::fromUtf8(m_news.readLine()));
         if (stream.hasMatch())
-            move(stream.captured(1));
+            look(stream.captured(1));
     }
 }
 
-/// One that has gone again, or is there already, is left alone.
+/// Moves it if it is elsewhere; one that has gone again is left alone.
+void EarSink::look(const QString &stream)
+{
+    auto *const question = new QProcess(this);
+    connect(question, &QProcess::finished, this, [this, question, stream] {
+        const QString streams = QString::fromUtf8(question->readAllStandardOutput());
+        question->deleteLater();
+        const QRegularExpression place(
+            QStringLiteral("^%1\t(\\d+)\t").arg(stream), QRegularExpression::MultilineOption);
+        const QString sink = place.match(streams).captured(1);
+        if (!sink.isEmpty() && sink != m_number)
+            move(stream);
+    });
+    connect(question, &QProcess::errorOccurred, question, &QObject::deleteLater);
+    question->start(mixer, {QStringLiteral("list"), QStringLiteral("short"), QStringLiteral("sink-inputs")});
+}
+
 void EarSink::move(const QString &stream)
 {
+    ++m_movedStreams;
     auto *const process = new QProcess(this);
     connect(process, &QProcess::finished, process, &QObject::deleteLater);
     connect(process, &QProcess::errorOccurred, process, &QObject::deleteLater);

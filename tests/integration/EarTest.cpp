@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "Ear.h"
+#include "CodePlayer.h"
+#include "EarSink.h"
 #include "KelvoTestCase.h"
 #include "MediaClock.h"
 #include "SoundServer.h"
@@ -157,6 +159,20 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(!m_ear->problem().isEmpty(), patience);
         QVERIFY(!m_ear->isReady());
         QVERIFY(m_heard.size() == 1 && m_heard.constFirst().doubt == m_ear->problem());
+    }
+
+    void whatBeganElsewhereIsMovedAndCounted()
+    {
+        EarSink sink;
+        QString problem;
+        QVERIFY2(sink.make(&problem), qPrintable(problem));
+        const CodePlayer here(1, 0, 10);
+        QTRY_VERIFY_WITH_TIMEOUT(SoundServer::streams().contains(QLatin1String("Sink Input")), patience);
+        qputenv("PULSE_SINK", "silence");
+        const CodePlayer elsewhere(2, 0, 10);
+        QTRY_VERIFY_WITH_TIMEOUT(sink.movedStreams() > 0, patience);
+        qunsetenv("PULSE_SINK");
+        QCOMPARE(sink.movedStreams(), 1);
     }
 
     void aServerThatEndsIsSaid()
