@@ -8,7 +8,7 @@ constexpr double mostApart = 0.1; // seconds, picture and sound
 } // namespace
 
 PictureTrial::PictureTrial(KelvoRenderer *renderer, const Eye *eye, const Ear *ear, Media media)
-    : SenseTrial(renderer, std::move(media),
+    : SenseTrial(std::move(media),
         {QStringLiteral("eye"), QStringLiteral("a picture"), QStringLiteral("one that stays"),
             QStringLiteral("none that is new")})
     , m_watch(renderer, eye)

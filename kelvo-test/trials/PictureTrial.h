@@ -13,7 +13,7 @@ class Ear;
 class PictureTrial : public SenseTrial
 {
 public:
-    /// None is owned; all outlive this.
+    /// None is owned. Ear and eye outlive this; the renderer may go meanwhile.
     /// @param ear  null: nobody listens
     PictureTrial(KelvoRenderer *renderer, const Eye *eye, const Ear *ear, Media media);
 

@@ -11,7 +11,7 @@ class PictureWatch : public SenseWatch
 {
     Q_OBJECT
 public:
-    /// Neither is owned; both outlive this.
+    /// Neither is owned. The eye outlives this; the renderer may go meanwhile.
     PictureWatch(KelvoRenderer *renderer, const Eye *eye, QObject *parent = nullptr);
 
     void begin() override;

@@ -41,12 +41,13 @@ protected:
         QString end; ///< and when it is stopped
     };
 
-    SenseTrial(KelvoRenderer *renderer, Media media, Words words);
+    SenseTrial(Media media, Words words);
     virtual SenseWatch &watch() = 0;
     /// What only this sense can tell, while the first item plays.
     virtual void compareMore() = 0;
 
-    KelvoRenderer *renderer() const { return m_renderer; }
+    /// Gives the renderer a command; nothing where it has gone.
+    void tell(const std::function<void(KelvoRenderer &)> &command);
     void add(const QString &id, const QString &what, const QString &unit, std::optional<double> said,
         std::optional<Measured> cameOut, double limit);
 
@@ -65,7 +66,6 @@ private:
     void waitUntilItRests();
     std::optional<Measured> whereItRests();
 
-    KelvoRenderer *const m_renderer;
     const Media m_media;
     const Words m_words;
     QList<SenseRow> m_rows;

@@ -17,6 +17,7 @@ SenseWatch::SenseWatch(KelvoRenderer *renderer, QObject *parent)
     , m_renderer(renderer)
     , m_begin(SenseProgram::now())
 {
+    connect(renderer, &QObject::destroyed, this, &SenseWatch::stop);
     connect(renderer, &KelvoRenderer::stateChanged, this, [this](KelvoRenderer::State state) {
         if (!m_states.contains(state))
             m_states.insert(state, SenseProgram::now() - m_begin);
@@ -78,6 +79,8 @@ std::optional<SenseWatch::Position> SenseWatch::askPosition()
 QVariant SenseWatch::askProperty(const QString &name)
 {
     m_answer.reset();
+    if (!m_renderer)
+        return {};
     m_renderer->kelvoProperty(name, this, "takeAnswer(QString,QVariant)");
     waitUntil([this] { return m_answer.has_value(); }, answerTime);
     return m_answer.value_or(QVariant());

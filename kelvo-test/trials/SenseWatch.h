@@ -6,6 +6,7 @@
 
 #include <QHash>
 #include <QObject>
+#include <QPointer>
 #include <QUrl>
 
 #include <functional>
@@ -16,11 +17,13 @@ class SenseWatch : public QObject
 {
     Q_OBJECT
 public:
-    /// Does not own the renderer, which outlives this.
+    /// Does not own the renderer.
     explicit SenseWatch(KelvoRenderer *renderer, QObject *parent = nullptr);
 
     /// What is told and comes out from now on is the effect of the command that is given now.
     virtual void begin();
+    /// Null once it has gone: then nothing is waited for any more.
+    KelvoRenderer *renderer() const { return m_renderer; }
 
     /// What it said first, since the command: seconds after that.
     std::optional<double> saidAt(KelvoRenderer::State state) const;
@@ -84,7 +87,7 @@ private Q_SLOTS:
     void takeAnswer(const QString &name, const QVariant &value);
 
 private:
-    KelvoRenderer *const m_renderer;
+    const QPointer<KelvoRenderer> m_renderer;
     double m_begin = 0;
     QHash<int, double> m_states; ///< times of their first reports since the command
     QHash<QUrl, double> m_announced;

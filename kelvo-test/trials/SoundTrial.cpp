@@ -17,7 +17,7 @@ double decibelsOf(int volume)
 } // namespace
 
 SoundTrial::SoundTrial(KelvoRenderer *renderer, const Ear *ear, Media media)
-    : SenseTrial(renderer, std::move(media),
+    : SenseTrial(std::move(media),
         {QStringLiteral("ear"), QStringLiteral("sound"), QStringLiteral("silence"),
             QStringLiteral("silence")})
     , m_watch(renderer, ear)
@@ -27,7 +27,7 @@ SoundTrial::SoundTrial(KelvoRenderer *renderer, const Ear *ear, Media media)
 void SoundTrial::setVolume(int volume)
 {
     m_watch.begin();
-    renderer()->setKelvoProperty(R::PropertyVolume, volume);
+    tell([volume](R &renderer) { renderer.setKelvoProperty(R::PropertyVolume, volume); });
     m_watch.wait(Settling);
     m_watch.waitUntil([this] { return m_watch.sound().level().has_value(); }, Settling);
 }

@@ -8,7 +8,7 @@
 class SoundTrial : public SenseTrial
 {
 public:
-    /// Neither is owned; both outlive this.
+    /// Neither is owned. The ear outlives this; the renderer may go meanwhile.
     SoundTrial(KelvoRenderer *renderer, const Ear *ear, Media media);
 
 private:

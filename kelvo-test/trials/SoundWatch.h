@@ -11,7 +11,7 @@ class SoundWatch : public SenseWatch
 {
     Q_OBJECT
 public:
-    /// Neither is owned; both outlive this.
+    /// Neither is owned. The ear outlives this; the renderer may go meanwhile.
     SoundWatch(KelvoRenderer *renderer, const Ear *ear, QObject *parent = nullptr);
 
     void begin() override;

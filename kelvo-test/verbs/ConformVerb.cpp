@@ -357,10 +357,10 @@ int ConformVerb::run(const QStringList &arguments)
     MediaOffer offer;
     if (!offer.prepare(options.value(QStringLiteral("media")), &problem))
         return cannotConform(problem);
-    const QList<SenseRow> rows = senses.compare(session, choice.renderers.constFirst()->uuid());
-    // Each trial loads the renderer anew.
     const QString uuid = choice.renderers.constFirst()->uuid();
     const QString backEnd = DiscoveredSubject::originsOf(*session.registry()).value(uuid);
+    const QList<SenseRow> rows = senses.compare(session, uuid); // while which it may go
+    // Each trial loads the renderer anew.
     DiscoveredSubject subject(backEnd, uuid, offer.media);
     QObject::connect(&session, &Session::interrupted, &session, [&subject] { subject.interrupt(); });
     if (!subject.meet())

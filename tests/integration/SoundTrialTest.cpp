@@ -62,6 +62,18 @@ private Q_SLOTS:
         QCOMPARE(SenseRowChecks::names(rows), wanted);
     }
 
+    void aRendererMayGoMeanwhile()
+    {
+        Ear ear; // to which nothing is told
+        auto renderer = std::make_unique<MinimalRenderer>(QStringLiteral("brief"), QStringLiteral("Brief"));
+        SoundTrial trial(renderer.get(), &ear, {WrongRenderer::First, WrongRenderer::Second});
+        QTimer::singleShot(100, &ear, [&renderer] { renderer.reset(); });
+        const QList<SenseRow> rows = trial.run();
+        QCOMPARE(rows.size(), 11);
+        QCOMPARE(SenseRowChecks::guessed(rows), QStringList());
+        QCOMPARE(rows.constLast().doubt, QStringLiteral("the renderer has gone"));
+    }
+
     void whatIsNotHeardIsNoFault()
     {
         Ear ear; // to which nothing is told
