@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "EngineAhead.h"
 
+#include "DecoderRanks.h"
 #include "GstHandles.h"
 #include "WorkerPool.h"
 
@@ -14,6 +15,7 @@ void prepare()
 {
     if (!gst_init_check(nullptr, nullptr, nullptr))
         return;
+    DecoderRanks::preferSmallDecoders();
     for (const char *name : {"playbin", "audioconvert", "audioresample", "volume"}) {
         const GstHandles::PluginFeature found(GST_PLUGIN_FEATURE(gst_element_factory_find(name)));
         if (found)

@@ -2,6 +2,7 @@
 #include "ItemPlayer.h"
 
 #include "AudioOutput.h"
+#include "DecoderRanks.h"
 #include "Mailbox.h"
 #include "Playbin.h"
 #include "VideoPresenter.h"
@@ -26,6 +27,7 @@ QString startGStreamer()
     GlibHandles::Error problem;
     if (!gst_init_check(nullptr, nullptr, problem.out()))
         return problem ? QString::fromUtf8(problem->message) : QStringLiteral("GStreamer does not start");
+    DecoderRanks::preferSmallDecoders();
     for (const char *name : {"playbin", "fakesink", "videoconvert", "videoscale"}) {
         if (!GstHandles::ElementFactory(gst_element_factory_find(name)))
             return QStringLiteral("GStreamer has no element \"%1\"").arg(QLatin1String(name));

@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
 """kelvo-test play."""
+import tempfile
 import unittest
+from pathlib import Path
 
 from program import ProgramCase, Terminal
 
@@ -57,6 +59,20 @@ class Play(ProgramCase):
         done = self.play(SHORT, "--on", "Same", KELVO_SIMULATOR="sim-name=Same")
         self.assertEqual(done.code, 2)
         self.assertIn('Several renderers are named "Same"; say which by its uuid: ', done.err)
+
+    def test_a_song_loads_no_decoder_of_films(self):
+        """Which would be most of what it takes to begin to play."""
+        folder = Path(self.enterContext(tempfile.TemporaryDirectory()))
+        # Encoders of others are looked for leaks nowhere.
+        done = self.run_program("media", str(folder), "--format", "mp3", "--songs", "1", "--seconds", "20",
+                                ASAN_OPTIONS="detect_leaks=0")
+        self.assertEqual(done.code, 0, done.err)
+        process = self.start_program("play", str(folder / "song-01.mp3"), "--on", "KelvoGstRenderer",
+                                     KELVO_PLUGINS="gst-renderer", KELVO_AUDIO_SINK="fakesink sync=true")
+        self.read_until(process, "Playing")
+        maps = Path(f"/proc/{process.pid}/maps").read_text(encoding="utf-8")
+        self.assertIn("libmpg123", maps)
+        self.assertNotIn("libavcodec", maps)
 
     def test_a_glob_that_fits_one(self):
         self.assertEqual(self.play(SHORT, "--on", "*torB").code, 0)
