@@ -478,7 +478,7 @@ class Installation(MadeUp):
     def test_what_looks_at_the_sources_comes_alone(self):
         self.program("bin/apt-get", 'echo "$*" >> "$HOME/calls"')
         _, calls = self.install("lint")
-        self.assertRegex(calls[-1], r"--no-install-recommends clang-format clang-tidy$")
+        self.assertRegex(calls[-1], r"--no-install-recommends ccache clang-format clang-tidy$")
 
     def test_what_the_console_needs_comes_as_usual(self):
         _, calls = self.install("run")
