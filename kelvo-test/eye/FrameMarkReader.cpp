@@ -117,6 +117,18 @@ void join(std::vector<FrameMark> &marks, const FrameMark &found, int row)
     if (same->moment != found.moment)
         same->moment = {};
 }
+
+/// Texts and symbols around a picture have places that look like the begin of a mark, and are much smaller.
+void dropOrnaments(std::vector<FrameMark> &marks)
+{
+    double largest = 0; // square of those that can be read
+    for (const FrameMark &mark : marks) {
+        if (mark.moment.item > 0)
+            largest = std::max(largest, mark.square);
+    }
+    std::erase_if(marks,
+        [largest](const FrameMark &mark) { return mark.moment.item == 0 && mark.square < largest / 2; });
+}
 } // namespace
 
 std::vector<FrameMark> FrameMarkReader::find(const Picture &picture)
@@ -137,5 +149,6 @@ std::vector<FrameMark> FrameMarkReader::find(const Picture &picture)
     }
     std::erase_if(marks,
         [](const FrameMark &mark) { return mark.bottom - mark.top + rowStep < leastHeight * mark.square; });
+    dropOrnaments(marks);
     return marks;
 }

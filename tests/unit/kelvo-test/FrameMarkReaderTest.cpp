@@ -95,6 +95,22 @@ private Q_SLOTS:
         QCOMPARE(canvas.marks().size(), size_t(3));
     }
 
+    /// A window around the picture has them.
+    void textsAndSymbolsAreNoMarks()
+    {
+        constexpr quint64 unreadable = 0x1f000000; // no item has this number
+        for (const double scale : {0.3, 0.45, 1.0}) {
+            Canvas canvas(0);
+            canvas.paint(300, 40, scale, unreadable);
+            QCOMPARE(canvas.marks().size(), size_t(1));
+            QCOMPARE(canvas.marks().front().moment.item, 0);
+            canvas.paint(0, 300, 1, MediaClock::markOf({3, 75}));
+            // One as large may be a picture of which only a part has been drawn.
+            QCOMPARE(canvas.marks().size(), size_t(scale < 0.5 ? 1 : 2));
+            QCOMPARE(canvas.marks().back().moment.item, 3);
+        }
+    }
+
     void whatIsNoMarkIsNone()
     {
         Canvas canvas(0);
