@@ -55,7 +55,7 @@ QList<SenseRow> LookingPost::compare(Session &session, const QString &uuid, cons
     QObject::connect(&session, &Session::interrupted, &context, [&trial] { trial.stop(); });
     QObject::connect(&m_eye, &Eye::seen, &context,
         [&session, uuid](const Sighting &sighting) { session.noteSeen(uuid, sighting); });
-    const QList<SenseRow> rows = QList<SenseRow>{calibration} + trial.run();
+    QList<SenseRow> rows = QList<SenseRow>{calibration} + trial.run();
     takeWindowBack(m_eye, session.registry()->findRendererByUuid(uuid));
     return rows;
 }

@@ -51,7 +51,7 @@ void CalibrationTest::initTestCase()
 
 QString CalibrationTest::makeMedium(const QString &format) const
 {
-    const QString path = m_folder.filePath(QStringLiteral("item.") + format);
+    QString path = m_folder.filePath(QStringLiteral("item.") + format);
     const ClockedMedium medium{1, format, 12, QStringLiteral("item")};
     QProcess::execute(ClockedMedium::program(), medium.arguments() + QStringList{path});
     return path;
