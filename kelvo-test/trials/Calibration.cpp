@@ -5,6 +5,8 @@
 #include "Eye.h"
 #include "SenseTrial.h"
 
+#include <QTimer>
+
 #include <algorithm>
 #include <cmath>
 
@@ -12,6 +14,8 @@ namespace {
 constexpr int leftOut = 5; // lines, until sinks and senses have found their pace
 constexpr int wanted = 20; // differences
 constexpr int mostLines = 60; // for want of which nothing came out
+constexpr int lookInterval = 20; // milliseconds
+constexpr int mostLooks = 100; // a window may keep its last picture
 constexpr int extremes = 2; // of the differences, at either end: a busy machine delays some
 } // namespace
 
@@ -81,9 +85,16 @@ void Calibration::end()
     // The pipeline is what calls this.
     const auto leave = [this] {
         m_pipeline.reset();
-        m_isDone = true;
+        lookWhetherItEnded();
     };
     QMetaObject::invokeMethod(this, leave, Qt::QueuedConnection);
+}
+
+void Calibration::lookWhetherItEnded()
+{
+    m_isDone = (!m_sound.sounds() && !m_picture.isThere()) || ++m_looks == mostLooks;
+    if (!m_isDone)
+        QTimer::singleShot(lookInterval, this, &Calibration::lookWhetherItEnded);
 }
 
 std::optional<Measured> Calibration::difference() const

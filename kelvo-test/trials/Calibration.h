@@ -29,7 +29,8 @@ public:
     /// The row where that cannot be done.
     static SenseRow notPossible(const QString &sense, const QString &reason);
 
-    /// It has taken a few seconds, or failed, and the pipeline has ended.
+    /// It has taken a few seconds, or failed; the pipeline has ended, and what came out of it, too: who listens or looks from
+    /// now on hears and sees nothing of it.
     bool isDone() const { return m_isDone; }
     /// What came of it: by how much what comes out is ahead of the pipeline's position. Not measured where it failed, or
     /// more is off than the positions of renderers may be.
@@ -44,6 +45,7 @@ private:
     void start(const QStringList &arguments, Position cameOut);
     void take(const QByteArray &line);
     void end();
+    void lookWhetherItEnded();
     std::optional<Measured> difference() const;
     static SenseRow emptyRow(const QString &sense);
 
@@ -52,6 +54,7 @@ private:
     HeardSound m_sound;
     SeenPicture m_picture;
     Position m_cameOut; ///< of what is heard or seen just now
+    int m_looks = 0;
     int m_taken = 0;
     QList<double> m_differences;
     QString m_problem;

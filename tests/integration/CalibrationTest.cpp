@@ -4,7 +4,9 @@
 #include "Ear.h"
 #include "Eye.h"
 #include "KelvoTestCase.h"
+#include "MinimalObjects.h"
 #include "SoundServer.h"
+#include "SoundWatch.h"
 #include "TestGroup.h"
 #include "XServer.h"
 
@@ -75,6 +77,14 @@ void CalibrationTest::earOnTheSinkItself()
     QCOMPARE(row.id, QStringLiteral("ear.bare"));
     QVERIFY(!row.isOff() && row.error > 0);
     QVERIFY(std::abs(*calibration->error() - std::abs(*row.cameOut) - row.error) < 1e-9);
+    // Of a renderer that is silent nothing is heard then.
+    int heard = 0;
+    connect(&ear, &Ear::heard, this, [&heard] { ++heard; });
+    MinimalRenderer renderer(QStringLiteral("mute"), QStringLiteral("Mute"));
+    SoundWatch watch(&renderer, &ear);
+    watch.wait(2 * Ear::Lateness);
+    QCOMPARE(heard, 0);
+    QVERIFY(!watch.position());
 }
 
 /// A sound that has half a second more to go, of which the sink that is played to knows nothing.
