@@ -358,9 +358,9 @@ int ConformVerb::run(const QStringList &arguments)
     if (!offer.prepare(options.value(QStringLiteral("media")), &problem))
         return cannotConform(problem);
     const QString uuid = choice.renderers.constFirst()->uuid();
-    const QString backEnd = DiscoveredSubject::originsOf(*session.registry()).value(uuid);
     const QList<SenseRow> rows = senses.compare(session, uuid); // while which it may go
-    // Each trial loads the renderer anew.
+    // Unloads the back ends: each trial loads the renderer anew.
+    const QString backEnd = DiscoveredSubject::originsOf(*session.registry()).value(uuid);
     DiscoveredSubject subject(backEnd, uuid, offer.media);
     QObject::connect(&session, &Session::interrupted, &session, [&subject] { subject.interrupt(); });
     if (!subject.meet())
