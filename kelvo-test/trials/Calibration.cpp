@@ -14,7 +14,7 @@ namespace {
 constexpr int leftOut = 5; // lines, until sinks and senses have found their pace
 constexpr int wanted = 20; // differences
 constexpr int mostLines = 60; // for want of which nothing came out
-constexpr int lookInterval = 20; // milliseconds
+constexpr int endInterval = 20; // milliseconds
 constexpr int mostLooks = 100; // a window may keep its last picture
 constexpr int extremes = 2; // of the differences, at either end: a busy machine delays some
 } // namespace
@@ -94,7 +94,7 @@ void Calibration::lookWhetherItEnded()
 {
     m_isDone = (!m_sound.sounds() && !m_picture.isThere()) || ++m_looks == mostLooks;
     if (!m_isDone)
-        QTimer::singleShot(lookInterval, this, &Calibration::lookWhetherItEnded);
+        QTimer::singleShot(endInterval, this, &Calibration::lookWhetherItEnded);
 }
 
 std::optional<Measured> Calibration::difference() const

@@ -8,7 +8,7 @@
 
 namespace {
 constexpr std::chrono::milliseconds answerTime = std::chrono::seconds(10);
-constexpr std::chrono::milliseconds calibrationTime = std::chrono::seconds(20);
+constexpr std::chrono::milliseconds soundCalibrationTime = std::chrono::seconds(20);
 
 /// Sound that was moved here from another sink begins up to two seconds late, for which its player is not to blame.
 void doubtBeginnings(QList<SenseRow> *rows)
@@ -55,7 +55,7 @@ SenseRow ListeningPost::calibrate(Session &session, const QUrl &medium)
             QStringLiteral("ear"), QStringLiteral("\"%1\" is not the monitor of a sink").arg(m_device));
     const QString sink = m_device.chopped(monitor.size());
     const auto calibration = Calibration::ofEar(&m_ear, sink, medium.toLocalFile());
-    session.waitUntil([&calibration] { return calibration->isDone(); }, calibrationTime);
+    session.waitUntil([&calibration] { return calibration->isDone(); }, soundCalibrationTime);
     m_ear.setClockError(calibration->error().value_or(Ear::ClockError));
     return calibration->row();
 }

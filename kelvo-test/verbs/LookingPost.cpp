@@ -10,7 +10,7 @@
 
 namespace {
 constexpr std::chrono::milliseconds openingTime = std::chrono::seconds(10);
-constexpr std::chrono::milliseconds calibrationTime = std::chrono::seconds(20);
+constexpr std::chrono::milliseconds pictureCalibrationTime = std::chrono::seconds(20);
 
 QString wholePicture()
 {
@@ -37,7 +37,7 @@ SenseRow LookingPost::calibrate(Session &session, const QUrl &medium)
         return Calibration::notPossible(
             QStringLiteral("eye"), QStringLiteral("only into a window that the eye makes can be played"));
     const auto calibration = Calibration::ofEye(&m_eye, m_eye.window(), medium.toLocalFile());
-    session.waitUntil([&calibration] { return calibration->isDone(); }, calibrationTime);
+    session.waitUntil([&calibration] { return calibration->isDone(); }, pictureCalibrationTime);
     m_eye.setClockError(calibration->error().value_or(Eye::ClockError));
     return calibration->row();
 }

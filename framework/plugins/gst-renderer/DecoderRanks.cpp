@@ -10,7 +10,7 @@ constexpr std::pair<const char *, const char *> smallAndLarge[] = {
     {"mpg123audiodec", "avdec_mp3"},
 };
 
-GstHandles::PluginFeature find(const char *name)
+GstHandles::PluginFeature findDecoder(const char *name)
 {
     return GstHandles::PluginFeature(
         gst_registry_find_feature(gst_registry_get(), name, GST_TYPE_ELEMENT_FACTORY));
@@ -20,8 +20,8 @@ GstHandles::PluginFeature find(const char *name)
 void DecoderRanks::preferSmallDecoders()
 {
     for (const auto &[nameOfSmall, nameOfLarge] : smallAndLarge) {
-        const GstHandles::PluginFeature small = find(nameOfSmall);
-        const GstHandles::PluginFeature large = find(nameOfLarge);
+        const GstHandles::PluginFeature small = findDecoder(nameOfSmall);
+        const GstHandles::PluginFeature large = findDecoder(nameOfLarge);
         if (!small || !large)
             continue;
         const guint rank = gst_plugin_feature_get_rank(large.get());

@@ -17,7 +17,7 @@ struct List
     const char *guid;
     long entrySize; ///< of one without name and value, bytes
 };
-const List lists[] = {
+const List tagLists[] = {
     // Extended content description: length of the name, type, length of the value.
     {"\x40\xa4\xd0\xd2\x07\xe3\xd2\x11\x97\xf0\x00\xa0\xc9\x5e\xa8\x50", 6},
     // Metadata, and metadata library: language, stream, length of the name, type, length of the value.
@@ -48,7 +48,7 @@ bool AsfLists::claimTooMuch(TagLib::IOStream *file)
     if (header.size() == countAt && header.startsWith(TagLib::ByteVector(headerGuid, guidSize))) {
         const long long size = std::clamp(header.toLongLong(guidSize, false), leastLookedAt, mostLookedAt);
         header.append(file->readBlock(static_cast<unsigned long>(size) - countAt));
-        doClaim = std::any_of(std::begin(lists), std::end(lists),
+        doClaim = std::any_of(std::begin(tagLists), std::end(tagLists),
             [&](const List &list) { return claimsTooMuch(list, header, file->length()); });
     }
     file->seek(0);
