@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
-// playlist-benchmark
+// playlist-benchmark [--growth SIZE...]
 // What a playlist of 10,000 and of 100,000 items costs, with a play queue and a marked row that follow it. The
 // reference is the same work on a plain vector of records, without names, signals or a model to follow.
+// With --growth: points of how some of it grows with the number of items.
 #include "KelvoGeneralSourcePlaylist.h"
 #include "KelvoPlayQueue.h"
 #include "Measurement.h"
@@ -18,7 +19,7 @@
 
 namespace {
 constexpr int rounds = 5;
-constexpr int blockSize = 2000; // Rows that a running query delivers at once.
+constexpr size_t blockSize = 2000; // Rows that a running query delivers at once.
 
 struct Record
 {
@@ -144,32 +145,69 @@ public:
 
     void run()
     {
-        measureAppending();
+        showAppending();
         measure(
             "set as model", [](Playing &) {}, [](auto &) {}, true);
-        measure(
-            "sort by title", [](Playing &p) { p.list.sort("title", 0); }, sortByTitle);
+        measureSorting();
         measure(
             "sort by duration", [](Playing &p) { p.list.sort("duration", 4); },
             [](std::vector<Record> &records) {
                 std::stable_sort(records.begin(), records.end(),
                     [](const Record &a, const Record &b) { return a.duration < b.duration; });
             });
+        measureShuffling();
+        measureRemoving();
+        measureReading();
+        Measurement::row(m_name + "find 10,000 uuids", timeOfFinding(), "ms", "", 0, m_goal);
+        Measurement::row(m_name + "longest single step", m_longest, "ms", "", 0, m_goal);
+        measureMemory();
+    }
+
+    /// What is worth a curve.
+    void runForGrowth()
+    {
+        m_isGrowth = true;
+        std::vector<double> appending, finding;
+        for (int round = 0; round < rounds; ++round) {
+            appending.push_back(append().all);
+            finding.push_back(timeOfFinding());
+        }
+        grow("append in blocks of 2,000", appending);
+        measureSorting();
+        measureShuffling();
+        measureRemoving();
+        grow("find 10,000 uuids", finding);
+    }
+
+private:
+    void grow(const std::string &name, const std::vector<double> &times)
+    {
+        Measurement::growth("playlist: " + name, m_count, Measurement::median(times));
+    }
+
+    void measureSorting()
+    {
+        measure(
+            "sort by title", [](Playing &p) { p.list.sort("title", 0); }, sortByTitle);
+    }
+
+    void measureShuffling()
+    {
         measure(
             "shuffle", [](Playing &p) { p.list.shuffle(); },
             [](std::vector<Record> &records) {
                 std::shuffle(records.begin(), records.end(), *QRandomGenerator::global());
             });
+    }
+
+    void measureRemoving()
+    {
         const int half = m_count / 2;
         measure(
             "remove the first half", [half](Playing &p) { p.list.removeItems(0, uint(half - 1)); },
             [half](std::vector<Record> &records) { records.erase(records.begin(), records.begin() + half); });
-        measureReading();
-        Measurement::row(m_name + "longest single step", m_longest, "ms", "", 0, m_goal);
-        measureMemory();
     }
 
-private:
     template <typename Edit, typename Reference>
     void measure(const std::string &name, Edit edit, Reference reference, bool withSetup = false)
     {
@@ -179,12 +217,17 @@ private:
             const double setup = milliseconds([&] { playing = std::make_unique<Playing>(&m_model); });
             const double editing = milliseconds([&] { edit(*playing); });
             times.push_back(withSetup ? setup : editing);
+            if (m_isGrowth)
+                continue; // A curve needs no reference.
             std::vector<Record> records;
             const double copying = milliseconds([&] { records = m_records; });
             const double work = milliseconds([&] { reference(records); });
             references.push_back(withSetup ? copying : work);
         }
-        show(name, times, references);
+        if (m_isGrowth)
+            grow(name, times);
+        else
+            show(name, times, references);
     }
 
     void show(
@@ -195,21 +238,36 @@ private:
             Measurement::median(references), m_goal);
     }
 
+    struct Appending
+    {
+        double all = 0;
+        double longestBlock = 0;
+        double reference = 0;
+    };
+
     // As a query result grows: block by block. The model's own share is in the reference too.
-    void measureAppending()
+    Appending append() const
     {
         RecordModel alone, followed;
         Playing playing(&followed);
-        double time = 0, reference = 0, longest = 0;
+        Appending times;
         for (size_t from = 0; from < m_records.size(); from += blockSize) {
-            const double step = milliseconds([&] { followed.append(m_records, from, blockSize); });
-            time += step;
-            longest = std::max(longest, step);
-            reference += milliseconds([&] { alone.append(m_records, from, blockSize); });
+            const size_t count = std::min(blockSize, m_records.size() - from);
+            const double step = milliseconds([&] { followed.append(m_records, from, count); });
+            times.all += step;
+            times.longestBlock = std::max(times.longestBlock, step);
+            times.reference += milliseconds([&] { alone.append(m_records, from, count); });
         }
-        Measurement::row(m_name + "append in blocks of 2,000, in all", time, "ms", "model alone", reference);
+        return times;
+    }
+
+    void showAppending() const
+    {
+        const Appending times = append();
         Measurement::row(
-            m_name + "append in blocks of 2,000, longest block", longest, "ms", "", 0, "at most 16 ms");
+            m_name + "append in blocks of 2,000, in all", times.all, "ms", "model alone", times.reference);
+        Measurement::row(m_name + "append in blocks of 2,000, longest block", times.longestBlock, "ms", "", 0,
+            "at most 16 ms");
     }
 
     void measureReading()
@@ -226,14 +284,24 @@ private:
                 sum += Record(m_records[i]).duration;
         });
         Measurement::row(m_name + "read 10,000 items", time, "ms", "vector", reference, m_goal);
+        if (sum == 0) // Never; keeps the loops.
+            std::puts("nothing read");
+    }
+
+    /// Milliseconds for 10,000 times the last one of a shuffled list.
+    double timeOfFinding()
+    {
+        Playing playing(&m_model);
+        playing.list.shuffle();
         const QString last = playing.list.mediaInfoAt(uint(m_count - 1)).uuid();
-        const double finding = milliseconds([&] {
+        qint64 sum = 0;
+        const double time = milliseconds([&] {
             for (int i = 0; i < 10'000; ++i)
                 sum += playing.list.indexOf(last);
         });
-        Measurement::row(m_name + "find 10,000 uuids", finding, "ms", "", 0, m_goal);
-        if (sum == 0) // Never; keeps the loops.
-            std::puts("nothing read");
+        if (sum == 0) // Never; keeps the loop.
+            std::puts("nothing found");
+        return time;
     }
 
     void measureMemory()
@@ -260,11 +328,17 @@ private:
     std::vector<Record> m_records;
     RecordModel m_model;
     double m_longest = 0;
+    bool m_isGrowth = false;
 };
 } // namespace
 
-int main()
+int main(int argc, char *argv[])
 {
+    const std::vector<int> sizes = Measurement::growthSizes(argc, argv);
+    for (int count : sizes)
+        Comparison(count).runForGrowth();
+    if (!sizes.empty())
+        return 0;
     for (int count : {10'000, 100'000})
         Comparison(count).run();
     return 0;

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
-// registry-benchmark [COUNT]
+// registry-benchmark [COUNT | --growth COUNT...]
 // Renderers come and go by the thousand while the window is shown. Each arrival and departure is an event of its
 // own, as from a back end; what is measured is the longest time that one of them keeps the event loop, and the
 // memory before and after.
+// With --growth: points of how long a renderer, and a playlist, takes that comes or goes while COUNT are there.
 #include "KelvoGUIMain.h"
 #include "KelvoRegistry.h"
 #include "Measurement.h"
@@ -13,6 +14,8 @@
 #include <QElapsedTimer>
 #include <QFile>
 #include <QTimer>
+
+#include <functional>
 
 #include <malloc.h>
 #include <unistd.h>
@@ -32,11 +35,26 @@ double residentKilobytes()
     return file.readAll().split(' ').value(1).toDouble() * double(sysconf(_SC_PAGESIZE)) / 1024;
 }
 
-class Run : public QObject
+struct Renderers
+{
+    using Object = MinimalRenderer;
+    static void add(Object *renderer) { KelvoRegistry::instance()->addRenderer(renderer); }
+    static void remove(Object *renderer) { KelvoRegistry::instance()->removeRenderer(renderer); }
+};
+
+struct Playlists
+{
+    using Object = MinimalPlaylist;
+    static void add(Object *playlist) { KelvoRegistry::instance()->addPlaylist(playlist); }
+    static void remove(Object *playlist) { KelvoRegistry::instance()->removePlaylist(playlist); }
+};
+
+template <typename Kind> class Run : public QObject
 {
 public:
-    explicit Run(int count)
-        : m_count(count)
+    Run(int count, std::function<void()> whenDone)
+        : m_whenDone(std::move(whenDone))
+        , m_count(count)
     {
         m_step.setInterval(0);
         connect(&m_step, &QTimer::timeout, this, &Run::step);
@@ -47,9 +65,33 @@ public:
     double longestStall() const { return Measurement::maximum(m_adding.empty() ? m_removing : all()); }
     double medianAdding() const { return Measurement::median(m_adding); }
     double medianRemoving() const { return Measurement::median(m_removing); }
+    /// Of those that came while this many were there, or a few more.
+    double medianAddingTo(int count) const
+    {
+        std::vector<double> times;
+        for (int base = 0; base < int(m_adding.size()); base += m_count)
+            append(&times, m_adding, base + count, windowAt(count));
+        return Measurement::median(times);
+    }
+    /// Of those that went while this many were there, or a few more.
+    double medianRemovingFrom(int count) const
+    {
+        std::vector<double> times;
+        const int window = windowAt(count);
+        for (int end = m_count; end <= int(m_removing.size()); end += m_count)
+            append(&times, m_removing, end - count - window, window);
+        return Measurement::median(times);
+    }
+    /// Arrivals that are near enough to this number for one point of a curve.
+    static int windowAt(int count) { return std::clamp(count / 10, 3, 100); }
     double memoryAfterFirstRound() const { return m_memoryAfterFirst; }
 
 private:
+    static void append(std::vector<double> *to, const std::vector<double> &from, int first, int count)
+    {
+        to->insert(to->end(), from.begin() + first, from.begin() + first + count);
+    }
+
     std::vector<double> all() const
     {
         std::vector<double> values = m_adding;
@@ -67,39 +109,80 @@ private:
 
     void add()
     {
-        const QString number = QString::number(m_renderers.size());
-        m_renderers.push_back(std::make_unique<MinimalRenderer>("uuid-" + number, "Renderer " + number));
+        const QString number = QString::number(m_objects.size());
+        m_objects.push_back(std::make_unique<typename Kind::Object>("uuid-" + number, "Object " + number));
         m_timer.start();
-        KelvoRegistry::instance()->addRenderer(m_renderers.back().get());
+        Kind::add(m_objects.back().get());
         m_adding.push_back(double(m_timer.nsecsElapsed()) / 1e6);
-        m_coming = int(m_renderers.size()) < m_count;
+        m_coming = int(m_objects.size()) < m_count;
     }
 
     void remove()
     {
         m_timer.start();
-        KelvoRegistry::instance()->removeRenderer(m_renderers.back().get());
+        Kind::remove(m_objects.back().get());
         m_removing.push_back(double(m_timer.nsecsElapsed()) / 1e6);
-        m_renderers.pop_back();
-        if (!m_renderers.empty())
+        m_objects.pop_back();
+        if (!m_objects.empty())
             return;
         m_coming = true;
         if (++m_round == 1)
             m_memoryAfterFirst = residentKilobytes();
-        if (isDone())
-            QCoreApplication::quit();
+        if (isDone()) {
+            m_step.stop();
+            m_whenDone();
+        }
     }
 
     QTimer m_step;
     QElapsedTimer m_timer;
-    std::vector<std::unique_ptr<MinimalRenderer>> m_renderers;
+    std::vector<std::unique_ptr<typename Kind::Object>> m_objects;
     std::vector<double> m_adding;
     std::vector<double> m_removing;
+    std::function<void()> m_whenDone;
     double m_memoryAfterFirst = 0;
     int m_count;
     int m_round = 0;
     bool m_coming = true;
 };
+
+void showRows(const Run<Renderers> &run)
+{
+    using Measurement::row;
+    row("10,000 renderers come and go: longest event", run.longestStall(), "ms", "", 0, "at most 16 ms");
+    row("- one comes, median", run.medianAdding(), "ms");
+    row("- one goes, median", run.medianRemoving(), "ms");
+    row("- memory after the second round", residentKilobytes(), "kB", "after the first",
+        run.memoryAfterFirstRound(), "1");
+}
+
+template <typename Kind>
+void showGrowth(const std::string &name, const Run<Kind> &run, const std::vector<int> &sizes)
+{
+    for (int size : sizes) {
+        Measurement::growth(name + ": one comes", size, run.medianAddingTo(size));
+        Measurement::growth(name + ": one goes", size, run.medianRemovingFrom(size));
+    }
+}
+
+void measure(int count)
+{
+    Run<Renderers> run(count, QCoreApplication::quit);
+    QTimer::singleShot(500, &run, &Run<Renderers>::start); // the window has been painted
+    QApplication::exec();
+    showRows(run);
+}
+
+void measureGrowth(const std::vector<int> &sizes)
+{
+    const int count = sizes.back() + Run<Renderers>::windowAt(sizes.back());
+    Run<Playlists> playlists(count, QCoreApplication::quit);
+    Run<Renderers> renderers(count, [&playlists] { playlists.start(); });
+    QTimer::singleShot(500, &renderers, &Run<Renderers>::start);
+    QApplication::exec();
+    showGrowth("renderers", renderers, sizes);
+    showGrowth("playlists", playlists, sizes);
+}
 } // namespace
 
 int main(int argc, char *argv[])
@@ -109,14 +192,10 @@ int main(int argc, char *argv[])
     QApplication application(argc, argv);
     auto *guiMain = new KelvoGUIMain(&application);
     Q_UNUSED(guiMain)
-    Run run(argc > 1 ? QByteArray(argv[1]).toInt() : 10'000);
-    QTimer::singleShot(500, &run, &Run::start); // the window has been painted
-    QApplication::exec();
-    using Measurement::row;
-    row("10,000 renderers come and go: longest event", run.longestStall(), "ms", "", 0, "at most 16 ms");
-    row("- one comes, median", run.medianAdding(), "ms");
-    row("- one goes, median", run.medianRemoving(), "ms");
-    row("- memory after the second round", residentKilobytes(), "kB", "after the first",
-        run.memoryAfterFirstRound(), "1");
+    const std::vector<int> sizes = Measurement::growthSizes(argc, argv);
+    if (sizes.empty())
+        measure(argc > 1 ? QByteArray(argv[1]).toInt() : 10'000);
+    else
+        measureGrowth(sizes);
     return 0;
 }

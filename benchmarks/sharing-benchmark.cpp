@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
-// sharing-benchmark
+// sharing-benchmark [--growth SIZE]
 // Reads playlists of 10,000 items that another process (this program again, with --owner) shares over the session
 // bus. The reference is the least that handing the same texts over can cost: the owner writes its prepared records
 // into shared memory with QDataStream and passes the descriptor, the reader maps it and reads them back. Needs a
 // session bus.
+// With --growth: points of how it grows, for playlists of SIZE items. One size each time: who shares another size is
+// another owner, whose coming would be measured too.
 #include "KelvoGeneralSourcePlaylist.h"
 #include "KelvoRegistry.h"
 #include "KelvoShared.h"
@@ -20,14 +22,24 @@
 
 #include <cstring>
 
+#include <fcntl.h>
 #include <sys/mman.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
-constexpr int items = 10'000;
-constexpr int rounds = 15;
+/// What is shared.
+struct Shared
+{
+    explicit Shared(int itemsOfEach)
+        : items(itemsOfEach)
+        , rounds(itemsOfEach > 10'000 ? 5 : 15) // the owner's models take some 2 kB an item
+    {
+    }
+    int items; ///< of each playlist
+    int rounds; ///< a playlist each: what was read once is known
+};
 
 double milliseconds(const QElapsedTimer &timer)
 {
@@ -96,7 +108,7 @@ QString playlistId(int round)
     return QStringLiteral("shared-%1").arg(round);
 }
 
-KelvoGeneralSourcePlaylist *makePlaylist(int round)
+KelvoGeneralSourcePlaylist *makePlaylist(int round, int items)
 {
     auto *playlist = new KelvoGeneralSourcePlaylist(playlistId(round), "Shared", "KelvoTrackerSource");
     auto *model = new QStandardItemModel(playlist);
@@ -172,7 +184,7 @@ void handOver(int socket, const QList<Record> &records)
 }
 
 /// Milliseconds for the whole list.
-double takeOver(int socket)
+double takeOver(int socket, int items)
 {
     QElapsedTimer timer;
     timer.start();
@@ -199,12 +211,12 @@ double takeOver(int socket)
 
 /// Answers on the socket: "h" hands the records over, "l" tells the longest event since the last "l", "p" the
 /// longest time that publishing a playlist took, "w" how long this thread has worked.
-int runOwner(Application &application, int socket)
+int runOwner(Application &application, int socket, Shared shared)
 {
     KelvoShared::instance()->initTracking(KelvoRegistry::instance());
     double publishing = 0;
-    for (int round = 0; round < rounds; ++round) {
-        KelvoPlaylist *playlist = makePlaylist(round);
+    for (int round = 0; round < shared.rounds; ++round) {
+        KelvoPlaylist *playlist = makePlaylist(round, shared.items);
         QElapsedTimer timer;
         timer.start();
         KelvoShared::instance()->publishPlaylist(playlist);
@@ -244,7 +256,7 @@ struct Reading
     double whole = 0;
 };
 
-Reading readList(KelvoPlaylist *playlist)
+Reading readList(KelvoPlaylist *playlist, int items)
 {
     Reading reading;
     QElapsedTimer timer;
@@ -262,59 +274,83 @@ Reading readList(KelvoPlaylist *playlist)
     return reading;
 }
 
-void waitForPlaylists()
+void waitForPlaylists(int count)
 {
     QEventLoop loop;
     QTimer poll;
-    QObject::connect(&poll, &QTimer::timeout, &loop, [&loop] {
-        if (KelvoRegistry::instance()->allPlaylists().size() == rounds)
+    QObject::connect(&poll, &QTimer::timeout, &loop, [&loop, count] {
+        if (KelvoRegistry::instance()->allPlaylists().size() == count)
             loop.quit();
     });
     poll.start(10);
     loop.exec();
 }
 
-void runReader(Application &application, int socket)
+/// What the reader finds out, in milliseconds.
+struct Findings
 {
-    KelvoShared::instance()->initTracking(KelvoRegistry::instance());
-    waitForPlaylists();
-    const double publishing = askOwner(socket, 'p').time;
-    askOwner(socket, 'l');
+    double publishing = 0;
     std::vector<double> firstPages;
     std::vector<double> lists;
     Longest longestReading;
     Longest longestGiving;
     std::vector<double> references;
-    std::vector<double> work;
+    std::vector<double> work; ///< of the processor, at both ends
     std::vector<double> referenceWork;
+};
+
+Findings runReader(Application &application, int socket, Shared shared)
+{
+    KelvoShared::instance()->initTracking(KelvoRegistry::instance());
+    waitForPlaylists(shared.rounds);
+    Findings found;
+    found.publishing = askOwner(socket, 'p').time;
+    askOwner(socket, 'l');
     // Of both ends, so far.
     const auto workSoFar = [socket] {
         return Measurement::workOfThread() + askOwner(socket, 'w').work;
     };
-    for (int round = 0; round < rounds; ++round) {
+    for (int round = 0; round < shared.rounds; ++round) {
         const double before = workSoFar();
         application.takeLongest();
-        const Reading reading = readList(KelvoRegistry::instance()->findPlaylistByUuid(playlistId(round)));
-        longestReading.note(application.takeLongest());
-        longestGiving.note(askOwner(socket, 'l'));
-        firstPages.push_back(reading.firstPage);
-        lists.push_back(reading.whole);
+        const Reading reading
+            = readList(KelvoRegistry::instance()->findPlaylistByUuid(playlistId(round)), shared.items);
+        found.longestReading.note(application.takeLongest());
+        found.longestGiving.note(askOwner(socket, 'l'));
+        found.firstPages.push_back(reading.firstPage);
+        found.lists.push_back(reading.whole);
         const double between = workSoFar();
-        references.push_back(takeOver(socket));
-        work.push_back(between - before);
-        referenceWork.push_back(workSoFar() - between);
+        found.references.push_back(takeOver(socket, shared.items));
+        found.work.push_back(between - before);
+        found.referenceWork.push_back(workSoFar() - between);
         askOwner(socket, 'l');
     }
+    return found;
+}
+
+void showRows(const Findings &found)
+{
     using Measurement::median;
     using Measurement::row;
-    row("shared playlist of 10,000 items: first page", median(firstPages), "ms", "", 0, "at most 5 ms");
-    row("- the whole list", median(lists), "ms", "shared memory", median(references), "at most 1.5");
-    row("- processor time of it at both ends", median(work), "ms", "shared memory", median(referenceWork));
-    row("- reader's longest event", longestReading.time, "ms", "", 0, "at most 16 ms");
-    row("- most processor time of one event", longestReading.work, "ms", "", 0, "at most 16 ms");
-    row("- owner's longest event", longestGiving.time, "ms", "", 0, "at most 16 ms");
-    row("- most processor time of one event", longestGiving.work, "ms", "", 0, "at most 16 ms");
-    row("- publishing", publishing, "ms", "", 0, "at most 16 ms");
+    row("shared playlist of 10,000 items: first page", median(found.firstPages), "ms", "", 0, "at most 5 ms");
+    row("- the whole list", median(found.lists), "ms", "shared memory", median(found.references),
+        "at most 1.5");
+    row("- processor time of it at both ends", median(found.work), "ms", "shared memory",
+        median(found.referenceWork));
+    row("- reader's longest event", found.longestReading.time, "ms", "", 0, "at most 16 ms");
+    row("- most processor time of one event", found.longestReading.work, "ms", "", 0, "at most 16 ms");
+    row("- owner's longest event", found.longestGiving.time, "ms", "", 0, "at most 16 ms");
+    row("- most processor time of one event", found.longestGiving.work, "ms", "", 0, "at most 16 ms");
+    row("- publishing", found.publishing, "ms", "", 0, "at most 16 ms");
+}
+
+void showGrowth(const Findings &found, int items)
+{
+    using Measurement::growth;
+    using Measurement::median;
+    growth("shared playlist: publishing", items, found.publishing);
+    growth("shared playlist: first page", items, median(found.firstPages));
+    growth("shared playlist: the whole list", items, median(found.lists));
 }
 } // namespace
 
@@ -322,19 +358,28 @@ int main(int argc, char *argv[])
 {
     qputenv("KELVO_PLUGINS", "");
     Application application(argc, argv);
-    if (argc > 2 && QByteArray(argv[1]) == "--owner")
-        return runOwner(application, QByteArray(argv[2]).toInt());
+    if (argc > 3 && QByteArray(argv[1]) == "--owner")
+        return runOwner(application, QByteArray(argv[2]).toInt(), Shared(QByteArray(argv[3]).toInt()));
+    const std::vector<int> sizes = Measurement::growthSizes(argc, argv);
+    const Shared shared(sizes.empty() ? 10'000 : sizes.front());
     int sockets[2];
     if (socketpair(AF_UNIX, SOCK_STREAM, 0, sockets) != 0)
         qFatal("No sockets");
+    // The owner ends when this end is closed; a copy of its own would keep it from that.
+    fcntl(sockets[0], F_SETFD, FD_CLOEXEC);
     QProcess owner;
     owner.setProcessChannelMode(QProcess::ForwardedChannels);
-    owner.start(QCoreApplication::applicationFilePath(), {"--owner", QString::number(sockets[1])});
+    owner.start(QCoreApplication::applicationFilePath(),
+        {"--owner", QString::number(sockets[1]), QString::number(shared.items)});
     if (!owner.waitForStarted())
         qFatal("The owner does not start");
     close(sockets[1]);
-    runReader(application, sockets[0]);
+    const Findings found = runReader(application, sockets[0], shared);
     close(sockets[0]);
     owner.waitForFinished();
+    if (sizes.empty())
+        showRows(found);
+    else
+        showGrowth(found, shared.items);
     return 0;
 }

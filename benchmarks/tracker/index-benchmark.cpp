@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
-// index-benchmark FOLDER SONG
+// index-benchmark FOLDER SONG [--growth COUNT...]
 // Indexes 10,000 copies of the file SONG, made once in FOLDER, with and without their contents in the page cache,
 // looks through them again, and indexes as many in one folder. The reference reads every file once.
+// With --growth: points of how indexing COUNT files and looking through them grows.
 #include "KelvoTrackerStore.h"
 #include "Measurement.h"
 #include "index/MediaIndexing.h"
@@ -26,12 +27,12 @@ template <class Sender, class Signal> void waitFor(Sender *sender, Signal signal
     loop.exec();
 }
 
-bool makeFiles(const QString &media, const QString &song, int filesPerFolder)
+bool makeFiles(const QString &media, const QString &song, int filesPerFolder, int count = fileCount)
 {
     QFile complete(media + QLatin1String("/complete"));
     if (complete.exists())
         return true;
-    for (int i = 0; i < fileCount; ++i) {
+    for (int i = 0; i < count; ++i) {
         const QString album = QStringLiteral("%1/album %2").arg(media).arg(i / filesPerFolder);
         QDir().mkpath(album);
         QFile::copy(song, QStringLiteral("%1/%2.mp3").arg(album).arg(i));
@@ -135,6 +136,25 @@ void measure(const QString &folder, const QString &song)
     QDir(data).removeRecursively();
     indexed("10,000 files in one folder indexed", Indexing(oneFolder), warmFolder);
 }
+
+/// All in the page cache: how fast the disk is tells nothing of growth.
+bool measureGrowth(const QString &folder, const QString &song, int count)
+{
+    const QString data = folder + QLatin1String("/data");
+    const QString media = QStringLiteral("%1/media %2").arg(folder).arg(count);
+    qputenv("XDG_DATA_HOME", QFile::encodeName(data));
+    if (!makeFiles(media, song, 10, count))
+        return false;
+    readAll(media);
+    QDir(data).removeRecursively();
+    constexpr double noise = 1; // a report tells whole milliseconds
+    Indexing indexing(media);
+    Measurement::growth("files: indexed", count, indexing.report().milliseconds, noise);
+    indexing.lookAgain();
+    Measurement::growth(
+        "files: unchanged, looked through again", count, indexing.report().milliseconds, noise);
+    return true;
+}
 } // namespace
 
 int main(int argc, char *argv[])
@@ -142,7 +162,14 @@ int main(int argc, char *argv[])
     QCoreApplication application(argc, argv);
     if (argc < 3)
         return 2;
-    measure(QDir(QFile::decodeName(argv[1])).absolutePath(),
-        QFileInfo(QFile::decodeName(argv[2])).absoluteFilePath());
+    const QString folder = QDir(QFile::decodeName(argv[1])).absolutePath();
+    const QString song = QFileInfo(QFile::decodeName(argv[2])).absoluteFilePath();
+    const std::vector<int> sizes = Measurement::growthSizes(argc, argv, 3);
+    for (const int size : sizes) {
+        if (!measureGrowth(folder, song, size))
+            return 1;
+    }
+    if (sizes.empty())
+        measure(folder, song);
     return 0;
 }

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-// tracker-benchmark FOLDER [COUNT...]
+// tracker-benchmark FOLDER [[--growth] COUNT...]
 // A store of COUNT songs (100,000 and 1,000,000), made once in FOLDER, and a plain SQLite database of the same shape
 // beside it: how soon the first rows of every built-in query and of a search are there, how long all songs take, what the
-// event loop notices of it, and what a row costs.
+// event loop notices of it, and what a row costs. With --growth: points of how some of it grows with COUNT.
 #include "KelvoGeneralSourcePlaylist.h"
 #include "KelvoTrackerModelFactory.h"
 #include "KelvoTrackerStore.h"
@@ -323,6 +323,19 @@ bool prepare(const QString &place, int count)
         && complete.open(QIODevice::WriteOnly);
 }
 
+/// The factory of a store that is open.
+class OpenFactory : public KelvoTrackerModelFactory
+{
+public:
+    OpenFactory()
+        : KelvoTrackerModelFactory(
+            QStringLiteral("Unknown album"), QStringLiteral("Unknown artist"), streamBlock)
+    {
+        init();
+        waitFor(this, &KelvoTrackerModelFactory::initCompleted);
+    }
+};
+
 bool measure(const QString &folder, int count)
 {
     const QString place = QStringLiteral("%1/%2").arg(folder).arg(count);
@@ -331,10 +344,7 @@ bool measure(const QString &folder, int count)
     readBareCursor(); // both caches are warm from here on
     const Times bare = readBareCursor();
     const PlainDatabase plain(QFile::encodeName(place + QLatin1String("/plain.db")));
-    KelvoTrackerModelFactory factory(
-        QStringLiteral("Unknown album"), QStringLiteral("Unknown artist"), streamBlock);
-    factory.init();
-    waitFor(&factory, &KelvoTrackerModelFactory::initCompleted);
+    OpenFactory factory;
     plain.read(PlainQuery::allSongs, firstBlock);
     std::unique_ptr<KelvoTrackerModel> songs;
     const Times model = readModel(factory, &songs);
@@ -356,6 +366,30 @@ bool measure(const QString &folder, int count)
         measureAppending(*songs, what);
     return model.rows == count && raw.rows == count && flat.rows == count && bare.rows == count;
 }
+
+/// What is worth a curve; without the references, which tell nothing of growth.
+bool measureGrowth(const QString &folder, int count)
+{
+    if (!prepare(QStringLiteral("%1/%2").arg(folder).arg(count), count))
+        return false;
+    readBareCursor(); // the caches are warm from here on
+    OpenFactory factory;
+    using Measurement::growth;
+    growth("songs: first 200 rows of all songs", count, firstBlockOf(factory, Type::AllSongs, 0));
+    growth("songs: first 200 rows of all albums", count, firstBlockOf(factory, Type::AllAlbums, 0));
+    growth("songs: search for a word in every song, first 200 rows", count, searchFor("song"));
+    growth("songs: search for a word in one song", count, searchFor("0000042"));
+    std::vector<double> all;
+    int rows = count;
+    for (int round = 0; round < 3 && rows == count; ++round) {
+        std::unique_ptr<KelvoTrackerModel> songs;
+        const Times times = readModel(factory, &songs);
+        all.push_back(times.all);
+        rows = times.rows;
+    }
+    growth("songs: all rows of all songs", count, Measurement::median(all));
+    return rows == count;
+}
 } // namespace
 
 int main(int argc, char *argv[])
@@ -364,13 +398,14 @@ int main(int argc, char *argv[])
     if (argc < 2)
         return 2;
     const QString folder = QDir(QFile::decodeName(argv[1])).absolutePath();
-    QList<int> counts;
-    for (int i = 2; i < argc; ++i)
-        counts.append(QByteArray(argv[i]).toInt());
-    if (counts.isEmpty())
+    std::vector<int> counts = Measurement::growthSizes(argc, argv, 2);
+    const bool isGrowth = !counts.empty();
+    for (int i = 2; i < argc && !isGrowth; ++i)
+        counts.push_back(QByteArray(argv[i]).toInt());
+    if (counts.empty())
         counts = {100'000, 1'000'000};
     for (const int count : counts) {
-        if (!measure(folder, count))
+        if (!(isGrowth ? measureGrowth(folder, count) : measure(folder, count)))
             return 1;
         // The store of the next size lies elsewhere.
         if (KelvoTrackerStore::instance()->state() != KelvoTrackerStore::Closed)
