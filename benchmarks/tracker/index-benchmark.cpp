@@ -149,6 +149,8 @@ bool measureGrowth(const QString &folder, const QString &song, int count)
     QDir(data).removeRecursively();
     constexpr double noise = 1; // a report tells whole milliseconds
     Indexing indexing(media);
+    if (int(indexing.report().added) != count)
+        return false;
     Measurement::growth("files: indexed", count, indexing.report().milliseconds, noise);
     indexing.lookAgain();
     Measurement::growth(

@@ -377,8 +377,8 @@ bool measureGrowth(const QString &folder, int count)
     using Measurement::growth;
     growth("songs: first 200 rows of all songs", count, firstBlockOf(factory, Type::AllSongs, 0));
     growth("songs: first 200 rows of all albums", count, firstBlockOf(factory, Type::AllAlbums, 0));
-    growth("songs: search for a word in every song, first 200 rows", count, searchFor("song"));
-    growth("songs: search for a word in one song", count, searchFor("0000042"));
+    growth("songs: search, a word in every song, 200 rows", count, searchFor("song"));
+    growth("songs: search, a word in one song", count, searchFor("0000042"));
     std::vector<double> all;
     int rows = count;
     for (int round = 0; round < 3 && rows == count; ++round) {
