@@ -272,7 +272,7 @@ class Axes:
         if self.y[0] <= math.log10(FRAME) <= self.y[1]:
             y = self.at(10.0 ** self.x[0], FRAME)[1]
             parts.append(line((LEFT, y), (LEFT + PLOT_WIDTH, y), 'stroke="#b00" stroke-dasharray="1 3"'))
-            parts.append(text(LEFT + 6, y - 5, f"{FRAME} ms: a frame", 'fill="#b00"'))
+            parts.append(text(LEFT + PLOT_WIDTH - 6, y - 5, f"{FRAME} ms: a frame", 'text-anchor="end" fill="#b00"'))
         parts.append(text(LEFT + PLOT_WIDTH / 2, TOP + PLOT_HEIGHT + 42, "how many there are", 'text-anchor="middle"'))
         return parts
 
