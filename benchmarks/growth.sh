@@ -12,10 +12,10 @@ fi
 shift
 
 lists=10,100,1000,10000,100000,1000000
-shared=10,100,1000,10000,30000,100000       # their owner takes 2 kB an item, and has five lists
-registry=10,100,1000,3000,10000,20000,30000 # all of them come one by one, twice
-songs=1000,3000,10000,30000,100000          # to fill a store of a million takes ten minutes, once
-files=10,100,1000,10000,30000,100000        # 4 kB of the disk each
+shared=10,100,1000,10000,30000,100000    # their owner takes 2 kB an item, and has five lists
+registry=10,100,1000,3000,10000,20000   # all of them come one by one, twice
+songs=1000,3000,10000,30000,100000       # to fill a store of a million takes ten minutes, once
+files=10,100,1000,10000,30000,100000     # 4 kB of the disk each
 while [ $# -gt 0 ]; do
     case "$1 ${2:-}" in
         "--lists "[0-9]*) lists=$2 ;;

@@ -66,30 +66,26 @@ public:
     double medianAdding() const { return Measurement::median(m_adding); }
     double medianRemoving() const { return Measurement::median(m_removing); }
     /// Of those that came while this many were there, or a few more.
-    double medianAddingTo(int count) const
-    {
-        std::vector<double> times;
-        for (int base = 0; base < int(m_adding.size()); base += m_count)
-            append(&times, m_adding, base + count, windowAt(count));
-        return Measurement::median(times);
-    }
+    double medianAddingTo(int count) const { return medianOfBetterRound(m_adding, count, windowAt(count)); }
     /// Of those that went while this many were there, or a few more.
     double medianRemovingFrom(int count) const
     {
-        std::vector<double> times;
         const int window = windowAt(count);
-        for (int end = m_count; end <= int(m_removing.size()); end += m_count)
-            append(&times, m_removing, end - count - window, window);
-        return Measurement::median(times);
+        return medianOfBetterRound(m_removing, m_count - count - window, window);
     }
     /// Arrivals that are near enough to this number for one point of a curve.
     static int windowAt(int count) { return std::clamp(count / 10, 3, 100); }
     double memoryAfterFirstRound() const { return m_memoryAfterFirst; }
 
 private:
-    static void append(std::vector<double> *to, const std::vector<double> &from, int first, int count)
+    /// All of a window are within a second, in which another program may hold the processor or its caches: hardly in
+    /// both rounds.
+    double medianOfBetterRound(const std::vector<double> &times, int first, int window) const
     {
-        to->insert(to->end(), from.begin() + first, from.begin() + first + count);
+        std::vector<double> medians;
+        for (auto round = times.begin(); round < times.end(); round += m_count)
+            medians.push_back(Measurement::median({round + first, round + first + window}));
+        return *std::min_element(medians.begin(), medians.end());
     }
 
     std::vector<double> all() const
