@@ -13,6 +13,13 @@ constexpr double tolerance = 0.5 / 80 / MediaClock::framesPerSecond;
 /// What is quieter is not made as loud as the rest: nothing is there.
 constexpr float quietest = 0.001F;
 constexpr float forgetting = 0.9999F; ///< of loudness, with each sample: half of it in a seventh of a second
+/// Seconds without a frame; the first one at the lowest speed is read within less.
+constexpr double patience = 0.25;
+
+LTCDecoder *makeDecoder(int rate)
+{
+    return ltc_decoder_create(rate / MediaClock::framesPerSecond, mostWaiting);
+}
 
 MediaClock::Code codeIn(LTCFrame *frame)
 {
@@ -42,7 +49,7 @@ void TimeCodeReader::Closer::operator()(LTCDecoder *decoder) const
 
 TimeCodeReader::TimeCodeReader(int rate)
     : m_rate(rate)
-    , m_decoder(ltc_decoder_create(rate / MediaClock::framesPerSecond, mostWaiting))
+    , m_decoder(makeDecoder(rate))
 {
     Q_ASSERT(m_decoder);
 }
@@ -54,17 +61,30 @@ std::vector<TimeCodeReader::Frame> TimeCodeReader::read(std::span<const float> s
     std::vector<Frame> trusted;
     while (!samples.empty()) {
         // No more at once than the decoder's queue has room for.
-        std::vector<float> part(std::min(samples.size(), size_t(m_rate) / 2));
+        std::vector<float> part(std::min(samples.size(), size_t(m_rate) / 4));
         std::transform(samples.begin(), samples.begin() + qsizetype(part.size()), part.begin(),
             [this](float sample) { return evened(sample); });
         samples = samples.subspan(part.size());
         ltc_decoder_write_float(m_decoder.get(), part.data(), part.size(), m_samples);
         m_samples += qint64(part.size());
         LTCFrameExt frame = {};
-        while (ltc_decoder_read(m_decoder.get(), &frame) > 0)
+        while (ltc_decoder_read(m_decoder.get(), &frame) > 0) {
+            m_lastRead = m_samples;
             take({MediaClock::momentOf(codeIn(&frame.ltc)), double(frame.off_start) / m_rate}, &trusted);
+        }
+        beginAnewWhenDeaf();
     }
     return trusted;
+}
+
+/// The decoder learns the length of a bit from what it hears, and what is far too short for one, such as the hiss with which
+/// some codecs begin, keeps it from learning it ever again.
+void TimeCodeReader::beginAnewWhenDeaf()
+{
+    if (double(m_samples - m_lastRead) < patience * m_rate)
+        return;
+    m_decoder.reset(makeDecoder(m_rate));
+    m_lastRead = m_samples;
 }
 
 /// As loud as it can be: the decoder counts in 8 bits.

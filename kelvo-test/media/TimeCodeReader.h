@@ -37,12 +37,14 @@ private:
         void operator()(LTCDecoder *decoder) const;
     };
     float evened(float sample);
+    void beginAnewWhenDeaf();
     void take(const Frame &frame, std::vector<Frame> *trusted);
     bool follows(const Frame &next) const;
 
     const int m_rate;
-    const std::unique_ptr<LTCDecoder, Closer> m_decoder;
+    std::unique_ptr<LTCDecoder, Closer> m_decoder;
     qint64 m_samples = 0;
+    qint64 m_lastRead = 0; ///< sample at which the decoder had a frame, or was new
     float m_loudest = 0; ///< of late
     std::optional<Frame> m_last;
     double m_lastLength = 0; ///< seconds between the last two of them, where one followed the other

@@ -108,6 +108,17 @@ private Q_SLOTS:
 
     void whatIsLeftOutOfTheBeginningIsMissing() { check(framesIn(codeOf(5, 0.513, 2)), 5, 0.513); }
 
+    /// As the first hundredths of a second of some MP3 files sound.
+    void aHissBeforeTheCodeDoesNotDeafen()
+    {
+        std::vector<float> hiss(MediaClock::sampleRate / 50);
+        for (size_t i = 0; i < hiss.size(); ++i)
+            hiss[i] = 0.05F * float(std::sin(2 * M_PI * 16'000 * double(i) / MediaClock::sampleRate));
+        const std::vector<TimeCodeReader::Frame> frames = framesIn(hiss + codeOf(1, 0, 2));
+        QVERIFY(frames.size() >= 40);
+        check(frames, 1, -0.02);
+    }
+
     void theCodeRunsOnAfterAnHour()
     {
         const double from = 3599;
