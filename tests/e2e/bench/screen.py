@@ -1,83 +1,96 @@
 # SPDX-License-Identifier: MIT
-"""What is on the screen: pictures of the root window, also of what lies inside native video windows."""
+"""What is on the screen: pictures of the root window, also of what lies inside native video windows.
 
-import subprocess
+They are taken and counted within this process: scenarios look many times a second, and a tool that is started each
+time would take a fifth of the processor time of all of them.
+"""
+
+import io
+
+from PIL import Image, ImageChops, ImageGrab
+
+_SET = 255  # what a mask has where it holds
+_ALIKE = 13  # of 255: what a channel may differ by and still be the same colour
 
 
 class Picture:
-    """The screen at one moment, for questions about single pixels."""
+    """The screen, or a window, at one moment."""
 
-    def __init__(self, width, raw):
-        self._width = width
-        self._raw = raw
+    def __init__(self, image):
+        self._image = image.convert("RGB")
 
-    def count(self, area, matches):
-        """Number of pixels of the area (x, y, width, height) for which matches(red, green, blue) holds."""
-        x, y, width, height = area
-        found = 0
-        for row in range(y, y + height):
-            at = 3 * (row * self._width + x)
-            line = self._raw[at:at + 3 * width]
-            found += sum(map(matches, line[0::3], line[1::3], line[2::3]))
-        return found
+    def count(self, area, colour):
+        """Number of pixels of the area (x, y, width, height) that have such a colour."""
+        return _ones(colour(*_cut(self._image, area).split()))
 
+    def share(self, colour):
+        """Which part of all pixels has such a colour, 0..1."""
+        width, height = self._image.size
+        return self.count((0, 0, width, height), colour) / (width * height)
+
+    def difference(self, other):
+        """Number of pixels that have clearly another colour in the other picture, which has the same size."""
+        apart = ImageChops.difference(self._image, other._image)  # pylint: disable=protected-access
+        return _ones(_above(_lightest(*apart.split()), _ALIKE))
+
+    def save(self, path, area=None):
+        """As a PNG file: the area (x, y, width, height), or everything."""
+        (_cut(self._image, area) if area else self._image).save(path)
+
+
+# Colours: of three channels, the mask of those pixels that are meant.
 
 def dark(red, green, blue):
     """The colour of texts."""
-    return red < 110 and green < 110 and blue < 110
+    return _below(_lightest(red, green, blue), 110)
 
 
 def strong_red(red, green, blue):
     """Red texts and red videos, smoothed edges included."""
-    return red > 170 and green < 90 and blue < 90
+    return ImageChops.darker(_above(red, 170), _below(ImageChops.lighter(green, blue), 90))
+
+
+def bright_but_not_red(_, green, blue):
+    """The edges of a red caption on black are all between the two."""
+    return _above(ImageChops.lighter(green, blue), 110)
 
 
 class Screen:
+    """The display of a desktop."""
+
     def __init__(self, desktop):
         self._desktop = desktop
 
-    def shoot(self, path, area=None):
-        """A PNG file of the area (x, y, width, height), of everything by default. The pointer is not in it."""
-        self._desktop.run(["import", "-silent", "-window", "root", *_crop(area), str(path)])
-        return path
-
-    def _measure(self, area, text):
-        out = self._desktop.run(["import", "-silent", "-window", "root", *_crop(area), "-depth", "8", "-format", text,
-                                 "info:"])
-        return [float(part) for part in out.split()]
-
-    def pixel(self, x, y):
-        """(red, green, blue), 0..255."""
-        return self.mean((x, y, 1, 1))
-
-    def mean(self, area):
-        """Mean colour of an area, 0..255 per channel."""
-        values = self._measure(area, "%[fx:mean.r*255] %[fx:mean.g*255] %[fx:mean.b*255]")
-        return tuple(round(value) for value in values)
-
-    def deviation(self, area):
-        """Standard deviation of the brightness, 0..255: 0 for a plain area."""
-        return self._measure(area, "%[fx:standard_deviation*255]")[0]
-
     def picture(self):
-        """What is on the whole screen now."""
-        raw = self._desktop.run_bytes(["import", "-silent", "-window", "root", "-depth", "8", "rgb:-"])
-        return Picture(self._desktop.size[0], raw)
+        """What is on the whole screen now, without the pointer."""
+        return Picture(ImageGrab.grab(xdisplay=self._desktop.env["DISPLAY"]))
 
-    def share(self, window, matches):
-        """Which part of a window's pixels matches, 0..1, what lies inside it included: where no screen is to be seen."""
-        raw = self._desktop.run_bytes(["import", "-silent", "-window", str(window), "-depth", "8", "rgb:-"])
-        return sum(map(matches, raw[0::3], raw[1::3], raw[2::3])) / (len(raw) / 3)
+    def picture_of(self, window):
+        """What is in a window and the windows inside it: also where no screen is to be seen."""
+        found = self._desktop.run_bytes(["import", "-silent", "-window", str(window), "ppm:-"])
+        return Picture(Image.open(io.BytesIO(found)))
 
-    def difference(self, first, second):
-        """Number of pixels in which two picture files differ."""
-        done = subprocess.run(["compare", "-metric", "AE", "-fuzz", "5%", str(first), str(second), "null:"],
-                              env=self._desktop.env, capture_output=True, timeout=20, check=False)
-        return int(float(done.stderr.split()[0]))
+    def shoot(self, path, area=None):
+        """A PNG file of the area (x, y, width, height), of everything by default."""
+        self.picture().save(path, area)
 
 
-def _crop(area):
-    if area is None:
-        return []
+def _cut(image, area):
     x, y, width, height = area
-    return ["-crop", f"{width}x{height}+{x}+{y}", "+repage"]
+    return image.crop((x, y, x + width, y + height))
+
+
+def _lightest(red, green, blue):
+    return ImageChops.lighter(red, ImageChops.lighter(green, blue))
+
+
+def _above(channel, limit):
+    return channel.point(lambda value: _SET if value > limit else 0)
+
+
+def _below(channel, limit):
+    return channel.point(lambda value: _SET if value < limit else 0)
+
+
+def _ones(mask):
+    return mask.histogram()[_SET]

@@ -126,9 +126,8 @@ class NoBus(Scenario):
         console.log.wait_for(r"initTracking success was false", limit=30)
         console.log.wait_for(r"^Playing\.", limit=30)
         screen = Screen(self.desktop)
-        before, after = self.desktop.folder / "before.png", self.desktop.folder / "after.png"
-        screen.shoot(before)
-        until(lambda: screen.difference(before, screen.shoot(after)) > 20, "the position moves on the screen")
+        before = screen.picture()
+        until(lambda: screen.picture().difference(before) > 20, "the position moves on the screen")
         self.desktop.run(["sh", "-c", "xdotool windowactivate --sync "
                           "$(xdotool search --onlyvisible --name '^KELVO test-GUI$' | head -n 1) key alt+F4"])
         self.assertEqual(console.wait_exit(), 0)

@@ -75,4 +75,4 @@ class WaylandWithX11(WaylandCase):
 
     def wait_red(self, window):
         screen = Screen(self.desktop)
-        until(lambda: screen.share(window, strong_red) > 0.2, "the picture shows", 15)
+        until(lambda: screen.picture_of(window).share(strong_red) > 0.2, "the picture shows", 15)
