@@ -13,8 +13,14 @@ constexpr double tolerance = 0.5 / 80 / MediaClock::framesPerSecond;
 /// What is quieter is not made as loud as the rest: nothing is there.
 constexpr float quietest = 0.001F;
 constexpr float forgetting = 0.9999F; ///< of loudness, with each sample: half of it in a seventh of a second
-/// Seconds without a frame; the first one at the lowest speed is read within less.
+/// Seconds of sound without a frame; the first one at the lowest speed is read within less.
 constexpr double patience = 0.25;
+
+bool isSilent(std::span<const float> samples)
+{
+    return std::all_of(
+        samples.begin(), samples.end(), [](float sample) { return std::abs(sample) < quietest; });
+}
 
 LTCDecoder *makeDecoder(int rate)
 {
@@ -64,6 +70,7 @@ std::vector<TimeCodeReader::Frame> TimeCodeReader::read(std::span<const float> s
         std::vector<float> part(std::min(samples.size(), size_t(m_rate) / 4));
         std::transform(samples.begin(), samples.begin() + qsizetype(part.size()), part.begin(),
             [this](float sample) { return evened(sample); });
+        const bool isQuiet = isSilent(samples.first(part.size()));
         samples = samples.subspan(part.size());
         ltc_decoder_write_float(m_decoder.get(), part.data(), part.size(), m_samples);
         m_samples += qint64(part.size());
@@ -72,6 +79,8 @@ std::vector<TimeCodeReader::Frame> TimeCodeReader::read(std::span<const float> s
             m_lastRead = m_samples;
             take({MediaClock::momentOf(codeIn(&frame.ltc)), double(frame.off_start) / m_rate}, &trusted);
         }
+        if (isQuiet)
+            m_lastRead = m_samples;
         beginAnewWhenDeaf();
     }
     return trusted;

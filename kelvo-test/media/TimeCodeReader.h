@@ -44,7 +44,7 @@ private:
     const int m_rate;
     std::unique_ptr<LTCDecoder, Closer> m_decoder;
     qint64 m_samples = 0;
-    qint64 m_lastRead = 0; ///< sample at which the decoder had a frame, or was new
+    qint64 m_lastRead = 0; ///< sample at which the decoder had a frame, was new, or had nothing to hear
     float m_loudest = 0; ///< of late
     std::optional<Frame> m_last;
     double m_lastLength = 0; ///< seconds between the last two of them, where one followed the other
