@@ -68,12 +68,17 @@ bool GstTestCase::engineRuns()
 
 bool GstTestCase::threadRuns(const QByteArray &name)
 {
+    return threadsNamed(name) > 0;
+}
+
+int GstTestCase::threadsNamed(const QByteArray &name)
+{
     const QDir threads(QStringLiteral("/proc/self/task"));
     const QStringList ids = threads.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
-    return std::any_of(ids.cbegin(), ids.cend(), [&](const QString &id) {
+    return int(std::count_if(ids.cbegin(), ids.cend(), [&](const QString &id) {
         QFile comm(threads.filePath(id + QStringLiteral("/comm")));
         return comm.open(QIODevice::ReadOnly) && comm.readAll().trimmed() == name;
-    });
+    }));
 }
 
 void GstTestCase::init()

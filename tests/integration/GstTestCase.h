@@ -34,6 +34,7 @@ protected:
     static bool engineRuns();
     /// Whether a thread of that name does (its first 15 letters).
     static bool threadRuns(const QByteArray &name);
+    static int threadsNamed(const QByteArray &name);
     KelvoRenderer *renderer() const { return m_renderer; }
     RendererRecorder &heard() { return *m_recorder; }
     KelvoRegistry &registry() { return *m_registry; }

@@ -260,6 +260,14 @@ private Q_SLOTS:
         QVERIFY(comesToShow(QRect(20, 30, 160, 120)));
     }
 
+    /// In a thread without a name of its own, for which items would wait up to a twentieth of a second each.
+    void outputsDoNotListenForEventsThemselves()
+    {
+        play();
+        QTRY_VERIFY(isRed(at(100, 90)));
+        QCOMPARE(threadsNamed("gst-engine"), 1);
+    }
+
     void doesNotFlickerWhenThePageIsRepainted()
     {
         play();

@@ -56,10 +56,19 @@ GstElement *sinkWithin(const GstHandles::Element &bin)
     return found;
 }
 
+/// Of the window that it draws into: our own connection hears of them and has it redraw. Outputs that listen themselves look
+/// twenty times a second, and every item waits for the last look, also one without pictures.
+void ignoreEvents(GstElement *element)
+{
+    for (const char *events : {"handle-events", "handle-expose"}) {
+        if (has(element, events))
+            g_object_set(element, events, FALSE, nullptr);
+    }
+}
+
 void giveWindow(GstVideoOverlay *overlay, uint window)
 {
-    // Clicks are for the window below.
-    gst_video_overlay_handle_events(overlay, FALSE);
+    gst_video_overlay_handle_events(overlay, FALSE); // of such as have no property for it
     gst_video_overlay_set_window_handle(overlay, window);
 }
 
@@ -125,6 +134,7 @@ GstHandles::Element VideoOutput::makeSink(bool blind)
     forEachWithin(m_sink, [this](GstElement *element) {
         if (has(element, "autopaint-colorkey"))
             g_object_set(element, "autopaint-colorkey", gboolean(m_autopaint), nullptr);
+        ignoreEvents(element);
     });
     const GstHandles::Pad pad(gst_element_get_static_pad(m_sink.get(), "sink"));
     m_caps = std::make_shared<IdleCapsCache>();
