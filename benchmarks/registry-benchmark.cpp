@@ -145,7 +145,7 @@ private:
 void showRows(const Run<Renderers> &run)
 {
     using Measurement::row;
-    row("10,000 renderers come and go: longest event", run.longestStall(), "ms", "", 0, "at most 16 ms");
+    row("10,000 renderers come and go: longest event", run.longestStall(), "ms", "", 0, "at most 8 ms");
     row("- one comes, median", run.medianAdding(), "ms");
     row("- one goes, median", run.medianRemoving(), "ms");
     row("- memory after the second round", residentKilobytes(), "kB", "after the first",

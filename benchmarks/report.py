@@ -18,7 +18,7 @@ import re
 import subprocess
 import sys
 
-HEADER = "| what | here | reference in the same run | ratio | goal |\n|---|---|---|---|---|\n"
+HEADER = "| what | here | reference in the same run | ratio | goal | |\n|---|---|---|---|---|---|\n"
 BEGIN = "<!-- figures: written by benchmarks/run.sh -->\n"
 END = "<!-- end of figures -->\n"
 LONG_DAY = "<!-- a long day: written by tests/soak/run.sh -->\n"
@@ -54,6 +54,19 @@ def chosen_rows(rows):
     return found, missing
 
 
+def judged(row):
+    """The row with one more field: whether a goal that is a number was met, by the ratio where there is one and
+    the goal has no unit, else by the value."""
+    _, value, reference, ratio, goal = [field.strip() for field in row.strip("|").split("|")]
+    most = re.fullmatch(r"(?:ratio )?at most ([\d.]+)( \S+)?( more)?", goal)
+    if not most:
+        return f"{row} |"
+    number = float(re.match(r"-?[\d.]+", value if most[2] or not ratio else ratio)[0])
+    if most[3]:
+        number -= float(re.search(r": ([\d.]+)", reference)[1])
+    return f"{row} {'met' if number <= float(most[1]) else '**missed**'} |"
+
+
 def processor():
     for line in pathlib.Path("/proc/cpuinfo").read_text(encoding="utf-8").splitlines():
         if line.startswith("model name"):
@@ -87,7 +100,7 @@ def page(rows, facts):
     """The text of docs/benchmarks.md, but for the long day."""
     return ("# Speed and memory\n\n"
             "Written by `benchmarks/run.sh`; do not edit. All rows are of one run, each beside a reference that was measured "
-            "within it,\nso that the ratio holds on other machines too.\n"
+            "within it,\nso that the ratio holds on other machines too. [Profiles](profiles.md) show why a goal is missed.\n"
             "[How costs grow](growth.md) shows them with ten, a hundred, ... a million of what they are for.\n\n"
             f"{told(facts)}\n{HEADER}" + "".join(f"{row}\n" for row in rows))
 
@@ -127,6 +140,7 @@ def write_benchmarks(root, rows):
     """The beginnings of the rows that are missing, for which nothing was written."""
     chosen, missing = chosen_rows(rows)
     if not missing:
+        rows, chosen = [judged(row) for row in rows], [judged(row) for row in chosen]
         path, readme = root / "docs/benchmarks.md", root / "README.md"
         text = with_figures(readme.read_text(encoding="utf-8"), chosen)
         kept = parts_of(path.read_text(encoding="utf-8"))[1] if path.exists() else ""

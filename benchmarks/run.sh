@@ -57,7 +57,7 @@ dbus-run-session -- python3 benchmarks/idle_benchmark.py --console $build/bin/ke
     --reference $build/benchmarks/empty-window 2>/dev/null
 python3 benchmarks/scenario_benchmark.py --program $build/bin/kelvo-test --media "$media/song.mp3"
 python3 benchmarks/reading_benchmark.py --program $build/bin/kelvo-test
-dbus-run-session -- python3 benchmarks/listening_benchmark.py --program $build/bin/kelvo-test 2>/dev/null
+dbus-run-session -- python3 benchmarks/listening_benchmark.py --program $build/bin/kelvo-test
 if [ -x $build/benchmarks/playlist-benchmark ]; then
     $build/benchmarks/playlist-benchmark
 fi

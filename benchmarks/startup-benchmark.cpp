@@ -93,7 +93,7 @@ try {
         program.push_back(millisecondsToWindow(display, argv[2]));
     }
     Measurement::row("start to window shown, median", Measurement::median(program), "ms", "empty Qt window",
-        Measurement::median(reference), "at most 3");
+        Measurement::median(reference), "at most 1.5");
     return 0;
 } catch (const std::exception &exception) {
     std::fprintf(stderr, "startup-benchmark: %s\n", exception.what());

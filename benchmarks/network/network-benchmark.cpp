@@ -250,7 +250,7 @@ private:
         row("- " + std::to_string(crowd) + " devices for " + std::to_string(seconds)
                 + " s: arrivals and departures",
             changes, "");
-        row("- longest event of the GUI loop", longest, "ms", {}, 0, "at most 16 ms");
+        row("- longest event of the GUI loop", longest, "ms", {}, 0, "at most 8 ms");
         row("- most processor time of one event", busiest, "ms", {}, 0, "at most 16 ms");
         row("- memory when all are gone", residentMegabytes(), "MB", "after as long a time before", before,
             "1");

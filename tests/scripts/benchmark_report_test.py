@@ -23,6 +23,10 @@ def complete():
     return [row(name) for name in report.CHOSEN]
 
 
+def judged(rows):
+    return [report.judged(one) for one in rows]
+
+
 class Written(unittest.TestCase):
     def setUp(self):
         folder = tempfile.TemporaryDirectory()
@@ -43,8 +47,8 @@ class Written(unittest.TestCase):
         others = [row("first of the others"), row("- its detail")]
         done, readme, page = self.write(["==> building", "| what | here |", "|---|---|", *others, *reversed(rows)])
         self.assertEqual(done.returncode, 0, done.stderr)
-        self.assertEqual(report.rows_of(page.splitlines()), [*others, *reversed(rows)])
-        self.assertEqual(report.rows_of(readme.splitlines()), rows)
+        self.assertEqual(report.rows_of(page.splitlines()), judged([*others, *reversed(rows)]))
+        self.assertEqual(report.rows_of(readme.splitlines()), judged(rows))
         self.assertTrue(readme.startswith("# Console\n\nbefore\n") and readme.endswith(report.END + "after\n"))
         self.assertNotIn("old", readme)
         for fact in ("date: 20", "revision: ", "machine: "):
@@ -65,20 +69,21 @@ class Written(unittest.TestCase):
         self.assertTrue(page.startswith(before))
         self.assertEqual(report.rows_of(page[len(before):].splitlines()), [row("private memory", "90.00 MB")])
         self.assertIn("## A long day", page[len(before):])
-        self.assertEqual(report.rows_of(readme.splitlines()), complete())
+        self.assertEqual(report.rows_of(readme.splitlines()), judged(complete()))
 
     def test_a_later_one_takes_its_place(self):
         self.write(complete())
         self.write([row("private memory", "90.00 MB")], "--long-day")
         _, _, page = self.write([row("private memory", "80.00 MB")], "--long-day")
-        self.assertEqual(report.rows_of(page.splitlines()), [*complete(), row("private memory", "80.00 MB")])
+        self.assertEqual(report.rows_of(page.splitlines()), [*judged(complete()), row("private memory", "80.00 MB")])
         self.assertEqual(page.count("## A long day"), 1)
 
     def test_later_benchmarks_keep_it(self):
         self.write(complete())
         self.write([row("private memory", "90.00 MB")], "--long-day")
         _, _, page = self.write([*complete(), row("another")])
-        self.assertEqual(report.rows_of(page.splitlines()), [*complete(), row("another"), row("private memory", "90.00 MB")])
+        self.assertEqual(report.rows_of(page.splitlines()), [*judged([*complete(), row("another")]),
+                                                           row("private memory", "90.00 MB")])
         self.assertEqual(page.count("## A long day"), 1)
 
     def test_no_day_at_all_is_not_written(self):
@@ -86,6 +91,28 @@ class Written(unittest.TestCase):
         before = self.page.read_text(encoding="utf-8")
         done, _, page = self.write(["it failed"], "--long-day")
         self.assertEqual((done.returncode, page), (1, before))
+
+
+class Judged(unittest.TestCase):
+    def test_a_goal_that_is_a_number(self):
+        for fields, verdict in (("1.00 ms | x: 2.00 ms | 0.50 | at most 0.5", "met"),
+                                ("1.00 ms | x: 2.00 ms | 0.51 | at most 0.5", "**missed**"),
+                                ("8.00 ms | x: 1.00 ms | 8.00 | at most 8 ms", "met"),
+                                ("8.01 ms | x: 9.00 ms | 0.89 | at most 8 ms", "**missed**"),
+                                ("1300.00 bytes |  | | at most 1200", "**missed**"),
+                                ("0.50 /s | x: 0.00 /s | | at most 1 /s", "met"),
+                                ("21 (19) ms |  | | at most 20 ms", "**missed**"),
+                                ("3.00 ms | x: 1.50 ms | 2.00 | at most 1 ms more", "**missed**"),
+                                ("3.00 ms | x: 2.00 ms | 1.50 | at most 1 ms more", "met"),
+                                ("19.6 MB | 20 MB of them: 19.7 MB | 1.20 | ratio at most 1.1", "**missed**")):
+            with self.subTest(fields):
+                line = f"| what | {fields} |"
+                self.assertEqual(report.judged(line), f"{line} {verdict} |")
+
+    def test_what_is_only_told(self):
+        for goal in ("", "reported", "flat", "1"):
+            line = f"| what | 1.00 ms | x: 1.00 ms | 1.00 | {goal} |"
+            self.assertEqual(report.judged(line), f"{line} |")
 
 
 class InTheTree(unittest.TestCase):
