@@ -65,6 +65,9 @@ COSTS = {
     "songs: search, a word in every song, 200 rows": Cost(STEP),
     "songs: search, a word in one song": Cost(STEP),
     "songs: all rows of all songs": Cost(WHOLE),
+    "songs on a server: first 200 rows of all songs": Cost(STEP),
+    "songs on a server: first 200 rows of all albums": Cost(STEP),
+    "songs on a server: all rows of all songs": Cost(WHOLE),
     "files: indexed": Cost(WHOLE),
     "files: unchanged, looked through again": Cost(WHOLE),
 }
@@ -234,8 +237,9 @@ LEGEND, LINE = LEFT + PLOT_WIDTH + 30, 21
 COLOURS = ["#0072b2", "#d55e00", "#009e73", "#cc79a7", "#7a5c00"]
 # One for each beginning of a name: what marks its points (around 0, 0), and how its lines are drawn.
 MARKS = ["M-4,0a4,4 0 1,0 8,0a4,4 0 1,0 -8,0z", "M-4,-4h8v8h-8z", "M0,-5l5,9h-10z", "M0,-5.5l5.5,5.5l-5.5,5.5l-5.5,-5.5z",
-         "M0,5l5,-9h-10z", "M-5,-2h3v-3h4v3h3v4h-3v3h-4v-3h-3z"]
-DASHES = ["", "7 3", "2 3", "10 3 2 3", "4 2", "12 4"]
+         "M0,5l5,-9h-10z", "M-5,-2h3v-3h4v3h3v4h-3v3h-4v-3h-3z",
+         "M-2.5,-4.5h5l2.5,4.5l-2.5,4.5h-5l-2.5,-4.5z"]
+DASHES = ["", "7 3", "2 3", "10 3 2 3", "4 2", "12 4", "6 2 1 2"]
 
 
 def decades(lowest, highest):

@@ -14,7 +14,7 @@ shift
 lists=10,100,1000,10000,100000,1000000
 shared=10,100,1000,10000,30000,100000    # their owner takes 2 kB an item, and has five lists
 registry=10,100,1000,3000,10000,20000   # all of them come one by one, twice
-songs=1000,3000,10000,30000,100000       # to fill a store of a million takes ten minutes, once
+songs=1000,3000,10000,30000,100000       # to fill a store of a million takes ten minutes, once; also served by an endpoint
 files=10,100,1000,10000,30000,100000     # 4 kB of the disk each
 while [ $# -gt 0 ]; do
     case "$1 ${2:-}" in
@@ -28,7 +28,7 @@ while [ $# -gt 0 ]; do
     shift 2
 done
 
-programs=(playlist registry sharing tracker index)
+programs=(playlist registry sharing tracker remote index)
 cmake --preset benchmarks >/dev/null
 cmake --build --preset benchmarks --target "${programs[@]/%/-benchmark}" >/dev/null
 build="build-bench/benchmarks"
@@ -50,5 +50,9 @@ each() {
         dbus-run-session -- $build/sharing-benchmark --growth "$size" 2>/dev/null
     done
     $build/tracker-benchmark $build/tracker --growth $(each "$songs")
+    for size in $(each "$songs"); do
+        dbus-run-session -- benchmarks/tracker/with-endpoint.sh "$build/tracker/$size" \
+            $build/remote-benchmark $build/tracker/own @ "$size" --growth
+    done
     $build/index-benchmark $build/index-growth "$song" --growth $(each "$files")
 }

@@ -31,6 +31,7 @@ for size in 640x360 1920x1080; do
     make_media "$media/video-$size.mp4" -f lavfi -i "testsrc2=s=$size:r=25:d=20" -f lavfi -i "sine=f=440:d=20" \
         -c:v libx264 -preset ultrafast -g 50 -pix_fmt yuv420p -c:a aac -f mp4
 done
+make_media "$media/blip.wav" -f lavfi -i "sine=f=440:d=0.2" -ac 2 -f wav
 make_media "$media/long.mp3" -f lavfi -i "sine=f=330:d=7200" -c:a libmp3lame -b:a 64k -ac 1 -f mp3
 
 # A display of its own, so that no other window is taken for the program's.
@@ -51,6 +52,7 @@ HOME=$nothing XDG_DATA_HOME=$nothing XDG_CONFIG_HOME=$nothing XDG_CACHE_HOME=$no
 rm -r "$nothing"
 KELVO_AUDIO_SINK="fakesink sync=true" KELVO_VIDEO_SINK="fakesink sync=true" $build/benchmarks/playback-benchmark \
     "$media/song.mp3" "$media/film.mp4" "$media/long.mp3" "$media/video-1920x1080.mp4"
+KELVO_AUDIO_SINK="fakesink sync=false" $build/benchmarks/changes-benchmark "$media/blip.wav"
 python3 benchmarks/process_benchmark.py --console $build/bin/kelvo-test-gui --media "$media/song.mp3" "$media/film.mp4" \
     --video "$media/video-640x360.mp4" "$media/video-1920x1080.mp4"
 dbus-run-session -- python3 benchmarks/idle_benchmark.py --console $build/bin/kelvo-test-gui \
@@ -70,6 +72,11 @@ fi
 "${alone[@]}" $build/benchmarks/network-benchmark $build/lib/kelvo/plugins benchmarks/network/pretended_devices.py
 dbus-run-session -- $build/benchmarks/sharing-benchmark 2>/dev/null
 # 100,000 songs unless said otherwise; to fill one of a million songs takes ten minutes, once.
-$build/benchmarks/tracker-benchmark $build/benchmarks/tracker "${@:-100000}"
+tracker=$build/benchmarks/tracker
+$build/benchmarks/tracker-benchmark $tracker "${@:-100000}"
+for songs in "${@:-100000}"; do
+    dbus-run-session -- benchmarks/tracker/with-endpoint.sh "$tracker/$songs" \
+        $build/benchmarks/remote-benchmark $tracker/own @ "$songs"
+done
 $build/benchmarks/index-benchmark $build/benchmarks/index "$media/short.mp3"
 python3 benchmarks/tracker/miner_benchmark.py $build/benchmarks/index

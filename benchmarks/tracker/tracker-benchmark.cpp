@@ -1,13 +1,15 @@
 // SPDX-License-Identifier: MIT
-// tracker-benchmark FOLDER [[--growth] COUNT...]
+// tracker-benchmark FOLDER [[--growth | --fill] COUNT...]
 // A store of COUNT songs (100,000 and 1,000,000), made once in FOLDER, and a plain SQLite database of the same shape
 // beside it: how soon the first rows of every built-in query and of a search are there, how long all songs take, what the
-// event loop notices of it, and what a row costs. With --growth: points of how some of it grows with COUNT.
+// event loop notices of it, and what a row costs. With --growth: points of how some of it grows with COUNT. With --fill:
+// only makes the stores.
 #include "KelvoGeneralSourcePlaylist.h"
 #include "KelvoTrackerModelFactory.h"
 #include "KelvoTrackerStore.h"
 #include "Measurement.h"
 #include "PlainDatabase.h"
+#include "Reading.h"
 #include "index/StoreWriter.h"
 #include "query/QueryCatalog.h"
 #include "store/Sparql.h"
@@ -17,20 +19,13 @@
 #include <QCoreApplication>
 #include <QDir>
 #include <QElapsedTimer>
-#include <QEventLoop>
 #include <QFile>
 #include <QLocale>
 #include <QStandardItemModel>
-#include <QTimer>
-
-#include <malloc.h>
-#include <unistd.h>
 
 namespace {
+using namespace Reading;
 using Type = KelvoTrackerModel::QueryType;
-constexpr int firstBlock = 200;
-constexpr int streamBlock = 2000;
-constexpr int rounds = 5;
 constexpr int songsPerAlbum = 10;
 constexpr int songsPerArtist = 40;
 constexpr int entriesOfPlaylist = 100;
@@ -38,20 +33,6 @@ constexpr int entriesOfPlaylist = 100;
 constexpr int playedEach = 10;
 constexpr int favoriteEach = 100;
 constexpr int downloadedEach = 100;
-
-double milliseconds(const QElapsedTimer &timer)
-{
-    return double(timer.nsecsElapsed()) / 1e6;
-}
-
-double residentBytes()
-{
-    malloc_trim(0);
-    QFile file(QStringLiteral("/proc/self/statm"));
-    if (!file.open(QIODevice::ReadOnly))
-        return 0;
-    return file.readAll().split(' ').value(1).toDouble() * double(sysconf(_SC_PAGESIZE));
-}
 
 MediaItem song(int number, int count)
 {
@@ -128,23 +109,6 @@ bool fillStore(const std::vector<MediaItem> &items)
     return !error && setPlaysAndMarks(*store.connection, int(items.size()), &error) && writer.tidyUp(&error);
 }
 
-template <class Sender, class Signal> void waitFor(Sender *sender, Signal signal)
-{
-    QEventLoop loop;
-    QObject::connect(sender, signal, &loop, &QEventLoop::quit);
-    loop.exec();
-}
-
-struct Times
-{
-    double first = 0;
-    double all = 0;
-    double longestStall = 0;
-    double mostWork = 0; ///< of the GUI thread between two turns of its event loop
-    double residentPerRow = 0;
-    int rows = 0;
-};
-
 // What the model reads, without the model.
 Times readBareCursor()
 {
@@ -164,41 +128,6 @@ Times readBareCursor()
     return times;
 }
 
-Times readModel(KelvoTrackerModelFactory &factory, std::unique_ptr<KelvoTrackerModel> *kept)
-{
-    Times times;
-    const double before = residentBytes();
-    QEventLoop loop;
-    QElapsedTimer timer;
-    QElapsedTimer sinceTick;
-    double workBefore = Measurement::workOfThread();
-    QTimer tick;
-    tick.setInterval(1);
-    QObject::connect(&tick, &QTimer::timeout, &tick, [&] {
-        times.longestStall = std::max(times.longestStall, milliseconds(sinceTick));
-        sinceTick.start();
-        const double work = Measurement::workOfThread();
-        times.mostWork = std::max(times.mostWork, work - std::exchange(workBefore, work));
-    });
-    timer.start();
-    sinceTick.start();
-    tick.start();
-    std::unique_ptr<KelvoTrackerModel> model(factory.getModel(KelvoTrackerModel::AllSongs, firstBlock, 0));
-    QObject::connect(model.get(), &QAbstractItemModel::rowsInserted, &loop, [&] {
-        if (times.first == 0) {
-            times.first = milliseconds(timer);
-            model->fetchRest();
-        }
-    });
-    QObject::connect(model.get(), &KelvoTrackerModel::completed, &loop, &QEventLoop::quit);
-    loop.exec();
-    times.all = milliseconds(timer);
-    times.rows = model->rowCount();
-    times.residentPerRow = (residentBytes() - before) / times.rows;
-    *kept = std::move(model);
-    return times;
-}
-
 /// The id in column 0 of the first row whose column 1 shows the text, of any when that is empty.
 int idOf(KelvoTrackerModelFactory &factory, Type type, const QString &text)
 {
@@ -209,20 +138,6 @@ int idOf(KelvoTrackerModelFactory &factory, Type type, const QString &text)
             return model->index(row, 0).data().toInt();
     }
     return 0;
-}
-
-/// Milliseconds until the first block is in the model.
-double firstBlockOf(KelvoTrackerModelFactory &factory, Type type, int id)
-{
-    std::vector<double> times;
-    for (int round = 0; round < rounds; ++round) {
-        QElapsedTimer timer;
-        timer.start();
-        const std::unique_ptr<KelvoTrackerModel> model(factory.getModel(type, firstBlock, id));
-        waitFor(model.get(), &QAbstractItemModel::rowsInserted);
-        times.push_back(milliseconds(timer));
-    }
-    return Measurement::median(times);
 }
 
 /// Milliseconds until the first songs with the word in any text are there, as a program asks for them.
@@ -323,19 +238,6 @@ bool prepare(const QString &place, int count)
         && complete.open(QIODevice::WriteOnly);
 }
 
-/// The factory of a store that is open.
-class OpenFactory : public KelvoTrackerModelFactory
-{
-public:
-    OpenFactory()
-        : KelvoTrackerModelFactory(
-            QStringLiteral("Unknown album"), QStringLiteral("Unknown artist"), streamBlock)
-    {
-        init();
-        waitFor(this, &KelvoTrackerModelFactory::initCompleted);
-    }
-};
-
 bool measure(const QString &folder, int count)
 {
     const QString place = QStringLiteral("%1/%2").arg(folder).arg(count);
@@ -399,8 +301,15 @@ int main(int argc, char *argv[])
     const QString folder = QDir(QFile::decodeName(argv[1])).absolutePath();
     std::vector<int> counts = Measurement::growthSizes(argc, argv, 2);
     const bool isGrowth = !counts.empty();
-    for (int i = 2; i < argc && !isGrowth; ++i)
+    const bool isFilling = argc > 2 && QByteArray(argv[2]) == "--fill";
+    for (int i = isFilling ? 3 : 2; i < argc && !isGrowth; ++i)
         counts.push_back(QByteArray(argv[i]).toInt());
+    if (isFilling) {
+        return std::all_of(counts.begin(), counts.end(),
+                   [&](int count) { return prepare(QStringLiteral("%1/%2").arg(folder).arg(count), count); })
+            ? 0
+            : 1;
+    }
     if (counts.empty())
         counts = {100'000, 1'000'000};
     for (const int count : counts) {
