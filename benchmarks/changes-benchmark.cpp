@@ -45,7 +45,7 @@ public:
             QCoreApplication::quit();
         });
         connect(renderer, &KelvoRenderer::mediaChanged, this, &Listener::noteChange);
-        connect(renderer, &KelvoRenderer::playbackCompleted, qApp, &QCoreApplication::quit);
+        connect(renderer, &KelvoRenderer::playbackCompleted, qApp, [] { QCoreApplication::quit(); });
         connect(renderer, &KelvoRenderer::error, this, [](const KelvoError &error) {
             std::fprintf(stderr, "error %d: %s\n", int(error.code()), qPrintable(error.message()));
         });
@@ -81,16 +81,12 @@ void fill(QStandardItemModel &model, const QUrl &url)
 KelvoRenderer *loadRenderer()
 {
     KelvoRegistry *registry = KelvoRegistry::instance();
-    KelvoRenderer *found = nullptr;
-    QObject::connect(registry, &KelvoRegistry::rendererAdded, qApp, [&found](KelvoRenderer *renderer) {
-        found = renderer;
-        QCoreApplication::quit();
-    });
+    QObject::connect(registry, &KelvoRegistry::rendererAdded, qApp, &QCoreApplication::quit);
     registry->loadPlugin("gst-renderer.so");
-    QTimer::singleShot(30'000, qApp, &QCoreApplication::quit);
-    if (!found)
+    QTimer::singleShot(30'000, qApp, [] { QCoreApplication::quit(); });
+    if (registry->renderers().isEmpty())
         QCoreApplication::exec();
-    return found;
+    return registry->renderers().value(0);
 }
 
 /// What an item takes with the change to the next, of a playbin with nothing around it.

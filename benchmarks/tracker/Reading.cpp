@@ -67,7 +67,12 @@ double Reading::firstBlockOf(KelvoTrackerModelFactory &factory, KelvoTrackerMode
         QElapsedTimer timer;
         timer.start();
         const std::unique_ptr<KelvoTrackerModel> model(factory.getModel(type, firstBlock, id));
-        waitFor(model.get(), &QAbstractItemModel::rowsInserted);
+        QEventLoop loop;
+        QObject::connect(model.get(), &QAbstractItemModel::rowsInserted, &loop, &QEventLoop::quit);
+        QObject::connect(model.get(), &KelvoTrackerModel::completed, &loop, &QEventLoop::quit); // without any
+        loop.exec();
+        if (model->rowCount() == 0)
+            qFatal("A query has no rows");
         times.push_back(milliseconds(timer));
     }
     return Measurement::median(times);

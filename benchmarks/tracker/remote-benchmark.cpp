@@ -32,13 +32,17 @@ constexpr Query queries[] = {
     {"downloaded songs", Type::DownloadedSongs},
 };
 
+constexpr int mostRead = 100'000; // songs; the endpoint looks for every page from the beginning
+
 bool measure(int count)
 {
     OpenFactory factory;
     const std::string what = QLocale(QLocale::English).toString(count).toStdString() + " songs on a server: ";
     for (const Query &query : queries)
         Measurement::row(what + "first block of " + query.name, firstBlockOf(factory, query.type, 0), "ms",
-            "", 0, "at most 50 ms");
+            "", 0, "reported");
+    if (count > mostRead)
+        return true;
     std::unique_ptr<KelvoTrackerModel> songs;
     const Times all = readModel(factory, &songs);
     Measurement::row(what + "all rows in the model", all.all, "ms");

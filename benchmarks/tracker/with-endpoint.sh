@@ -14,4 +14,4 @@ until ss -ltn | grep -q ":$port "; do
     kill -0 "$server"
     sleep 0.05
 done
-"${@//#@/http://127.0.0.1:$port/sparql}"
+"${@/#@/http://127.0.0.1:$port/sparql}"

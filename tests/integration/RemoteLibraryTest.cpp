@@ -437,6 +437,25 @@ private Q_SLOTS:
         QCOMPARE(asked.failure, QString());
     }
 
+    void cancelWithinAnAnswerIsNoFailureOfTheLibrary()
+    {
+        LogRecorder log;
+        FakeEndpoint endpoint([](const QByteArray &) {
+            return FakeEndpoint::Answer{"HTTP/1.1 200 OK\r\nContent-Type: application/sparql-results+json\r\n"
+                                        "Content-Length: 1000\r\n\r\n{\"head\":",
+                {}, true};
+        });
+        Asked asked({endpoint.url()});
+        asked.plan.limits.row = 60s;
+        asked.start();
+        QTRY_COMPARE(endpoint.queries().size(), 1);
+        QTest::qWait(100); // what came is read
+        asked.run->cancel();
+        QTRY_COMPARE_WITH_TIMEOUT(endpoint.openConnections(), 0, 2000);
+        QTest::qWait(100);
+        QCOMPARE(log.warnings(), QStringList());
+    }
+
     void theEndOfTheProgramEndsTheRequest()
     {
         LogRecorder log;

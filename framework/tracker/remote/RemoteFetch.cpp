@@ -81,7 +81,7 @@ QString RemoteFetch::ask(const QByteArray &query, const std::vector<PortableQuer
             return error.isEmpty() ? broken : error;
         }};
     QString error = m_http.ask(query, listener);
-    if (error.isEmpty() && reader) {
+    if (error.isEmpty() && reader && !m_http.isCancelled()) {
         const QString broken = reader->finish();
         error = pass(*reader, columns);
         if (error.isEmpty())
