@@ -1,10 +1,10 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
 # benchmarks/profile.sh [BUILD]
-# Where the processor time goes, by thread and library, as perf (package linux-perf) samples it: of starts that play a song,
-# and of a minute of 1080p in the window. Prints two tables in Markdown, the ten largest entries of each; what stands in
-# docs/profiles.md was measured by this. Needs the media of benchmarks/run.sh, and no idle machine: it counts samples of
-# the program alone.
+# Where the processor time goes, by thread and library, as perf (package linux-perf) samples it: of starts that play a song
+# or a film, of a minute of 1080p in the window, and of the benchmarks that miss a goal. Prints tables in Markdown, the
+# largest entries of each; what stands in docs/profiles.md was measured by this. Needs the media and stores of
+# benchmarks/run.sh, and no idle machine: it counts samples of the programs alone.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 build=${1:-build-bench}
@@ -36,13 +36,23 @@ table() {
               print "| " $1 " | " $2 " | " $3 " |"; ++n }'
 }
 
+# profile TITLE FREQUENCY COMMAND...
+profile() {
+    perf record -q -F "$2" -g -o "$folder/samples" -- "${@:3}" > /dev/null 2>&1
+    printf '%s:\n\n' "$1"
+    table "$folder/samples"
+    echo
+}
+
 play 3 "$media/song.mp3" # what is made at the first start
-echo "Starts until a song plays ($starts):"
-echo
-perf record -q -F 5000 -g -o "$folder/start" -- bash -c "for ((i = 0; i < $starts; ++i)); do play 0.2 '$media/song.mp3'; done" 2> /dev/null
-table "$folder/start"
-echo
-echo "1080p in the window:"
-echo
-perf record -q -F 999 -g -o "$folder/film" -- bash -c "for ((i = 0; i < 4; ++i)); do play 15 '$media/video-1920x1080.mp4'; done" 2> /dev/null
-table "$folder/film"
+profile "$starts starts until a song plays" 5000 bash -c "for ((i = 0; i < $starts; ++i)); do play 0.2 '$media/song.mp3'; done"
+profile "$starts starts until a film plays" 5000 bash -c "for ((i = 0; i < $starts; ++i)); do play 0.2 '$media/film.mp4'; done"
+profile "1080p in the window" 999 bash -c "for ((i = 0; i < 4; ++i)); do play 15 '$media/video-1920x1080.mp4'; done"
+benchmarks=$build/benchmarks
+export KELVO_VIDEO_SINK="fakesink sync=true"
+profile "Starts, seeks and pauses of the engine, and those of a bare playbin" 999 "$benchmarks/playback-benchmark" \
+    "$media/song.mp3" "$media/film.mp4" "$media/long.mp3" "$media/video-1920x1080.mp4"
+profile "Playlists in view" 999 "$benchmarks/editing-benchmark"
+profile "A shared playlist" 999 dbus-run-session -- "$benchmarks/sharing-benchmark"
+profile "A library of 100,000 songs, and SQLite" 999 "$benchmarks/tracker-benchmark" "$benchmarks/tracker" 100000
+profile "10,000 files indexed" 999 "$benchmarks/index-benchmark" "$benchmarks/index" "$media/short.mp3"

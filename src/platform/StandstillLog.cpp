@@ -3,7 +3,10 @@
 
 #include "KelvoMessageHandler.h"
 
+#include <QCoreApplication>
+
 #include <ctime>
+#include <utility>
 
 namespace {
 constexpr qint64 tick = 1000; // milliseconds
@@ -19,9 +22,25 @@ qint64 processorTime()
 
 StandstillLog::StandstillLog()
 {
+    QCoreApplication::instance()->installEventFilter(this);
+    begin();
+}
+
+void StandstillLog::begin()
+{
     m_timer.start(int(tick), this);
     m_sinceTick.start();
     m_busyAtTick = processorTime();
+}
+
+bool StandstillLog::eventFilter(QObject *receiver, QEvent *)
+{
+    if (receiver == this)
+        return false;
+    m_hasEvents = true;
+    if (!m_timer.isActive())
+        begin();
+    return false;
 }
 
 void StandstillLog::timerEvent(QTimerEvent *)
@@ -30,6 +49,8 @@ void StandstillLog::timerEvent(QTimerEvent *)
     const qint64 now = processorTime();
     const qint64 busy = now - m_busyAtTick;
     m_busyAtTick = now;
+    if (!std::exchange(m_hasEvents, false))
+        m_timer.stop();
     if (late < worthTelling)
         return;
     qCWarning(lcKelvo).noquote().nospace()
