@@ -247,7 +247,8 @@ bool measure(const QString &folder, int count)
     const Times bare = readBareCursor();
     const PlainDatabase plain(QFile::encodeName(place + QLatin1String("/plain.db")));
     OpenFactory factory;
-    plain.read(PlainQuery::allSongs, firstBlock);
+    for (const char *query : {PlainQuery::allSongs, PlainQuery::flatSongs})
+        plain.read(query, firstBlock); // its caches, too
     std::unique_ptr<KelvoTrackerModel> songs;
     const Times model = readModel(factory, &songs);
     const PlainDatabase::Times raw = plain.read(PlainQuery::allSongs, firstBlock);
