@@ -9,6 +9,7 @@
 #include <QTest>
 #include <QTimer>
 
+#include <algorithm>
 #include <chrono>
 #include <thread>
 
@@ -37,12 +38,8 @@ private:
 void beIdle(std::chrono::milliseconds time)
 {
     QEventLoop loop;
-    std::thread clock([&loop, time] {
-        std::this_thread::sleep_for(time);
-        QMetaObject::invokeMethod(&loop, &QEventLoop::quit, Qt::QueuedConnection);
-    });
+    QTimer::singleShot(time, &loop, &QEventLoop::quit);
     loop.exec();
-    clock.join();
 }
 
 QString standstill(const LogRecorder &log)
