@@ -100,7 +100,8 @@ def page(rows, facts):
     """The text of docs/benchmarks.md, but for the long day."""
     return ("# Speed and memory\n\n"
             "Written by `benchmarks/run.sh`; do not edit. Each figure stands beside a reference that was measured in the same "
-            "run of the\nsame program, so that the ratio holds on other machines too. [Profiles](profiles.md) show why a goal is missed.\n"
+            "run of the\nsame program, so that the ratio holds on other machines too. "
+            "[Profiles](profiles.md) show why a goal is missed.\n"
             "[How costs grow](growth.md) shows them with ten, a hundred, ... a million of what they are for.\n\n"
             f"{told(facts)}\n{HEADER}" + "".join(f"{row}\n" for row in rows))
 

@@ -34,6 +34,7 @@ protected:
     static bool engineRuns();
     /// Whether a thread of that name does (its first 15 letters).
     static bool threadRuns(const QByteArray &name);
+    /// How many threads have that name; those that have none of their own bear the name of who made them.
     static int threadsNamed(const QByteArray &name);
     KelvoRenderer *renderer() const { return m_renderer; }
     RendererRecorder &heard() { return *m_recorder; }
