@@ -3,9 +3,11 @@
 """The whole console against gst-play-1.0 on the same file: start to Playing, CPU time and memory while playing.
 
 Both play in turn within this one run, through the same silent synchronised sinks. Files given with --video are played
-once more with their picture on the screen, by the same sink and in the same size.
+once more with their picture on the screen, by the same sink and in the same size; files given with --adaptor on a
+display with a video adaptor, which scales and converts.
 """
 import argparse
+import contextlib
 import os
 import pathlib
 import re
@@ -79,8 +81,10 @@ def row(name, values, references, unit, goal="", reference="gst-play-1.0"):
 
 
 def console(arguments, media, video_sink=SINK):
-    environment = dict(os.environ, KELVO_AUDIO_SINK=SINK, KELVO_VIDEO_SINK=video_sink, KELVO_PLUGINS="gst-renderer",
-                       QT_QPA_PLATFORM="xcb")
+    """`video_sink`: None leaves the choice to it."""
+    environment = dict(os.environ, KELVO_AUDIO_SINK=SINK, KELVO_PLUGINS="gst-renderer", QT_QPA_PLATFORM="xcb")
+    if video_sink:
+        environment["KELVO_VIDEO_SINK"] = video_sink
     return Player([arguments.console, media.as_uri()], environment, b"Playing.")
 
 
@@ -145,9 +149,9 @@ def window_named(name):
     raise SystemExit(f"no window named {name!r}")
 
 
-def console_on_screen(arguments, media):
+def console_on_screen(arguments, media, video_sink=SCREEN_SINK):
     """Plays on the video tab; also gives the size of the picture's place."""
-    player = console(arguments, media, SCREEN_SINK)
+    player = console(arguments, media, video_sink)
     player.wait_until_playing()
     xdotool("windowfocus", window_named("KELVO test-GUI"))
     xdotool("key", "ctrl+Tab")
@@ -163,10 +167,10 @@ def gst_play_on_screen(media, size):
     return player
 
 
-def mpv_on_screen(media, size):
+def mpv_on_screen(media, size, output="x11"):
     """In one window of that size, decoding in software as the others do."""
-    player = Player(["mpv", "--no-config", "--no-terminal", "--hwdec=no", "--ao=null", "--vo=x11", "--no-osc",
-                     "--no-keepaspect-window", f"--geometry={size[0]}x{size[1]}", "--title=reference", media], None, b"")
+    player = Player(["mpv", "--no-config", "--no-terminal", "--hwdec=no", "--ao=null", f"--vo={output}",
+                     "--no-osc", "--no-keepaspect-window", f"--geometry={size[0]}x{size[1]}", "--title=reference", media], None, b"")
     window_named("^reference$")
     time.sleep(1)
     return player
@@ -206,6 +210,37 @@ def measure_on_screen(arguments, media):
     print(f"| pictures dropped, {media.stem}, most | {max(dropped)} |  | | 0 |", flush=True)
 
 
+@contextlib.contextmanager
+def display_with_adaptor():
+    """A display within the one that there is; what it scales costs its own process, and hardware nothing."""
+    with subprocess.Popen(["Xephyr", "-glamor", "-screen", "1280x800", "-displayfd", "1", "-nolisten", "tcp", "-noreset"],
+                          stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True) as server:
+        outer = os.environ["DISPLAY"]
+        os.environ["DISPLAY"] = f":{server.stdout.readline().strip()}"
+        try:
+            yield
+        finally:
+            os.environ["DISPLAY"] = outer
+            server.terminate()
+
+
+def measure_on_adaptor(arguments, media):
+    """The work of the program alone: with the output that it chooses there, and with the one of other displays."""
+    figures = {"chosen": [], "plain": [], "mpv": []}
+    for _ in range(arguments.cpu_rounds):
+        for name, start in (("chosen", lambda: console_on_screen(arguments, media, None)),
+                            ("plain", lambda: console_on_screen(arguments, media)),
+                            ("mpv", lambda: (mpv_on_screen(media, size, "xv"), size))):
+            player, size = start()
+            before = player.cpu_seconds()
+            time.sleep(arguments.seconds)
+            figures[name].append((player.cpu_seconds() - before) / arguments.seconds * 100)
+            player.end()
+    row(f"CPU while showing {media.stem} by a video adaptor", figures["chosen"], figures["plain"], "%", "at most 1",
+        f"by {SCREEN_SINK} there")
+    row("- the same", figures["chosen"], figures["mpv"], "%", "at most 1", "mpv --vo=xv")
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("--console", required=True)
@@ -213,6 +248,7 @@ def main():
     parser.add_argument("--cpu-rounds", type=int, default=3)
     parser.add_argument("--seconds", type=int, default=10)
     parser.add_argument("--video", type=pathlib.Path, nargs="*", default=[])
+    parser.add_argument("--adaptor", type=pathlib.Path, nargs="*", default=[])
     parser.add_argument("--media", type=pathlib.Path, nargs="*", default=[])
     arguments = parser.parse_args()
     for media in arguments.media:
@@ -220,6 +256,10 @@ def main():
         measure_playing(arguments, media.resolve())
     for media in arguments.video:
         measure_on_screen(arguments, media.resolve())
+    if arguments.adaptor:
+        with display_with_adaptor():
+            for media in arguments.adaptor:
+                measure_on_adaptor(arguments, media.resolve())
 
 
 if __name__ == "__main__":

@@ -54,7 +54,7 @@ KELVO_AUDIO_SINK="fakesink sync=true" KELVO_VIDEO_SINK="fakesink sync=true" $bui
     "$media/song.mp3" "$media/film.mp4" "$media/long.mp3" "$media/video-1920x1080.mp4"
 KELVO_AUDIO_SINK="fakesink sync=false" $build/benchmarks/changes-benchmark "$media/blip.wav"
 python3 benchmarks/process_benchmark.py --console $build/bin/kelvo-test-gui --media "$media/song.mp3" "$media/film.mp4" \
-    --video "$media/video-640x360.mp4" "$media/video-1920x1080.mp4"
+    --video "$media/video-640x360.mp4" "$media/video-1920x1080.mp4" --adaptor "$media/video-1920x1080.mp4"
 dbus-run-session -- python3 benchmarks/idle_benchmark.py --console $build/bin/kelvo-test-gui \
     --reference $build/benchmarks/empty-window 2>/dev/null
 python3 benchmarks/scenario_benchmark.py --program $build/bin/kelvo-test --media "$media/song.mp3"
