@@ -1,36 +1,20 @@
 // SPDX-License-Identifier: MIT
-#include "GstTestCase.h"
+#include "GstVideoTestCase.h"
 #include "LogRecorder.h"
 #include "TestGroup.h"
-#include "XServer.h"
 
-#include <QLibrary>
 #include <QTest>
 
 #include <atomic>
-#include <memory>
 
 #include <gst/gst.h>
 
 using R = KelvoRenderer;
 
 namespace {
-const QRect page(50, 40, 400, 300);
-const QColor green(0, 160, 0);
-const QColor black(0, 0, 0);
-
 bool isBlue(QColor color)
 {
     return color.blue() > 200 && color.green() < 60 && color.red() < 60;
-}
-
-/// As the toolkit of the console does: a drawing request for a window that is gone ends no program.
-void ignoreErrorsOfX()
-{
-    using Handler = int (*)(void *, void *);
-    const auto set = reinterpret_cast<Handler (*)(Handler)>(QLibrary("X11", 6).resolve("XSetErrorHandler"));
-    QVERIFY(set);
-    set([](void *, void *) { return 0; });
 }
 
 // A picture is so many microseconds on its way to the window.
@@ -54,14 +38,10 @@ void countPictures()
 } // namespace
 
 /// What is seen of a video, in a window that stands for the console's page. Places are relative to that window.
-class GstVideoTest : public GstTestCase
+class GstVideoTest : public GstVideoTestCase
 {
     Q_OBJECT
 private:
-    std::unique_ptr<XServer> m_server;
-    uint m_page = 0;
-
-    QColor at(int x, int y) { return m_server->pixel(page.x() + x, page.y() + y); }
     bool loadWithOutput(const QByteArray &output)
     {
         GstTestCase::cleanup();
@@ -70,73 +50,12 @@ private:
         qunsetenv("KELVO_VIDEO_SINK");
         return loaded;
     }
-    void showInPage()
-    {
-        set(R::PropertyXid, m_page);
-        set(R::PropertyAutopaint, false);
-        place(QStringLiteral("20,30,160,120"));
-    }
-    void set(QLatin1String name, const QVariant &value) { renderer()->setKelvoProperty(name, value); }
-    void place(const QString &rectangle) { set(R::PropertyRenderRectangle, rectangle); }
-    void play(const QString &file = QStringLiteral("red.mp4"))
-    {
-        renderer()->playUri(media(file));
-        TRY_STATE(Playing);
-    }
-    void pause()
-    {
-        renderer()->pause();
-        TRY_STATE(Paused);
-    }
-    /// Whether the video, and nothing but it, fills that part of the page.
-    bool shows(const QRect &place, bool (*color)(QColor) = isRed)
-    {
-        const int right = place.x() + place.width();
-        const int bottom = place.y() + place.height();
-        const QPoint centre = place.center();
-        const QImage screen = m_server->picture();
-        const auto at = [&screen](int x, int y) {
-            return screen.pixelColor(page.x() + x, page.y() + y);
-        };
-        return color(at(place.x() + 2, place.y() + 2)) && color(at(right - 3, bottom - 3))
-            && color(at(centre.x(), centre.y())) && at(place.x() - 1, centre.y()) == green
-            && at(right, centre.y()) == green && at(centre.x(), place.y() - 1) == green
-            && at(centre.x(), bottom) == green;
-    }
-    /// Whether it comes to do that, and stays so: one that was made for the size before may be on its way even when the
-    /// window looks right already.
-    bool comesToShow(const QRect &place, bool (*color)(QColor) = isRed)
-    {
-        int looks = 0; // in a row
-        return QTest::qWaitFor([&] {
-            looks = shows(place, color) ? looks + 1 : 0;
-            return looks == 5;
-        });
-    }
 
 private Q_SLOTS:
     void initTestCase()
     {
-        m_server = std::make_unique<XServer>();
-        QVERIFY(m_server->isRunning());
-        ignoreErrorsOfX();
+        openServer(XServer::Kind::Plain);
         countPictures();
-    }
-    void cleanupTestCase() { m_server.reset(); }
-
-    void init()
-    {
-        m_page = m_server->addWindow(page, green);
-        GstTestCase::init();
-        showInPage();
-    }
-    void cleanup()
-    {
-        GstTestCase::cleanup();
-        // Only then: without its page the engine would put a window out of sight, and it may not outlive the server.
-        QTRY_VERIFY_WITH_TIMEOUT(!engineRuns(), 15000);
-        m_server->destroy(m_page);
-        QTRY_COMPARE(m_server->childrenOf(0), 0);
     }
 
     void showsInItsPlace()
@@ -147,16 +66,6 @@ private Q_SLOTS:
         QCOMPARE(heard().errors(), QList<int>{});
     }
 
-    void keepsTheShapeOfThePicture()
-    {
-        place(QStringLiteral("20,30,300,120"));
-        play();
-        QTRY_VERIFY(isRed(at(170, 90)));
-        QCOMPARE(at(21, 90), black);
-        QCOMPARE(at(318, 90), black);
-        QVERIFY(isRed(at(170, 31)));
-    }
-
     void isCutOffAtTheEdgeOfThePage()
     {
         place(QStringLiteral("320,240,160,120"));
@@ -164,30 +73,6 @@ private Q_SLOTS:
         QTRY_VERIFY(isRed(at(390, 290)));
         QVERIFY(!isRed(at(410, 290)));
         QVERIFY(!isRed(at(390, 310)));
-    }
-
-    void followsItsPlace_data()
-    {
-        QTest::addColumn<bool>("paused");
-        QTest::newRow("playing") << false;
-        QTest::newRow("paused") << true;
-    }
-    void followsItsPlace()
-    {
-        QFETCH(bool, paused);
-        play();
-        if (paused)
-            pause();
-        place(QStringLiteral("100,60,160,120"));
-        QVERIFY(comesToShow(QRect(100, 60, 160, 120)));
-        place(QStringLiteral("10,10,320,240"));
-        QVERIFY(comesToShow(QRect(10, 10, 320, 240)));
-        place(QStringLiteral("40,40,80,60"));
-        QVERIFY(comesToShow(QRect(40, 40, 80, 60)));
-        QCOMPARE(heard().state(), paused ? R::Paused : R::Playing);
-        m_server->move(m_page, QPoint(0, 0));
-        QTRY_VERIFY(isRed(m_server->pixel(80, 70)));
-        QCOMPARE(heard().errors(), QList<int>{});
     }
 
     void staysWhereItIsWhenResizedWhilePaused()
@@ -242,7 +127,7 @@ private Q_SLOTS:
         QCOMPARE(heard().errors(), QList<int>{});
     }
 
-    void comesBackWhenUncovered_data() { followsItsPlace_data(); }
+    void comesBackWhenUncovered_data() { addPlayingAndPaused(); }
     void comesBackWhenUncovered()
     {
         QFETCH(bool, paused);
@@ -254,7 +139,7 @@ private Q_SLOTS:
         QVERIFY(!isRed(at(100, 90)));
         m_server->setShown(m_page, true);
         QVERIFY(comesToShow(QRect(20, 30, 160, 120)));
-        const uint cover = m_server->addWindow(page, Qt::white);
+        const uint cover = m_server->addWindow(Page, Qt::white);
         QCOMPARE(at(100, 90), QColor(Qt::white));
         m_server->destroy(cover);
         QVERIFY(comesToShow(QRect(20, 30, 160, 120)));
@@ -366,25 +251,6 @@ private Q_SLOTS:
         QTRY_VERIFY(isRed(at(100, 90)));
     }
 
-    void survivesTheEndOfTheWindow_data() { followsItsPlace_data(); }
-    void survivesTheEndOfTheWindow()
-    {
-        QFETCH(bool, paused);
-        play();
-        if (paused)
-            pause();
-        QTRY_VERIFY(isRed(at(100, 90)));
-        m_server->destroy(m_page);
-        m_page = m_server->addWindow(page, green);
-        const int position = heard().askPosition();
-        if (!paused)
-            QTRY_VERIFY(heard().askPosition() > position);
-        QCOMPARE(heard().errors(), QList<int>{});
-        set(R::PropertyXid, m_page);
-        QVERIFY(comesToShow(QRect(20, 30, 160, 120)));
-        QCOMPARE(heard().state(), paused ? R::Paused : R::Playing);
-    }
-
     void goesToTheNextWindowAtTheEndOfOne()
     {
         LogRecorder log;
@@ -392,7 +258,7 @@ private Q_SLOTS:
         QTRY_VERIFY(isRed(at(100, 90)));
         for (int round = 0; round < 10; ++round) {
             m_server->destroy(m_page);
-            m_page = m_server->addWindow(page, green);
+            m_page = m_server->addWindow(Page, green);
             set(R::PropertyXid, m_page);
             QVERIFY(comesToShow(QRect(20, 30, 160, 120)));
         }

@@ -7,20 +7,35 @@
 
 #include <xcb/xcb.h>
 
-XServer::XServer()
+XServer::XServer(Kind kind)
 {
-    const QString screen = QStringLiteral("%1x%2x24").arg(Size.width()).arg(Size.height());
-    m_process.setStandardErrorFile(QProcess::nullDevice());
-    m_process.start(QStringLiteral("Xvfb"),
-        {QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-screen"), QStringLiteral("0"),
-            screen, QStringLiteral("-nolisten"), QStringLiteral("tcp"), QStringLiteral("-noreset")});
-    const QByteArray number = nextLine(m_process);
-    if (number.isEmpty())
+    if (!start(kind))
         return;
-    qputenv("DISPLAY", ':' + number);
     m_connection = xcb_connect(nullptr, nullptr);
     if (!xcb_connection_has_error(m_connection))
         m_screen = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data;
+}
+
+bool XServer::start(Kind kind)
+{
+    const QString size = QStringLiteral("%1x%2").arg(Size.width()).arg(Size.height());
+    QString program = QStringLiteral("Xvfb");
+    QStringList arguments{QStringLiteral("-screen"), QStringLiteral("0"), size + QStringLiteral("x24")};
+    if (kind == Kind::WithVideoAdaptor) {
+        m_around = std::make_unique<XServer>();
+        program = QStringLiteral("Xephyr");
+        arguments = QStringList{QStringLiteral("-glamor"), QStringLiteral("-screen"), size};
+    }
+    m_process.setStandardErrorFile(QProcess::nullDevice());
+    m_process.start(program,
+        arguments
+            + QStringList{QStringLiteral("-displayfd"), QStringLiteral("1"), QStringLiteral("-nolisten"),
+                QStringLiteral("tcp"), QStringLiteral("-noreset")});
+    const QByteArray number = nextLine(m_process);
+    if (number.isEmpty())
+        return false;
+    qputenv("DISPLAY", ':' + number);
+    return true;
 }
 
 XServer::~XServer()

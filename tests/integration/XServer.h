@@ -18,7 +18,11 @@ class XServer
 public:
     static constexpr QSize Size{640, 480};
 
-    XServer();
+    enum class Kind {
+        Plain,
+        WithVideoAdaptor ///< within a plain one
+    };
+    explicit XServer(Kind kind = Kind::Plain);
     ~XServer();
     Q_DISABLE_COPY_MOVE(XServer)
 
@@ -44,9 +48,11 @@ public:
     QImage picture();
 
 private:
+    bool start(Kind kind);
     QImage picture(const QRect &place);
     void sync();
 
+    std::unique_ptr<XServer> m_around;
     QProcess m_process;
     xcb_connection_t *m_connection = nullptr;
     xcb_screen_t *m_screen = nullptr;

@@ -382,7 +382,7 @@ void ItemPlayer::takeFailure(PipelineFailure failure)
     if (failure.fromAudioOutput)
         answer = m_pipeline.fallbacks().audioFailed();
     else if (failure.fromVideoOutput)
-        answer = m_pipeline.fallbacks().videoFailed();
+        answer = m_pipeline.fallbacks().videoFailed(m_video->output().choseAdaptor());
     if (answer.tell)
         Q_EMIT troubled(m_item.epoch, code, failure.text);
     if (answer.replace)

@@ -48,7 +48,7 @@ bool LastingPipeline::renew(VideoOutput &video)
     };
     m_playbin = Playbin::create(
         m_fallbacks.isSilent() ? AudioOutput::makeSilent() : AudioOutput::make(m_settings.audioSink),
-        video.makeSink(m_fallbacks.isBlind()), m_settings.networkTimeout,
+        video.makeSink(m_fallbacks.pictures()), m_settings.networkTimeout,
         {m_mailbox, message, volume, video.windowId()});
     if (m_playbin)
         m_playbin->setVolume(RendererValues::linearVolume(m_volume));

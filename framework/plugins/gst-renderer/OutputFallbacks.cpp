@@ -11,10 +11,15 @@ OutputFallbacks::Answer OutputFallbacks::audioFailed()
     return {true, !wasLost};
 }
 
-OutputFallbacks::Answer OutputFallbacks::videoFailed()
+OutputFallbacks::Answer OutputFallbacks::videoFailed(bool byAdaptor)
 {
-    const bool wasBlind = std::exchange(m_blind, true);
-    return {!wasBlind, !wasBlind};
+    // The picture is the same without it.
+    if (byAdaptor && m_pictures == Pictures::Usual) {
+        m_pictures = Pictures::WithoutAdaptor;
+        return {true, false};
+    }
+    const bool isNews = std::exchange(m_pictures, Pictures::None) != Pictures::None;
+    return {isNews, isNews};
 }
 
 bool OutputFallbacks::retryAudio()
@@ -26,7 +31,8 @@ bool OutputFallbacks::retryAudio()
 
 bool OutputFallbacks::retryAll()
 {
-    const bool standsIn = m_silent || m_blind;
-    m_silent = m_audioLost = m_blind = false;
+    const bool standsIn = m_silent || m_pictures != Pictures::Usual;
+    m_silent = m_audioLost = false;
+    m_pictures = Pictures::Usual;
     return standsIn;
 }

@@ -2,14 +2,16 @@
 #include "VideoOutput.h"
 
 #include "KelvoMessageHandler.h"
-#include "VideoWindow.h"
 
 #include <utility>
 
 #include <gst/video/videooverlay.h>
 
 namespace {
-const QString usualOutput = QStringLiteral("ximagesink");
+// The display's video adaptor scales and converts; else we do. An output by OpenGL would gain nothing: displays that have
+// the hardware for it offer it by such an adaptor, too, and without hardware it takes five times the work.
+const QString adaptorOutput = QStringLiteral("xvimagesink");
+const QString plainOutput = QStringLiteral("ximagesink");
 const QString nothing = QStringLiteral("fakesink sync=true qos=true enable-last-sample=false");
 // Here and not in the pipeline, so that what comes in is the video's own picture. One element for both steps takes up to
 // half as much time again.
@@ -102,6 +104,7 @@ void VideoOutput::openWindow()
     connect(m_window.get(), &VideoWindow::exposed, this, &VideoOutput::redraw);
     connect(m_window.get(), &VideoWindow::replaced, this, &VideoOutput::useWindow);
     *m_windowId = m_window->id();
+    m_adaptor = m_window->adaptor();
     m_window->place(m_parent, m_rectangle);
     m_window->setShown(m_shown);
 }
@@ -118,15 +121,20 @@ void VideoOutput::useWindow()
         m_parent = 0;
 }
 
-GstHandles::Element VideoOutput::makeSink(bool blind)
+GstHandles::Element VideoOutput::makeSink(Pictures pictures)
 {
-    if (!blind)
+    const bool isSeen = pictures != Pictures::None;
+    if (isSeen)
         openWindow();
     m_sink.reset();
-    if (!blind && !m_description.isEmpty())
+    if (isSeen && !m_description.isEmpty())
         m_sink = makeBin(m_description);
-    if (!blind && !m_sink && m_window)
-        m_sink = makeBin(usualOutput);
+    const bool triesAdaptor = !m_sink && pictures == Pictures::Usual && m_adaptor != Adaptor::None;
+    if (triesAdaptor)
+        m_sink = makeBin(adaptorOutput);
+    m_choseAdaptor = triesAdaptor && m_sink;
+    if (!m_sink && isSeen && m_window)
+        m_sink = makeBin(plainOutput);
     if (!m_sink)
         m_sink = makeBin(nothing);
     if (!m_sink)
@@ -178,6 +186,9 @@ void VideoOutput::setShown(bool shown)
 
 uint VideoOutput::colorKey() const
 {
+    // The output has one for all adaptors.
+    if (m_adaptor == Adaptor::Drawing && describe() == adaptorOutput)
+        return 0;
     int key = 0;
     forEachWithin(m_sink, [&key](GstElement *element) {
         if (has(element, "autopaint-colorkey") && has(element, "colorkey"))

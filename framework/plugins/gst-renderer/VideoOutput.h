@@ -3,7 +3,9 @@
 
 #include "GstHandles.h"
 #include "IdleCapsCache.h"
+#include "OutputFallbacks.h"
 #include "VideoFrameTap.h"
+#include "VideoWindow.h"
 
 #include <QObject>
 #include <QRect>
@@ -11,8 +13,6 @@
 
 #include <atomic>
 #include <memory>
-
-class VideoWindow;
 
 /// Where the picture goes: into a window of its own within the window that it is given. Engine thread.
 class VideoOutput : public QObject
@@ -23,8 +23,11 @@ public:
     explicit VideoOutput(const QString &description);
     ~VideoOutput() override;
 
-    /// The output of a new pipeline. Without an X server, or with `blind`, it shows nothing but keeps the time.
-    GstHandles::Element makeSink(bool blind);
+    using Pictures = OutputFallbacks::Pictures;
+    /// The output of a new pipeline. Without an X server, or with None, it shows nothing but keeps the time.
+    GstHandles::Element makeSink(Pictures pictures);
+    /// Whether it shows by the display's video adaptor, of its own choice.
+    bool choseAdaptor() const { return m_choseAdaptor; }
     /// What shows, as text for a tester: the name of the output, or "no video output".
     QString describe() const;
 
@@ -54,6 +57,7 @@ public:
     static bool answer(GstMessage *message, const WindowId &window);
 
 private:
+    using Adaptor = VideoWindow::Adaptor;
     void openWindow();
     void useWindow();
     void redraw();
@@ -69,4 +73,6 @@ private:
     bool m_placeDue = false; ///< the window was found gone when it was to be put there
     bool m_shown = false;
     bool m_autopaint = true;
+    Adaptor m_adaptor = Adaptor::None; ///< of the display that the window is on
+    bool m_choseAdaptor = false;
 };

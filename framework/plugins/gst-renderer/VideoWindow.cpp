@@ -10,6 +10,7 @@
 #include <limits>
 
 #include <xcb/xcb.h>
+#include <xcb/xv.h>
 
 namespace {
 struct Free
@@ -25,6 +26,24 @@ xcb_screen_t *screenAt(xcb_connection_t *connection, int number)
     for (; screens.rem > 1 && number > 0; --number)
         xcb_screen_next(&screens);
     return screens.rem > 0 ? screens.data : nullptr;
+}
+
+bool hasColorKey(xcb_connection_t *connection, xcb_xv_port_t port)
+{
+    const std::unique_ptr<xcb_xv_query_port_attributes_reply_t, Free> reply(
+        xcb_xv_query_port_attributes_reply(
+            connection, xcb_xv_query_port_attributes(connection, port), nullptr));
+    if (!reply)
+        return false;
+    xcb_xv_attribute_info_iterator_t attributes
+        = xcb_xv_query_port_attributes_attributes_iterator(reply.get());
+    for (; attributes.rem > 0; xcb_xv_attribute_info_next(&attributes)) {
+        // The size counts the end of the name, too.
+        const QByteArray name(xcb_xv_attribute_info_name(attributes.data), int(attributes.data->size));
+        if (qstrcmp(name.constData(), "XV_COLORKEY") == 0)
+            return true;
+    }
+    return false;
 }
 
 uint coordinate(int value)
@@ -143,6 +162,23 @@ void VideoWindow::setBackground(uint color)
     m_background = color;
     xcb_change_window_attributes(m_connection, m_id, XCB_CW_BACK_PIXEL, &m_background);
     xcb_flush(m_connection);
+}
+
+VideoWindow::Adaptor VideoWindow::adaptor() const
+{
+    if (!xcb_get_extension_data(m_connection, &xcb_xv_id)->present)
+        return Adaptor::None;
+    const std::unique_ptr<xcb_xv_query_adaptors_reply_t, Free> reply(
+        xcb_xv_query_adaptors_reply(m_connection, xcb_xv_query_adaptors(m_connection, m_id), nullptr));
+    if (!reply)
+        return Adaptor::None;
+    constexpr uint takesPictures = XCB_XV_TYPE_INPUT_MASK | XCB_XV_TYPE_IMAGE_MASK;
+    xcb_xv_adaptor_info_iterator_t adaptors = xcb_xv_query_adaptors_info_iterator(reply.get());
+    for (; adaptors.rem > 0; xcb_xv_adaptor_info_next(&adaptors)) {
+        if ((adaptors.data->type & takesPictures) == takesPictures && adaptors.data->num_ports > 0)
+            return hasColorKey(m_connection, adaptors.data->base_id) ? Adaptor::Overlay : Adaptor::Drawing;
+    }
+    return Adaptor::None;
 }
 
 /// Others draw by connections of their own, so they may only go on once the server has caught up. False when the

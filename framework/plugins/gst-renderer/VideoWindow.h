@@ -34,6 +34,14 @@ public:
     void setShown(bool shown);
     /// 0xRRGGBB: what it shows where nothing has been drawn yet; black at first.
     void setBackground(uint color);
+    /// What scales pictures and converts their colours in the display: a video adaptor (X Video Extension 2.2) that takes
+    /// pictures from memory. The extension may be there without one.
+    enum class Adaptor {
+        None,
+        Drawing, ///< into the window, as others draw
+        Overlay ///< over the window, where that has a colour key
+    };
+    Adaptor adaptor() const;
 
 Q_SIGNALS:
     /// Its contents have to be drawn again.

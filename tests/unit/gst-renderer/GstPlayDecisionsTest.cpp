@@ -392,36 +392,56 @@ private Q_SLOTS:
 
     void fallsBackToOtherOutputs()
     {
+        using Pictures = OutputFallbacks::Pictures;
         OutputFallbacks fallbacks;
         QVERIFY(!fallbacks.retryAudio());
         QVERIFY(!fallbacks.retryAll());
         OutputFallbacks::Answer answer = fallbacks.audioFailed();
         QVERIFY(answer.replace && answer.tell);
         QVERIFY(fallbacks.isSilent());
-        QVERIFY(!fallbacks.isBlind());
+        QCOMPARE(fallbacks.pictures(), Pictures::Usual);
         answer = fallbacks.audioFailed(); // the silent clock did
         QVERIFY(!answer.replace && !answer.tell);
-        answer = fallbacks.videoFailed();
+        answer = fallbacks.videoFailed(false);
         QVERIFY(answer.replace && answer.tell);
-        QVERIFY(fallbacks.isBlind());
-        answer = fallbacks.videoFailed();
+        QCOMPARE(fallbacks.pictures(), Pictures::None);
+        answer = fallbacks.videoFailed(false);
         QVERIFY(!answer.replace && !answer.tell);
         QVERIFY(fallbacks.retryAll());
-        QVERIFY(!fallbacks.isSilent() && !fallbacks.isBlind());
+        QVERIFY(!fallbacks.isSilent());
+        QCOMPARE(fallbacks.pictures(), Pictures::Usual);
         QVERIFY(!fallbacks.retryAll());
         QVERIFY(!fallbacks.retryAudio());
-        fallbacks.videoFailed();
+        fallbacks.videoFailed(false);
         QVERIFY(fallbacks.retryAll()); // for the picture alone, too
+    }
+
+    void showsWithoutAnAdaptorBeforeNothing()
+    {
+        using Pictures = OutputFallbacks::Pictures;
+        OutputFallbacks fallbacks;
+        OutputFallbacks::Answer answer = fallbacks.videoFailed(true);
+        QVERIFY(answer.replace && !answer.tell); // nothing is missing on the screen
+        QCOMPARE(fallbacks.pictures(), Pictures::WithoutAdaptor);
+        answer = fallbacks.videoFailed(false);
+        QVERIFY(answer.replace && answer.tell);
+        QCOMPARE(fallbacks.pictures(), Pictures::None);
+        QVERIFY(fallbacks.retryAll());
+        QCOMPARE(fallbacks.pictures(), Pictures::Usual);
+        fallbacks.videoFailed(true);
+        QVERIFY(fallbacks.retryAll()); // its ports may be free again
+        QCOMPARE(fallbacks.pictures(), Pictures::Usual);
     }
 
     void triesALostSoundAgainWithEachItem()
     {
+        using Pictures = OutputFallbacks::Pictures;
         OutputFallbacks fallbacks;
         fallbacks.audioFailed();
-        fallbacks.videoFailed();
+        fallbacks.videoFailed(false);
         QVERIFY(fallbacks.retryAudio());
         QVERIFY(!fallbacks.isSilent());
-        QVERIFY(fallbacks.isBlind()); // no other video output is tried
+        QCOMPARE(fallbacks.pictures(), Pictures::None); // no other video output is tried
         const OutputFallbacks::Answer again = fallbacks.audioFailed();
         QVERIFY(again.replace && !again.tell); // was told
         fallbacks.audioPlays(true);
