@@ -3,6 +3,9 @@
 #include "LogRecorder.h"
 #include "TestGroup.h"
 
+#include <QFile>
+#include <QSet>
+
 #include <cstdlib>
 
 #include <xcb/xcb.h>
@@ -47,6 +50,21 @@ private:
     xcb_connection_t *const m_connection;
     int m_ports = 0;
 };
+/// Ids of the memory that this process shares with the X server now.
+QSet<qint64> sharedWithServer()
+{
+    QSet<qint64> ids;
+    QFile maps(QStringLiteral("/proc/self/maps"));
+    if (!maps.open(QIODevice::ReadOnly))
+        return ids;
+    const QList<QByteArray> lines = maps.readAll().split('\n');
+    for (const QByteArray &line : lines) {
+        const QList<QByteArray> fields = line.simplified().split(' ');
+        if (fields.size() > 5 && fields.at(5).startsWith("/SYSV"))
+            ids += fields.at(4).toLongLong();
+    }
+    return ids;
+}
 } // namespace
 
 /// What is seen of a video where the display has a video adaptor.
@@ -66,6 +84,18 @@ private Q_SLOTS:
         QCOMPARE(output(), QStringLiteral("xvimagesink"));
         QCOMPARE(heard().property(R::PropertyColorKey).toUInt(), 0U); // it draws into the window
         QCOMPARE(heard().errors(), QList<int>{});
+    }
+
+    /// A decoder that made its pictures in that memory would have each copied into some more.
+    void usesTheDisplaysMemoryAgain()
+    {
+        play();
+        QVERIFY(comesToShow(QRect(20, 30, 160, 120)));
+        QSet<qint64> used;
+        const int begin = heard().askPosition();
+        QTRY_VERIFY((used += sharedWithServer(), heard().askPosition() >= begin + 2));
+        QVERIFY(!used.isEmpty());
+        QVERIFY2(used.size() < 10, qPrintable(QString::number(used.size())));
     }
 
     void showsWithoutAnAdaptorThatOthersUse()

@@ -68,6 +68,35 @@ void ignoreEvents(GstElement *element)
     }
 }
 
+QString nameOf(GstElement *element)
+{
+    const GstElementFactory *factory = gst_element_get_factory(element);
+    return factory ? QString::fromLatin1(GST_OBJECT_NAME(factory)) : QString();
+}
+
+/// A decoder keeps the pictures that others are made from. Were they in the display's memory, each that is shown would be
+/// copied into new memory of the display, at twice the cost of the copy into memory that is there.
+void keepDecodersOut(GstElement *sink)
+{
+    const auto offered = [](GstPad *, GstPadProbeInfo *info, gpointer) {
+        GstQuery *query = GST_PAD_PROBE_INFO_QUERY(info);
+        if (GST_QUERY_TYPE(query) != GST_QUERY_ALLOCATION)
+            return GST_PAD_PROBE_OK;
+        for (guint i = 0; i < gst_query_get_n_allocation_pools(query); ++i) {
+            guint size = 0;
+            guint fewest = 0;
+            guint most = 0;
+            gst_query_parse_nth_allocation_pool(query, i, nullptr, &size, &fewest, &most);
+            gst_query_set_nth_allocation_pool(query, i, nullptr, size, fewest, most);
+        }
+        return GST_PAD_PROBE_OK;
+    };
+    const GstHandles::Pad pad(gst_element_get_static_pad(sink, "sink"));
+    constexpr int answered = GST_PAD_PROBE_TYPE_QUERY_DOWNSTREAM | GST_PAD_PROBE_TYPE_PULL;
+    if (pad)
+        gst_pad_add_probe(pad.get(), GstPadProbeType(answered), offered, nullptr, nullptr);
+}
+
 void giveWindow(GstVideoOverlay *overlay, uint window)
 {
     gst_video_overlay_handle_events(overlay, FALSE); // of such as have no property for it
@@ -143,6 +172,8 @@ GstHandles::Element VideoOutput::makeSink(Pictures pictures)
         if (has(element, "autopaint-colorkey"))
             g_object_set(element, "autopaint-colorkey", gboolean(m_autopaint), nullptr);
         ignoreEvents(element);
+        if (nameOf(element) == adaptorOutput)
+            keepDecodersOut(element);
     });
     const GstHandles::Pad pad(gst_element_get_static_pad(m_sink.get(), "sink"));
     m_caps = std::make_shared<IdleCapsCache>();
@@ -156,8 +187,7 @@ GstHandles::Element VideoOutput::makeSink(Pictures pictures)
 QString VideoOutput::describe() const
 {
     GstElement *sink = sinkWithin(m_sink);
-    const GstElementFactory *factory = sink ? gst_element_get_factory(sink) : nullptr;
-    const QString name = factory ? QString::fromLatin1(GST_OBJECT_NAME(factory)) : QString();
+    const QString name = sink ? nameOf(sink) : QString();
     return name.isEmpty() || name == QLatin1String("fakesink") ? QStringLiteral("no video output") : name;
 }
 
