@@ -1,6 +1,7 @@
 # SPDX-License-Identifier: MIT
 """One-line changes of C++ sources that a test should notice."""
 
+import functools
 import re
 from dataclasses import dataclass
 
@@ -8,7 +9,9 @@ from dataclasses import dataclass
 _LOG = re.compile(r"\b(q(Debug|Info|Warning|Critical|Fatal|C(Debug|Info|Warning|Critical))|fprintf|qPrintable)\b")
 # No test can see these, or no program can be in a state in which they matter.
 _UNSEEN = re.compile(r"Q_UNUSED|Q_UNREACHABLE|Q_ASSERT|qt_assert|static_assert|Q_DECLARE|Q_DISABLE|Q_OBJECT|\bassert\(")
-_STRING = re.compile(r'(?<![\w])"(?:[^"\\]|\\.)*"|\'(?:[^\'\\]|\\.)+\'')
+# Comments, raw strings (both may lack their end), strings, and characters.
+_HIDDEN = re.compile(r'''//[^\n]*|/\*.*?(?:\*/|\Z)|R"(\w*)\(.*?(?:\)\1"|\Z)'''
+                     r'''|(?<!\w)"(?:[^"\\\n]|\\[^\n])*"|'(?:[^'\\\n]|\\[^\n])+[']''', re.DOTALL)
 _CALL = re.compile(r"(?:[A-Za-z_]\w*(?:::|\.|->|\(\)->|\(\)\.))*(~?[A-Za-z_]\w*)\(")
 _NO_CALL = {"if", "while", "for", "switch", "return", "sizeof", "catch", "defined", "emit", "static_cast", "co_return"}
 _CONNECTIONS = {"connect", "disconnect", "callOnTimeout", "g_signal_connect", "g_signal_handler_disconnect"}
@@ -22,31 +25,16 @@ class Mutant:
     after: str
 
 
+def _blanked(found):
+    text = found[0]
+    if text[0] in "\"'":
+        return text[0] + "_" * (len(text) - 2) + text[0]
+    return re.sub(r"[^\n]", " ", text)
+
+
 def masked(text):
     """The text's lines with comments and the insides of strings blanked, in their places."""
-    out = []
-    i = 0
-    while i < len(text):
-        if text.startswith("//", i):
-            end = text.find("\n", i)
-            end = len(text) if end < 0 else end
-        elif text.startswith("/*", i):
-            end = text.find("*/", i)
-            end = len(text) if end < 0 else end + 2
-        elif raw := re.compile(r'R"(\w*)\(').match(text, i):
-            end = text.find(f'){raw[1]}"', i)
-            end = len(text) if end < 0 else end + len(raw[1]) + 2
-        elif (string := _STRING.match(text, i)) and "\n" not in string[0]:
-            out.append(string[0][0] + "_" * (len(string[0]) - 2) + string[0][0])
-            i = string.end()
-            continue
-        else:
-            out.append(text[i])
-            i += 1
-            continue
-        out.append(re.sub(r"[^\n]", " ", text[i:end]))
-        i = end
-    return "".join(out).split("\n")
+    return _HIDDEN.sub(_blanked, text).split("\n")
 
 
 def _closing(code, start):
@@ -151,6 +139,7 @@ def _in_log_statement(lines, number):
     return any(_LOG.search(line) for line in lines[first:number + 1])
 
 
+@functools.cache
 def mutants(text):
     """All changes of a source file's text, in the order of its lines."""
     lines = text.split("\n")
@@ -167,7 +156,7 @@ def mutants(text):
             after = before[:start] + change(before[start:end]) + before[end:]
             if after != before:
                 found.append(Mutant(number + 1, operator, before, after))
-    return found
+    return tuple(found)
 
 
 def place_of(lines, line, before):
