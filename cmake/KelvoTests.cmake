@@ -3,8 +3,8 @@
 # that it lies in, as its label: KELVO_TEST_LAYER, which tests/CMakeLists.txt sets for each folder.
 
 # For tests that load libraries without frame pointers: tells whose a leak is, which costs five times the run time. Each
-# caller that is told of an allocation costs the same: eight are enough to know whose it is.
-set(KELVO_TRACED_LEAKS "ASAN_OPTIONS=fast_unwind_on_malloc=0:malloc_context_size=8:detect_leaks=1")
+# caller that is told of costs the same; fewer would not reach from GObject's innermost functions to what makes the object.
+set(KELVO_TRACED_LEAKS "ASAN_OPTIONS=fast_unwind_on_malloc=0:malloc_context_size=14:detect_leaks=1")
 # Most of them look for leaks only when asked to; some always do, so that each part is looked at.
 option(KELVO_TRACE_ALL_LEAKS "Look for leaks in all tests that play media" OFF)
 if(KELVO_TRACE_ALL_LEAKS)
