@@ -38,7 +38,8 @@ table() {
 
 # profile TITLE FREQUENCY COMMAND...
 profile() {
-    perf record -q -F "$2" -g -o "$folder/samples" -- "${@:3}" > /dev/null 2>&1
+    # Without its cache of programs: links to the files of the system, which then look newer than what was made from them.
+    perf record -q -N -F "$2" -g -o "$folder/samples" -- "${@:3}" > /dev/null 2>&1
     printf '%s:\n\n' "$1"
     table "$folder/samples"
     echo
