@@ -96,9 +96,14 @@ class GstOutputTest : public GstTestCase
 {
     Q_OBJECT
 private:
+    /// What plays already, when something does, is not taken for it.
     void start()
     {
+        const qsizetype before = heard().mediaIndexes().count();
         renderer()->playUri(media(QStringLiteral("long.mp3")));
+        QTRY_VERIFY(heard().mediaIndexes().count() > before);
+        // Is told once there are outputs.
+        QTRY_VERIFY(heard().metadata(QStringLiteral("audio-output")).isValid());
         TRY_STATE(Playing);
     }
     QVariant policy() { return heard().property(R::KELVO_RENDERER_PROPERTY_POLICY_OVERRIDE); }
