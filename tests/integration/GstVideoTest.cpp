@@ -169,7 +169,7 @@ private Q_SLOTS:
         play();
         QTRY_VERIFY(isRed(at(100, 90)));
         renderer()->stop();
-        QTRY_COMPARE(at(100, 90), green);
+        QTRY_COMPARE(at(100, 90), Green);
         play();
         QTRY_VERIFY(isRed(at(100, 90)));
     }
@@ -177,9 +177,9 @@ private Q_SLOTS:
     void goesAwayAtTheEnd()
     {
         play(QStringLiteral("silent.mp4"));
-        QTRY_VERIFY(at(100, 90) != green);
+        QTRY_VERIFY(at(100, 90) != Green);
         QTRY_COMPARE(heard().completed(), 1);
-        QTRY_COMPARE(at(100, 90), green);
+        QTRY_COMPARE(at(100, 90), Green);
     }
 
     void soundTakesThePictureAway()
@@ -187,7 +187,7 @@ private Q_SLOTS:
         play();
         QTRY_VERIFY(isRed(at(100, 90)));
         play(QStringLiteral("long.mp3"));
-        QTRY_COMPARE(at(100, 90), green);
+        QTRY_COMPARE(at(100, 90), Green);
         QTRY_VERIFY(heard().metadata(QStringLiteral("audio-output")).isValid());
         QCOMPARE(heard().metadataReports(QStringLiteral("video-output")), 1);
     }
@@ -206,7 +206,7 @@ private Q_SLOTS:
         QTRY_VERIFY(isRed(at(100, 90)));
         renderer()->playUri(media(QStringLiteral("missing.mp4")));
         TRY_STATE(Stopped);
-        QTRY_COMPARE(at(100, 90), green);
+        QTRY_COMPARE(at(100, 90), Green);
     }
 
     void movesToAnotherWindow()
@@ -228,12 +228,12 @@ private Q_SLOTS:
         set(R::PropertyXid, 0U);
         place(QStringLiteral("0,0,0,0"));
         play();
-        QCOMPARE(at(100, 90), green);
+        QCOMPARE(at(100, 90), Green);
         set(R::PropertyXid, m_page);
         place(QStringLiteral("20,30,160,120"));
         QVERIFY(comesToShow(QRect(20, 30, 160, 120)));
         set(R::PropertyXid, 0U);
-        QTRY_COMPARE(at(100, 90), green);
+        QTRY_COMPARE(at(100, 90), Green);
         QCOMPARE(heard().state(), R::Playing);
     }
 
@@ -244,7 +244,7 @@ private Q_SLOTS:
         QTRY_VERIFY(isRed(at(100, 90)));
         set(R::PropertyXid, 3U);
         QTRY_VERIFY(!log.warnings().filter(QStringLiteral("Window 3 cannot show video")).isEmpty());
-        QTRY_COMPARE(at(100, 90), green);
+        QTRY_COMPARE(at(100, 90), Green);
         QCOMPARE(heard().state(), R::Playing);
         QCOMPARE(heard().errors(), QList<int>{});
         set(R::PropertyXid, m_page);
@@ -258,7 +258,7 @@ private Q_SLOTS:
         QTRY_VERIFY(isRed(at(100, 90)));
         for (int round = 0; round < 10; ++round) {
             m_server->destroy(m_page);
-            m_page = m_server->addWindow(Page, green);
+            m_page = m_server->addWindow(Page, Green);
             set(R::PropertyXid, m_page);
             QVERIFY(comesToShow(QRect(20, 30, 160, 120)));
         }
@@ -291,7 +291,7 @@ private Q_SLOTS:
         play();
         QTRY_VERIFY(isRed(at(100, 90)));
         registry().unloadPlugin(QStringLiteral("gst-renderer.so"));
-        QTRY_COMPARE(at(100, 90), green);
+        QTRY_COMPARE(at(100, 90), Green);
         QTRY_COMPARE(m_server->childrenOf(m_page), 0);
     }
 

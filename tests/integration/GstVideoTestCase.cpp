@@ -25,7 +25,7 @@ void GstVideoTestCase::openServer(XServer::Kind kind)
 
 void GstVideoTestCase::init()
 {
-    m_page = m_server->addWindow(Page, green);
+    m_page = m_server->addWindow(Page, Green);
     GstTestCase::init();
     showInPage();
 }
@@ -68,9 +68,9 @@ bool GstVideoTestCase::shows(const QRect &place, bool (*color)(QColor))
         return screen.pixelColor(Page.x() + x, Page.y() + y);
     };
     return color(at(place.x() + 2, place.y() + 2)) && color(at(right - 3, bottom - 3))
-        && color(at(centre.x(), centre.y())) && at(place.x() - 1, centre.y()) == green
-        && at(right, centre.y()) == green && at(centre.x(), place.y() - 1) == green
-        && at(centre.x(), bottom) == green;
+        && color(at(centre.x(), centre.y())) && at(place.x() - 1, centre.y()) == Green
+        && at(right, centre.y()) == Green && at(centre.x(), place.y() - 1) == Green
+        && at(centre.x(), bottom) == Green;
 }
 
 bool GstVideoTestCase::comesToShow(const QRect &place, bool (*color)(QColor))
@@ -87,8 +87,8 @@ void GstVideoTestCase::keepsTheShapeOfThePicture()
     place(QStringLiteral("20,30,300,120"));
     play();
     QTRY_VERIFY(isRed(at(170, 90)));
-    QCOMPARE(at(21, 90), black);
-    QCOMPARE(at(318, 90), black);
+    QCOMPARE(at(21, 90), Black);
+    QCOMPARE(at(318, 90), Black);
     QVERIFY(isRed(at(170, 31)));
 }
 
@@ -124,7 +124,7 @@ void GstVideoTestCase::survivesTheEndOfTheWindow()
         pause();
     QTRY_VERIFY(isRed(at(100, 90)));
     m_server->destroy(m_page);
-    m_page = m_server->addWindow(Page, green);
+    m_page = m_server->addWindow(Page, Green);
     const int position = heard().askPosition();
     if (!paused)
         QTRY_VERIFY(heard().askPosition() > position);

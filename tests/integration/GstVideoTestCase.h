@@ -17,8 +17,8 @@ class GstVideoTestCase : public GstTestCase
     Q_OBJECT
 protected:
     static constexpr QRect Page{50, 40, 400, 300};
-    const QColor green{0, 160, 0}; ///< of the page
-    const QColor black{0, 0, 0};
+    static inline const QColor Green{0, 160, 0}; ///< of the page
+    static inline const QColor Black{0, 0, 0};
 
     /// For all test functions.
     void openServer(XServer::Kind kind);
