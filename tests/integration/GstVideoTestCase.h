@@ -22,7 +22,6 @@ protected:
 
     /// For all test functions.
     void openServer(XServer::Kind kind);
-    XServer &server() const { return *m_server; }
 
     QColor at(int x, int y) { return m_server->pixel(Page.x() + x, Page.y() + y); }
     void showInPage();
