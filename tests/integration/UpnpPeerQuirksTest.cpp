@@ -164,9 +164,8 @@ void UpnpPeerQuirksTest::forgetsWhatEndedAndPlaysItAgain()
 void UpnpPeerQuirksTest::endsWhatIsSoughtPastItsEnd()
 {
     play("long.mp3");
-    // It loses a seek while it is still starting, which takes its time on a machine with other work: it says that it plays
-    // before it does.
-    QTRY_VERIFY_WITH_TIMEOUT(m_heard->askPosition() >= 1, 20000);
+    // It loses a seek while it is still starting.
+    QTRY_VERIFY(m_heard->askPosition() >= 1);
     // Not by the console, which knows the duration: by the device, which then forgets the item.
     QCOMPARE(tell(Upnp::Service::AVTransport, "Seek", {{"Unit", "REL_TIME"}, {"Target", "0:10:00"}}).outcome,
         Upnp::Answer::Done);
