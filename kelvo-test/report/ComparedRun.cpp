@@ -42,6 +42,8 @@ ComparedRun::ComparedRun(const RecordedRun &run)
 
 void ComparedRun::add(qint64 index, const RecordedEvent &event)
 {
+    if (!m_begin)
+        m_begin = event.time;
     const bool isCommand = event.kind == KelvoWords::command;
     if (event.kind == KelvoWords::appears && event.name == QLatin1String("renderer"))
         objectOf(event.uuid).name = event.arguments.at(0).toString();

@@ -5,6 +5,8 @@
 
 #include <QHash>
 
+#include <optional>
+
 class RecordedRun;
 
 /// A run made ready for a comparison: its commands and reports by object, without what differs from run to run although
@@ -44,6 +46,9 @@ public:
 
     /// In the order of their first commands, then of their first reports.
     QList<Object> objects() const;
+    /// Seconds: when the first event of the run came, 0 without any. What a program needs before that is its own start,
+    /// which is the machine's business and not the scenario's.
+    double begin() const { return m_begin.value_or(0); }
     bool isCut() const { return m_isCut; }
 
 private:
@@ -56,6 +61,7 @@ private:
     QList<Object> m_objects;
     QHash<QString, qsizetype> m_indexes;
     QHash<QString, QString> m_ids;
+    std::optional<double> m_begin;
     qsizetype m_events = 0;
     bool m_isCut = false;
 };

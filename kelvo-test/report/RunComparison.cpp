@@ -17,9 +17,9 @@ using Event = ComparedRun::Event;
 constexpr qsizetype mostMoved = 1000;
 
 /// What is said of a report without a command before it counts from the beginning of the run.
-double since(const Event *event, const Event *command)
+double since(const Event *event, const Event *command, double begin)
 {
-    return event->time - (command ? command->time : 0);
+    return event->time - (command ? command->time : begin);
 }
 
 QString elided(const QString &text)
@@ -32,6 +32,12 @@ QString after(const Event *command)
 {
     return command ? QStringLiteral("after %1").arg(elided(command->key))
                    : QStringLiteral("before the first command");
+}
+
+/// What a time is counted from.
+QString timeAfter(const Event *command)
+{
+    return command ? after(command) : QStringLiteral("after the beginning");
 }
 
 QList<const Event *> commandsOf(const QList<Event> &events)
@@ -60,6 +66,8 @@ RunComparison::RunComparison(const ComparedRun &first, const ComparedRun &second
 
 RunComparison::RunComparison(const ComparedRun &first, const ComparedRun &second, const Tolerance &tolerance)
     : m_tolerance(tolerance)
+    , m_firstBegin(first.begin())
+    , m_secondBegin(second.begin())
 {
     const QList<Object> firstObjects = first.objects();
     QList<Object> secondObjects = second.objects();
@@ -206,8 +214,8 @@ void RunComparison::compareOrder(const QList<Pair> &pairs, QList<bool> *isMoved)
 
 void RunComparison::comparePair(const Pair &pair, const Section &section, bool isMoved)
 {
-    const double first = since(pair.first, section.firstCommand);
-    const double second = since(pair.second, section.secondCommand);
+    const double first = since(pair.first, section.firstCommand, m_firstBegin);
+    const double second = since(pair.second, section.secondCommand, m_secondBegin);
     if (!isMoved
         && std::abs(second - first) > std::max(m_tolerance.time, m_tolerance.share * std::abs(first))) {
         const bool isLater = second > first;
@@ -215,7 +223,7 @@ void RunComparison::comparePair(const Pair &pair, const Section &section, bool i
             QStringLiteral("%1 came %2 %3: %4 %5, in the second run %6")
                 .arg(elided(pair.first->key), KelvoWords::seconds(std::abs(second - first)),
                     isLater ? QStringLiteral("later") : QStringLiteral("earlier"), KelvoWords::seconds(first),
-                    after(section.firstCommand), KelvoWords::seconds(second)));
+                    timeAfter(section.firstCommand), KelvoWords::seconds(second)));
     }
     if (pair.first->value != pair.second->value) {
         add(Kind::OtherValue, pair.first, pair.second,
@@ -237,7 +245,8 @@ void RunComparison::compareSingles(const QList<Single> &onlyFirst, const QList<S
         if (found == waiting.end() || found->isEmpty()) {
             add(Kind::Missing, single.event, nullptr,
                 QStringLiteral("%1 did not come in the second run: %2 %3 in the first")
-                    .arg(key, KelvoWords::seconds(since(single.event, command)), after(command)));
+                    .arg(key, KelvoWords::seconds(since(single.event, command, m_firstBegin)),
+                        timeAfter(command)));
             continue;
         }
         const Single other = found->takeFirst();
@@ -253,8 +262,8 @@ void RunComparison::compareSingles(const QList<Single> &onlyFirst, const QList<S
         const Event *command = m_commands.value(single.event);
         add(Kind::Additional, nullptr, single.event,
             QStringLiteral("%1 came only in the second run: %2 %3")
-                .arg(elided(single.event->key), KelvoWords::seconds(since(single.event, command)),
-                    after(command)));
+                .arg(elided(single.event->key),
+                    KelvoWords::seconds(since(single.event, command, m_secondBegin)), timeAfter(command)));
     }
 }
 

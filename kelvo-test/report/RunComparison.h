@@ -12,6 +12,7 @@
 ///
 /// The commands of the scenario are what the two have in common: a report is compared with its counterpart after the
 /// same command, and its time is counted from there, so that what is late once does not make all that follows late.
+/// Before the first command, time is counted from the first event of the run.
 /// Commands are not late themselves: when they come is the scenario's business. Objects are compared one by one, those
 /// with the same uuid with each other and the others by the order of their first commands.
 class RunComparison
@@ -86,6 +87,9 @@ private:
     void add(Kind kind, const Event *first, const Event *second, const QString &what);
 
     const Tolerance m_tolerance;
+    /// Seconds: when the first event of each run came.
+    const double m_firstBegin;
+    const double m_secondBegin;
     QString m_prefix;
     /// Of each report of the two objects that are compared: the last command before it.
     QHash<const Event *, const Event *> m_commands;

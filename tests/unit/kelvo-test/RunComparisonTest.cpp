@@ -29,6 +29,7 @@ QStringList differences(const QString &first, const QString &second)
 const QString start = "0 r appears renderer [\"Speaker\"]\n1 r command playUri [\"http://h:4711/a\"]\n";
 const QString played
     = start + "1.1 r report stateChanged [\"Transitioning\"]\n1.5 r report stateChanged [\"Playing\"]\n";
+const QString begun = "0.1 - report pluginLoaded [\"simulator.so\"]\n";
 } // namespace
 
 /// What is different between two runs.
@@ -82,9 +83,25 @@ private Q_SLOTS:
             << QStringList("Speaker: stateChanged(Playing) came only in the second run: 0.600 s after "
                            "playUri(http://h/a).");
         QTest::newRow("before the first command")
-            << played << "0.5 r report nameChanged [\"Speaker\"]\n" + played
+            << played << begun + "0.5 r report nameChanged [\"Speaker\"]\n" + played
             << QStringList(
-                   "Speaker: nameChanged() came only in the second run: 0.500 s before the first command.");
+                   "Speaker: nameChanged() came only in the second run: 0.400 s after the beginning.");
+        QTest::newRow("after a slow start of the program")
+            << begun + "0.2 r report nameChanged [\"Speaker\"]\n" + played
+            << "0.8 - report pluginLoaded [\"simulator.so\"]\n0.9 r report nameChanged [\"Speaker\"]\n"
+                + played
+            << QStringList();
+        QTest::newRow("later than the first event")
+            << begun + "0.2 r report nameChanged [\"Speaker\"]\n" + played
+            << begun + "0.6 r report nameChanged [\"Speaker\"]\n" + played
+            << QStringList(
+                   "Speaker: nameChanged() came 0.400 s later: 0.100 s after the beginning, in the second "
+                   "run 0.500 s.");
+        QTest::newRow("before the first command, then after it")
+            << begun + "0.5 r report nameChanged [\"Speaker\"]\n" + played
+            << begun + played + "1.6 r report nameChanged [\"Speaker\"]\n"
+            << QStringList("Speaker: nameChanged() came before the first command, in the second run after "
+                           "playUri(http://h/a).");
         QTest::newRow("other order")
             << start + "1.1 r report mediaChanged [0,{}]\n1.2 r report stateChanged [\"Playing\"]\n"
             << start + "1.1 r report stateChanged [\"Playing\"]\n1.2 r report mediaChanged [0,{}]\n"
