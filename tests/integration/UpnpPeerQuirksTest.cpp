@@ -23,6 +23,10 @@
 
 namespace {
 const QString quirky = QStringLiteral("gmediarender");
+// Beyond what the kernel gives to outgoing connections (net.ipv4.ip_local_port_range): a device cannot listen where such
+// a connection has, or a minute ago had, its end.
+const QString otherPort = QStringLiteral("61700");
+const QString thirdPort = QStringLiteral("61600");
 
 /// The same renderer as the plug-in would make it, with other waits.
 struct ImpatientConsole
@@ -372,7 +376,7 @@ void UpnpPeerQuirksTest::crashIsAnErrorAndARestartHealsIt()
         qPrintable(m_heard->errorTexts().constFirst()));
     m_heard->clear();
     // It could not tell that it goes. The port that it had is not free at once.
-    startPeers({quirky}, {"--port", "49700"});
+    startPeers({quirky}, {"--port", otherPort});
     QVERIFY(QTest::qWaitFor([this] { return playsLong(*m_renderer, *m_heard); }, LongWait));
     QCOMPARE(removed.size(), 0);
     m_heard->clear();
@@ -390,7 +394,7 @@ void UpnpPeerQuirksTest::twoThatShareAUdnAreOne()
         most = std::max(most, registry().renderers().size());
     });
     QProcess second;
-    second.start(startCommand(quirky), {"--port", "49600"});
+    second.start(startCommand(quirky), {"--port", thirdPort});
     QTRY_VERIFY_WITH_TIMEOUT(
         added > 0 || !log.warnings().filter("Two devices call themselves").isEmpty(), LongWait);
     const auto plays = [this] {
