@@ -43,11 +43,18 @@ def _list(path, entries):
 
 
 def make(to):
-    """Fills the folder; one that is complete is left alone."""
+    """Fills the folder; what is complete is left alone."""
     done = to / "version"
-    if done.is_file() and done.read_text() == VERSION:
-        return
-    to.mkdir(parents=True, exist_ok=True)
+    if not done.is_file() or done.read_text() != VERSION:
+        to.mkdir(parents=True, exist_ok=True)
+        make_files(to)
+        done.write_text(VERSION)
+    # Otherwise each start with a home of its own would look through all of GStreamer's plug-ins first.
+    subprocess.run(["gst-inspect-1.0", "playbin"], check=True, stdout=subprocess.DEVNULL,
+                   env={**os.environ, "GST_REGISTRY_1_0": str(to / REGISTRY)})
+
+
+def make_files(to):
     mp3 = ["-c:a", "libmp3lame", "-b:a", "64k", "-id3v2_version", "3"]
     vorbis = ["-c:a", "libvorbis"]
     _tone(to / "first.mp3", 8, 440, "First Tone", "Ann Example", "Two Tones", mp3)
@@ -61,10 +68,6 @@ def make(to):
     _list(to / "short.pls", [("short one.mp3", "One"), ("short-two.ogg", "Two")])
     _list(to / "with-missing.pls", [("absent.mp3", "Absent"), ("short-two.ogg", "Two")])
     (to / "empty.pls").write_text("[playlist]\nNumberOfEntries=0\nVersion=2\n")
-    # Otherwise each start with a home of its own would look through all of GStreamer's plug-ins first.
-    subprocess.run(["gst-inspect-1.0", "playbin"], check=True, stdout=subprocess.DEVNULL,
-                   env={**os.environ, "GST_REGISTRY_1_0": str(to / REGISTRY)})
-    done.write_text(VERSION)
 
 
 if __name__ == "__main__":
