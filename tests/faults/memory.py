@@ -64,7 +64,7 @@ class Memory(faults.FaultScenario):
         console.wait_position(lambda at: at >= 5, "goes on")
         longest = self.assert_smooth(console)
         # The toolkit cannot draw a window without memory, and may end the program.
-        self.desktop.run(["xdotool", "windowsize", console.user.window(), 1200, 780])
+        self.desktop.x11.resize(console.user.window(), 1200, 780)
         outcome = self.outcome_of(console)
         self.assert_all_is_there(played(1, 0, 0))
         faults.say("fault-memory", f"the song counted, longest turn of the event loop {longest * 1000:.0f} ms; "

@@ -198,6 +198,8 @@ class Tree:
         self._bus = connect_accessibility(desktop)
         self.pid = pid
         self._owner = None
+        # By path, which no later object gets again: what a widget is does not change, its name and state do.
+        self._roles = {}
         self.root = None  # the program's own node
 
     def close(self):
@@ -261,15 +263,18 @@ class Tree:
 
     def look_at(self, paths):
         """What is seen of these objects, without those that are gone."""
-        requests = []
+        unknown = [path for path in paths if path not in self._roles]
+        requests = [(path, _ACCESSIBLE, "GetRoleName", None) for path in unknown]
         for path in paths:
-            requests += [(path, _ACCESSIBLE, "GetRoleName", None), (path, _PROPERTIES, "Get", _NAME),
-                         (path, _ACCESSIBLE, "GetState", None), (path, f"{_A11Y}.Component", "GetExtents", _ON_SCREEN)]
+            requests += [(path, _PROPERTIES, "Get", _NAME), (path, _ACCESSIBLE, "GetState", None),
+                         (path, f"{_A11Y}.Component", "GetExtents", _ON_SCREEN)]
         answers = self.call_many(requests)
+        self._roles.update((path, answer[0]) for path, answer in zip(unknown, answers) if answer)
         for number, path in enumerate(paths):
-            role, name, state, extents = answers[4 * number:4 * number + 4]
-            if role and name and state:
-                yield Seen(Node(self, path), role[0], name[0], _states(state[0]),
+            first = len(unknown) + 3 * number
+            name, state, extents = answers[first:first + 3]
+            if path in self._roles and name and state:
+                yield Seen(Node(self, path), self._roles[path], name[0], _states(state[0]),
                            tuple(extents[0]) if extents else (0, 0, 0, 0))
 
     def round_trip(self):

@@ -12,6 +12,7 @@ from pathlib import Path
 
 from . import process
 from .waiting import until
+from .x11 import X11
 
 RUN_VARIABLE = "KELVO_E2E_RUN"
 _OPENBOX = Path(__file__).resolve().parents[3] / "scripts" / "headless-openbox.xml"
@@ -26,6 +27,7 @@ class Desktop:
         self._wants_bus = bus
         self._wants_display = display
         self._children = []
+        self.x11 = None
         self.id = uuid.uuid4().hex
         self.left_behind = []
 
@@ -45,6 +47,8 @@ class Desktop:
         return self
 
     def __exit__(self, *unused):
+        if self.x11:
+            self.x11.close()
         for child in reversed(self._children):
             process.end(child)
         self._end_strays()
@@ -113,6 +117,7 @@ class Desktop:
         if not number:
             raise RuntimeError("no X display: " + (self.folder / "xvfb.log").read_text())
         self.env["DISPLAY"] = f":{number}"
+        self.x11 = X11(self.env["DISPLAY"])
 
     def _start_bus(self):
         address = f"unix:path={self.folder}/bus"
@@ -134,11 +139,8 @@ class Desktop:
     def _window_manager_answers(self):
         """It announces itself long before it listens, and what comes between may stay in its queue for ever. Only what
         it does on a wish proves that its keys are bound and that it will see a window."""
-        try:
-            self.run(["xdotool", "set_num_desktops", "2"])
-            return self.run(["xdotool", "get_num_desktops"]).strip() == "2"
-        except RuntimeError:  # not even announced yet
-            return False
+        self.x11.set_desktops(2)
+        return self.x11.desktops() == 2
 
     def _end_strays(self):
         """The accessibility services are nobody's children; they end with their bus. Whatever else carries our mark

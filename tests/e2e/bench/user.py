@@ -1,7 +1,6 @@
 # SPDX-License-Identifier: MIT
 """Mouse and keyboard of the display, with care for the places where a machine is quicker than a hand."""
 
-import re
 import time
 
 from .atspi import Gone
@@ -21,8 +20,9 @@ class Input:
         self._tree = tree
         self._last = (0.0, -100, -100)
 
-    def _xdotool(self, *arguments):
-        return self._desktop.run(["xdotool", *map(str, arguments)])
+    @property
+    def _x11(self):
+        return self._desktop.x11
 
     def _settle(self):
         time.sleep(_STEP_PAUSE)
@@ -38,21 +38,22 @@ class Input:
 
     def click_at(self, x, y):
         self._part_from_last(x, y)
-        # The delay would be one between clicks, also behind the last one.
-        self._xdotool("mousemove", x, y, "click", "--delay", 0, 1)
+        self._x11.click(x, y)
         self._last = (time.monotonic(), x, y)
         self._settle()
 
     def double_click(self, node, where=(0.5, 0.5)):
         x, y = self.point(node, where)
         self._part_from_last(x, y)
-        self._xdotool("mousemove", x, y, "click", "--repeat", 2, "--delay", 60, 1)
+        self._x11.click(x, y)
+        time.sleep(_STEP_PAUSE)
+        self._x11.click(x, y)
         self._last = (time.monotonic(), x, y)
         self._settle()
         self._tree.round_trip()
 
     def move_to(self, x, y):
-        self._xdotool("mousemove", x, y)
+        self._x11.move(x, y)
         self._settle()
 
     def point(self, node, where=(0.5, 0.5)):
@@ -81,13 +82,12 @@ class Input:
     # Keys
 
     def key(self, *names):
-        self._xdotool("key", *names)
+        self._x11.key(*names)
         self._settle()
 
     def type(self, text):
-        """Plain ASCII only: other letters get lost on a keyboard map that has no key for them."""
-        assert text.isascii()
-        self._xdotool("type", "--delay", 5, "--", text)
+        """Plain ASCII only."""
+        self._x11.type(text)
         self._settle()
 
     def tab_to(self, node, limit=40):
@@ -123,63 +123,39 @@ class Input:
         return until(lambda: self._search(title), f"a window titled {title}", 10)[0]
 
     def _search(self, title):
-        try:
-            return self._xdotool("search", "--all", "--onlyvisible", "--pid", self._tree.pid, "--name", title).split()
-        except RuntimeError:
-            return []
+        return self._x11.windows(title, self._tree.pid)
 
     def wait_placed(self, frame, limit=10.0):
         """Until the window manager has put the window of that node in its place and the program knows that: what it tells
         of its widgets' places before is not true, and a click there goes to whatever lies below."""
         def placed():
             told = frame().extents()
-            try:
-                return any(_is_at(told, self._geometry(window)) for window in self._managed())
-            except RuntimeError:  # one of them has just closed
-                return False
+            places = map(self._x11.geometry, reversed(self._search("")))
+            return any(place and _is_at(told, place) for place in places)
         until(placed, lambda: f"{frame()!r} is where its window is", limit)
-
-    def _managed(self):
-        """This program's visible windows that the window manager has taken over, the latest first."""
-        listed = self._desktop.run(["xprop", "-root", "_NET_CLIENT_LIST"])
-        own = self._search(".*")
-        return [number for number in map(lambda text: str(int(text, 16)), reversed(re.findall(r"0x[0-9a-f]+", listed)))
-                if number in own]
-
-    def _geometry(self, window):
-        """As the X server has it: x, y, width, height. xdotool counts the frame twice."""
-        text = self._desktop.run(["xwininfo", "-id", window])
-        return tuple(int(re.search(rf"{name}:\s+(-?\d+)", text)[1])
-                     for name in ("Absolute upper-left X", "Absolute upper-left Y", "Width", "Height"))
 
     def activate(self, title="^KELVO test-GUI$"):
         window = self.window(title)
-
-        def active():
-            try:
-                return self._xdotool("getactivewindow").strip() == window
-            except RuntimeError:  # for a moment none is
-                return False
-        self._xdotool("windowactivate", window)
-        until(active, f"the window titled {title} is active", 5)
+        self._x11.activate(window)
+        until(lambda: self._x11.active() == window, f"the window titled {title} is active", 5)
 
     def resize(self, width, height, title="^KELVO test-GUI$"):
         """Asks for that inner size, at the screen's upper left corner."""
         window = self.window(title)
-        self._xdotool("windowmove", window, 0, 0)
-        self._xdotool("windowsize", window, width, height)
+        self._x11.move_window(window, 0, 0)
+        self._x11.resize(window, width, height)
         self._settle()
         self._tree.round_trip()
 
     def move_window(self, x, y, title="^KELVO test-GUI$"):
-        self._xdotool("windowmove", self.window(title), x, y)
+        self._x11.move_window(self.window(title), x, y)
         self._settle()
         self._tree.round_trip()
 
     def close_window(self, title="^KELVO test-GUI$"):
         """Closes through the window manager, as the title bar's button does."""
         self.activate(title)
-        self._xdotool("key", "alt+F4")
+        self._x11.key("alt+F4")
 
     # Compound widgets
 
@@ -240,23 +216,24 @@ class Input:
         def place(of):
             return int(x + handle / 2 + (width - handle) * (of - slider.minimum()) / span)
 
-        self._xdotool("mousemove", place(slider.value()), middle, "mousedown", 1)
+        self._x11.move(place(slider.value()), middle)
+        self._x11.press()
         try:
             at = place(value)
             for step in range(1, 6):
                 start = place(slider.value()) if step == 1 else start
-                self._xdotool("mousemove", start + (at - start) * step // 5, middle)
+                self._x11.move(start + (at - start) * step // 5, middle)
                 self._settle()
             for _ in range(40):
                 self._tree.round_trip()
                 if slider.value() == value:
                     break
                 at += 1 if slider.value() < value else -1
-                self._xdotool("mousemove", at, middle)
+                self._x11.move(at, middle)
                 self._settle()
             assert slider.value() == value, f"the slider stands at {slider.value()}, not at {value}"
         finally:
-            self._xdotool("mouseup", 1)  # a button left down would spoil all that follows
+            self._x11.release()  # a button left down would spoil all that follows
         self._settle()
         self._tree.round_trip()
 

@@ -128,8 +128,11 @@ class NoBus(Scenario):
         screen = Screen(self.desktop)
         before = screen.picture()
         until(lambda: screen.picture().difference(before) > 20, "the position moves on the screen")
-        self.desktop.run(["sh", "-c", "xdotool windowactivate --sync "
-                          "$(xdotool search --onlyvisible --name '^KELVO test-GUI$' | head -n 1) key alt+F4"])
+        x11 = self.desktop.x11
+        window = until(lambda: x11.windows("^KELVO test-GUI$"), "the window shows")[0]
+        x11.activate(window)
+        until(lambda: x11.active() == window, "the window is active")
+        x11.key("alt+F4")
         self.assertEqual(console.wait_exit(), 0)
 
 
