@@ -160,12 +160,17 @@ Code glibCode()
     return code;
 }
 
+bool isGuiThread()
+{
+    return ::syscall(SYS_gettid) == ::getpid();
+}
+
 /// Other waits, such as those for an answer of the X server, keep the event loop from going on.
 bool isEventLoop(const void *caller)
 {
     static const Code glib = glibCode();
     const auto place = reinterpret_cast<uintptr_t>(caller);
-    return ::syscall(SYS_gettid) == ::getpid() && place >= glib.begin && place < glib.end;
+    return place >= glib.begin && place < glib.end;
 }
 
 uint64_t now()
@@ -175,45 +180,70 @@ uint64_t now()
     return uint64_t(time.tv_sec) * 1'000'000'000 + uint64_t(time.tv_nsec);
 }
 
-/// For how long the thread could have run but other programs did.
-uint64_t delayByOthers()
+/// In nanoseconds, of the thread since its beginning.
+struct Times
+{
+    unsigned long long ran = 0;
+    unsigned long long delayed = 0; ///< it could have run, but other programs did
+    uint64_t asked = 0; ///< it waited for answers
+};
+
+uint64_t asked = 0;
+
+Times times()
 {
     static const int file
         = int(::syscall(SYS_openat, AT_FDCWD, "/proc/thread-self/schedstat", O_RDONLY | O_CLOEXEC));
     char text[128] = {};
-    unsigned long long ran = 0;
-    unsigned long long waited = 0;
+    Times times;
     if (file < 0 || ::syscall(SYS_pread64, file, text, sizeof text - 1, 0) <= 0
-        || std::sscanf(text, "%llu %llu", &ran, &waited) != 2)
-        return 0;
-    return waited;
+        || std::sscanf(text, "%llu %llu", &times.ran, &times.delayed) != 2)
+        times = {};
+    times.asked = asked;
+    return times;
 }
 
-uint64_t delayAtBegin = 0;
+Times atBegin;
 
 void endTurn()
 {
     const uint64_t begin = page->busySince.exchange(0);
     if (begin == 0)
         return;
-    const uint64_t delay = delayByOthers() - delayAtBegin;
+    const Times atEnd = times();
+    const uint64_t delay = atEnd.delayed - atBegin.delayed;
     const uint64_t lasted = now() - begin;
     const uint64_t own = lasted > delay ? lasted - delay : 0;
-    if (own > page->longestTurn)
+    if (own > page->longestTurn) {
         page->longestTurn = own;
+        page->ranInLongest = atEnd.ran - atBegin.ran;
+        page->askedInLongest = atEnd.asked - atBegin.asked;
+    }
     ++page->turns;
 }
 
 void beginTurn()
 {
-    delayAtBegin = delayByOthers();
+    atBegin = times();
     page->busySince = now();
+}
+
+template <class Wait> int waitForAnswer(Wait wait)
+{
+    const uint64_t begin = now();
+    const int result = wait();
+    const int problem = errno;
+    asked += now() - begin;
+    errno = problem;
+    return result;
 }
 
 template <class Wait> int waitInLoop(const void *caller, Wait wait)
 {
-    if (!page || !isEventLoop(caller))
+    if (!page || !isGuiThread())
         return wait();
+    if (!isEventLoop(caller))
+        return waitForAnswer(wait);
     endTurn();
     const int result = wait();
     const int problem = errno;
