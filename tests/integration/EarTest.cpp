@@ -49,7 +49,7 @@ private:
         QFile file(folder.filePath(QStringLiteral("sound")));
         TimeCodeWave wave(item, std::llround(from * MediaClock::sampleRate));
         const std::vector<qint16> sound = wave.read(std::llround(seconds * MediaClock::sampleRate));
-        const auto size = qint64(sound.size() * sizeof(qint16));
+        const auto size = qint64(sound.size()) * qint64(sizeof(qint16));
         if (!file.open(QIODevice::WriteOnly)
             || file.write(reinterpret_cast<const char *>(sound.data()), size) != size)
             return false;

@@ -181,8 +181,8 @@ private Q_SLOTS:
             {"a.mp3", id3v1, russian}, {"b.mp3", id3v23, russian}, {"c.mp3", id3v1, utf8},
             {"d.mp3", id3v24, utf8}, {"e.mp3", id3v1, QByteArray("Caf\xe9 \x80")}};
         for (const auto &[name, kind, bytes] : files)
-            QVERIFY(tagMp3(
-                original(name), kind, [&bytes](TagLib::Tag &tag) { tag.setTitle(labelledLatin1(bytes)); }));
+            QVERIFY(tagMp3(original(name), kind,
+                [&title = bytes](TagLib::Tag &tag) { tag.setTitle(labelledLatin1(title)); }));
         QVERIFY(index());
         const auto songs = result(Type::AllSongs);
         QMap<QString, QString> shown;

@@ -78,7 +78,7 @@ private Q_SLOTS:
     void downloadsFinishInTheirOwnOrder()
     {
         m_server->serve("/slow", {.body = QByteArray(300, 's'), .bytesPerSecond = 1000});
-        m_server->serve("/fast", {.body = "fast"});
+        m_server->serve("/fast", HttpTestServer::Resource{.body = "fast"});
         fetch("/slow");
         fetch("/fast");
         QTRY_COMPARE_WITH_TIMEOUT(m_finished->count(), 2, longPatience);
