@@ -2,6 +2,7 @@
 #include "Playbin.h"
 
 #include "Mailbox.h"
+#include "SoupStreamGuard.h"
 
 namespace {
 // GstPlayFlags are not public: the pictures are handed to the video output as they come from the decoder.
@@ -55,8 +56,10 @@ void setUpSource(GstElement *, GstElement *source, gpointer seconds)
 {
     const GParamSpec *timeout = g_object_class_find_property(G_OBJECT_GET_CLASS(source), "timeout");
     const GstElementFactory *factory = gst_element_get_factory(source);
-    if (timeout && factory && g_str_equal(GST_OBJECT_NAME(factory), "souphttpsrc"))
-        g_object_set(source, "timeout", guint(GPOINTER_TO_UINT(seconds)), nullptr);
+    if (!timeout || !factory || !g_str_equal(GST_OBJECT_NAME(factory), "souphttpsrc"))
+        return;
+    SoupStreamGuard::begin();
+    g_object_set(source, "timeout", guint(GPOINTER_TO_UINT(seconds)), nullptr);
 }
 
 void deleteListener(gpointer data)
