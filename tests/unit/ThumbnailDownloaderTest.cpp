@@ -150,7 +150,7 @@ private Q_SLOTS:
     {
         QFETCH(int, limit);
         QFETCH(QByteArray, expected);
-        m_server->serve("/ten", {.body = "0123456789"});
+        m_server->serve("/ten", HttpTestServer::Resource{.body = "0123456789"});
         start({limit, 20s});
         fetch("/ten");
         QTRY_COMPARE(m_finished->count(), 1);
@@ -199,7 +199,7 @@ private Q_SLOTS:
 
     void aNewDownloadDeletesTheLastReply()
     {
-        m_server->serve("/a", {.body = "a"});
+        m_server->serve("/a", HttpTestServer::Resource{.body = "a"});
         fetch("/a");
         QTRY_COMPARE(m_finished->count(), 1);
         const QPointer<QNetworkReply> reply = m_downloader->findChild<QNetworkReply *>();
@@ -211,7 +211,7 @@ private Q_SLOTS:
 
     void theReplyIsDeletedWithTheDownloader()
     {
-        m_server->serve("/a", {.body = "a"});
+        m_server->serve("/a", HttpTestServer::Resource{.body = "a"});
         fetch("/a");
         QTRY_COMPARE(m_finished->count(), 1);
         const QPointer<QNetworkReply> reply = m_downloader->findChild<QNetworkReply *>();
@@ -231,7 +231,7 @@ private Q_SLOTS:
 
     void theDownloaderMayGoInTheThirdDownloadAfterTwoBesideEachOther()
     {
-        m_server->serve("/a", {.body = "a"});
+        m_server->serve("/a", HttpTestServer::Resource{.body = "a"});
         m_server->serve("/stall", {.body = "abc", .stallAfter = 1});
         fetch("/a");
         fetch("/a");
@@ -248,7 +248,7 @@ private Q_SLOTS:
 
     void aNewDownloadDeletesAllThatHaveFinished()
     {
-        m_server->serve("/a", {.body = "a"});
+        m_server->serve("/a", HttpTestServer::Resource{.body = "a"});
         fetch("/a");
         fetch("/a");
         QTRY_COMPARE(m_finished->count(), 2);
@@ -259,7 +259,7 @@ private Q_SLOTS:
 
     void theNextDownloadMayStartFromTheLastOnesEnd()
     {
-        m_server->serve("/a", {.body = "a"});
+        m_server->serve("/a", HttpTestServer::Resource{.body = "a"});
         connect(m_downloader.get(), &KelvoThumbnailDownloader::downloadFinished, this, [this] {
             if (m_finished->count() < 3)
                 fetch("/a");
