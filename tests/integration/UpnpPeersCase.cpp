@@ -187,6 +187,13 @@ void UpnpPeersCase::stopRenderers()
         RendererRecorder heard(renderer);
         renderer->stop();
         QTRY_COMPARE(heard.askStatus().state, int(KelvoRenderer::Stopped));
+        // The console may know that before the device has obeyed, which then still owes an answer.
+        const auto stands = [&] {
+            const QString state
+                = ask(*renderer, Upnp::Service::AVTransport, "GetTransportInfo", "CurrentTransportState");
+            return state == QLatin1String("STOPPED") || state == QLatin1String("NO_MEDIA_PRESENT");
+        };
+        QTRY_VERIFY(stands());
     }
 }
 
