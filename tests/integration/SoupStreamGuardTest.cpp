@@ -40,8 +40,8 @@ class SoupStreamGuardTest : public KelvoTestCase
 private Q_SLOTS:
     void initTestCase();
     void cleanupTestCase() { g_clear_object(&m_session); }
-    void readsWhatIsNotCalledOff();
     void leavesTheStreamOfAMessageThatHasEnded();
+    void readsWhatIsNotCalledOff();
 
 private:
     Request send(bool callOff);
@@ -54,9 +54,6 @@ void SoupStreamGuardTest::initTestCase()
 {
     m_server.serve("/song", HttpTestServer::Resource{.body = QByteArray(70, 's')});
     m_session = soup_session_new();
-    // Before the first answer there is nothing to guard, which must do no harm.
-    SoupStreamGuard::begin();
-    QCOMPARE(send(false).body, QByteArray(70, 's'));
     SoupStreamGuard::begin();
     SoupStreamGuard::begin();
 }
@@ -77,23 +74,22 @@ Request SoupStreamGuardTest::send(bool callOff)
     return request;
 }
 
+// Without the guard the program ends here. The first round is the first answer of all.
+void SoupStreamGuardTest::leavesTheStreamOfAMessageThatHasEnded()
+{
+    for (int round = 1; round <= 3; ++round) {
+        QCOMPARE(send(true).body, QByteArray());
+        QTRY_COMPARE(SoupStreamGuard::streamsLeft(), round);
+        // And goes on.
+        QCOMPARE(send(false).body, QByteArray(70, 's'));
+    }
+}
 void SoupStreamGuardTest::readsWhatIsNotCalledOff()
 {
     const int before = SoupStreamGuard::streamsLeft();
     for (int i = 0; i < 3; ++i)
         QCOMPARE(send(false).body, QByteArray(70, 's'));
     QCOMPARE(SoupStreamGuard::streamsLeft(), before);
-}
-
-// Without the guard the program ends here.
-void SoupStreamGuardTest::leavesTheStreamOfAMessageThatHasEnded()
-{
-    const int before = SoupStreamGuard::streamsLeft();
-    const Request request = send(true);
-    QCOMPARE(request.body, QByteArray());
-    QTRY_COMPARE(SoupStreamGuard::streamsLeft(), before + 1);
-    // And goes on.
-    QCOMPARE(send(false).body, QByteArray(70, 's'));
 }
 } // namespace
 

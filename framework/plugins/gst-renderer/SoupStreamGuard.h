@@ -7,10 +7,9 @@
 /// way of what the message keeps while it is under way. A message that was called off meanwhile keeps that no more. Such
 /// a stream is left closed as it is.
 ///
-/// Acts on the class of these streams, of all in this process, until the library of this code is unloaded. The class
-/// exists once a server has answered: what comes before the first answer is not guarded.
+/// Acts on the class of these streams, of all in this process, until the library of this code is unloaded.
 namespace SoupStreamGuard {
-/// Begins as soon as that is possible: to be called before each use of HTTP. Any thread.
+/// To be called before each use of HTTP, once the HTTP library is loaded; without it nothing happens. Any thread.
 void begin();
 /// Of the streams so far: how many were left as they are. For tests.
 int streamsLeft();
