@@ -32,8 +32,6 @@ struct FaultPage
     std::atomic<uint64_t>
         busySince; ///< when the turn under way has begun (CLOCK_MONOTONIC); 0: the loop waits
     std::atomic<uint64_t> ranInLongest; ///< in nanoseconds: for how long that turn had the processor itself
-    std::atomic<uint64_t>
-        askedInLongest; ///< in nanoseconds: for how long it waited for an answer, such as the X server's
     char path[960];
 };
-static_assert(offsetof(FaultPage, path) == 64 && std::atomic<uint64_t>::is_always_lock_free);
+static_assert(offsetof(FaultPage, path) == 56 && std::atomic<uint64_t>::is_always_lock_free);

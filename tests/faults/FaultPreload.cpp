@@ -32,12 +32,19 @@ using Operation = FaultPage::Operation;
 /// Null in processes that the test does not watch, such as those that the program starts.
 FaultPage *page = nullptr;
 
-template <class Function> Function next(const char *name, Function)
+/// Looked for by several threads at once, if need be: one that waited for another here, while that waits for the lock of
+/// the linker, which a thread that loads a library has when it comes here, would wait for ever.
+template <class Function> Function next(std::atomic<void *> &known, const char *name, Function)
 {
-    return reinterpret_cast<Function>(::dlsym(RTLD_NEXT, name));
+    void *function = known;
+    if (!function)
+        known = function = ::dlsym(RTLD_NEXT, name);
+    return reinterpret_cast<Function>(function);
 }
 // The function of this name that the program would have called.
-#define NEXT(name) static const auto real = next(#name, &::name);
+#define NEXT(name)                                                                                           \
+    static std::atomic<void *> known = nullptr;                                                              \
+    const auto real = next(known, #name, &::name);
 
 void openPage()
 {
@@ -160,14 +167,11 @@ Code glibCode()
     return code;
 }
 
-bool isGuiThread()
-{
-    return ::syscall(SYS_gettid) == ::getpid();
-}
-
 /// Other waits, such as those for an answer of the X server, keep the event loop from going on.
 bool isEventLoop(const void *caller)
 {
+    if (::syscall(SYS_gettid) != ::getpid())
+        return false;
     static const Code glib = glibCode();
     const auto place = reinterpret_cast<uintptr_t>(caller);
     return place >= glib.begin && place < glib.end;
@@ -185,10 +189,7 @@ struct Times
 {
     unsigned long long ran = 0;
     unsigned long long delayed = 0; ///< it could have run, but other programs did
-    uint64_t asked = 0; ///< it waited for answers
 };
-
-uint64_t asked = 0;
 
 Times times()
 {
@@ -199,7 +200,6 @@ Times times()
     if (file < 0 || ::syscall(SYS_pread64, file, text, sizeof text - 1, 0) <= 0
         || std::sscanf(text, "%llu %llu", &times.ran, &times.delayed) != 2)
         times = {};
-    times.asked = asked;
     return times;
 }
 
@@ -217,7 +217,6 @@ void endTurn()
     if (own > page->longestTurn) {
         page->longestTurn = own;
         page->ranInLongest = atEnd.ran - atBegin.ran;
-        page->askedInLongest = atEnd.asked - atBegin.asked;
     }
     ++page->turns;
 }
@@ -228,22 +227,10 @@ void beginTurn()
     page->busySince = now();
 }
 
-template <class Wait> int waitForAnswer(Wait wait)
-{
-    const uint64_t begin = now();
-    const int result = wait();
-    const int problem = errno;
-    asked += now() - begin;
-    errno = problem;
-    return result;
-}
-
 template <class Wait> int waitInLoop(const void *caller, Wait wait)
 {
-    if (!page || !isGuiThread())
+    if (!page || !isEventLoop(caller))
         return wait();
-    if (!isEventLoop(caller))
-        return waitForAnswer(wait);
     endTurn();
     const int result = wait();
     const int problem = errno;
@@ -407,8 +394,10 @@ EXPORT void startThread(void *thread, void *state, void (*depend)()) __asm__(
 
 EXPORT void startThread(void *thread, void *state, void (*depend)())
 {
-    static const auto real = reinterpret_cast<decltype(&startThread)>(::dlsym(
-        RTLD_NEXT, "_ZNSt6thread15_M_start_threadESt10unique_ptrINS_6_StateESt14default_deleteIS1_EEPFvvE"));
+    static std::atomic<void *> known = nullptr;
+    const auto real
+        = next(known, "_ZNSt6thread15_M_start_threadESt10unique_ptrINS_6_StateESt14default_deleteIS1_EEPFvvE",
+            &startThread);
     if (hasFault(Operation::Thread)) {
         ++page->failures;
         throw std::system_error(page->error, std::generic_category());
@@ -429,7 +418,8 @@ EXPORT int clock_gettime(clockid_t clock, timespec *time)
 
 EXPORT int gettimeofday(timeval *time, void *zone)
 {
-    static const auto real = reinterpret_cast<int (*)(timeval *, void *)>(::dlsym(RTLD_NEXT, "gettimeofday"));
+    static std::atomic<void *> known = nullptr;
+    const auto real = next(known, "gettimeofday", static_cast<int (*)(timeval *, void *)>(nullptr));
     const int result = real(time, zone);
     if (page && result == 0)
         time->tv_sec += page->clockOffset;

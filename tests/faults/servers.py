@@ -52,6 +52,7 @@ class Servers(faults.FaultScenario):
         line = console.log.wait_for("The window stood still for")
         # Which shows as well that such a turn is seen.
         self.assertGreater(console.faults.longest_turn(), 1)
+        self.assertLess(console.faults.ran_in_longest_turn(), 1)
         faults.say("fault-x-server", f"plays on, {console.log.lines[line].partition('The window ')[2]}")
 
     def test_the_bus(self):
