@@ -84,6 +84,7 @@ void SoupStreamGuardTest::leavesTheStreamOfAMessageThatHasEnded()
         QCOMPARE(send(false).body, QByteArray(70, 's'));
     }
 }
+
 void SoupStreamGuardTest::readsWhatIsNotCalledOff()
 {
     const int before = SoupStreamGuard::streamsLeft();

@@ -42,19 +42,7 @@ def _list(path, entries):
     path.write_text("\n".join([*lines, f"NumberOfEntries={len(entries)}", "Version=2", ""]))
 
 
-def make(to):
-    """Fills the folder; what is complete is left alone."""
-    done = to / "version"
-    if not done.is_file() or done.read_text() != VERSION:
-        to.mkdir(parents=True, exist_ok=True)
-        make_files(to)
-        done.write_text(VERSION)
-    # Otherwise each start with a home of its own would look through all of GStreamer's plug-ins first.
-    subprocess.run(["gst-inspect-1.0", "playbin"], check=True, stdout=subprocess.DEVNULL,
-                   env={**os.environ, "GST_REGISTRY_1_0": str(to / REGISTRY)})
-
-
-def make_files(to):
+def _make_files(to):
     mp3 = ["-c:a", "libmp3lame", "-b:a", "64k", "-id3v2_version", "3"]
     vorbis = ["-c:a", "libvorbis"]
     _tone(to / "first.mp3", 8, 440, "First Tone", "Ann Example", "Two Tones", mp3)
@@ -68,6 +56,18 @@ def make_files(to):
     _list(to / "short.pls", [("short one.mp3", "One"), ("short-two.ogg", "Two")])
     _list(to / "with-missing.pls", [("absent.mp3", "Absent"), ("short-two.ogg", "Two")])
     (to / "empty.pls").write_text("[playlist]\nNumberOfEntries=0\nVersion=2\n")
+
+
+def make(to):
+    """Fills the folder; what is complete is left alone."""
+    done = to / "version"
+    if not done.is_file() or done.read_text() != VERSION:
+        to.mkdir(parents=True, exist_ok=True)
+        _make_files(to)
+        done.write_text(VERSION)
+    # Otherwise each start with a home of its own would look through all of GStreamer's plug-ins first.
+    subprocess.run(["gst-inspect-1.0", "playbin"], check=True, stdout=subprocess.DEVNULL,
+                   env={**os.environ, "GST_REGISTRY_1_0": str(to / REGISTRY)})
 
 
 if __name__ == "__main__":
